@@ -1,0 +1,17 @@
+# Compiler settings shared by every target, gathered in the interface target `hovar_compiler`.
+add_library(hovar_compiler INTERFACE)
+target_compile_features(hovar_compiler INTERFACE cxx_std_20)
+target_compile_options(
+  hovar_compiler
+  INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror
+            # A fused multiply-add rounds once where two operations round twice: results would
+            # depend on the processor.
+            -ffp-contract=off)
+if(HOVAR_SANITIZE)
+  target_compile_options(
+    hovar_compiler INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
+                             -fno-omit-frame-pointer)
+  target_link_options(hovar_compiler INTERFACE -fsanitize=address,undefined)
+endif()
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)

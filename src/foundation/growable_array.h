@@ -1,0 +1,120 @@
+#pragma once
+
+// An owned block of elements with a size and a capacity. It serves for numbers (Vector,
+// IndexVector) and for objects (strings, handles) alike.
+
+#include <algorithm>
+#include <cassert>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <span>
+#include <utility>
+
+#include "foundation/integer_size.h"
+#include "foundation/memory.h"
+
+namespace Vell {
+
+/// Elements 0 .. Size() - 1 exist; the block has room for Capacity() of them. New elements are
+/// value-initialised (numbers are 0). Copying copies the elements; moving takes the block over.
+/// Errors: InvalidArgumentException "Invalid argument" for a negative size; "Out of memory", after
+/// which an array that was being constructed or resized holds no block.
+template <typename T>
+class GrowableArray {
+ public:
+  GrowableArray() = default;
+  explicit GrowableArray(std::int32_t size) { Resize(size); }
+  GrowableArray(const GrowableArray& other) : GrowableArray() {
+    Reallocate(other.size_);
+    std::uninitialized_copy_n(other.data_, other.size_, data_);
+    size_ = other.size_;
+  }
+  GrowableArray(GrowableArray&& other) noexcept
+      : data_(std::exchange(other.data_, nullptr)),
+        capacity_(std::exchange(other.capacity_, 0)),
+        size_(std::exchange(other.size_, 0)) {}
+  GrowableArray& operator=(const GrowableArray& other) {
+    if (this != &other) {
+      *this = GrowableArray(other);
+    }
+    return *this;
+  }
+  GrowableArray& operator=(GrowableArray&& other) noexcept {
+    std::swap(data_, other.data_);
+    std::swap(capacity_, other.capacity_);
+    std::swap(size_, other.size_);
+    return *this;
+  }
+  ~GrowableArray() { Clear(); }
+
+  std::int32_t Size() const noexcept { return size_; }
+  std::int32_t Capacity() const noexcept { return capacity_; }
+  bool IsEmpty() const noexcept { return size_ == 0; }
+
+  T& operator[](std::int32_t index) noexcept {
+    assert(index >= 0 && index < size_);
+    return data_[index];
+  }
+  const T& operator[](std::int32_t index) const noexcept {
+    assert(index >= 0 && index < size_);
+    return data_[index];
+  }
+
+  T* begin() noexcept { return data_; }
+  T* end() noexcept { return data_ + size_; }
+  const T* begin() const noexcept { return data_; }
+  const T* end() const noexcept { return data_ + size_; }
+  std::span<T> Span() noexcept { return {begin(), end()}; }
+  std::span<const T> Span() const noexcept { return {begin(), end()}; }
+
+  /// Becomes `size` fresh elements; the old ones are gone.
+  void Resize(std::int32_t size) {
+    Clear();
+    Reallocate(size);
+    std::uninitialized_value_construct_n(data_, size);
+    size_ = size;
+  }
+
+  /// Changes the capacity and keeps the first min(capacity, Size()) elements.
+  void Reserve(std::int32_t capacity) {
+    if (capacity != capacity_) {
+      Reallocate(capacity);
+    }
+  }
+
+  /// Adds one element; a full block doubles, to at least 1.
+  void Append(T element) {
+    if (size_ == capacity_) {
+      Reserve(std::max(CheckedSize(2 * static_cast<std::uint64_t>(capacity_)), 1));
+    }
+    new (data_ + size_) T(std::move(element));
+    ++size_;
+  }
+
+  /// Destroys all elements and gives the block back.
+  void Clear() noexcept {
+    std::destroy_n(data_, size_);
+    ReleaseBlock(data_);
+    data_ = nullptr;
+    capacity_ = 0;
+    size_ = 0;
+  }
+
+ private:
+  void Reallocate(std::int32_t capacity) {
+    T* const block = AllocateArray<T>(capacity);
+    const std::int32_t kept = std::min(size_, capacity);
+    std::uninitialized_move_n(data_, kept, block);
+    Clear();
+    data_ = block;
+    capacity_ = capacity;
+    size_ = kept;
+  }
+
+  T* data_ = nullptr;
+  std::int32_t capacity_ = 0;
+  std::int32_t size_ = 0;
+};
+
+}  // namespace Vell

@@ -1,0 +1,18 @@
+#include "foundation/integer_size.h"
+
+#include "foundation/exceptions/exceptions.h"
+
+namespace Vell {
+
+std::int32_t CheckedSize(std::uint64_t size) {
+  if (size > INT32_MAX) {
+    throw Exceptions::IntegerOverflowException("Integer overflow");
+  }
+  return static_cast<std::int32_t>(size);
+}
+
+std::int32_t WrappingProduct(std::int32_t a, std::int32_t b) noexcept {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
+}
+
+}  // namespace Vell

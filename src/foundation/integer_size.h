@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Vell {
+
+/// Narrows a length or count to the signed 32-bit integers that the system counts with.
+///
+/// Range:  0 <= size < 2147483648 (2^31); the value is returned unchanged.
+/// Errors: IntegerOverflowException "Integer overflow" for 2147483648 and more.
+std::int32_t CheckedSize(std::uint64_t size);
+
+/// The 32-bit signed product of two counts, wrapped around as the processor does it.
+/// Callers that must not accept a wrapped product compare the result themselves.
+std::int32_t WrappingProduct(std::int32_t a, std::int32_t b) noexcept;
+
+}  // namespace Vell

@@ -1,0 +1,228 @@
+#include "foundation/io/file_stream.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "foundation/exceptions/exceptions.h"
+#include "foundation/io/number_scanner.h"
+#include "foundation/io/number_text.h"
+#include "foundation/memory.h"
+
+namespace Vell::IO {
+namespace {
+
+constexpr std::size_t kPushBackRoom = 8;
+constexpr std::size_t kBlockSize = 65536;
+
+Platform::Access AccessOf(std::uint32_t mode) {
+  const std::uint32_t kind = mode & ~0xFFU;
+  if (kind == Mode::kText || kind == Mode::kBinary) {
+    switch (mode & 0xFFU) {
+      case Mode::kRead:
+        return Platform::Access::kRead;
+      case Mode::kWrite:
+        return Platform::Access::kWrite;
+      case Mode::kReadWriteExisting:
+        return Platform::Access::kReadWriteExisting;
+      case Mode::kReadAppend:
+        return Platform::Access::kReadAppend;
+      case Mode::kReadWriteCreate:
+        return Platform::Access::kReadWriteCreate;
+      default:
+        break;
+    }
+  }
+  throw Exceptions::IOException("Invalid open mode");
+}
+
+void Require(bool succeeded) {
+  if (!succeeded) {
+    throw Exceptions::IOException("IO Exception");
+  }
+}
+
+}  // namespace
+
+FileStream::FileStream(const String& path, std::uint32_t mode) : Stream(mode, path), owns_(true) {
+  const Platform::Access access = AccessOf(mode);
+  constexpr std::size_t kSize = kPushBackRoom + kBlockSize;
+  buffer_ = {AllocateArray<unsigned char>(kSize), kSize};
+  file_ = Platform::OpenFile(path.CStr(), access);
+  if (file_ == Platform::kNoFile) {
+    ReleaseBlock(buffer_.data());
+    throw Exceptions::FileOpenException(path.CStr());
+  }
+}
+
+FileStream::FileStream(Platform::FileHandle file, std::uint32_t mode,
+                       std::span<unsigned char> buffer)
+    : Stream(mode, String()),
+      file_(file),
+      buffer_(buffer),
+      position_(Platform::SeekFile(file, 0, Platform::Origin::kCurrent)) {}
+
+FileStream::~FileStream() {
+  TryFlush();
+  if (owns_) {
+    if (file_ != Platform::kNoFile) {
+      Platform::CloseFile(file_);
+    }
+    ReleaseBlock(buffer_.data());
+  }
+}
+
+void FileStream::Close() {
+  bool isStored = TryFlush();
+  if (owns_ && file_ != Platform::kNoFile) {
+    isStored = (Platform::CloseFile(file_) || !CanWrite()) && isStored;
+    file_ = Platform::kNoFile;
+  }
+  Require(isStored);
+}
+
+unsigned char* FileStream::Block() const noexcept { return buffer_.data() + kPushBackRoom; }
+std::size_t FileStream::BlockSize() const noexcept { return buffer_.size() - kPushBackRoom; }
+bool FileStream::CanRead() const noexcept { return (OpenMode() & 0xFFU) != Mode::kWrite; }
+bool FileStream::CanWrite() const noexcept { return (OpenMode() & 0xFFU) != Mode::kRead; }
+
+bool FileStream::TryFlush() noexcept {
+  if (pending_ == 0) {
+    return true;
+  }
+  const std::size_t size = pending_;
+  pending_ = 0;  // what could not be written once is not tried again
+  if (!Platform::WriteFile(file_, Block(), size)) {
+    return false;
+  }
+  if ((OpenMode() & 0xFFU) == Mode::kReadAppend) {
+    position_ = Platform::SeekFile(file_, 0, Platform::Origin::kCurrent);
+  } else if (position_ >= 0) {
+    position_ += static_cast<std::int64_t>(size);
+  }
+  return true;
+}
+
+void FileStream::Flush() { Require(TryFlush()); }
+
+void FileStream::DropWindow() noexcept {
+  next_ = end_ = Block();
+  isBlockAltered_ = false;
+}
+
+bool FileStream::FillWindow() {
+  Require(CanRead() && file_ != Platform::kNoFile);
+  Flush();
+  DropWindow();
+  const std::int64_t count = Platform::ReadFile(file_, Block(), BlockSize());
+  Require(count >= 0);
+  isEof_ = count == 0;
+  end_ += count;
+  if (position_ >= 0) {
+    position_ += count;
+  }
+  return count > 0;
+}
+
+int FileStream::ReadByteOfNextBlock() { return FillWindow() ? *next_++ : kEndOfStream; }
+
+int FileStream::Peek() {
+  if (next_ == end_ && !FillWindow()) {
+    return kEndOfStream;
+  }
+  return *next_;
+}
+
+void FileStream::Unget(int byte) {
+  Require(byte != kEndOfStream && CanRead() && pending_ == 0);
+  if (next_ == nullptr) {
+    DropWindow();
+  }
+  Require(next_ != buffer_.data());
+  --next_;
+  isBlockAltered_ = isBlockAltered_ || next_ < Block() || *next_ != byte;
+  *next_ = static_cast<unsigned char>(byte);
+  isEof_ = false;
+}
+
+std::size_t FileStream::Read(void* buffer, std::size_t count) {
+  auto* destination = static_cast<unsigned char*>(buffer);
+  std::size_t done = 0;
+  while (done < count && (next_ != end_ || FillWindow())) {
+    const std::size_t part = std::min(count - done, static_cast<std::size_t>(end_ - next_));
+    std::copy_n(next_, part, destination + done);
+    next_ += part;
+    done += part;
+  }
+  return done;
+}
+
+void FileStream::StartWriting() {
+  Require(CanWrite() && file_ != Platform::kNoFile);
+  if (next_ != end_) {
+    Seek(0, 1);  // the system's position is ahead of ours by the window
+  }
+  DropWindow();
+}
+
+void FileStream::WriteByte(char byte) { Write(&byte, 1); }
+
+void FileStream::Write(const void* buffer, std::size_t count) {
+  StartWriting();
+  const auto* source = static_cast<const unsigned char*>(buffer);
+  while (count > 0) {
+    if (pending_ == BlockSize()) {
+      Flush();
+    }
+    const std::size_t part = std::min(count, BlockSize() - pending_);
+    std::copy_n(source, part, Block() + pending_);
+    pending_ += part;
+    source += part;
+    count -= part;
+  }
+}
+
+int FileStream::Scan(const char* format, void* destination, std::size_t size) {
+  const int result = ScanNumber(*this, format, destination, size);
+  Require(result == 1 || isEof_);
+  return result;
+}
+
+int FileStream::Print(const char* format, const void* value, std::size_t size) {
+  const int count = PrintNumber(*this, format, value, size);
+  Require(count >= 1);
+  return count;
+}
+
+std::int64_t FileStream::Length() {
+  Flush();
+  const std::int64_t length = Platform::FileLength(file_);
+  Require(length >= 0);
+  return length;
+}
+
+std::int64_t FileStream::Tell() {
+  Require(position_ >= 0);
+  return position_ - (end_ - next_) + static_cast<std::int64_t>(pending_);
+}
+
+void FileStream::Seek(std::int64_t offset, int origin) {
+  Flush();
+  if (origin == 1) {
+    offset += Tell();
+  } else if (origin == 2) {
+    offset += Length();
+  }
+  Require(offset >= 0);
+  const std::int64_t behind = position_ - offset;  // from the target to the window's end
+  if (next_ != nullptr && !isBlockAltered_ && CanRead() && !CanWrite() && behind >= 0 &&
+      behind <= end_ - Block()) {
+    next_ = end_ - behind;
+  } else {
+    position_ = Platform::SeekFile(file_, offset, Platform::Origin::kStart);
+    DropWindow();
+    Require(position_ >= 0);
+  }
+  isEof_ = false;
+}
+
+}  // namespace Vell::IO

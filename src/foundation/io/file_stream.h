@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "foundation/io/platform/platform.h"
+#include "foundation/io/stream.h"
+
+namespace Vell::IO {
+
+/// A stream over a file of the operating system, with one block buffer that serves reading and
+/// writing in turn.
+///
+/// What was written is good only after Flush or Close has returned: only then has its last byte
+/// reached the operating system. The destructor closes too, but cannot report a failure.
+class FileStream final : public Stream {
+ public:
+  /// Opens a file; `mode` is one access and one kind of Mode.
+  /// Errors: IOException "Invalid open mode"; FileOpenException; "Out of memory".
+  FileStream(const String& path, std::uint32_t mode);
+
+  /// Wraps a file that is open already and stays open. `buffer` is used as the block buffer and
+  /// must outlive the stream, so that the standard streams need no memory.
+  FileStream(Platform::FileHandle file, std::uint32_t mode, std::span<unsigned char> buffer);
+
+  ~FileStream() override;
+
+  /// As Flush, but answers false instead of raising.
+  bool TryFlush() noexcept;
+
+  void Flush() override;
+  /// Closes an owned file; a wrapped one is only flushed. Closing a file that was opened for
+  /// reading only loses nothing and cannot fail.
+  void Close() override;
+  int Peek() override;
+  void Unget(int byte) override;
+  void WriteByte(char byte) override;
+  std::size_t Read(void* buffer, std::size_t count) override;
+  void Write(const void* buffer, std::size_t count) override;
+  int Scan(const char* format, void* destination, std::size_t size) override;
+  int Print(const char* format, const void* value, std::size_t size) override;
+  bool IsEof() const noexcept override { return isEof_; }
+  std::int64_t Length() override;
+  std::int64_t Tell() override;
+  void Seek(std::int64_t offset, int origin) override;
+  using Stream::Seek;
+
+ protected:
+  int ReadByteOfNextBlock() override;
+
+ private:
+  bool CanRead() const noexcept;
+  bool CanWrite() const noexcept;
+  bool FillWindow();
+  void StartWriting();
+  void DropWindow() noexcept;
+  unsigned char* Block() const noexcept;
+  std::size_t BlockSize() const noexcept;
+
+  Platform::FileHandle file_ = Platform::kNoFile;
+  bool owns_ = false;
+  bool isEof_ = false;
+  // A byte was put back that differs from the file's: the block no longer shows the file.
+  bool isBlockAltered_ = false;
+  // Room for bytes that are put back, then the block.
+  std::span<unsigned char> buffer_;
+  // Bytes of the block that wait to be written; 0 while reading.
+  std::size_t pending_ = 0;
+  // The operating system's position in the file; -1 when it has none that we know.
+  std::int64_t position_ = 0;
+};
+
+}  // namespace Vell::IO

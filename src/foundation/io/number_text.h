@@ -1,0 +1,50 @@
+#pragma once
+
+// Numbers as text, in the C locale whatever the environment says, and the same on every platform:
+// written as printf writes "%d", "%u", "%g" and "%f", read as strtol, strtoul and strtod read. The
+// one difference: a NaN is always written "nan", whatever its sign.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace Vell::IO {
+
+class Stream;
+
+/// The text of one number. It holds the longest one, a fixed-point double of 309 digits.
+class NumberText {
+ public:
+  /// As "%d" and "%u".
+  static NumberText OfInteger(std::int32_t value) noexcept;
+  static NumberText OfUnsigned(std::uint32_t value) noexcept;
+  /// As "%lg": six significant digits, the shorter of fixed and exponent notation; the exponent
+  /// has two digits, or three where it needs them.
+  static NumberText OfReal(double value) noexcept;
+  /// As "%f": six digits behind the point.
+  static NumberText OfFixed(double value) noexcept;
+
+  std::string_view View() const noexcept { return {text_.data(), length_}; }
+
+ private:
+  std::array<char, 328> text_;
+  std::size_t length_ = 0;
+};
+
+/// Prints one number on a stream; the contract is Stream::Print's, without its check that
+/// something was printed.
+int PrintNumber(Stream& stream, const char* format, const void* value, std::size_t size);
+
+/// The double that a text begins with, as strtod reads it: white space, a sign, then decimal or
+/// hexadecimal ("0x") digits with an exponent, "inf", "infinity" or "nan". Beyond the range of a
+/// double it is infinite or zero. `used` receives the number of bytes read, 0 (and the result 0.0)
+/// if the text does not begin with a number.
+double ParseReal(std::string_view text, std::size_t* used = nullptr) noexcept;
+
+/// A decimal integer that a text of an optional sign and digits stands for, as fscanf stores it for
+/// "%d" and "%u" with 64-bit arithmetic inside: clamped to 64 bits, then its low 32 bits.
+std::int32_t ParseInteger(std::string_view text) noexcept;
+std::uint32_t ParseUnsigned(std::string_view text) noexcept;
+
+}  // namespace Vell::IO

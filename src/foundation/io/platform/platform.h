@@ -1,0 +1,82 @@
+#pragma once
+
+// Everything that the system asks of the operating system, and the only folder that knows which
+// one it is: files, folders, one key press, clocks, processes. Text and formats are not its matter.
+//
+// Paths are zero-terminated bytes in which both '\' and '/' separate folders, whatever the
+// platform; they are translated here, at the call, and nowhere else.
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Vell::IO::Platform {
+
+/// An open file of the operating system.
+using FileHandle = std::intptr_t;
+inline constexpr FileHandle kNoFile = -1;
+inline constexpr FileHandle kStandardInput = 0;
+inline constexpr FileHandle kStandardOutput = 1;
+inline constexpr FileHandle kStandardError = 2;
+
+enum class Access {
+  kRead,               // the file must exist
+  kWrite,              // created, or emptied
+  kReadWriteExisting,  // the file must exist
+  kReadAppend,         // created if missing; every write goes to the end
+  kReadWriteCreate,    // created, or emptied
+};
+
+enum class Origin { kStart, kCurrent, kEnd };
+
+/// Opens a file and returns its handle, or kNoFile. Never returns one of the three standard
+/// handles, even when the process was started without them.
+FileHandle OpenFile(const char* path, Access access) noexcept;
+
+/// Reads up to `size` bytes. Returns how many (0 at the end of the file), or -1 on failure. A call
+/// that a signal interrupted is repeated.
+std::int64_t ReadFile(FileHandle file, void* buffer, std::size_t size) noexcept;
+
+/// Writes all `size` bytes; false on failure. Short and interrupted writes are continued.
+bool WriteFile(FileHandle file, const void* buffer, std::size_t size) noexcept;
+
+/// Moves the position and returns the new one, counted from the start, or -1 on failure.
+std::int64_t SeekFile(FileHandle file, std::int64_t offset, Origin origin) noexcept;
+
+/// Length in bytes, or -1 on failure.
+std::int64_t FileLength(FileHandle file) noexcept;
+
+/// Closes a handle; false when the system reports that data may not have been stored.
+bool CloseFile(FileHandle file) noexcept;
+
+/// Creates one folder (no parents). Whether that worked is not told: an existing folder is as good,
+/// and a missing one shows when a file in it cannot be opened.
+void CreateFolder(const char* path) noexcept;
+
+/// Waits for one key press on the terminal: no Enter, no echo; keys typed before the call and the
+/// further bytes of a key such as an arrow are dropped, and the terminal is left as it was, also
+/// when a signal ends the process. When standard input is no terminal, one byte or its end serves.
+/// A process in the background of its terminal does not wait and leaves the terminal alone.
+void WaitForKey() noexcept;
+
+/// True when standard input is a terminal.
+bool StandardInputIsTerminal() noexcept;
+
+/// Connects standard input to an empty source.
+void DetachStandardInput() noexcept;
+
+/// Seconds of calendar time since 1970-01-01 00:00 UTC.
+std::int64_t CalendarSeconds() noexcept;
+
+/// Processor time that this process has used, in milliseconds.
+std::int64_t ProcessorMilliseconds() noexcept;
+
+/// Writes the path of the running program's file, zero-terminated and with symbolic links resolved,
+/// into `path`. False when it cannot be told or does not fit.
+bool ProgramFile(char* path, std::size_t size) noexcept;
+
+/// Runs the program in file `program` with `arguments` (the first one is the name that it sees as
+/// its own, the last one is null) in place of the calling program, so that its exit status or
+/// signal is the caller's. Returns only on failure.
+void BecomeProgram(const char* program, const char* const* arguments) noexcept;
+
+}  // namespace Vell::IO::Platform

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "foundation/io/stream.h"
+#include "foundation/shared_handle.h"
+
+namespace Vell::IO {
+
+/// When a writer hands its lines to the operating system: at the end of each line (terminals and
+/// logs, whose readers want every whole line at once) or when the stream's block is full (files).
+enum class LineEnd { kFlush, kKeep };
+
+/// Writes text and numbers to a stream: integers as "%d", reals as "%lg"; a line ends with a single
+/// line feed on every platform. Errors of all operations: "IO Exception".
+class TextWriter {
+ public:
+  explicit TextWriter(SharedHandle<Stream> stream, LineEnd lineEnd = LineEnd::kKeep);
+
+  void Write(std::string_view text);
+  void Write(char character);
+  void Write(std::int32_t value);
+  void Write(double value);
+  void EndLine();
+
+  /// Writes all parts, one after the other, and ends the line.
+  template <typename... Parts>
+  void WriteLine(const Parts&... parts) {
+    (Write(parts), ...);
+    EndLine();
+  }
+
+  Stream& Target() const noexcept { return *stream_; }
+
+ private:
+  SharedHandle<Stream> stream_;
+  LineEnd lineEnd_;
+};
+
+}  // namespace Vell::IO

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "linalg/bit_matrix.h"
+#include "linalg/matrix.h"
+#include "linalg/ternary_matrix.h"
+
+namespace Vell {
+
+/// Counts, over records of 0/1 cells, how often each pair of columns is set together: the cross
+/// products of the columns. The diagonal counts how often a column is set at all.
+class CrossCounter {
+ public:
+  /// Errors: "Invalid argument" for a negative number of columns; "Out of memory".
+  explicit CrossCounter(std::int32_t columns);
+
+  /// Adds one record, given as its ascending set columns.
+  void Add(std::span<const std::int32_t> setColumns) noexcept;
+
+  /// The counts as a symmetric columns x columns matrix.
+  Matrix ToMatrix() const;
+
+  /// Room for the set columns of one record.
+  std::span<std::int32_t> Scratch() noexcept { return scratch_.Span(); }
+
+ private:
+  std::int32_t columns_;
+  IndexVector counts_;  // packed lower triangle by rows
+  IndexVector scratch_;
+};
+
+/// The counts over all rows.
+Matrix CrossCounts(const BitMatrix& matrix);
+
+/// The counts of the value bits over the rows for which include(row) is true.
+template <typename Include>
+Matrix CrossCounts(const TernaryMatrix& matrix, Include include) {
+  CrossCounter counter(matrix.Columns());
+  for (std::int32_t i = 0; i < matrix.Rows(); ++i) {
+    if (include(i)) {
+      counter.Add(SetColumns(matrix.Row(i), counter.Scratch()));
+    }
+  }
+  return counter.ToMatrix();
+}
+
+}  // namespace Vell

@@ -1,0 +1,114 @@
+#pragma once
+
+// Gathers the columns that are set in one packed row: the innermost step of every fit, imputation
+// sweep and prediction, and the only place that decodes packed cells wider than one at a time.
+//
+// Layout. Cells lie one after the other without regard to row or byte boundaries, the first one in
+// the most significant bits. One bit a cell:
+//
+//     byte 0            byte 1
+//     7 6 5 4 3 2 1 0   7 6 5 4 ...
+//     c0 c1 c2 ... c7   c8 c9 ...
+//
+// Two bits a cell, the missing bit above the value bit:
+//
+//     7 6   5 4   3 2   1 0
+//     m0 v0 m1 v1 m2 v2 m3 v3
+//
+// Cell (i, j) of a matrix with V columns is cell i * V + j, so a row may begin at any bit. The
+// block has one spare byte behind its last cell, but no more: a machine word is loaded only where
+// it lies within the block.
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+namespace Vell {
+
+/// Where a row of packed cells lies within its block.
+template <int kBitsPerCell>
+struct PackedRow {
+  const std::uint8_t* block = nullptr;
+  std::size_t blockSize = 0;  // bytes
+  std::size_t firstBit = 0;   // of the row's first cell, counted from the block's start
+  std::int32_t columns = 0;
+};
+
+using BitRow = PackedRow<1>;
+using TernaryRow = PackedRow<2>;
+
+/// The bits of a cell that a scan looks at.
+inline constexpr std::uint64_t kValuePlane = 0x5555'5555'5555'5555;
+inline constexpr std::uint64_t kMissingPlane = 0xAAAA'AAAA'AAAA'AAAA;
+inline constexpr std::uint64_t kOnlyPlane = ~std::uint64_t{0};
+
+/// The 8 bytes from `byte` on as one number, the first one in the most significant place; bytes
+/// behind the block's end count as 0.
+inline std::uint64_t LoadBigEndian(const std::uint8_t* block, std::size_t blockSize,
+                                   std::size_t byte) noexcept {
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  std::uint8_t bytes[kWord] = {};
+  if (byte + kWord <= blockSize) {
+    std::memcpy(bytes, block + byte, kWord);
+  } else {
+    std::memcpy(bytes, block + byte, blockSize - byte);
+  }
+  std::uint64_t word = 0;
+  for (const std::uint8_t b : bytes) {
+    word = word << 8 | b;
+  }
+  return word;
+}
+
+/// Calls visit(column) for every column of the row that has a bit of the plane set, ascending.
+template <std::uint64_t kPlane, int kBitsPerCell, typename Visit>
+inline void VisitColumns(const PackedRow<kBitsPerCell>& row, Visit visit) {
+  // A word that is shifted to the row's first bit holds at least 57 valid bits. 56 of them are used
+  // at a time, which is a whole number of cells.
+  constexpr std::int64_t kBitsPerStep = 56;
+  constexpr std::int32_t kColumnsPerStep = kBitsPerStep / kBitsPerCell;
+  std::size_t bit = row.firstBit;
+  std::int64_t bitsLeft = std::int64_t{row.columns} * kBitsPerCell;
+  for (std::int32_t column = 0; bitsLeft > 0; column += kColumnsPerStep) {
+    const auto used = static_cast<int>(std::min(bitsLeft, kBitsPerStep));
+    std::uint64_t word = LoadBigEndian(row.block, row.blockSize, bit >> 3) << (bit & 7);
+    word &= kPlane & (~std::uint64_t{0} << (64 - used));
+    while (word != 0) {
+      const int position = std::countl_zero(word);
+      visit(column + position / kBitsPerCell);
+      word ^= std::uint64_t{1} << (63 - position);
+    }
+    bit += kBitsPerStep;
+    bitsLeft -= kBitsPerStep;
+  }
+}
+
+/// Writes the columns that have a bit of the plane set, ascending, to `scratch`, which has room for
+/// all columns of the row, and returns the part that was filled.
+template <std::uint64_t kPlane, int kBitsPerCell>
+inline std::span<const std::int32_t> GatherColumns(const PackedRow<kBitsPerCell>& row,
+                                                   std::span<std::int32_t> scratch) noexcept {
+  std::size_t count = 0;
+  VisitColumns<kPlane>(row, [&](std::int32_t column) { scratch[count++] = column; });
+  return scratch.first(count);
+}
+
+/// The columns of a row whose bit, or whose value bit, is set.
+inline std::span<const std::int32_t> SetColumns(const BitRow& row,
+                                                std::span<std::int32_t> scratch) noexcept {
+  return GatherColumns<kOnlyPlane>(row, scratch);
+}
+inline std::span<const std::int32_t> SetColumns(const TernaryRow& row,
+                                                std::span<std::int32_t> scratch) noexcept {
+  return GatherColumns<kValuePlane>(row, scratch);
+}
+
+/// The columns of a row whose missing bit is set.
+inline std::span<const std::int32_t> MissingColumns(const TernaryRow& row,
+                                                    std::span<std::int32_t> scratch) noexcept {
+  return GatherColumns<kMissingPlane>(row, scratch);
+}
+
+}  // namespace Vell

@@ -1,0 +1,319 @@
+#include "linalg/svd.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "foundation/exceptions/exceptions.h"
+
+namespace Vell {
+namespace {
+
+constexpr int kMaxIterations = 30;
+
+double WithSignOf(double magnitude, double sign) noexcept {
+  return sign >= 0 ? std::fabs(magnitude) : -std::fabs(magnitude);
+}
+
+/// sqrt(a^2 + b^2) without overflow in between.
+double Hypotenuse(double a, double b) noexcept {
+  const double x = std::fabs(a);
+  const double y = std::fabs(b);
+  if (x > y) {
+    const double ratio = y / x;
+    return x * std::sqrt(1 + ratio * ratio);
+  }
+  if (y == 0) {
+    return 0;
+  }
+  const double ratio = x / y;
+  return y * std::sqrt(1 + ratio * ratio);
+}
+
+/// Turns columns a and b of a matrix by the angle with cosine c and sine s.
+void RotateColumns(Matrix& matrix, std::int32_t a, std::int32_t b, double c, double s) noexcept {
+  for (std::int32_t i = 0; i < matrix.Rows(); ++i) {
+    const double x = matrix(i, a);
+    const double z = matrix(i, b);
+    matrix(i, a) = x * c + z * s;
+    matrix(i, b) = z * c - x * s;
+  }
+}
+
+/// The work of one decomposition: u begins as A and ends as U.
+class Decomposition {
+ public:
+  Decomposition(Matrix& u, Vector& w, Matrix& v)
+      : m_(u.Rows()), n_(u.Columns()), u_(u), w_(w), v_(v), superdiagonal_(n_) {}
+
+  void Run() {
+    Bidiagonalise();
+    AccumulateRight();
+    AccumulateLeft();
+    for (std::int32_t k = n_ - 1; k >= 0; --k) {
+      Diagonalise(k);
+    }
+  }
+
+ private:
+  /// Reflections from the left zero column i below the diagonal, those from the right row i behind
+  /// the superdiagonal. The reflection vectors stay in u for the accumulations.
+  void Bidiagonalise() {
+    double previous = 0;
+    for (std::int32_t i = 0; i < n_; ++i) {
+      superdiagonal_[i] = previous;
+      w_[i] = i < m_ ? ReflectColumn(i) : 0;
+      previous = i < m_ && i != n_ - 1 ? ReflectRow(i) : 0;
+      norm_ = std::max(norm_, std::fabs(w_[i]) + std::fabs(superdiagonal_[i]));
+    }
+  }
+
+  double ReflectColumn(std::int32_t i) {
+    double scale = 0;
+    for (std::int32_t k = i; k < m_; ++k) {
+      scale += std::fabs(u_(k, i));
+    }
+    if (scale == 0) {
+      return 0;
+    }
+    double s = 0;
+    for (std::int32_t k = i; k < m_; ++k) {
+      u_(k, i) /= scale;
+      s += u_(k, i) * u_(k, i);
+    }
+    const double f = u_(i, i);
+    const double g = -WithSignOf(std::sqrt(s), f);
+    const double h = f * g - s;
+    u_(i, i) = f - g;
+    for (std::int32_t j = i + 1; j < n_; ++j) {
+      double product = 0;
+      for (std::int32_t k = i; k < m_; ++k) {
+        product += u_(k, i) * u_(k, j);
+      }
+      const double factor = product / h;
+      for (std::int32_t k = i; k < m_; ++k) {
+        u_(k, j) += factor * u_(k, i);
+      }
+    }
+    for (std::int32_t k = i; k < m_; ++k) {
+      u_(k, i) *= scale;
+    }
+    return scale * g;
+  }
+
+  double ReflectRow(std::int32_t i) {
+    const std::int32_t first = i + 1;
+    double scale = 0;
+    for (std::int32_t k = first; k < n_; ++k) {
+      scale += std::fabs(u_(i, k));
+    }
+    if (scale == 0) {
+      return 0;
+    }
+    double s = 0;
+    for (std::int32_t k = first; k < n_; ++k) {
+      u_(i, k) /= scale;
+      s += u_(i, k) * u_(i, k);
+    }
+    const double f = u_(i, first);
+    const double g = -WithSignOf(std::sqrt(s), f);
+    const double h = f * g - s;
+    u_(i, first) = f - g;
+    for (std::int32_t j = first; j < m_; ++j) {
+      double product = 0;
+      for (std::int32_t k = first; k < n_; ++k) {
+        product += u_(j, k) * u_(i, k);
+      }
+      for (std::int32_t k = first; k < n_; ++k) {
+        u_(j, k) += product * (u_(i, k) / h);
+      }
+    }
+    for (std::int32_t k = first; k < n_; ++k) {
+      u_(i, k) *= scale;
+    }
+    return scale * g;
+  }
+
+  void AccumulateRight() {
+    for (std::int32_t i = n_ - 1; i >= 0; --i) {
+      const std::int32_t first = i + 1;
+      if (first < n_) {
+        const double g = superdiagonal_[first];
+        if (g != 0) {
+          for (std::int32_t j = first; j < n_; ++j) {
+            v_(j, i) = u_(i, j) / u_(i, first) / g;  // two divisions, lest the product underflow
+          }
+          for (std::int32_t j = first; j < n_; ++j) {
+            double product = 0;
+            for (std::int32_t k = first; k < n_; ++k) {
+              product += u_(i, k) * v_(k, j);
+            }
+            for (std::int32_t k = first; k < n_; ++k) {
+              v_(k, j) += product * v_(k, i);
+            }
+          }
+        }
+        for (std::int32_t j = first; j < n_; ++j) {
+          v_(i, j) = v_(j, i) = 0;
+        }
+      }
+      v_(i, i) = 1;
+    }
+  }
+
+  void AccumulateLeft() {
+    for (std::int32_t i = std::min(m_, n_) - 1; i >= 0; --i) {
+      const std::int32_t first = i + 1;
+      for (std::int32_t j = first; j < n_; ++j) {
+        u_(i, j) = 0;
+      }
+      if (w_[i] == 0) {
+        for (std::int32_t k = i; k < m_; ++k) {
+          u_(k, i) = 0;
+        }
+      } else {
+        const double inverse = 1 / w_[i];
+        for (std::int32_t j = first; j < n_; ++j) {
+          double product = 0;
+          for (std::int32_t k = first; k < m_; ++k) {
+            product += u_(k, i) * u_(k, j);
+          }
+          const double factor = product / u_(i, i) * inverse;
+          for (std::int32_t k = i; k < m_; ++k) {
+            u_(k, j) += factor * u_(k, i);
+          }
+        }
+        for (std::int32_t k = i; k < m_; ++k) {
+          u_(k, i) *= inverse;
+        }
+      }
+      u_(i, i) += 1;
+    }
+  }
+
+  bool IsNegligible(double x) const noexcept { return std::fabs(x) + norm_ == norm_; }
+
+  /// Brings singular value k to convergence, given that those behind it have converged.
+  void Diagonalise(std::int32_t k) {
+    for (int iteration = 0;; ++iteration) {
+      const std::int32_t l = Split(k);
+      if (l == k) {
+        if (w_[k] < 0) {
+          w_[k] = -w_[k];
+          for (std::int32_t i = 0; i < n_; ++i) {
+            v_(i, k) = -v_(i, k);
+          }
+        }
+        return;
+      }
+      if (iteration == kMaxIterations) {
+        throw Exceptions::NumericException("Too many iterations in singular value decomposition");
+      }
+      StepQr(l, k);
+    }
+  }
+
+  /// The start of the block that ends at k and has no negligible superdiagonal element. Where a
+  /// diagonal element is negligible, the superdiagonal element behind it is rotated away.
+  std::int32_t Split(std::int32_t k) {
+    for (std::int32_t l = k; l > 0; --l) {
+      if (IsNegligible(superdiagonal_[l])) {
+        return l;
+      }
+      if (IsNegligible(w_[l - 1])) {
+        CancelSuperdiagonal(l, k);
+        return l;
+      }
+    }
+    return 0;  // there is no superdiagonal element before the first column
+  }
+
+  void CancelSuperdiagonal(std::int32_t l, std::int32_t k) {
+    double c = 0;
+    double s = 1;
+    for (std::int32_t i = l; i <= k; ++i) {
+      const double f = s * superdiagonal_[i];
+      superdiagonal_[i] *= c;
+      if (IsNegligible(f)) {
+        return;
+      }
+      const double g = w_[i];
+      const double h = Hypotenuse(f, g);
+      w_[i] = h;
+      c = g / h;
+      s = -f / h;
+      RotateColumns(u_, l - 1, i, c, s);
+    }
+  }
+
+  /// One implicit QR step on the block l..k, with the shift from its bottom 2 x 2 minor.
+  void StepQr(std::int32_t l, std::int32_t k) {
+    double x = w_[l];
+    double y = w_[k - 1];
+    double z = w_[k];
+    double g = superdiagonal_[k - 1];
+    double h = superdiagonal_[k];
+    double f = ((y - z) * (y + z) + (g - h) * (g + h)) / (2 * h * y);
+    g = Hypotenuse(f, 1);
+    f = ((x - z) * (x + z) + h * (y / (f + WithSignOf(g, f)) - h)) / x;
+    double c = 1;
+    double s = 1;
+    for (std::int32_t j = l; j < k; ++j) {
+      const std::int32_t i = j + 1;
+      g = superdiagonal_[i];
+      y = w_[i];
+      h = s * g;
+      g = c * g;
+      z = Hypotenuse(f, h);
+      superdiagonal_[j] = z;
+      c = f / z;
+      s = h / z;
+      f = x * c + g * s;
+      g = g * c - x * s;
+      h = y * s;
+      y *= c;
+      RotateColumns(v_, j, i, c, s);
+      z = Hypotenuse(f, h);
+      w_[j] = z;
+      if (z != 0) {  // otherwise the rotation is arbitrary
+        c = f / z;
+        s = h / z;
+      }
+      f = c * g + s * y;
+      x = c * y - s * g;
+      RotateColumns(u_, j, i, c, s);
+    }
+    superdiagonal_[l] = 0;
+    superdiagonal_[k] = f;
+    w_[k] = x;
+  }
+
+  std::int32_t m_;
+  std::int32_t n_;
+  Matrix& u_;
+  Vector& w_;
+  Matrix& v_;
+  Vector superdiagonal_;  // element i stands between the diagonal elements i - 1 and i
+  double norm_ = 0;
+};
+
+}  // namespace
+
+std::int32_t SvdResult::Rank() const noexcept {
+  return static_cast<std::int32_t>(
+      std::count_if(w.begin(), w.end(), [this](double value) { return value > threshold; }));
+}
+
+void Decompose(SvdResult& result, const Matrix& a) {
+  result.u = a;
+  result.w.Resize(a.Columns());
+  result.v = Matrix(a.Columns(), a.Columns());
+  Decomposition(result.u, result.w, result.v).Run();
+  result.smallestValue = Minimum(result.w);
+  if (result.smallestValue < 0) {
+    throw Exceptions::NumericException("Negative singular values in singular value decomposition");
+  }
+  result.largestValue = Maximum(result.w);
+  result.threshold = result.largestValue * result.tolerance;
+}
+
+}  // namespace Vell

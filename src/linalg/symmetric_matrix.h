@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cassert>
+#include <cstdint>
+
+#include "linalg/matrix.h"
+#include "linalg/vector.h"
+
+namespace Vell {
+
+/// Where row i of a packed lower triangle begins: i * (i + 1) / 2.
+constexpr std::int32_t PackedRowStart(std::int32_t row) noexcept { return row * (row + 1) / 2; }
+
+/// Number of elements of a packed triangle of an order: order * (order + 1) / 2, formed so that no
+/// factor leaves 32 bits before the product does.
+/// Errors: "Invalid argument" for a negative order; "Integer overflow" when the product has wrapped
+///         into the sign bit (a product that wraps further is not noticed).
+std::int32_t PackedTriangleSize(std::int32_t order);
+
+/// A symmetric matrix of which the lower triangle is stored by rows: element (i, j) with j <= i at
+/// i * (i + 1) / 2 + j. The same layout holds a lower triangular factor, whose other elements are
+/// 0.
+class SymmetricMatrix {
+ public:
+  SymmetricMatrix() = default;
+  /// Zero-filled. Errors: as PackedTriangleSize; "Out of memory".
+  explicit SymmetricMatrix(std::int32_t order);
+
+  std::int32_t Order() const noexcept { return order_; }
+
+  /// Element (row, column) with column <= row.
+  double& operator()(std::int32_t row, std::int32_t column) noexcept {
+    assert(column <= row);
+    return elements_[PackedRowStart(row) + column];
+  }
+  double operator()(std::int32_t row, std::int32_t column) const noexcept {
+    assert(column <= row);
+    return elements_[PackedRowStart(row) + column];
+  }
+
+  /// The elements (row, 0) .. (row, row).
+  double* Row(std::int32_t row) noexcept { return elements_.begin() + PackedRowStart(row); }
+  const double* Row(std::int32_t row) const noexcept {
+    return elements_.begin() + PackedRowStart(row);
+  }
+
+  /// All elements in their packed order.
+  Vector& Elements() noexcept { return elements_; }
+  const Vector& Elements() const noexcept { return elements_; }
+
+ private:
+  Vector elements_;
+  std::int32_t order_ = 0;
+};
+
+/// The order x order matrix with both triangles filled.
+Matrix ToFullMatrix(const SymmetricMatrix& packed);
+
+}  // namespace Vell
