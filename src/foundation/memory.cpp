@@ -32,10 +32,6 @@ AllocationFunction SetAllocationFunction(AllocationFunction function) noexcept {
   return previous;
 }
 
-void RequireNotNegative(std::int64_t size) {
-  if (size < 0) {
-    throw Exceptions::InvalidArgumentException("Invalid argument");
-  }
-}
+void RaiseInvalidSize() { throw Exceptions::InvalidArgumentException("Invalid argument"); }
 
 }  // namespace Vell

@@ -29,8 +29,15 @@ AllocationFunction SetAllocationFunction(AllocationFunction function) noexcept;
 template <typename T>
 T* AllocateArray(std::int64_t count);
 
+/// Raises InvalidArgumentException "Invalid argument".
+[[noreturn]] void RaiseInvalidSize();
+
 /// Raises InvalidArgumentException "Invalid argument" for a negative size.
-void RequireNotNegative(std::int64_t size);
+inline void RequireNotNegative(std::int64_t size) {
+  if (size < 0) {
+    RaiseInvalidSize();
+  }
+}
 
 template <typename T>
 T* AllocateArray(std::int64_t count) {

@@ -28,6 +28,8 @@ Vector Matrix::Column(std::int32_t column) const {
   return result;
 }
 
+void Matrix::Fill(double value) noexcept { std::ranges::fill(cells_, value); }
+
 void Matrix::SwapRows(std::int32_t a, std::int32_t b) noexcept {
   if (a != b) {
     std::ranges::swap_ranges(Row(a), Row(b));

@@ -38,6 +38,9 @@ class Matrix {
   /// A copy of one column.
   Vector Column(std::int32_t column) const;
 
+  /// Sets every cell.
+  void Fill(double value) noexcept;
+
   void SwapRows(std::int32_t a, std::int32_t b) noexcept;
   void SwapColumns(std::int32_t a, std::int32_t b) noexcept;
 

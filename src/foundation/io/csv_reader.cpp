@@ -103,6 +103,14 @@ int SkipField(Stream& stream) {
   return c;
 }
 
+void SkipRecord(Stream& stream) {
+  int c = kSeparator;
+  while (c != kEndOfStream && c != '\n') {
+    ReadFieldBytes(stream, [](char) {});
+    c = stream.ReadByte();
+  }
+}
+
 void SkipLine(Stream& stream) {
   int c = stream.ReadByte();
   while (c != kEndOfStream && c != '\n') {

@@ -35,6 +35,11 @@ void ReadField(String& field, Stream& stream);
 /// Quotes mean nothing to it. Returns the byte that ended the field, or kEndOfStream.
 int SkipField(Stream& stream);
 
+/// Reads past the rest of a record by the rules of CSV: a line feed within quotes does not end it.
+/// The position must be at the start of a field, or at the comma or line feed that ended one.
+/// Errors: as MeasureCsv.
+void SkipRecord(Stream& stream);
+
 /// Reads past the rest of a line, its line feed included, or to the end of the stream. Quotes mean
 /// nothing to it.
 void SkipLine(Stream& stream);

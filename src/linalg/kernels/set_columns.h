@@ -105,6 +105,13 @@ inline std::span<const std::int32_t> SetColumns(const TernaryRow& row,
   return GatherColumns<kValuePlane>(row, scratch);
 }
 
+/// True when some cell of the row has its missing bit set.
+inline bool HasMissingCell(const TernaryRow& row) noexcept {
+  bool hasMissing = false;
+  VisitColumns<kMissingPlane>(row, [&](std::int32_t) { hasMissing = true; });
+  return hasMissing;
+}
+
 /// The columns of a row whose missing bit is set.
 inline std::span<const std::int32_t> MissingColumns(const TernaryRow& row,
                                                     std::span<std::int32_t> scratch) noexcept {

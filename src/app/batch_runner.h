@@ -1,0 +1,22 @@
+#pragma once
+
+#include "app/definitions.h"
+#include "app/runner.h"
+
+namespace Hovar {
+
+/// Runs a list of definition files one after another, as if each had been named on the command
+/// line. A listed definition may be a batch itself. The first error ends everything; what was
+/// written stays. A batch has no log file of its own, and the log files of its runs stay attached.
+class BatchRunner final : public Runner {
+ public:
+  /// Reads the definition behind the root's start tag. Errors: those of ReadBatchDefinition.
+  explicit BatchRunner(Vell::XmlReader& reader);
+
+  void Run() override;
+
+ private:
+  BatchDefinition definition_;
+};
+
+}  // namespace Hovar

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "app/definitions.h"
+#include "app/runner.h"
+
+namespace Hovar {
+
+/// Reads the data and the coefficients of an analysis and writes individual and hospital
+/// predictions.
+class PredictionRunner final : public Runner {
+ public:
+  /// Reads the definition behind the root's start tag, creates the output folder and attaches the
+  /// log file. Errors: those of ReadPredictionDefinition; FileOpenException.
+  explicit PredictionRunner(Vell::XmlReader& reader);
+
+  void Run() override;
+
+ private:
+  PredictionDefinition definition_;
+};
+
+}  // namespace Hovar

@@ -1,0 +1,79 @@
+#include "app/program.h"
+
+#include <utility>
+
+#include "app/dispatch.h"
+#include "foundation/exceptions/exceptions.h"
+#include "foundation/io/log.h"
+#include "foundation/io/platform/platform.h"
+#include "foundation/io/standard_writers.h"
+#include "foundation/random/random_generator.h"
+
+namespace Hovar {
+namespace {
+
+using Vell::Exceptions::Exception;
+using Vell::IO::Log;
+using Vell::IO::StandardOutput;
+
+constexpr int kSuccess = 0;
+constexpr int kFailure = 1;
+
+Vell::String& StartupDirectoryStorage() noexcept {
+  static Vell::String directory;
+  return directory;
+}
+
+/// Everything that can end in an error, from the banner to the last flush.
+void Run(int argumentCount, const char* const* arguments) {
+  Vell::RandomGenerator::Reset();
+  Log().Attach(Vell::IO::StandardOutputHandle());
+  StandardOutput().WriteLine("Target platform: 64-bit");
+  if (argumentCount != 2) {
+    throw Exception("Wrong number of parameters in command line");
+  }
+  StartupDirectoryStorage() = StartupDirectoryOf(Vell::String(arguments[0]));
+  DispatchDefinition(Vell::String(arguments[1]))->Run();
+  Log().Close();
+  StandardOutput().Target().Flush();
+}
+
+void EndAfterError() {
+  Log().Clear();
+  StandardOutput().WriteLine("Press any button to continue . . .");
+  Vell::IO::Platform::WaitForKey();
+}
+
+}  // namespace
+
+int RunProgram(int argumentCount, const char* const* arguments) {
+  try {
+    try {
+      Run(argumentCount, arguments);
+      return kSuccess;
+    } catch (const Exception&) {
+      EndAfterError();
+    }
+  } catch (const Exception&) {
+    // The prompt could not be written: nobody is there to press a key.
+  }
+  return kFailure;
+}
+
+Vell::String StartupDirectoryOf(const Vell::String& programPath) {
+  Vell::String directory(programPath);
+  const std::int32_t separator = directory.FindLast('\\');
+  if (separator < 0) {
+    throw Vell::Exceptions::InvalidArgumentException("Invalid argument");
+  }
+  directory.Truncate(separator);
+  directory.Trim();
+  if (directory.Length() == 0) {
+    throw Exception("Cannot determine startup directory");
+  }
+  return directory;
+}
+
+const Vell::String& StartupDirectory() noexcept { return StartupDirectoryStorage(); }
+
+}  // namespace Hovar

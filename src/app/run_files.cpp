@@ -1,0 +1,32 @@
+#include "app/run_files.h"
+
+#include "data/data_file_reader.h"
+#include "foundation/io/file_stream.h"
+#include "foundation/io/log.h"
+#include "foundation/io/platform/platform.h"
+#include "regression/coefficient_file.h"
+
+namespace Hovar {
+
+void OpenRun(const Vell::String& folder, const Vell::String& logFile) {
+  Vell::IO::Platform::CreateFolder(folder.CStr());
+  Vell::IO::Log().AttachFile(Vell::JoinPath(folder, logFile));
+}
+
+void ReadDataFileAt(DataSet& dataSet, const Vell::String& path, std::int32_t poaCount) {
+  Vell::IO::FileStream stream(path, Vell::IO::Mode::kReadText);
+  ReadDataFile(dataSet, stream, poaCount);
+}
+
+void ReadCoefficientsFor(DataSet& dataSet, RegressionResults& results, const Vell::String& path) {
+  Vell::IO::FileStream stream(path, Vell::IO::Mode::kReadText);
+  ReadCoefficientFile(results, stream);
+  ReconcileVariables(dataSet, results);
+}
+
+Vell::IO::TextWriter CreateTextFile(const Vell::String& path) {
+  return Vell::IO::TextWriter(
+      Vell::MakeShared<Vell::IO::FileStream>(path, Vell::IO::Mode::kWriteText));
+}
+
+}  // namespace Hovar

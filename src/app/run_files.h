@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+
+#include "data/data_set.h"
+#include "foundation/io/text_writer.h"
+#include "foundation/string.h"
+#include "regression/regression_results.h"
+
+namespace Hovar {
+
+/// Creates the output folder of a run and attaches its log file, both named by the definition.
+/// Errors: FileOpenException for the log file, also when the folder could not be created.
+void OpenRun(const Vell::String& folder, const Vell::String& logFile);
+
+/// Opens a data file and reads it. Errors: FileOpenException; those of ReadDataFile.
+void ReadDataFileAt(DataSet& dataSet, const Vell::String& path, std::int32_t poaCount);
+
+/// Reads a coefficient file and removes the variables that it does not have from the data set.
+/// Errors: FileOpenException; those of ReadCoefficientFile and ReconcileVariables.
+void ReadCoefficientsFor(DataSet& dataSet, RegressionResults& results, const Vell::String& path);
+
+/// Creates an output file, lets write(writer) fill it and closes it, so that it is complete when
+/// this returns. Errors: FileOpenException; "IO Exception".
+template <typename Write>
+void WriteOutputFile(const Vell::String& path, Write write);
+
+/// Opens a text file for writing. Errors: FileOpenException.
+Vell::IO::TextWriter CreateTextFile(const Vell::String& path);
+
+template <typename Write>
+void WriteOutputFile(const Vell::String& path, Write write) {
+  Vell::IO::TextWriter writer = CreateTextFile(path);
+  write(writer);
+  writer.Target().Close();
+}
+
+}  // namespace Hovar

@@ -1,0 +1,48 @@
+#pragma once
+
+// Removes the variables that carry no information before any model is fitted: columns that are zero
+// everywhere and columns that are linear combinations of others.
+//
+// Dependencies are found on the cross counts M = A^T A of the 0/1 data A, whose null space is that
+// of A. Its basis, the rows of a k x p matrix N, is reduced with complete pivoting; the k pivot
+// columns are the ones on which the null space depends most, and removing them removes every
+// dependency: no null vector is left without a pivot. The first coordinate is left out of N, so the
+// intercept is never chosen.
+//
+// Two columns that are equal up to rounding in N (identical columns of the data, say) are as good
+// as each other, and rounding decides between them; likewise for several dependencies at once. The
+// arithmetic is therefore fixed, operation by operation, so that every platform decides alike.
+
+#include "data/data_set.h"
+#include "linalg/matrix.h"
+#include "linalg/vector.h"
+
+namespace Hovar {
+
+/// Removes, in this order: zero columns of Z; columns of X that are zero in all complete records;
+/// dependent columns of Z; columns of X that are dependent among the complete records with P = 0,
+/// on which [Y|X,P=0] is fitted. A variable always goes with both its columns. Progress goes to the
+/// log, "Check rank" to standard output.
+/// Errors: Exception "Rank is not maximal" when removal left a dependency; "Error in eliminating
+///         dependent columns"; those of the decomposition; "Out of memory".
+void EliminateColumns(DataSet& dataSet, double tolerance);
+
+/// Logs the names of the listed variables and removes them; counts the complete records again.
+/// `columns` are distinct. Errors: "Index out of range"; "Out of memory".
+void RemoveColumns(DataSet& dataSet, const Vell::IndexVector& columns);
+
+/// The columns, ascending, that are set in no record, or in no record without a missing value.
+Vell::IndexVector FindZeroColumns(const Vell::BitMatrix& z);
+Vell::IndexVector FindZeroColumns(const Vell::TernaryMatrix& x,
+                                  const Vell::BitVector& recordHasMissing);
+
+/// The columns of a symmetric p x p matrix of cross counts to remove, in pivot order, so that the
+/// others are independent; column 0 is never among them. A singular value counts as zero when it is
+/// not above `tolerance` times the largest.
+/// Errors: as EliminateColumns.
+Vell::IndexVector FindDependentColumns(const Vell::Matrix& counts, double tolerance);
+
+/// True when every singular value is above `tolerance` times the largest.
+bool IsFullRank(const Vell::Matrix& counts, double tolerance);
+
+}  // namespace Hovar

@@ -1,0 +1,215 @@
+#include "data/data_file_reader.h"
+
+#include <algorithm>
+
+#include "foundation/exceptions/exceptions.h"
+#include "foundation/io/csv_reader.h"
+#include "foundation/io/log.h"
+#include "foundation/io/standard_writers.h"
+
+namespace Hovar {
+namespace {
+
+using Vell::Exceptions::Exception;
+using Vell::IO::ReadField;
+using Vell::IO::SkipField;
+
+// Fields of a line before the indicators: key, hospital ID and outcome.
+constexpr std::int32_t kLeadingFields = 3;
+constexpr std::int32_t kReservedHospitals = 10000;
+
+/// Reads a cell that must hold 0 or 1, up to the end of its number.
+bool ReadBinaryNumber(Vell::IO::Stream& stream) {
+  std::int32_t value = 0;
+  if (stream.Scan("%d", &value, sizeof value) != 1) {
+    throw Vell::Exceptions::EndOfStreamException("Unexpected end of stream");
+  }
+  if (value != 0 && value != 1) {
+    throw Vell::Exceptions::InvalidInputException("Invalid input");
+  }
+  return value == 1;
+}
+
+/// Reads a whole cell that must hold 0 or 1.
+bool ReadBinaryCell(Vell::IO::Stream& stream) {
+  const bool value = ReadBinaryNumber(stream);
+  SkipField(stream);
+  return value;
+}
+
+enum class Ternary { kZero, kOne, kMissing };
+
+/// Reads a whole cell that holds 0, 1 or nothing.
+Ternary ReadTernaryCell(Vell::IO::Stream& stream) {
+  int c = stream.Peek();
+  while (c == ' ' || c == '\t') {
+    stream.ReadByte();
+    c = stream.Peek();
+  }
+  if (c == '\r') {
+    stream.ReadByte();  // white space before a number, or the first half of a line end
+    c = stream.Peek() == '\n' ? '\n' : c;
+  }
+  const bool isMissing = c == ',' || c == '\n' || c == Vell::IO::kEndOfStream;
+  const bool value = !isMissing && ReadBinaryNumber(stream);
+  SkipField(stream);
+  return isMissing ? Ternary::kMissing : value ? Ternary::kOne : Ternary::kZero;
+}
+
+/// Checks the shape of the file and gives the data set its sizes.
+void SizeDataSet(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
+  const Vell::IO::CsvShape shape = Vell::IO::MeasureCsv(stream);
+  if (shape.minimumFields != shape.maximumFields) {
+    throw Exception("Variable number of fields");
+  }
+  const std::int64_t covariateFields =
+      std::int64_t{shape.minimumFields} - poaCount - kLeadingFields;
+  if (covariateFields % 2 != 0) {
+    throw Exception("Wrong number of POA indicators in definition file");
+  }
+  dataSet.recordCount = shape.lineCount - 1;
+  dataSet.variableCount = static_cast<std::int32_t>(covariateFields / 2 + 1);
+  Vell::IO::Log().WriteLine("Number of records: ", dataSet.recordCount);
+  Vell::IO::Log().WriteLine("Number of variables: ", dataSet.variableCount);
+
+  dataSet.y.Resize(dataSet.recordCount);
+  dataSet.z = Vell::BitMatrix(dataSet.recordCount, dataSet.variableCount);
+  dataSet.p.Resize(dataSet.recordCount);
+  dataSet.x = Vell::TernaryMatrix(dataSet.recordCount, dataSet.variableCount);
+  dataSet.hospitalStart.Clear();
+  dataSet.hospitalStart.Reserve(kReservedHospitals);
+  dataSet.hospitalIds.Clear();
+  dataSet.hospitalIds.Reserve(kReservedHospitals);
+  dataSet.recordHospital.Resize(dataSet.recordCount);
+  dataSet.zNames = Vell::StringArray(dataSet.variableCount);
+  dataSet.xNames = Vell::StringArray(dataSet.variableCount);
+}
+
+void ReadNames(Vell::StringArray& names, const char* intercept, Vell::IO::Stream& stream) {
+  names[0] = Vell::String(intercept);
+  for (std::int32_t j = 1; j < names.Count(); ++j) {
+    ReadField(names[j], stream);
+    SkipField(stream);
+  }
+}
+
+void ReadHeader(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
+  for (std::int64_t field = 0; field < std::int64_t{kLeadingFields} + poaCount; ++field) {
+    SkipField(stream);
+  }
+  ReadNames(dataSet.zNames, "ZIntercept", stream);
+  ReadNames(dataSet.xNames, "XIntercept", stream);
+}
+
+/// Begins a new hospital where the ID differs from the last one's.
+void AssignHospital(DataSet& dataSet, std::int32_t record, const Vell::String& id) {
+  if (dataSet.hospitalCount > 0 &&
+      dataSet.hospitalIds[dataSet.hospitalCount - 1].View() == id.View()) {
+    return;
+  }
+  Vell::IO::StandardOutput().WriteLine("Hospital: ", id, " record: ", record, " / ",
+                                       dataSet.recordCount);
+  dataSet.hospitalStart.Append(record);
+  dataSet.hospitalIds.Append(id);
+  ++dataSet.hospitalCount;
+}
+
+/// P is set where some indicator is, and missing where some indicator is; it can be both.
+void ReadPresentOnAdmission(DataSet& dataSet, std::int32_t record, Vell::TernaryVector& indicators,
+                            Vell::IO::Stream& stream) {
+  for (std::int32_t k = 0; k < indicators.Size(); ++k) {
+    const Ternary cell = ReadTernaryCell(stream);
+    indicators.SetValue(k, cell == Ternary::kOne);
+    indicators.SetMissing(k, cell == Ternary::kMissing);
+  }
+  bool value = false;
+  bool isMissing = false;
+  for (std::int32_t k = 0; k < indicators.Size(); ++k) {
+    value = value || indicators.Value(k);
+    isMissing = isMissing || indicators.IsMissing(k);
+  }
+  dataSet.p.SetValue(record, value);
+  dataSet.p.SetMissing(record, isMissing);
+}
+
+void ReadRecords(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
+  Vell::TernaryVector indicators(poaCount);
+  Vell::String id;
+  dataSet.hospitalCount = 0;
+  for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
+    SkipField(stream);  // the key
+    ReadField(id, stream);
+    SkipField(stream);
+    AssignHospital(dataSet, i, id);
+    dataSet.y.Set(i, ReadBinaryCell(stream));
+    ReadPresentOnAdmission(dataSet, i, indicators, stream);
+    dataSet.z.Set(i, 0, true);
+    for (std::int32_t j = 1; j < dataSet.variableCount; ++j) {
+      dataSet.z.Set(i, j, ReadBinaryCell(stream));
+    }
+    dataSet.x.SetValue(i, 0, true);
+    for (std::int32_t j = 1; j < dataSet.variableCount; ++j) {
+      const Ternary cell = ReadTernaryCell(stream);
+      dataSet.x.SetValue(i, j, cell == Ternary::kOne);
+      dataSet.x.SetMissing(i, j, cell == Ternary::kMissing);
+    }
+  }
+  if (stream.ReadByte() != Vell::IO::kEndOfStream) {
+    throw Exception("Data wrong format");
+  }
+}
+
+/// A hospital's records must stand together: no ID may begin a hospital twice.
+void CheckGrouping(const DataSet& dataSet) {
+  Vell::GrowableArray<Vell::String> sorted(dataSet.hospitalIds);
+  const auto byBytes = [](const Vell::String& a, const Vell::String& b) {
+    return a.View() < b.View();
+  };
+  const auto equal = [](const Vell::String& a, const Vell::String& b) {
+    return a.View() == b.View();
+  };
+  std::sort(sorted.begin(), sorted.end(), byBytes);
+  if (std::adjacent_find(sorted.begin(), sorted.end(), equal) != sorted.end()) {
+    throw Exception("Data must be grouped by hospital ID");
+  }
+}
+
+void CorrectPresentOnAdmission(DataSet& dataSet) {
+  for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
+    if (!dataSet.p.IsMissing(i) && dataSet.p.Value(i) && !dataSet.y.Get(i)) {
+      Vell::IO::Log().WriteLine("Warning: Y == 0 && P == 1 data in record: ", i,
+                                " - setting P equal to 0");
+      dataSet.p.SetValue(i, false);
+    }
+  }
+}
+
+void IndexHospitals(DataSet& dataSet) {
+  dataSet.hospitalStart.Append(dataSet.recordCount);
+  dataSet.hospitalStart.Reserve(dataSet.hospitalStart.Size());
+  dataSet.hospitalIds.Reserve(dataSet.hospitalIds.Size());
+  dataSet.hospitalSize.Resize(dataSet.hospitalCount);
+  for (std::int32_t h = 0; h < dataSet.hospitalCount; ++h) {
+    const std::int32_t first = dataSet.hospitalStart[h];
+    dataSet.hospitalSize[h] = dataSet.hospitalStart[h + 1] - first;
+    std::fill_n(dataSet.recordHospital.begin() + first, dataSet.hospitalSize[h], h);
+  }
+}
+
+}  // namespace
+
+void ReadDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
+  Vell::IO::StandardOutput().WriteLine("Reading data file...");
+  SizeDataSet(dataSet, stream, poaCount);
+  stream.Seek(0);
+  ReadHeader(dataSet, stream, poaCount);
+  Vell::IO::StandardOutput().WriteLine("Reading data...");
+  ReadRecords(dataSet, stream, poaCount);
+  CheckGrouping(dataSet);
+  Vell::IO::Log().WriteLine("Number of hospitals: ", dataSet.hospitalCount);
+  CorrectPresentOnAdmission(dataSet);
+  IndexHospitals(dataSet);
+  CountNonMissing(dataSet);
+}
+
+}  // namespace Hovar

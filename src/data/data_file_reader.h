@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+
+#include "data/data_set.h"
+#include "foundation/io/stream.h"
+
+namespace Hovar {
+
+/// Reads a data file: CSV with one header line and one line per patient record, records of one
+/// hospital together. docs/formats.md describes the columns.
+///
+/// The stream is read twice, first for its shape and then for its records, so it must be at its
+/// beginning and able to seek. `poaCount` is the number of present-on-admission indicator columns.
+/// Progress goes to standard output; counts, and a warning for each record with Y = 0 and P = 1
+/// (whose P becomes 0: a condition that was present on admission implies the outcome), to the log.
+///
+/// Cells hold 0 or 1. An indicator or an X cell that is empty (blanks and tabs aside) is missing;
+/// so is one that holds nothing before a carriage return and a line feed.
+///
+/// Errors: Exception "Variable number of fields", "Wrong number of POA indicators in definition
+///         file", "Data wrong format" (bytes behind the last record, as where the last line feed is
+///         missing), "Data must be grouped by hospital ID"; InvalidInputException "Invalid input"
+///         for a number other than 0 and 1; IOException "IO Exception" for a cell that is no
+///         number; "Unexpected end of stream"; InvalidArgumentException "Invalid argument" or
+///         "Index out of range" for a file without a header line or with fewer fields than the
+///         indicators ask for; those of the CSV reader; "Out of memory". The data set is of no use
+///         after an error.
+void ReadDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount);
+
+}  // namespace Hovar

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/growable_array.h"
+#include "foundation/string.h"
+#include "linalg/bit_matrix.h"
+#include "linalg/string_array.h"
+#include "linalg/ternary_matrix.h"
+#include "linalg/vector.h"
+
+namespace Hovar {
+
+/// A data file in memory: n records of h hospitals with V variables, the intercept included.
+///
+/// A variable is a pair of columns, one of Z (what the hospital recorded) and one of X (the
+/// patient's condition), with a name each; the two are only ever removed together. Records of one
+/// hospital stand together, and hospitals are numbered in the order of the file.
+struct DataSet {
+  std::int32_t hospitalCount = 0;  // h
+  std::int32_t recordCount = 0;    // n
+  std::int32_t variableCount = 0;  // V
+
+  Vell::BitVector y;      // n: the outcome
+  Vell::TernaryVector p;  // n: present on admission, the OR of the file's indicators
+  Vell::BitMatrix z;      // n x V, column 0 is the intercept (1)
+  Vell::TernaryMatrix x;  // n x V, column 0 is the intercept (1, never missing)
+
+  Vell::GrowableArray<Vell::String> hospitalIds;  // h
+  Vell::IndexVector hospitalStart;                // h + 1: first record of each hospital, then n
+  Vell::IndexVector recordHospital;               // n
+  Vell::IndexVector hospitalSize;                 // h: records
+  Vell::IndexVector hospitalComplete;             // h: records without a missing value
+  Vell::IndexVector hospitalCompleteP0;           // h: and with P = 0
+  std::int32_t completeCount = 0;                 // records without a missing value
+  std::int32_t completeP0Count = 0;               // and with P = 0
+  Vell::BitVector hospitalHasMissing;             // h
+  Vell::BitVector recordHasMissing;               // n: P or some X cell is missing
+
+  Vell::StringArray zNames;  // V, the first one is "ZIntercept"
+  Vell::StringArray xNames;  // V, the first one is "XIntercept"
+
+  bool HasIncompleteRecords() const noexcept { return completeCount != recordCount; }
+  /// Complete and not present on admission: a record of the [Y|X,P=0] model.
+  bool IsCompleteWithoutP(std::int32_t record) const noexcept {
+    return !recordHasMissing.Get(record) && !p.Value(record);
+  }
+};
+
+/// Recomputes the missing flags and the counts of complete records, in all and per hospital, from P
+/// and X, and logs the counts.
+/// Errors: "Out of memory"; "IO Exception".
+void CountNonMissing(DataSet& dataSet);
+
+}  // namespace Hovar

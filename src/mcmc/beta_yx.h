@@ -1,0 +1,47 @@
+#pragma once
+
+#include "data/data_set.h"
+#include "linalg/matrix.h"
+#include "linalg/symmetric_matrix.h"
+#include "mcmc/mcmc_vector.h"
+#include "regression/newton.h"
+
+namespace Hovar {
+
+/// The coefficients of [Y|X,P=0] as a variable of the hierarchical model. A step draws from a
+/// normal distribution around the coefficients fitted to the data as currently imputed, and always
+/// accepts: it is a draw from the approximate conditional posterior, not a random walk.
+///
+/// The draw is the fit plus r with L^T r = z, z independent standard normal deviates: r has the
+/// covariance (L L^T)^-1. Without generalized estimating equations L is the Cholesky factor of the
+/// fit's information matrix, so that covariance is the usual inverse information. With them L is
+/// the factor of the empirical covariance itself; the draws then have its inverse as their
+/// covariance and are very wide, the more so the more records there are. This is a known limit: the
+/// fifth block of such an analysis does not serve for inference.
+class BetaYX final : public Vell::Mcmc::McmcVector {
+ public:
+  BetaYX(const DataSet& dataSet, const RegressionParameters& parameters,
+         bool useGeneralizedEstimatingEquations);
+
+  /// One row per coefficient: posterior mean, standard error, robust standard error, of which one
+  /// does not apply and holds -1.
+  const Vell::Matrix& ResultTable() const noexcept { return resultTable_; }
+
+  void Initialize() override;
+  void Finalize() override;
+  double AcceptanceProbability(const Vell::Vector& proposal) override;
+  void Propose(Vell::Vector& proposal) override;
+  Vell::String GetName(std::int32_t component) const override;
+
+ private:
+  void UpdateFactor(const FitState& state);
+
+  const DataSet& dataSet_;
+  RegressionParameters parameters_;
+  bool useGeneralizedEstimatingEquations_;
+  Vell::Vector fittedCoefficients_;
+  Vell::SymmetricMatrix factor_;
+  Vell::Matrix resultTable_;
+};
+
+}  // namespace Hovar

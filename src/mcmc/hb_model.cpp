@@ -1,0 +1,33 @@
+#include "mcmc/hb_model.h"
+
+#include "foundation/io/standard_writers.h"
+
+namespace Hovar {
+
+HBModel::HBModel(DataSet& dataSet, const Vell::Vector& pGivenX, const Vell::Vector& priorTable,
+                 const HBModelSettings& settings)
+    : settings_(settings),
+      betaYX_(dataSet, settings.regression, settings.useGeneralizedEstimatingEquations),
+      imputeData_(dataSet, betaYX_, pGivenX, priorTable) {}
+
+void HBModel::Run() {
+  Vell::Mcmc::McmcRunParameters parameters;
+  parameters.folder = settings_.chainFolder;
+  parameters.reportInterval = 1;
+  parameters.thinning = settings_.mcmc.thinning;
+  parameters.burnin = settings_.mcmc.burnin;
+  parameters.steps = settings_.mcmc.steps;
+  McmcModel::Run(parameters);
+}
+
+void HBModel::Initialize() {
+  Register(imputeData_);
+  Register(betaYX_);
+}
+
+void HBModel::ReportProgress(std::int32_t iteration, bool isBurnin) {
+  Vell::IO::StandardOutput().WriteLine(isBurnin ? "Burnin: " : "Mcmc: ", iteration,
+                                       " Intercept: ", betaYX_.Values()[0], ' ');
+}
+
+}  // namespace Hovar

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "data/data_set.h"
+#include "foundation/string.h"
+#include "linalg/vector.h"
+#include "mcmc/beta_yx.h"
+#include "mcmc/impute_data.h"
+#include "mcmc/mcmc_model.h"
+#include "mcmc/mcmc_settings.h"
+#include "regression/newton.h"
+
+namespace Hovar {
+
+/// What the hierarchical model takes from a definition.
+struct HBModelSettings {
+  bool useGeneralizedEstimatingEquations = false;
+  RegressionParameters regression;
+  McmcSettings mcmc;
+  /// Receives the chain and the summary.
+  Vell::String chainFolder;
+};
+
+/// The hierarchical model: estimates the coefficients of [Y|X,P=0] while the missing values of X
+/// and P are unknowns that are imputed afresh in every iteration. It alternates ImputeData and
+/// BetaYX. The data set is changed in place and leaves the run with the last iteration's imputed
+/// values.
+class HBModel final : public Vell::Mcmc::McmcModel {
+ public:
+  /// `pGivenX` (one entry per X column) is fixed during the run; it, the data set and the prior
+  /// table must outlive the model.
+  HBModel(DataSet& dataSet, const Vell::Vector& pGivenX, const Vell::Vector& priorTable,
+          const HBModelSettings& settings);
+
+  /// Runs the sampler with a progress line after every iteration. Errors: those of McmcModel::Run.
+  void Run();
+
+  /// Posterior means and standard errors; see BetaYX::ResultTable.
+  const Vell::Matrix& ResultTable() const noexcept { return betaYX_.ResultTable(); }
+
+ protected:
+  void Initialize() override;
+  void ReportProgress(std::int32_t iteration, bool isBurnin) override;
+
+ private:
+  const HBModelSettings& settings_;
+  BetaYX betaYX_;
+  ImputeData imputeData_;
+};
+
+}  // namespace Hovar

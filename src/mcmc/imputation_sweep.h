@@ -1,0 +1,44 @@
+#pragma once
+
+// The imputation of missing values, shared by Analysis, Prediction and Validation.
+//
+// Per record, x is the row of X, y the outcome, p whether the condition was present on admission; p
+// implies y. With the coefficients a of [P|X] and b of [Y|X,P=0],
+//
+//     P(p = 1 | x) = logistic(x a),     P(y = 1 | x, p = 0) = logistic(x b),     P(y = 1 | p = 1) =
+//     1,
+//
+// and each X_j has the prior probability q_j given its companion Z_j from the [X|Z] table. A sweep
+// draws every missing cell once from its distribution given all others (Gibbs sampling), in this
+// order within a record: the missing X_j ascending, then p. A missing p is known to be 0 where y is
+// 0. The draw of one cell uses one random word u: the cell becomes 1 when its probability is > u.
+//
+// Source: S. Geman, D. Geman, IEEE Transactions on Pattern Analysis and Machine Intelligence 6
+// (1984), pages 721-741.
+
+#include "data/data_set.h"
+#include "linalg/vector.h"
+
+namespace Hovar {
+
+/// What a sweep draws with. The vectors have one entry per X column; the prior table is that of
+/// PriorTable.
+struct ImputationModel {
+  const Vell::Vector& yGivenXWithoutP;
+  const Vell::Vector& pGivenX;
+  const Vell::Vector& priorTable;
+};
+
+/// Brings the data set to the state before the first sweep: every missing X and P cell has the
+/// value 0. (The missing marks stay for ever; sweeps change values only.)
+void PrepareImputation(DataSet& dataSet);
+
+/// Draws every missing cell of the data set anew. A prior of exactly 0 or 1 decides without a draw.
+/// Errors: "Out of memory". A record with P = 1 and Y = 0, which no reader lets in, ends the
+/// process.
+void RunImputationSweep(DataSet& dataSet, const ImputationModel& model);
+
+/// 1 / (e^-t + 1)
+double Logistic(double t) noexcept;
+
+}  // namespace Hovar

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "foundation/string.h"
+#include "mcmc/mcmc_variable.h"
+#include "mcmc/variable_statistics.h"
+
+namespace Vell::Mcmc {
+
+/// A variable of one number. It has no chain buffer, hence no column in the chain file, unless a
+/// derived class allocates one.
+class McmcScalar : public McmcVariable {
+ public:
+  double Value() const noexcept { return value_; }
+
+  void Step() override;
+  void ResetStatistics() override { statistics_.Reset(); }
+  void Record(std::int32_t row) override { statistics_.Record(value_, row); }
+  void WriteChainHeader(IO::TextWriter& writer) const override;
+  void WriteChainValues(IO::TextWriter& writer, std::int32_t row) const override;
+  void WriteSummary(IO::TextWriter& writer) const override;
+
+  virtual double AcceptanceProbability(double proposal) = 0;
+  virtual double Propose() = 0;
+  /// Called before an accepted proposal becomes the value.
+  virtual void OnAccept(double /*proposal*/) {}
+  virtual String GetName() const = 0;
+
+ protected:
+  double value_ = 0;
+  VariableStatistics statistics_;
+};
+
+}  // namespace Vell::Mcmc

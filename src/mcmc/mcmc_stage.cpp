@@ -1,0 +1,23 @@
+#include "mcmc/mcmc_stage.h"
+
+#include "foundation/io/standard_writers.h"
+#include "regression/regression_analysis.h"
+
+namespace Hovar {
+
+void RunMcmcStage(RegressionResults& results, DataSet& dataSet, const HBModelSettings& settings) {
+  const Vell::Vector pGivenX = EstimateVector(results.Block(Model::kPGivenX));
+  const Vell::Vector priorTable = PriorTable(results, dataSet.variableCount);
+  HBModel model(dataSet, pGivenX, priorTable, settings);
+  Vell::IO::StandardOutput().WriteLine("MCMC Analysis",
+                                       FitKindLabel(settings.useGeneralizedEstimatingEquations));
+  model.Run();
+  const Vell::Matrix& table = model.ResultTable();
+  CoefficientEstimates& block = results.Block(Model::kYGivenXWithoutPMcmc);
+  block.Resize(table.Rows());
+  for (std::int32_t i = 0; i < table.Rows(); ++i) {
+    block[i] = {table(i, 0), table(i, 1), table(i, 2)};
+  }
+}
+
+}  // namespace Hovar

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/io/text_writer.h"
+
+namespace Vell::Mcmc {
+
+class McmcModel;
+
+/// One unknown of a model. The model asks each variable in turn to make one Metropolis step and,
+/// every thinning-th iteration, to record its current value.
+class McmcVariable {
+ public:
+  McmcVariable() = default;
+  McmcVariable(const McmcVariable&) = delete;
+  McmcVariable& operator=(const McmcVariable&) = delete;
+  virtual ~McmcVariable() = default;
+
+  /// Called once before the first and once after the last iteration of a run.
+  virtual void Initialize() {}
+  virtual void Finalize() {}
+
+  virtual void Step() = 0;
+  virtual void ResetStatistics() = 0;
+  /// Records the current value in row `row` (from 0) of the chain buffers.
+  virtual void Record(std::int32_t row) = 0;
+
+  virtual void WriteChainHeader(IO::TextWriter& writer) const = 0;
+  virtual void WriteChainValues(IO::TextWriter& writer, std::int32_t row) const = 0;
+  virtual void WriteSummary(IO::TextWriter& writer) const = 0;
+
+ protected:
+  /// The model that runs this variable; set when it is registered.
+  const McmcModel& Model() const noexcept { return *model_; }
+
+ private:
+  friend class McmcModel;
+  const McmcModel* model_ = nullptr;
+};
+
+}  // namespace Vell::Mcmc

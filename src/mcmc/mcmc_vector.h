@@ -1,0 +1,44 @@
+#pragma once
+
+#include "foundation/growable_array.h"
+#include "foundation/string.h"
+#include "linalg/vector.h"
+#include "mcmc/mcmc_variable.h"
+#include "mcmc/variable_statistics.h"
+
+namespace Vell::Mcmc {
+
+/// A variable of several numbers that are proposed and accepted as one block.
+class McmcVector : public McmcVariable {
+ public:
+  const Vector& Values() const noexcept { return values_; }
+
+  void Step() override;
+  void ResetStatistics() override;
+  void Record(std::int32_t row) override;
+  void WriteChainHeader(IO::TextWriter& writer) const override;
+  void WriteChainValues(IO::TextWriter& writer, std::int32_t row) const override;
+  void WriteSummary(IO::TextWriter& writer) const override;
+
+  virtual double AcceptanceProbability(const Vector& proposal) = 0;
+  /// Fills the proposal, which has the size of Values().
+  virtual void Propose(Vector& proposal) = 0;
+  /// Called before an accepted proposal becomes the value.
+  virtual void OnAccept(const Vector& /*proposal*/) {}
+  virtual String GetName(std::int32_t component) const = 0;
+
+ protected:
+  /// Becomes `count` zeros with fresh statistics and no chain buffers.
+  void Resize(std::int32_t count);
+  /// Gives every component a chain buffer of the model's buffer size.
+  void AllocateChainBuffers();
+  const VariableStatistics& Statistics(std::int32_t component) const noexcept {
+    return statistics_[component];
+  }
+
+ private:
+  Vector values_;
+  GrowableArray<VariableStatistics> statistics_;
+};
+
+}  // namespace Vell::Mcmc

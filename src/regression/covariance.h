@@ -1,0 +1,20 @@
+#pragma once
+
+#include "linalg/symmetric_matrix.h"
+#include "regression/newton.h"
+
+namespace Hovar {
+
+/// The model-based covariance of the coefficients: the inverse of the information of the fit's last
+/// pass, prior precision included, times (1 - alpha) unless the working correlation alpha is
+/// exactly 0. A NaN alpha makes all of it NaN. The dispersion is not applied. Errors: "Out of
+/// memory".
+Vell::SymmetricMatrix ModelCovariance(const FitState& state);
+
+/// The empirical ("sandwich") covariance H^-1 (sum of U_h U_h^T) H^-1 from the hospital scores of
+/// the last pass of a fit with correlated records. The factor 1 / (1 - alpha) cancels in it.
+/// Errors: "Out of memory".
+/// Source: K.-Y. Liang, S. L. Zeger, Biometrika 73 (1986), theorem 2.
+Vell::SymmetricMatrix EmpiricalCovariance(const FitState& state);
+
+}  // namespace Hovar

@@ -1,0 +1,84 @@
+#include "regression/exchangeable_score.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "foundation/integer_size.h"
+
+namespace Hovar {
+
+ExchangeableScore::ExchangeableScore(std::int32_t hospitals, std::int32_t columns)
+    : clusterSize_(hospitals) {
+  Vell::CheckedSize(static_cast<std::uint64_t>(hospitals) * static_cast<std::uint64_t>(columns));
+  residualSums_ = Vell::Matrix(hospitals, columns);
+  deviationSums_ = Vell::Matrix(hospitals, columns);
+  pearsonSums_.Resize(hospitals);
+}
+
+void ExchangeableScore::Begin() {
+  residualSums_.Fill(0);
+  deviationSums_.Fill(0);
+  std::fill(pearsonSums_.begin(), pearsonSums_.end(), 0.0);
+  pearsonSquares_ = 0;
+}
+
+void ExchangeableScore::Add(NormalEquations& /*equations*/, std::int32_t hospital,
+                            std::span<const std::int32_t> setColumns, const LogisticTerms& terms,
+                            bool response) {
+  const double deviation = std::sqrt(terms.weight);
+  const double residual = (response ? 1.0 : 0.0) - terms.mean;
+  const double pearson = residual / deviation;
+  const std::span<double> residuals = residualSums_.Row(hospital);
+  const std::span<double> deviations = deviationSums_.Row(hospital);
+  for (const std::int32_t j : setColumns) {
+    residuals[static_cast<std::size_t>(j)] += residual;
+    deviations[static_cast<std::size_t>(j)] += deviation;
+  }
+  pearsonSums_[hospital] += pearson;
+  pearsonSquares_ += pearson * pearson;
+}
+
+double ExchangeableScore::EstimateCorrelation() const {
+  double records = 0;       // N
+  double orderedPairs = 0;  // M
+  double sumsSquared = 0;
+  for (std::int32_t h = 0; h < clusterSize_.Size(); ++h) {
+    if (clusterSize_[h] > 0) {
+      const double size = clusterSize_[h];
+      records += size;
+      orderedPairs += size * (size - 1);
+      sumsSquared += pearsonSums_[h] * pearsonSums_[h];
+    }
+  }
+  const double columns = residualSums_.Columns();
+  const double dispersion = pearsonSquares_ / (records - columns);
+  return (sumsSquared - pearsonSquares_) / ((orderedPairs - columns) * dispersion);
+}
+
+void ExchangeableScore::Assemble(NormalEquations& equations, FitState& state) {
+  const double alpha = EstimateCorrelation();
+  const std::int32_t columns = residualSums_.Columns();
+  state.workingCorrelation = alpha;
+  state.hospitalScores = residualSums_;
+  Vell::SymmetricMatrix correction(columns);  // sum of c_h B_h B_h^T
+  for (std::int32_t h = 0; h < clusterSize_.Size(); ++h) {
+    const double c = clusterSize_[h] > 0 ? alpha / ((clusterSize_[h] - 1) * alpha + 1) : 0.0;
+    const std::span<const double> deviations = deviationSums_.Row(h);
+    const std::span<double> scores = state.hospitalScores.Row(h);
+    for (std::int32_t j = 0; j < columns; ++j) {
+      const double deviation = deviations[static_cast<std::size_t>(j)];
+      double& score = scores[static_cast<std::size_t>(j)];
+      score -= c * pearsonSums_[h] * deviation;
+      equations.score[j] += score;
+      double* const row = correction.Row(j);
+      for (std::int32_t k = 0; k <= j; ++k) {
+        row[k] += c * deviation * deviations[static_cast<std::size_t>(k)];
+      }
+    }
+  }
+  for (std::int32_t i = 0; i < correction.Elements().Size(); ++i) {
+    equations.information.Elements()[i] -= correction.Elements()[i];
+  }
+}
+
+}  // namespace Hovar

@@ -1,0 +1,33 @@
+#include "regression/logistic_regression.h"
+
+#include <cmath>
+
+#include "foundation/io/log.h"
+#include "regression/covariance.h"
+
+namespace Hovar {
+
+void WarnOfIterationLimit(const FitState& state) {
+  if (state.iterationCount >= state.parameters.maxIterations) {
+    Vell::IO::Log().WriteLine("Warning: Maximum number of iterations reached");
+  }
+}
+
+CoefficientEstimates EstimatesOf(const FitState& state, const Vell::Vector& beta,
+                                 bool useGeneralizedEstimatingEquations) {
+  CoefficientEstimates estimates(beta.Size());
+  const Vell::SymmetricMatrix model = ModelCovariance(state);
+  for (std::int32_t j = 0; j < beta.Size(); ++j) {
+    estimates[j].estimate = beta[j];
+    estimates[j].modelStandardError = std::sqrt(model(j, j));
+  }
+  if (useGeneralizedEstimatingEquations) {
+    const Vell::SymmetricMatrix empirical = EmpiricalCovariance(state);
+    for (std::int32_t j = 0; j < beta.Size(); ++j) {
+      estimates[j].empiricalStandardError = std::sqrt(empirical(j, j));
+    }
+  }
+  return estimates;
+}
+
+}  // namespace Hovar

@@ -1,0 +1,121 @@
+#pragma once
+
+// Newton's method for a logistic log-likelihood with a Gaussian prior on every coefficient.
+//
+// The model: record i has a response y_i that is 1 with probability mu_i = 1 / (1 + exp(-eta_i)),
+// eta_i the sum of the coefficients beta_j of the columns j that are set in the record. The prior
+// of each beta_j, the intercept's included, is normal with mean 0 and precision lambda. With the
+// score g and the information H of the likelihood, one pass solves
+//
+//     (H + lambda I) delta = g - lambda beta,     beta := beta + delta.
+//
+// What a record adds to H and g is the matter of a score type: IndependentScore for independent
+// records, ExchangeableScore for records that are correlated within hospitals.
+//
+// Source: P. McCullagh, J. A. Nelder, Generalized Linear Models, 2nd ed. (1989), section 4.4; the
+// prior adds a ridge as in S. le Cessie, J. C. van Houwelingen, Applied Statistics 41 (1992),
+// pages 191-201.
+
+#include <cstdint>
+#include <utility>
+
+#include "data/data_set.h"
+#include "linalg/cholesky.h"
+#include "linalg/matrix.h"
+#include "linalg/symmetric_matrix.h"
+#include "linalg/vector.h"
+#include "regression/row_source.h"
+
+namespace Hovar {
+
+struct RegressionParameters {
+  /// A fit has converged when no step component exceeds tolerance times the largest coefficient.
+  double tolerance = 0;
+  /// The limit of applied steps; at least one is applied, unless the first is exactly 0.
+  std::int32_t maxIterations = 0;
+  /// lambda, the precision of the zero-mean prior of each coefficient.
+  double priorPrecision = 0;
+};
+
+/// The state of a fit, and what the covariances need after it. Factor, correlation and hospital
+/// scores are those of the last assembled pass, so they stand one step behind the coefficients when
+/// the iteration limit ended the fit.
+struct FitState {
+  explicit FitState(const RegressionParameters& fitParameters) : parameters(fitParameters) {}
+
+  RegressionParameters parameters;
+  double lastStep = 0;  // largest |delta_j| of the last solved pass
+  std::int32_t iterationCount = 0;
+  Vell::SymmetricMatrix factor;   // Cholesky factor of H + lambda I
+  double workingCorrelation = 0;  // alpha; 0 for independent records
+  Vell::Matrix hospitalScores;    // hospitals x columns, for correlated records only
+};
+
+/// What a pass sums up: the information H (packed) and the score g.
+struct NormalEquations {
+  explicit NormalEquations(std::int32_t columns) : information(columns), score(columns) {}
+
+  Vell::SymmetricMatrix information;
+  Vell::Vector score;
+};
+
+/// The terms of one record at the current coefficients.
+struct LogisticTerms {
+  double mean;        // mu
+  double complement;  // 1 - mu, computed on its own so that it keeps its digits near 0
+  double weight;      // mu * (1 - mu)
+};
+
+/// mu = 1 / (1 + e^-eta), 1 - mu = 1 / (1 + e^eta), weight = 1 / (e^eta + 2 + e^-eta), which is
+/// 0, not a NaN, for an eta beyond the range of exp.
+LogisticTerms EvaluateLogistic(double linearPredictor) noexcept;
+
+/// eta: the sum of beta over the set columns, in ascending order.
+inline double LinearPredictor(const Vell::Vector& beta,
+                              std::span<const std::int32_t> setColumns) noexcept {
+  double sum = 0;
+  for (const std::int32_t j : setColumns) {
+    sum += beta[j];
+  }
+  return sum;
+}
+
+/// H(j, k) += weight for every pair k <= j of set columns.
+void AddToInformation(Vell::SymmetricMatrix& information, double weight,
+                      std::span<const std::int32_t> setColumns) noexcept;
+
+/// Adds the prior, factors, solves and tests one assembled pass. Returns false when the fit has
+/// converged; otherwise adds the step to `beta`.
+/// Errors: "Non positive matrix in Cholesky decomposition"; "Out of memory".
+bool StepNewton(FitState& state, Vell::Vector& beta, NormalEquations& equations);
+
+/// Runs Newton's method from `beta` and returns the final coefficients. A score has the members
+/// Begin(), Add(equations, hospital, setColumns, terms, response) for what a record adds, and
+/// Assemble(equations, state) for the end of a pass.
+template <typename Score, RowSource Rows>
+Vell::Vector FitNewton(FitState& state, Vell::Vector beta, Score& score, const Rows& rows,
+                       const Vell::IndexVector& hospitalSize) {
+  Vell::IndexVector scratch(rows.ColumnCount());
+  do {
+    NormalEquations equations(rows.ColumnCount());
+    score.Begin();
+    std::int32_t record = 0;
+    for (std::int32_t hospital = 0; hospital < hospitalSize.Size(); ++hospital) {
+      for (const std::int32_t end = record + hospitalSize[hospital]; record < end; ++record) {
+        if (rows.Includes(record)) {
+          const auto setColumns = rows.SetColumns(record, scratch.Span());
+          const LogisticTerms terms = EvaluateLogistic(LinearPredictor(beta, setColumns));
+          AddToInformation(equations.information, terms.weight, setColumns);
+          score.Add(equations, hospital, setColumns, terms, rows.Response(record));
+        }
+      }
+    }
+    score.Assemble(equations, state);
+    if (!StepNewton(state, beta, equations)) {
+      break;
+    }
+  } while (state.iterationCount < state.parameters.maxIterations);
+  return beta;
+}
+
+}  // namespace Hovar

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "data/data_set.h"
+#include "regression/newton.h"
+#include "regression/regression_results.h"
+
+namespace Hovar {
+
+/// Fills the names, the [X|Z] tables and the first four blocks: [P|X], [Y|Z], [Y|X] and [Y|X,P=0],
+/// fitted in this order. Labels go to standard output, warnings to the log.
+/// Errors: "Cannot compute XZ table"; those of the fits; "Invalid argument" for a data set without
+///         variables; "Out of memory".
+void RunRegressionAnalysis(RegressionResults& results, const DataSet& dataSet,
+                           const RegressionParameters& parameters,
+                           bool useGeneralizedEstimatingEquations);
+
+/// What the headings of the stages say about the kind of fit: " GEE:" or nothing.
+std::string_view FitKindLabel(bool useGeneralizedEstimatingEquations);
+
+}  // namespace Hovar
