@@ -1,0 +1,20 @@
+#!/bin/sh
+# Builds and runs every test on a Debian 12 machine, installing what is missing: first with clang
+# under AddressSanitizer and UndefinedBehaviorSanitizer, then the release build with g++.
+set -eu
+cd "$(dirname "$0")/.."
+tools/install_packages.sh cmake g++ make libgtest-dev clang libclang-rt-14-dev clang-format locales
+jobs=$(nproc)
+
+echo "== Formatting"
+git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
+
+echo "== Tests under AddressSanitizer and UndefinedBehaviorSanitizer (clang)"
+cmake --preset asan -DCMAKE_CXX_COMPILER=clang++
+cmake --build build/asan -j "$jobs"
+ctest --preset asan -j "$jobs"
+
+echo "== Tests of the release build (g++)"
+cmake --preset release-tests -DCMAKE_CXX_COMPILER=g++
+cmake --build build/release-tests -j "$jobs"
+ctest --preset release-tests -j "$jobs"
