@@ -4,84 +4,87 @@
 // its arguments, exit status and signals are the launcher's.
 
 #include <array>
-#include <cstdio>
-#include <cstring>
 #include <string_view>
 
+#include "foundation/exceptions/exceptions.h"
+#include "foundation/growable_array.h"
 #include "foundation/io/platform/platform.h"
+#include "foundation/string.h"
 #include "launcher_text.h"
 
 namespace {
 
+namespace Platform = Vell::IO::Platform;
+
+constexpr int kSuccess = 0;
 constexpr int kFailure = 1;
-constexpr std::size_t kLongestPath = 4096;
 
-using PathBuffer = std::array<char, kLongestPath>;
-
-/// Where the program lies, as seen from the folder of the launcher's folder; and the same as the
-/// program sees it.
-constexpr char kProgramFile[] = "/libexec/hovar/hovar";
-constexpr char kProgramName[] = "/libexec/hovar\\hovar";
+// Where the program lies, as seen from the folder of the launcher's folder; and the same as the
+// program sees it.
+constexpr std::string_view kProgramFile = "/libexec/hovar/hovar";
+constexpr std::string_view kProgramName = "/libexec/hovar\\hovar";
 
 int Print(std::string_view text) {
-  const bool isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-  return isWritten && std::fflush(stdout) == 0 ? 0 : kFailure;
+  return Platform::WriteFile(Platform::kStandardOutput, text.data(), text.size()) ? kSuccess
+                                                                                  : kFailure;
 }
 
-int Fail(const char* message) {
-  std::fprintf(stderr, "hovar: %s\n", message);
+int Fail(std::string_view reason, std::string_view subject) {
+  Vell::String line("hovar: ");
+  line.Append(reason);
+  line.Append(subject);
+  line.Append('\n');
+  Platform::WriteFile(Platform::kStandardError, line.CStr(), line.View().size());
   return kFailure;
 }
 
-/// Cuts the last component off a path; false when there is none.
-bool CutLastComponent(char* path) {
-  char* const separator = std::strrchr(path, '/');
-  if (separator == nullptr) {
-    return false;
+/// The folder of the launcher's folder, or the empty text when it cannot be told.
+Vell::String InstallationFolder() {
+  std::array<char, 4096> file;
+  if (!Platform::ProgramFile(file.data(), file.size())) {
+    return Vell::String();
   }
-  *separator = '\0';
-  return true;
+  Vell::String folder(file.data());
+  for (int level = 0; level < 2; ++level) {
+    const std::int32_t separator = folder.FindLast('/');
+    if (separator < 0) {
+      return Vell::String();
+    }
+    folder.Truncate(separator);
+  }
+  return folder;
 }
 
-/// `prefix` followed by `suffix`; false when that is too long.
-bool Join(PathBuffer& result, const char* prefix, const char* suffix) {
-  const int length = std::snprintf(result.data(), result.size(), "%s%s", prefix, suffix);
-  return length >= 0 && static_cast<std::size_t>(length) < result.size();
+int StartProgram(int argumentCount, char** arguments) {
+  const Vell::String folder = InstallationFolder();
+  const Vell::String file = Vell::Concatenate(folder, kProgramFile);
+  const Vell::String name = Vell::Concatenate(folder, kProgramName);
+  if (!Platform::StandardInputIsTerminal()) {
+    Platform::DetachStandardInput();  // an unattended run must not wait for a key
+  }
+  Vell::GrowableArray<const char*> programArguments;
+  programArguments.Append(name.CStr());
+  for (int i = 1; i < argumentCount; ++i) {
+    programArguments.Append(arguments[i]);
+  }
+  programArguments.Append(nullptr);
+  Platform::BecomeProgram(file.CStr(), programArguments.begin());
+  return Fail("cannot start ", file);
 }
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  if (argumentCount == 2) {
-    const std::string_view option = arguments[1];
-    if (option == "--help") {
-      return Print(Hovar::kHelpText);
-    }
-    if (option == "--version") {
-      return Print(Hovar::kVersionText);
-    }
+  const std::string_view option = argumentCount == 2 ? arguments[1] : "";
+  if (option == "--help") {
+    return Print(Hovar::kHelpText);
   }
-  PathBuffer prefix;
-  PathBuffer programFile;
-  PathBuffer programName;
-  if (!Vell::IO::Platform::ProgramFile(prefix.data(), prefix.size()) ||
-      !CutLastComponent(prefix.data()) || !CutLastComponent(prefix.data()) ||
-      !Join(programFile, prefix.data(), kProgramFile) ||
-      !Join(programName, prefix.data(), kProgramName)) {
-    return Fail("cannot tell where the program is installed");
+  if (option == "--version") {
+    return Print(Hovar::kVersionText);
   }
-  if (!Vell::IO::Platform::StandardInputIsTerminal()) {
-    Vell::IO::Platform::DetachStandardInput();  // an unattended run must not wait for a key
+  try {
+    return StartProgram(argumentCount, arguments);
+  } catch (const Vell::Exceptions::Exception&) {
+    return kFailure;
   }
-  // main's own arguments end with a null pointer; only the first one changes. Without any, not even
-  // a name, the program sees its name alone.
-  std::array<const char*, 2> nameOnly = {programName.data(), nullptr};
-  const char** programArguments = nameOnly.data();
-  if (argumentCount > 0) {
-    arguments[0] = programName.data();
-    programArguments = const_cast<const char**>(arguments);
-  }
-  Vell::IO::Platform::BecomeProgram(programFile.data(), programArguments);
-  std::fprintf(stderr, "hovar: cannot start %s\n", programFile.data());
-  return kFailure;
 }

@@ -43,6 +43,7 @@ template <typename T>
 T* AllocateArray(std::int64_t count) {
   static_assert(alignof(T) <= alignof(std::max_align_t));
   RequireNotNegative(count);
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): T may be a pointer; its size is meant then
   return static_cast<T*>(AllocateZeroed(static_cast<std::size_t>(count) * sizeof(T)));
 }
 

@@ -137,26 +137,32 @@ class Decomposition {
     for (std::int32_t i = n_ - 1; i >= 0; --i) {
       const std::int32_t first = i + 1;
       if (first < n_) {
-        const double g = superdiagonal_[first];
-        if (g != 0) {
-          for (std::int32_t j = first; j < n_; ++j) {
-            v_(j, i) = u_(i, j) / u_(i, first) / g;  // two divisions, lest the product underflow
-          }
-          for (std::int32_t j = first; j < n_; ++j) {
-            double product = 0;
-            for (std::int32_t k = first; k < n_; ++k) {
-              product += u_(i, k) * v_(k, j);
-            }
-            for (std::int32_t k = first; k < n_; ++k) {
-              v_(k, j) += product * v_(k, i);
-            }
-          }
+        if (superdiagonal_[first] != 0) {
+          AccumulateRowReflection(i);
         }
         for (std::int32_t j = first; j < n_; ++j) {
           v_(i, j) = v_(j, i) = 0;
         }
       }
       v_(i, i) = 1;
+    }
+  }
+
+  /// Applies the reflection that zeroed row i to the columns of v behind it.
+  void AccumulateRowReflection(std::int32_t i) {
+    const std::int32_t first = i + 1;
+    for (std::int32_t j = first; j < n_; ++j) {
+      // Two divisions, lest the product of the divisors underflow.
+      v_(j, i) = u_(i, j) / u_(i, first) / superdiagonal_[first];
+    }
+    for (std::int32_t j = first; j < n_; ++j) {
+      double product = 0;
+      for (std::int32_t k = first; k < n_; ++k) {
+        product += u_(i, k) * v_(k, j);
+      }
+      for (std::int32_t k = first; k < n_; ++k) {
+        v_(k, j) += product * v_(k, i);
+      }
     }
   }
 

@@ -8,7 +8,7 @@ XzTable ComputeXzTable(const DataSet& dataSet, std::int32_t variable) {
   std::array<std::array<std::int32_t, 2>, 2> counts{};  // by Z, then by X
   for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
     if (!dataSet.x.IsMissing(i, variable)) {
-      ++counts[dataSet.z.Get(i, variable)][dataSet.x.Value(i, variable)];
+      ++counts[dataSet.z.Get(i, variable) ? 1 : 0][dataSet.x.Value(i, variable) ? 1 : 0];
     }
   }
   XzTable table;

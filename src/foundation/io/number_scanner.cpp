@@ -121,7 +121,7 @@ bool ReadDigitsAndExponent(Stream& stream, Token& token, int c) {
       c = stream.ReadByte();
     }
   }
-  const int exponentLetter = isHexadecimal ? 'p' : 'e';
+  const char exponentLetter = isHexadecimal ? 'p' : 'e';
   bool hasPoint = false;
   bool hasExponent = false;
   for (;; c = stream.ReadByte()) {
@@ -131,7 +131,7 @@ bool ReadDigitsAndExponent(Stream& stream, Token& token, int c) {
       // The exponent's sign.
     } else if (hasDigit && !hasExponent && ToLower(c) == exponentLetter) {
       hasExponent = hasPoint = true;
-      c = exponentLetter;
+      c = static_cast<unsigned char>(exponentLetter);
     } else if (!hasPoint && c == '.') {
       hasPoint = true;
     } else {

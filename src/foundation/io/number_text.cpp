@@ -30,6 +30,14 @@ bool BeginsWith(std::string_view text, std::string_view word) noexcept {
                     [](char wanted, char given) { return wanted == (given | 0x20); });
 }
 
+/// Splits an optional sign off; true when it is a minus.
+bool TakeSign(std::string_view& text) noexcept {
+  const bool hasSign = !text.empty() && (text[0] == '-' || text[0] == '+');
+  const bool isNegative = hasSign && text[0] == '-';
+  text.remove_prefix(hasSign ? 1 : 0);
+  return isNegative;
+}
+
 /// The digits of a number and the value of its exponent part: what decides, for a number beyond the
 /// range of a double, on which side it lies.
 struct Magnitude {
@@ -41,48 +49,61 @@ struct Magnitude {
   double firstDigit = 0;
 };
 
+/// The exponent behind the digits of a number: its value and the bytes it takes.
+struct Exponent {
+  double value = 0;
+  std::size_t length = 0;
+};
+
+/// Reads a letter, an optional sign and digits; nothing is taken when one of them is missing.
+Exponent ReadExponent(std::string_view text, char letter) noexcept {
+  if (text.empty() || (text[0] | 0x20) != letter) {
+    return {};
+  }
+  std::string_view digits = text.substr(1);
+  const bool isNegative = TakeSign(digits);
+  double value = 0;
+  std::size_t count = 0;
+  for (; count < digits.size() && IsDigit(digits[count]); ++count) {
+    value = value * 10 + (digits[count] - '0');
+  }
+  if (count == 0) {
+    return {};
+  }
+  return {isNegative ? -value : value, text.size() - digits.size() + count};
+}
+
 /// Reads digits, a point, digits and an exponent part introduced by `exponentLetter` and counted in
 /// units of which one digit has `unitsPerDigit` (1 for decimal, 4 for hexadecimal digits).
 Magnitude MeasureDigits(std::string_view text, bool (*isDigit)(char) noexcept, char exponentLetter,
                         double unitsPerDigit) noexcept {
-  Magnitude result;
-  std::size_t i = 0;
+  bool hasDigits = false;
   bool isBehindPoint = false;
   bool isLeadingZero = true;
   double digitsBeforePoint = 0;
-  for (; i < text.size(); ++i) {
-    if (text[i] == '.' && !isBehindPoint) {
+  std::size_t length = 0;
+  for (; length < text.size(); ++length) {
+    const char c = text[length];
+    if (c == '.' && !isBehindPoint) {
       isBehindPoint = true;
-    } else if (isDigit(text[i])) {
-      result.hasDigits = true;
-      isLeadingZero = isLeadingZero && text[i] == '0';
-      if (!isBehindPoint) {
-        digitsBeforePoint += isLeadingZero ? 0 : 1;
-      } else if (isLeadingZero) {
-        digitsBeforePoint -= 1;
-      }
-    } else {
+      continue;
+    }
+    if (!isDigit(c)) {
       break;
     }
-  }
-  double exponent = 0;
-  if (result.hasDigits && i < text.size() && (text[i] | 0x20) == exponentLetter) {
-    std::size_t j = i + 1;
-    const bool isNegative = j < text.size() && text[j] == '-';
-    if (j < text.size() && (text[j] == '-' || text[j] == '+')) {
-      ++j;
-    }
-    if (j < text.size() && IsDigit(text[j])) {
-      for (; j < text.size() && IsDigit(text[j]); ++j) {
-        exponent = exponent * 10 + (text[j] - '0');
-      }
-      exponent = isNegative ? -exponent : exponent;
-      i = j;
+    hasDigits = true;
+    isLeadingZero = isLeadingZero && c == '0';
+    if (isBehindPoint) {
+      digitsBeforePoint -= isLeadingZero ? 1 : 0;
+    } else {
+      digitsBeforePoint += isLeadingZero ? 0 : 1;
     }
   }
-  result.length = result.hasDigits ? i : 0;
-  result.firstDigit = digitsBeforePoint * unitsPerDigit + exponent;
-  return result;
+  if (!hasDigits) {
+    return {};
+  }
+  const Exponent exponent = ReadExponent(text.substr(length), exponentLetter);
+  return {true, length + exponent.length, digitsBeforePoint * unitsPerDigit + exponent.value};
 }
 
 double Convert(std::string_view digits, std::chars_format format, double firstDigit) noexcept {
@@ -106,14 +127,6 @@ std::optional<std::uint64_t> ParseMagnitude(std::string_view digits, std::uint64
     value = value * 10 + digit;
   }
   return value;
-}
-
-/// Splits an optional sign off; true when it is a minus.
-bool TakeSign(std::string_view& text) noexcept {
-  const bool hasSign = !text.empty() && (text[0] == '-' || text[0] == '+');
-  const bool isNegative = hasSign && text[0] == '-';
-  text.remove_prefix(hasSign ? 1 : 0);
-  return isNegative;
 }
 
 }  // namespace

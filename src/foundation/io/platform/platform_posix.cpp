@@ -180,19 +180,19 @@ void RestoreTerminal() noexcept {
 /// Restores the terminal and lets the signal do what it would have done without us.
 void EndBySignal(int signal) {
   RestoreTerminal();
-  std::signal(signal, SIG_DFL);
+  static_cast<void>(std::signal(signal, SIG_DFL));
   sigset_t only;
   sigemptyset(&only);
   sigaddset(&only, signal);
-  std::raise(signal);
+  static_cast<void>(std::raise(signal));
   sigprocmask(SIG_UNBLOCK, &only, nullptr);
 }
 
 /// Restores the terminal while the process is suspended, and takes it again afterwards.
-void StopBySignal(int) {
+void StopBySignal(int /*signal*/) {
   const int error = errno;
   RestoreTerminal();
-  std::raise(SIGSTOP);
+  static_cast<void>(std::raise(SIGSTOP));
   if (!InBackground()) {
     tcsetattr(STDIN_FILENO, TCSAFLUSH, &terminalForKey);
   }

@@ -1,0 +1,239 @@
+// Runs one step of the program on a data file and prints what it took as one line of JSON, so that
+// a comparison of several programs can call it beside others:
+//
+//     hovar_step TASK DATAFILE POA LAMBDA SCORES
+//
+// TASK is one of
+//   read   the data file into a complete data set
+//   logit  the [Y|Z] fit, independent records, prior precision LAMBDA, tolerance 1e-8
+//   gee    the [Y|Z] fit with generalized estimating equations, prior precision 0, both covariances
+//   cstat  one C-statistic of the predictions in SCORES
+//   write  the individual predictions file with the predictions in SCORES
+//   mcmc   20 iterations of the hierarchical model, after the [P|X] fit and the [X|Z] tables
+// POA is the number of present-on-admission indicators. SCORES is a binary file of n doubles
+// (predictions) followed by n doubles (responses, 0 or 1); only cstat and write read it.
+//
+// compute_s is the processor time of the step alone, without loading what the step needs.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/run_files.h"
+#include "foundation/exceptions/exceptions.h"
+#include "foundation/io/log.h"
+#include "mcmc/hb_model.h"
+#include "prediction/c_statistic.h"
+#include "prediction/prediction_files.h"
+#include "regression/covariance.h"
+#include "regression/logistic_regression.h"
+#include "regression/regression_results.h"
+
+namespace {
+
+constexpr double kTolerance = 1e-8;
+constexpr std::int32_t kMaxIterations = 100;
+constexpr std::int32_t kMcmcIterations = 20;
+
+struct Arguments {
+  std::string task;
+  std::string dataFile;
+  std::int32_t poaCount;
+  double lambda;
+  std::string scoresFile;
+};
+
+struct Scores {
+  Vell::Vector predictions;
+  std::vector<bool> responses;
+};
+
+/// Sends what the libraries print on standard output nowhere, for one scope.
+class QuietOutput {
+ public:
+  QuietOutput() : kept_(dup(STDOUT_FILENO)) {
+    const int nowhere = open("/dev/null", O_WRONLY);
+    dup2(nowhere, STDOUT_FILENO);
+    close(nowhere);
+  }
+  ~QuietOutput() {
+    dup2(kept_, STDOUT_FILENO);
+    close(kept_);
+  }
+  QuietOutput(const QuietOutput&) = delete;
+  QuietOutput& operator=(const QuietOutput&) = delete;
+
+ private:
+  int kept_;
+};
+
+double ProcessorSecondsOf(const std::function<void()>& step) {
+  const std::clock_t start = std::clock();
+  step();
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+Scores ReadScores(const std::string& path, std::int32_t records) {
+  Scores scores;
+  scores.predictions.Resize(records);
+  std::vector<double> responses(static_cast<std::size_t>(records));
+  std::ifstream file(path, std::ios::binary);
+  const auto bytes = static_cast<std::streamsize>(sizeof(double)) * records;
+  file.read(reinterpret_cast<char*>(scores.predictions.begin()), bytes);
+  file.read(reinterpret_cast<char*>(responses.data()), bytes);
+  if (!file) {
+    std::fprintf(stderr, "hovar_step: %s does not hold two times %d doubles\n", path.c_str(),
+                 records);
+    std::exit(2);
+  }
+  for (const double response : responses) {
+    scores.responses.push_back(response != 0);
+  }
+  return scores;
+}
+
+std::string Quoted(const std::string& name, const std::string& value) {
+  return ", \"" + name + "\": " + value;
+}
+
+std::string Format(const char* format, double value) {
+  char text[64];
+  std::snprintf(text, sizeof text, format, value);
+  return text;
+}
+
+std::string CoefficientList(const Vell::Vector& beta) {
+  std::string list = "[";
+  for (const double coefficient : beta) {
+    list += (list.size() > 1 ? ", \"" : "\"") + Format("%.8g", coefficient) + "\"";
+  }
+  return list + "]";
+}
+
+/// What a step reports besides its time.
+std::string RunFit(const Hovar::DataSet& data, bool useGee, double lambda, double& seconds) {
+  Hovar::FitState state({kTolerance, kMaxIterations, lambda});
+  Vell::Vector beta;
+  seconds = ProcessorSecondsOf([&] {
+    beta = Hovar::FitCoefficients(state, Hovar::RowsOfYGivenZ(data), data.hospitalSize, useGee);
+    Hovar::EstimatesOf(state, beta, useGee);
+  });
+  std::string report = Quoted("coef", CoefficientList(beta)) +
+                       Quoted("iterations", std::to_string(state.iterationCount));
+  if (useGee) {
+    report += Quoted("alpha", Format("%.10g", state.workingCorrelation));
+  }
+  return report;
+}
+
+std::string RunCStatistic(const Hovar::DataSet& data, const Scores& scores, double& seconds) {
+  double value = 0;
+  seconds = ProcessorSecondsOf([&] {
+    value = Hovar::CStatistic(
+        scores.predictions, data.recordCount,
+        [&](std::int32_t i) { return scores.responses[static_cast<std::size_t>(i)]; },
+        [](std::int32_t) { return true; });
+  });
+  return Quoted("value", Format("%.12f", value));
+}
+
+void RunWrite(const Arguments& arguments, const Hovar::DataSet& data, const Scores& scores,
+              double& seconds) {
+  Hovar::IndividualPredictions predictions;
+  for (Vell::Vector* column :
+       {&predictions.yGivenZ, &predictions.yGivenX, &predictions.yGivenXWithoutP,
+        &predictions.yGivenXWithoutPMcmc, &predictions.pGivenX, &predictions.pGivenAll}) {
+    *column = scores.predictions;
+  }
+  const std::filesystem::path output =
+      std::filesystem::temp_directory_path() / ("hovar_step_" + std::to_string(getpid()) + ".csv");
+  const Vell::String path(output.c_str());
+  const Vell::String dataFile(arguments.dataFile.c_str());
+  seconds = ProcessorSecondsOf([&] {
+    Hovar::WriteOutputFile(path, [&](Vell::IO::TextWriter& writer) {
+      Hovar::WriteIndividualPredictions(predictions, data, dataFile, writer);
+    });
+  });
+  std::filesystem::remove(output);
+}
+
+std::string RunMcmc(Hovar::DataSet& data, double lambda, double& seconds) {
+  const Hovar::RegressionParameters parameters{kTolerance, kMaxIterations, lambda};
+  Hovar::RegressionResults results;
+  results.xzTables.Resize(data.variableCount - 1);
+  for (std::int32_t k = 1; k < data.variableCount; ++k) {
+    results.xzTables[k - 1] = Hovar::ComputeXzTable(data, k);
+  }
+  const Hovar::LogisticRegression regression{false, data.hospitalSize, parameters};
+  const Vell::Vector pGivenX = Hovar::EstimateVector(regression.Fit(Hovar::RowsOfPGivenX(data)));
+  const Vell::Vector prior = Hovar::PriorTable(results, data.variableCount);
+  const std::filesystem::path folder =
+      std::filesystem::temp_directory_path() / ("hovar_step_" + std::to_string(getpid()));
+  const Hovar::HBModelSettings settings{
+      false, parameters, {1, 0, kMcmcIterations}, Vell::String(folder.c_str())};
+  Hovar::HBModel model(data, pGivenX, prior, settings);
+  seconds = ProcessorSecondsOf([&] { model.Run(); });
+  std::filesystem::remove_all(folder);
+  return Quoted("s_per_iter", Format("%.6g", seconds / kMcmcIterations)) +
+         Quoted("iterations", std::to_string(kMcmcIterations));
+}
+
+std::string RunStep(const Arguments& arguments) {
+  Hovar::DataSet data;
+  double seconds = ProcessorSecondsOf([&] {
+    Hovar::ReadDataFileAt(data, Vell::String(arguments.dataFile.c_str()), arguments.poaCount);
+  });
+  std::string report;
+  if (arguments.task == "logit") {
+    report = RunFit(data, false, arguments.lambda, seconds);
+  } else if (arguments.task == "gee") {
+    report = RunFit(data, true, 0, seconds);
+  } else if (arguments.task == "cstat") {
+    report = RunCStatistic(data, ReadScores(arguments.scoresFile, data.recordCount), seconds);
+  } else if (arguments.task == "write") {
+    RunWrite(arguments, data, ReadScores(arguments.scoresFile, data.recordCount), seconds);
+  } else if (arguments.task == "mcmc") {
+    report = RunMcmc(data, arguments.lambda, seconds);
+  }
+  return "{\"task\": \"" + arguments.task + "\", \"peer\": \"hovar\", \"version\": \"" +
+         HOVAR_VERSION + "\", \"n\": " + std::to_string(data.recordCount) +
+         ", \"p\": " + std::to_string(data.variableCount) +
+         ", \"compute_s\": " + Format("%.6g", seconds) + report + "}";
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  const std::string_view task = argumentCount == 6 ? arguments[1] : "";
+  bool isKnown = false;
+  for (const std::string_view known : {"read", "logit", "gee", "cstat", "write", "mcmc"}) {
+    isKnown = isKnown || task == known;
+  }
+  if (!isKnown) {
+    std::fprintf(stderr,
+                 "usage: hovar_step read|logit|gee|cstat|write|mcmc DATAFILE POA LAMBDA "
+                 "SCORES\n");
+    return 2;
+  }
+  try {
+    std::string report;
+    {
+      const QuietOutput quiet;
+      report = RunStep({arguments[1], arguments[2], std::atoi(arguments[3]),
+                        std::atof(arguments[4]), arguments[5]});
+    }
+    std::printf("%s\n", report.c_str());
+    return 0;
+  } catch (const Vell::Exceptions::Exception&) {
+    return 1;  // its line stands on standard error
+  }
+}
