@@ -124,7 +124,9 @@ std::string RunFit(const Hovar::DataSet& data, bool useGee, double lambda, doubl
   Hovar::FitState state({kTolerance, kMaxIterations, lambda});
   Vell::Vector beta;
   seconds = ProcessorSecondsOf([&] {
-    beta = Hovar::FitCoefficients(state, Hovar::RowsOfYGivenZ(data), data.hospitalSize, useGee);
+    Hovar::FitRows rows;
+    rows.Collect(Hovar::RowsOfYGivenZ(data), data.hospitalSize);
+    beta = Hovar::FitCoefficients(state, rows, useGee);
     Hovar::EstimatesOf(state, beta, useGee);
   });
   std::string report = Quoted("coef", CoefficientList(beta)) +

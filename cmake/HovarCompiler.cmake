@@ -6,7 +6,9 @@ target_compile_options(
   INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror
             # A fused multiply-add rounds once where two operations round twice: results would
             # depend on the processor.
-            -ffp-contract=off)
+            -ffp-contract=off
+            # Square roots in vector registers; nobody reads errno.
+            -fno-math-errno)
 if(HOVAR_SANITIZE)
   target_compile_options(
     hovar_compiler INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all

@@ -9,6 +9,7 @@
 #include <memory>
 #include <new>
 #include <span>
+#include <type_traits>
 #include <utility>
 
 #include "foundation/integer_size.h"
@@ -90,6 +91,27 @@ class GrowableArray {
     }
     new (data_ + size_) T(std::move(element));
     ++size_;
+  }
+
+  /// Adds `count` elements (numbers, whose values are whatever was there) and returns the first. A
+  /// full block doubles, or grows to what is needed if that is more.
+  /// Errors: IntegerOverflowException "Integer overflow" for 2^31 elements and more.
+  T* AppendUninitialised(std::int32_t count) requires std::is_trivially_copyable_v<T> {
+    const auto needed = static_cast<std::uint64_t>(size_) + static_cast<std::uint64_t>(count);
+    if (needed > static_cast<std::uint64_t>(capacity_)) {
+      const std::uint64_t doubled = 2 * static_cast<std::uint64_t>(capacity_);
+      Reserve(CheckedSize(std::max(needed, std::min<std::uint64_t>(doubled, INT32_MAX))));
+    }
+    T* const first = data_ + size_;
+    size_ += count;
+    return first;
+  }
+
+  /// Destroys the elements from `size` on and keeps the block.
+  void Truncate(std::int32_t size) noexcept {
+    assert(size >= 0 && size <= size_);
+    std::destroy(data_ + size, data_ + size_);
+    size_ = size;
   }
 
   /// Destroys all elements and gives the block back.

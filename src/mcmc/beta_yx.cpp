@@ -40,8 +40,8 @@ double BetaYX::AcceptanceProbability(const Vell::Vector& /*proposal*/) { return 
 
 void BetaYX::Propose(Vell::Vector& proposal) {
   FitState state(parameters_);
-  fittedCoefficients_ = FitCoefficients(state, RowsOfYGivenXWithoutImputedP(dataSet_),
-                                        dataSet_.hospitalSize, useGeneralizedEstimatingEquations_);
+  fitRows_.Collect(RowsOfYGivenXWithoutImputedP(dataSet_), dataSet_.hospitalSize);
+  fittedCoefficients_ = FitCoefficients(state, fitRows_, useGeneralizedEstimatingEquations_);
   UpdateFactor(state);
   // The deviates are used as they are drawn, the last component's first.
   for (std::int32_t i = proposal.Size() - 1; i >= 0; --i) {

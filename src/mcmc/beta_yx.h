@@ -4,6 +4,7 @@
 #include "linalg/matrix.h"
 #include "linalg/symmetric_matrix.h"
 #include "mcmc/mcmc_vector.h"
+#include "regression/fit_rows.h"
 #include "regression/newton.h"
 
 namespace Hovar {
@@ -39,6 +40,7 @@ class BetaYX final : public Vell::Mcmc::McmcVector {
   const DataSet& dataSet_;
   RegressionParameters parameters_;
   bool useGeneralizedEstimatingEquations_;
+  FitRows fitRows_;  // kept for its memory
   Vell::Vector fittedCoefficients_;
   Vell::SymmetricMatrix factor_;
   Vell::Matrix resultTable_;

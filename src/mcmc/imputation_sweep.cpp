@@ -1,20 +1,28 @@
 #include "mcmc/imputation_sweep.h"
 
-#include <cmath>
 #include <cstdlib>
 
+#include "foundation/exponential.h"
 #include "foundation/random/random_generator.h"
 #include "linalg/kernels/set_columns.h"
-#include "regression/newton.h"
 
 namespace Hovar {
 
-double Logistic(double t) noexcept { return 1 / (std::exp(-t) + 1); }
+double Logistic(double t) noexcept { return 1 / (Vell::Exp(-t) + 1); }
+
+double LinearPredictor(const Vell::Vector& coefficients,
+                       std::span<const std::int32_t> setColumns) noexcept {
+  double sum = 0;
+  for (const std::int32_t j : setColumns) {
+    sum += coefficients[j];
+  }
+  return sum;
+}
 
 namespace {
 
 /// 1 - logistic(t), with all digits where that is small.
-double LogisticComplement(double t) noexcept { return 1 / (std::exp(t) + 1); }
+double LogisticComplement(double t) noexcept { return 1 / (Vell::Exp(t) + 1); }
 
 /// The cells of one record that take part in its imputation.
 class RecordImputation {

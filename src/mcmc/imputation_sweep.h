@@ -16,6 +16,9 @@
 // Source: S. Geman, D. Geman, IEEE Transactions on Pattern Analysis and Machine Intelligence 6
 // (1984), pages 721-741.
 
+#include <cstdint>
+#include <span>
+
 #include "data/data_set.h"
 #include "linalg/vector.h"
 
@@ -40,5 +43,9 @@ void RunImputationSweep(DataSet& dataSet, const ImputationModel& model);
 
 /// 1 / (e^-t + 1)
 double Logistic(double t) noexcept;
+
+/// The sum of the coefficients of the set columns, in ascending order.
+double LinearPredictor(const Vell::Vector& coefficients,
+                       std::span<const std::int32_t> setColumns) noexcept;
 
 }  // namespace Hovar

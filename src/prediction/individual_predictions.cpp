@@ -5,7 +5,6 @@
 #include "foundation/io/standard_writers.h"
 #include "mcmc/imputation_passes.h"
 #include "mcmc/imputation_sweep.h"
-#include "regression/newton.h"
 
 namespace Hovar {
 namespace {

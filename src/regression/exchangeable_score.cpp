@@ -1,14 +1,14 @@
 #include "regression/exchangeable_score.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "foundation/integer_size.h"
 
 namespace Hovar {
 
-ExchangeableScore::ExchangeableScore(std::int32_t hospitals, std::int32_t columns)
-    : clusterSize_(hospitals) {
+ExchangeableScore::ExchangeableScore(const FitRows& rows) : clusterSize_(rows.ClusterSize()) {
+  const std::int32_t hospitals = clusterSize_.Size();
+  const std::int32_t columns = rows.ColumnCount();
   Vell::CheckedSize(static_cast<std::uint64_t>(hospitals) * static_cast<std::uint64_t>(columns));
   residualSums_ = Vell::Matrix(hospitals, columns);
   deviationSums_ = Vell::Matrix(hospitals, columns);
@@ -22,20 +22,24 @@ void ExchangeableScore::Begin() {
   pearsonSquares_ = 0;
 }
 
-void ExchangeableScore::Add(NormalEquations& /*equations*/, std::int32_t hospital,
-                            std::span<const std::int32_t> setColumns, const LogisticTerms& terms,
-                            bool response) {
-  const double deviation = std::sqrt(terms.weight);
-  const double residual = (response ? 1.0 : 0.0) - terms.mean;
-  const double pearson = residual / deviation;
-  const std::span<double> residuals = residualSums_.Row(hospital);
-  const std::span<double> deviations = deviationSums_.Row(hospital);
-  for (const std::int32_t j : setColumns) {
-    residuals[static_cast<std::size_t>(j)] += residual;
-    deviations[static_cast<std::size_t>(j)] += deviation;
-  }
-  pearsonSums_[hospital] += pearson;
-  pearsonSquares_ += pearson * pearson;
+void ExchangeableScore::Evaluate(RecordBlock& block) noexcept {
+  EvaluateExchangeableTerms(block, terms_);
+}
+
+void ExchangeableScore::Add(NormalEquations& /*equations*/, const RecordBlock& block,
+                            const FitRows& rows) noexcept {
+  rows.VisitLists(block.index, [&](std::size_t i, auto setColumns) {
+    const std::int32_t hospital = rows.Hospital(block.firstRecord + static_cast<std::int32_t>(i));
+    double* const residuals = residualSums_.Row(hospital).data();
+    double* const deviations = deviationSums_.Row(hospital).data();
+    for (const FitRows::Column j : setColumns) {
+      residuals[j] += block.residual[i];
+      deviations[j] += terms_.deviation[i];
+    }
+    const double pearson = terms_.pearson[i];
+    pearsonSums_[hospital] += pearson;
+    pearsonSquares_ += pearson * pearson;
+  });
 }
 
 double ExchangeableScore::EstimateCorrelation() const {

@@ -28,41 +28,31 @@
 // with every ordered pair counted.
 
 #include <cstdint>
-#include <span>
 
+#include "regression/logistic_kernels.h"
 #include "regression/newton.h"
 
 namespace Hovar {
 
 class ExchangeableScore {
  public:
-  /// Counts the records of each hospital that take part.
   /// Errors: "Integer overflow" when hospitals * columns exceeds 2^31 - 1; "Out of memory".
-  template <RowSource Rows>
-  ExchangeableScore(const Rows& rows, const Vell::IndexVector& hospitalSize)
-      : ExchangeableScore(hospitalSize.Size(), rows.ColumnCount()) {
-    std::int32_t record = 0;
-    for (std::int32_t h = 0; h < hospitalSize.Size(); ++h) {
-      for (const std::int32_t end = record + hospitalSize[h]; record < end; ++record) {
-        clusterSize_[h] += rows.Includes(record) ? 1 : 0;
-      }
-    }
-  }
+  explicit ExchangeableScore(const FitRows& rows);
 
   void Begin();
-  void Add(NormalEquations& equations, std::int32_t hospital,
-           std::span<const std::int32_t> setColumns, const LogisticTerms& terms, bool response);
+  void Evaluate(RecordBlock& block) noexcept;
+  void Add(NormalEquations& equations, const RecordBlock& block, const FitRows& rows) noexcept;
   void Assemble(NormalEquations& equations, FitState& state);
 
  private:
-  ExchangeableScore(std::int32_t hospitals, std::int32_t columns);
   double EstimateCorrelation() const;
 
-  Vell::IndexVector clusterSize_;  // n_h
-  Vell::Matrix residualSums_;      // A, hospitals x columns
-  Vell::Matrix deviationSums_;     // B, hospitals x columns
-  Vell::Vector pearsonSums_;       // S
-  double pearsonSquares_ = 0;      // Q
+  const Vell::IndexVector& clusterSize_;  // n_h
+  Vell::Matrix residualSums_;             // A, hospitals x columns
+  Vell::Matrix deviationSums_;            // B, hospitals x columns
+  Vell::Vector pearsonSums_;              // S
+  double pearsonSquares_ = 0;             // Q
+  PearsonBlock terms_{};
 };
 
 }  // namespace Hovar

@@ -1,14 +1,21 @@
 #include "regression/independent_score.h"
 
+#include "regression/logistic_kernels.h"
+
 namespace Hovar {
 
-void IndependentScore::Add(NormalEquations& equations, std::int32_t /*hospital*/,
-                           std::span<const std::int32_t> setColumns, const LogisticTerms& terms,
-                           bool response) {
-  const double residual = response ? terms.complement : -terms.mean;
-  for (const std::int32_t j : setColumns) {
-    equations.score[j] += residual;
-  }
+void IndependentScore::Begin() {}
+
+void IndependentScore::Evaluate(RecordBlock& block) noexcept { EvaluateIndependentTerms(block); }
+
+void IndependentScore::Add(NormalEquations& equations, const RecordBlock& block,
+                           const FitRows& rows) noexcept {
+  double* const score = equations.score.begin();
+  rows.VisitLists(block.index, [&](std::size_t i, auto setColumns) {
+    for (const FitRows::Column j : setColumns) {
+      score[j] += block.residual[i];
+    }
+  });
 }
 
 void IndependentScore::Assemble(NormalEquations& /*equations*/, FitState& state) {

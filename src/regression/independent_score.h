@@ -1,20 +1,19 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-
 #include "regression/newton.h"
 
 namespace Hovar {
 
 /// Every record is an observation of its own: g_j = sum of (y_i - mu_i) over the records in which
-/// column j is set.
+/// column j is set. For y = 1 the residual is 1 - mu = 1 / (1 + e^eta), computed in this form so
+/// that it keeps its digits where mu is close to 1.
 class IndependentScore {
  public:
-  void Begin() noexcept {}
-  void Add(NormalEquations& equations, std::int32_t hospital,
-           std::span<const std::int32_t> setColumns, const LogisticTerms& terms, bool response);
-  void Assemble(NormalEquations& equations, FitState& state);
+  static void Begin();
+  static void Evaluate(RecordBlock& block) noexcept;
+  static void Add(NormalEquations& equations, const RecordBlock& block,
+                  const FitRows& rows) noexcept;
+  static void Assemble(NormalEquations& equations, FitState& state);
 };
 
 }  // namespace Hovar

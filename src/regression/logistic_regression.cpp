@@ -1,16 +1,37 @@
 #include "regression/logistic_regression.h"
 
 #include <cmath>
+#include <utility>
 
 #include "foundation/io/log.h"
 #include "regression/covariance.h"
+#include "regression/exchangeable_score.h"
+#include "regression/independent_score.h"
 
 namespace Hovar {
+
+namespace {
 
 void WarnOfIterationLimit(const FitState& state) {
   if (state.iterationCount >= state.parameters.maxIterations) {
     Vell::IO::Log().WriteLine("Warning: Maximum number of iterations reached");
   }
+}
+
+}  // namespace
+
+Vell::Vector FitCoefficients(FitState& state, const FitRows& rows,
+                             bool useGeneralizedEstimatingEquations) {
+  Vell::Vector beta(rows.ColumnCount());
+  if (useGeneralizedEstimatingEquations) {
+    ExchangeableScore score(rows);
+    beta = FitNewton(state, std::move(beta), score, rows);
+  } else {
+    IndependentScore score;
+    beta = FitNewton(state, std::move(beta), score, rows);
+  }
+  WarnOfIterationLimit(state);
+  return beta;
 }
 
 CoefficientEstimates EstimatesOf(const FitState& state, const Vell::Vector& beta,

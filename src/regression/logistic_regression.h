@@ -2,34 +2,17 @@
 
 #include "linalg/vector.h"
 #include "regression/coefficient_estimate.h"
-#include "regression/exchangeable_score.h"
-#include "regression/independent_score.h"
+#include "regression/fit_rows.h"
 #include "regression/newton.h"
 
 namespace Hovar {
-
-/// Logs a warning when a fit has ended at its iteration limit.
-void WarnOfIterationLimit(const FitState& state);
 
 /// Fits one model from zero coefficients, with generalized estimating equations or for independent
 /// records, and returns the coefficients. A fit that reaches its iteration limit is kept, with a
 /// warning in the log.
 /// Errors: "Non positive matrix in Cholesky decomposition"; "Integer overflow"; "Out of memory".
-template <RowSource Rows>
-Vell::Vector FitCoefficients(FitState& state, const Rows& rows,
-                             const Vell::IndexVector& hospitalSize,
-                             bool useGeneralizedEstimatingEquations) {
-  Vell::Vector beta(rows.ColumnCount());
-  if (useGeneralizedEstimatingEquations) {
-    ExchangeableScore score(rows, hospitalSize);
-    beta = FitNewton(state, std::move(beta), score, rows, hospitalSize);
-  } else {
-    IndependentScore score;
-    beta = FitNewton(state, std::move(beta), score, rows, hospitalSize);
-  }
-  WarnOfIterationLimit(state);
-  return beta;
-}
+Vell::Vector FitCoefficients(FitState& state, const FitRows& rows,
+                             bool useGeneralizedEstimatingEquations);
 
 /// Coefficients with the standard errors that the fit's covariances give: model-based ones, and
 /// empirical ones with generalized estimating equations.
@@ -46,8 +29,9 @@ struct LogisticRegression {
   template <RowSource Rows>
   CoefficientEstimates Fit(const Rows& rows) const {
     FitState state(parameters);
-    const Vell::Vector beta =
-        FitCoefficients(state, rows, hospitalSize, useGeneralizedEstimatingEquations);
+    FitRows fitRows;
+    fitRows.Collect(rows, hospitalSize);
+    const Vell::Vector beta = FitCoefficients(state, fitRows, useGeneralizedEstimatingEquations);
     return EstimatesOf(state, beta, useGeneralizedEstimatingEquations);
   }
 };

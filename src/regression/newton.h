@@ -16,6 +16,7 @@
 // prior adds a ridge as in S. le Cessie, J. C. van Houwelingen, Applied Statistics 41 (1992),
 // pages 191-201.
 
+#include <array>
 #include <cstdint>
 #include <utility>
 
@@ -24,7 +25,7 @@
 #include "linalg/matrix.h"
 #include "linalg/symmetric_matrix.h"
 #include "linalg/vector.h"
-#include "regression/row_source.h"
+#include "regression/fit_rows.h"
 
 namespace Hovar {
 
@@ -59,30 +60,27 @@ struct NormalEquations {
   Vell::Vector score;
 };
 
-/// The terms of one record at the current coefficients.
-struct LogisticTerms {
-  double mean;        // mu
-  double complement;  // 1 - mu, computed on its own so that it keeps its digits near 0
-  double weight;      // mu * (1 - mu)
+/// What a pass evaluates for one block of records at once; entry i belongs to the block's record i.
+struct RecordBlock {
+  using Values = std::array<double, FitRows::kBlockSize>;
+
+  std::int32_t index = 0;  // of the block
+  std::int32_t firstRecord = 0;
+  std::int32_t count = 0;
+  Values linearPredictor{};  // eta
+  Values response{};         // y, 0.0 or 1.0
+  Values weight{};           // w = mu (1 - mu)
+  Values residual{};         // y - mu
 };
 
-/// mu = 1 / (1 + e^-eta), 1 - mu = 1 / (1 + e^eta), weight = 1 / (e^eta + 2 + e^-eta), which is
-/// 0, not a NaN, for an eta beyond the range of exp.
-LogisticTerms EvaluateLogistic(double linearPredictor) noexcept;
+/// Sets a block to its records' responses and linear predictors: the sum of beta over the set
+/// columns, in ascending order.
+void BeginBlock(RecordBlock& block, const FitRows& rows, std::int32_t index,
+                const Vell::Vector& beta) noexcept;
 
-/// eta: the sum of beta over the set columns, in ascending order.
-inline double LinearPredictor(const Vell::Vector& beta,
-                              std::span<const std::int32_t> setColumns) noexcept {
-  double sum = 0;
-  for (const std::int32_t j : setColumns) {
-    sum += beta[j];
-  }
-  return sum;
-}
-
-/// H(j, k) += weight for every pair k <= j of set columns.
-void AddToInformation(Vell::SymmetricMatrix& information, double weight,
-                      std::span<const std::int32_t> setColumns) noexcept;
+/// H(j, k) += w for every pair k <= j of set columns, record by record.
+void AddInformation(Vell::SymmetricMatrix& information, const RecordBlock& block,
+                    const FitRows& rows) noexcept;
 
 /// Adds the prior, factors, solves and tests one assembled pass. Returns false when the fit has
 /// converged; otherwise adds the step to `beta`.
@@ -90,25 +88,20 @@ void AddToInformation(Vell::SymmetricMatrix& information, double weight,
 bool StepNewton(FitState& state, Vell::Vector& beta, NormalEquations& equations);
 
 /// Runs Newton's method from `beta` and returns the final coefficients. A score has the members
-/// Begin(), Add(equations, hospital, setColumns, terms, response) for what a record adds, and
-/// Assemble(equations, state) for the end of a pass.
-template <typename Score, RowSource Rows>
-Vell::Vector FitNewton(FitState& state, Vell::Vector beta, Score& score, const Rows& rows,
-                       const Vell::IndexVector& hospitalSize) {
-  Vell::IndexVector scratch(rows.ColumnCount());
+/// Begin() for the start of a pass, Evaluate(block) for the weights and residuals of a block,
+/// Add(equations, block, rows) for what its records add to the score, and Assemble(equations,
+/// state) for the end of a pass.
+template <typename Score>
+Vell::Vector FitNewton(FitState& state, Vell::Vector beta, Score& score, const FitRows& rows) {
+  RecordBlock block;
   do {
     NormalEquations equations(rows.ColumnCount());
     score.Begin();
-    std::int32_t record = 0;
-    for (std::int32_t hospital = 0; hospital < hospitalSize.Size(); ++hospital) {
-      for (const std::int32_t end = record + hospitalSize[hospital]; record < end; ++record) {
-        if (rows.Includes(record)) {
-          const auto setColumns = rows.SetColumns(record, scratch.Span());
-          const LogisticTerms terms = EvaluateLogistic(LinearPredictor(beta, setColumns));
-          AddToInformation(equations.information, terms.weight, setColumns);
-          score.Add(equations, hospital, setColumns, terms, rows.Response(record));
-        }
-      }
+    for (std::int32_t i = 0; i < rows.BlockCount(); ++i) {
+      BeginBlock(block, rows, i, beta);
+      score.Evaluate(block);
+      AddInformation(equations.information, block, rows);
+      score.Add(equations, block, rows);
     }
     score.Assemble(equations, state);
     if (!StepNewton(state, beta, equations)) {

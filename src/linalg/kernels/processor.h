@@ -1,0 +1,15 @@
+#pragma once
+
+namespace Vell {
+
+/// The vector instructions that a kernel may use. Every form of a kernel does the same IEEE
+/// operations in the same order on every element, so all give the same bits.
+enum class VectorWidth { kPortable, kAvx2, kAvx512 };
+
+/// The widest that this processor has and LimitVectorWidth allows.
+VectorWidth BestVectorWidth() noexcept;
+
+/// Limits the width from now on. For tests and benchmarks.
+void LimitVectorWidth(VectorWidth width) noexcept;
+
+}  // namespace Vell

@@ -1,0 +1,86 @@
+#include "regression/logistic_kernels.h"
+
+#include <cstring>
+
+#include "foundation/exponential.h"
+#include "linalg/kernels/vector_form.h"
+
+namespace Hovar {
+namespace {
+
+template <typename Real>
+[[gnu::always_inline]] inline void Load(Real& lanes, const double* from) noexcept {
+  std::memcpy(&lanes, from, sizeof lanes);
+}
+
+template <typename Real>
+[[gnu::always_inline]] inline void Store(double* to, const Real& lanes) noexcept {
+  std::memcpy(to, &lanes, sizeof lanes);
+}
+
+// Whole vectors are computed: the entries behind the block's count hold what an earlier block left
+// there, or zeros, and nobody reads what becomes of them.
+
+struct IndependentTerms {
+  RecordBlock& block;
+
+  template <int kLanes>
+  [[gnu::always_inline]] void operator()() const noexcept {
+    using Real = typename Vell::Lanes<kLanes>::Real;
+    for (std::int32_t i = 0; i < block.count; i += kLanes) {
+      const auto at = static_cast<std::size_t>(i);
+      Real up;
+      Real y;
+      Load(up, block.linearPredictor.data() + at);
+      Load(y, block.response.data() + at);
+      Real down = -up;
+      Vell::ReplaceByExp<kLanes>(up);
+      Vell::ReplaceByExp<kLanes>(down);
+      const Real weight = 1.0 / (up + 2.0 + down);
+      const Real magnitude = 1.0 / (1.0 + (y > 0.5 ? up : down));
+      const Real residual = y > 0.5 ? magnitude : -magnitude;
+      Store(block.weight.data() + at, weight);
+      Store(block.residual.data() + at, residual);
+    }
+  }
+};
+
+struct ExchangeableTerms {
+  RecordBlock& block;
+  PearsonBlock& terms;
+
+  template <int kLanes>
+  [[gnu::always_inline]] void operator()() const noexcept {
+    using Real = typename Vell::Lanes<kLanes>::Real;
+    for (std::int32_t i = 0; i < block.count; i += kLanes) {
+      const auto at = static_cast<std::size_t>(i);
+      Real up;
+      Real y;
+      Load(up, block.linearPredictor.data() + at);
+      Load(y, block.response.data() + at);
+      Real down = -up;
+      Vell::ReplaceByExp<kLanes>(up);
+      Vell::ReplaceByExp<kLanes>(down);
+      const Real weight = 1.0 / (up + 2.0 + down);
+      const Real residual = y - 1.0 / (1.0 + down);
+      Store(block.weight.data() + at, weight);
+      Store(block.residual.data() + at, residual);
+    }
+    for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i) {
+      terms.deviation[i] = __builtin_sqrt(block.weight[i]);
+      terms.pearson[i] = block.residual[i] / terms.deviation[i];
+    }
+  }
+};
+
+}  // namespace
+
+void EvaluateIndependentTerms(RecordBlock& block) noexcept {
+  Vell::RunVectorForm(IndependentTerms{block});
+}
+
+void EvaluateExchangeableTerms(RecordBlock& block, PearsonBlock& pearson) noexcept {
+  Vell::RunVectorForm(ExchangeableTerms{block, pearson});
+}
+
+}  // namespace Hovar
