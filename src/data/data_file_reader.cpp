@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "data/cell_reader.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/csv_reader.h"
 #include "foundation/io/log.h"
@@ -17,44 +18,6 @@ using Vell::IO::SkipField;
 // Fields of a line before the indicators: key, hospital ID and outcome.
 constexpr std::int32_t kLeadingFields = 3;
 constexpr std::int32_t kReservedHospitals = 10000;
-
-/// Reads a cell that must hold 0 or 1, up to the end of its number.
-bool ReadBinaryNumber(Vell::IO::Stream& stream) {
-  std::int32_t value = 0;
-  if (stream.Scan("%d", &value, sizeof value) != 1) {
-    throw Vell::Exceptions::EndOfStreamException("Unexpected end of stream");
-  }
-  if (value != 0 && value != 1) {
-    throw Vell::Exceptions::InvalidInputException("Invalid input");
-  }
-  return value == 1;
-}
-
-/// Reads a whole cell that must hold 0 or 1.
-bool ReadBinaryCell(Vell::IO::Stream& stream) {
-  const bool value = ReadBinaryNumber(stream);
-  SkipField(stream);
-  return value;
-}
-
-enum class Ternary { kZero, kOne, kMissing };
-
-/// Reads a whole cell that holds 0, 1 or nothing.
-Ternary ReadTernaryCell(Vell::IO::Stream& stream) {
-  int c = stream.Peek();
-  while (c == ' ' || c == '\t') {
-    stream.ReadByte();
-    c = stream.Peek();
-  }
-  if (c == '\r') {
-    stream.ReadByte();  // white space before a number, or the first half of a line end
-    c = stream.Peek() == '\n' ? '\n' : c;
-  }
-  const bool isMissing = c == ',' || c == '\n' || c == Vell::IO::kEndOfStream;
-  const bool value = !isMissing && ReadBinaryNumber(stream);
-  SkipField(stream);
-  return isMissing ? Ternary::kMissing : value ? Ternary::kOne : Ternary::kZero;
-}
 
 /// Checks the shape of the file and gives the data set its sizes.
 void SizeDataSet(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
@@ -135,6 +98,8 @@ void ReadPresentOnAdmission(DataSet& dataSet, std::int32_t record, Vell::Ternary
 void ReadRecords(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
   Vell::TernaryVector indicators(poaCount);
   Vell::String id;
+  Vell::PackedWriter zWriter(dataSet.z.Bytes());
+  Vell::PackedWriter xWriter(dataSet.x.Bytes());
   dataSet.hospitalCount = 0;
   for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
     SkipField(stream);  // the key
@@ -143,17 +108,13 @@ void ReadRecords(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCou
     AssignHospital(dataSet, i, id);
     dataSet.y.Set(i, ReadBinaryCell(stream));
     ReadPresentOnAdmission(dataSet, i, indicators, stream);
-    dataSet.z.Set(i, 0, true);
-    for (std::int32_t j = 1; j < dataSet.variableCount; ++j) {
-      dataSet.z.Set(i, j, ReadBinaryCell(stream));
-    }
-    dataSet.x.SetValue(i, 0, true);
-    for (std::int32_t j = 1; j < dataSet.variableCount; ++j) {
-      const Ternary cell = ReadTernaryCell(stream);
-      dataSet.x.SetValue(i, j, cell == Ternary::kOne);
-      dataSet.x.SetMissing(i, j, cell == Ternary::kMissing);
-    }
+    zWriter.Append(1, 1);  // the intercepts: set, never missing
+    ReadBinaryCells(zWriter, stream, dataSet.variableCount - 1);
+    xWriter.Append(1, 2);
+    ReadTernaryCells(xWriter, stream, dataSet.variableCount - 1);
   }
+  zWriter.Finish();
+  xWriter.Finish();
   if (stream.ReadByte() != Vell::IO::kEndOfStream) {
     throw Exception("Data wrong format");
   }

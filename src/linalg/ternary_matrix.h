@@ -80,6 +80,9 @@ class TernaryMatrix {
             2 * static_cast<std::size_t>(row) * static_cast<std::size_t>(columns_), columns_};
   }
 
+  /// The packed cells, for filling them in their order.
+  std::span<std::uint8_t> Bytes() noexcept { return cells_.Bytes(); }
+
   /// Removes the listed columns, in place and without reallocation; the rest keep their order.
   /// Errors: "Index out of range".
   void RemoveColumns(const IndexVector& columns);

@@ -66,25 +66,80 @@ void ReadFieldBytes(Stream& stream, Sink append) {
   }
 }
 
+/// The fields of a line (without its line feed) that needs no rules: it holds neither a quote nor a
+/// NUL byte, so every comma separates. 0 for any other line.
+std::uint64_t CountPlainFields(std::string_view line) noexcept {
+  std::uint64_t commas = 0;
+  std::uint64_t special = 0;
+  constexpr std::size_t kStep = 128;  // what an 8-bit counter can count
+  while (!line.empty()) {
+    const std::string_view part = line.substr(0, kStep);
+    std::uint8_t partCommas = 0;
+    std::uint8_t partSpecial = 0;
+    for (const char c : part) {
+      partCommas = static_cast<std::uint8_t>(partCommas + (c == kSeparator ? 1 : 0));
+      partSpecial = static_cast<std::uint8_t>(partSpecial | (c == kQuote || c == '\0' ? 1 : 0));
+    }
+    commas += partCommas;
+    special += partSpecial;
+    line.remove_prefix(part.size());
+  }
+  return special == 0 ? commas + 1 : 0;
+}
+
+/// Takes the next line, with its line feed, if it lies in the window and needs no rules, and
+/// returns its fields; otherwise takes nothing and returns 0. The position must be at the start of
+/// a line.
+std::uint64_t TakePlainLine(Stream& stream) {
+  const std::string_view window = stream.Window();
+  const std::size_t length = window.find('\n');
+  if (length == std::string_view::npos) {
+    return 0;
+  }
+  const std::uint64_t fields = CountPlainFields(window.substr(0, length));
+  if (fields > 0) {
+    stream.TakeFromWindow(length + 1);
+  }
+  return fields;
+}
+
+/// Counts the lines of a file and their fields as they are met.
+class ShapeCounter {
+ public:
+  void AddLine(std::uint64_t fields) {
+    const std::int32_t count = CheckedSize(fields);
+    minimum_ = lines_ == 0 ? count : std::min(minimum_, count);
+    maximum_ = std::max(maximum_, count);
+    ++lines_;
+  }
+  CsvShape Shape() const { return {minimum_, maximum_, CheckedSize(lines_)}; }
+
+ private:
+  std::int32_t minimum_ = 0;
+  std::int32_t maximum_ = 0;
+  std::uint64_t lines_ = 0;
+};
+
 }  // namespace
 
 CsvShape MeasureCsv(Stream& stream) {
-  CsvShape shape;
+  ShapeCounter shape;
   std::uint64_t fields = 0;
-  std::uint64_t lines = 0;
   for (;;) {
+    if (fields == 0) {
+      if (const std::uint64_t plainFields = TakePlainLine(stream); plainFields > 0) {
+        shape.AddLine(plainFields);
+        continue;
+      }
+    }
     ReadFieldBytes(stream, [](char) {});
     const int c = stream.ReadByte();
     if (c == kEndOfStream) {
-      shape.lineCount = CheckedSize(lines);
-      return shape;
+      return shape.Shape();
     }
     ++fields;
     if (c == '\n') {
-      const std::int32_t count = CheckedSize(fields);
-      shape.minimumFields = lines == 0 ? count : std::min(shape.minimumFields, count);
-      shape.maximumFields = std::max(shape.maximumFields, count);
-      ++lines;
+      shape.AddLine(fields);
       fields = 0;
     }
   }
@@ -104,6 +159,9 @@ int SkipField(Stream& stream) {
 }
 
 void SkipRecord(Stream& stream) {
+  if (TakePlainLine(stream) > 0) {
+    return;
+  }
   int c = kSeparator;
   while (c != kEndOfStream && c != '\n') {
     ReadFieldBytes(stream, [](char) {});

@@ -55,6 +55,15 @@ class Stream {
   /// The next byte (0 .. 255) or kEndOfStream. Errors: "IO Exception".
   int ReadByte() { return next_ != end_ ? *next_++ : ReadByteOfNextBlock(); }
 
+  /// The bytes that were read ahead: those that ReadByte would give next without asking the medium.
+  /// Never empty while the stream goes on: an empty window is filled first. Readers that find what
+  /// they need in it take it at once with TakeFromWindow; it is valid until the next operation.
+  /// Errors: "IO Exception".
+  std::string_view Window();
+
+  /// Takes the first `count` bytes of the window.
+  void TakeFromWindow(std::size_t count) noexcept { next_ += count; }
+
   /// Errors: "IO Exception".
   virtual void WriteByte(char byte) = 0;
 

@@ -1,0 +1,34 @@
+#pragma once
+
+// Reading the cells of the data file. A cell holds 0 or 1; where a cell may be missing, one that
+// holds nothing but blanks and tabs, up to a comma, a line end or the end of the file, is missing.
+// A number is read as the C library reads one ("%d"), so white space before it and text behind it
+// are passed over.
+//
+// Nearly all cells are a single digit and a comma. Those are taken four at a time from the bytes
+// that the stream has read ahead; every other cell goes through the stream's own number reading.
+
+#include <cstdint>
+
+#include "foundation/io/stream.h"
+#include "linalg/kernels/packed_writer.h"
+
+namespace Hovar {
+
+enum class Ternary { kZero, kOne, kMissing };
+
+// Each reads whole cells, with the comma or line feed behind them.
+// Errors: EndOfStreamException "Unexpected end of stream"; IOException "IO Exception" for text that
+// is
+//         no number; InvalidInputException "Invalid input" for a number other than 0 and 1.
+
+bool ReadBinaryCell(Vell::IO::Stream& stream);
+Ternary ReadTernaryCell(Vell::IO::Stream& stream);
+
+/// Append one bit per cell.
+void ReadBinaryCells(Vell::PackedWriter& writer, Vell::IO::Stream& stream, std::int32_t count);
+
+/// Append two bits per cell, the missing bit before the value bit.
+void ReadTernaryCells(Vell::PackedWriter& writer, Vell::IO::Stream& stream, std::int32_t count);
+
+}  // namespace Hovar
