@@ -8,8 +8,11 @@
 
 namespace Vell {
 
-/// Where row i of a packed lower triangle begins: i * (i + 1) / 2.
-constexpr std::int32_t PackedRowStart(std::int32_t row) noexcept { return row * (row + 1) / 2; }
+/// Where row i of a packed lower triangle begins: i * (i + 1) / 2. From row 46341 on the product
+/// needs 64 bits before it is halved; the start itself fits for every triangle that has a size.
+constexpr std::int32_t PackedRowStart(std::int32_t row) noexcept {
+  return static_cast<std::int32_t>(std::int64_t{row} * (row + 1) / 2);
+}
 
 /// Number of elements of a packed triangle of an order: order * (order + 1) / 2, formed so that no
 /// factor leaves 32 bits before the product does.

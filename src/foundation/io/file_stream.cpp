@@ -85,12 +85,16 @@ std::size_t FileStream::BlockSize() const noexcept { return buffer_.size() - kPu
 bool FileStream::CanRead() const noexcept { return (OpenMode() & 0xFFU) != Mode::kWrite; }
 bool FileStream::CanWrite() const noexcept { return (OpenMode() & 0xFFU) != Mode::kRead; }
 
+std::size_t FileStream::Pending() const noexcept {
+  return room_ != nullptr ? static_cast<std::size_t>(room_ - Block()) : 0;
+}
+
 bool FileStream::TryFlush() noexcept {
-  if (pending_ == 0) {
+  const std::size_t size = Pending();
+  room_ = roomEnd_ = nullptr;  // what could not be written once is not tried again
+  if (size == 0) {
     return true;
   }
-  const std::size_t size = pending_;
-  pending_ = 0;  // what could not be written once is not tried again
   if (!Platform::WriteFile(file_, Block(), size)) {
     return false;
   }
@@ -133,7 +137,7 @@ int FileStream::Peek() {
 }
 
 void FileStream::Unget(int byte) {
-  Require(byte != kEndOfStream && CanRead() && pending_ == 0);
+  Require(byte != kEndOfStream && CanRead() && Pending() == 0);
   if (next_ == nullptr) {
     DropWindow();
   }
@@ -162,20 +166,21 @@ void FileStream::StartWriting() {
     Seek(0, 1);  // the system's position is ahead of ours by the window
   }
   DropWindow();
+  room_ = Block();
+  roomEnd_ = Block() + BlockSize();
 }
 
 void FileStream::WriteByte(char byte) { Write(&byte, 1); }
 
 void FileStream::Write(const void* buffer, std::size_t count) {
-  StartWriting();
   const auto* source = static_cast<const unsigned char*>(buffer);
   while (count > 0) {
-    if (pending_ == BlockSize()) {
+    if (room_ == roomEnd_) {
       Flush();
+      StartWriting();
     }
-    const std::size_t part = std::min(count, BlockSize() - pending_);
-    std::copy_n(source, part, Block() + pending_);
-    pending_ += part;
+    const std::size_t part = std::min(count, static_cast<std::size_t>(roomEnd_ - room_));
+    room_ = std::copy_n(source, part, room_);
     source += part;
     count -= part;
   }
@@ -202,7 +207,7 @@ std::int64_t FileStream::Length() {
 
 std::int64_t FileStream::Tell() {
   Require(position_ >= 0);
-  return position_ - (end_ - next_) + static_cast<std::int64_t>(pending_);
+  return position_ - (end_ - next_) + static_cast<std::int64_t>(Pending());
 }
 
 void FileStream::Seek(std::int64_t offset, int origin) {

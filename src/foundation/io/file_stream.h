@@ -56,6 +56,8 @@ class FileStream final : public Stream {
   void DropWindow() noexcept;
   unsigned char* Block() const noexcept;
   std::size_t BlockSize() const noexcept;
+  /// Bytes of the block that wait to be written; 0 while reading.
+  std::size_t Pending() const noexcept;
 
   Platform::FileHandle file_ = Platform::kNoFile;
   bool owns_ = false;
@@ -64,8 +66,6 @@ class FileStream final : public Stream {
   bool isBlockAltered_ = false;
   // Room for bytes that are put back, then the block.
   std::span<unsigned char> buffer_;
-  // Bytes of the block that wait to be written; 0 while reading.
-  std::size_t pending_ = 0;
   // The operating system's position in the file; -1 when it has none that we know.
   std::int64_t position_ = 0;
 };

@@ -159,8 +159,90 @@ std::size_t FormatReal(std::span<char> text, double value, std::chars_format for
 
 }  // namespace
 
+namespace {
+
+// Most numbers that are written lie between 0.0001 and a million and need no exponent. Scaled by an
+// exact power of ten, so with a single rounding, they show their six digits as the integer part of
+// the product; the fraction decides the rounding unless it is too close to one half to be sure. All
+// other numbers take the exact way of the standard library.
+
+constexpr std::int32_t kSixDigits = 1'000'000;
+
+struct SixDigits {
+  std::int32_t digits;    // 100000 .. 999999
+  std::int32_t exponent;  // of the first digit: -4 .. 5
+};
+
+/// The six significant digits of a number in [0.0001, 1000000), or nothing where rounding is not
+/// certain.
+std::optional<SixDigits> FindSixDigits(double value) noexcept {
+  constexpr std::array kPowers = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};  // all exact
+  std::int32_t scale = 0;  // digits behind the point
+  if (value < 1) {
+    scale = value >= 1e-1 ? 6 : value >= 1e-2 ? 7 : value >= 1e-3 ? 8 : 9;
+  } else {
+    scale = value < 1e1   ? 5
+            : value < 1e2 ? 4
+            : value < 1e3 ? 3
+            : value < 1e4 ? 2
+            : value < 1e5 ? 1
+                          : 0;
+  }
+  const double scaled = value * kPowers[static_cast<std::size_t>(scale)];
+  auto digits = static_cast<std::int32_t>(scaled);
+  const double fraction = scaled - digits;
+  // The product is off by at most half a unit in its last place, 2^-34.
+  constexpr double kUncertain = 1e-9;
+  if (std::fabs(fraction - 0.5) < kUncertain) {
+    return std::nullopt;
+  }
+  digits += fraction > 0.5 ? 1 : 0;
+  std::int32_t exponent = 5 - scale;
+  if (digits == kSixDigits) {
+    digits /= 10;
+    ++exponent;
+  }
+  return exponent <= 5 ? std::optional(SixDigits{digits, exponent}) : std::nullopt;
+}
+
+/// Writes six digits in fixed notation without trailing zeros and returns the end.
+char* WriteFixed(char* to, const SixDigits& number) noexcept {
+  std::array<char, 6> digits;
+  std::int32_t rest = number.digits;
+  std::int32_t count = 0;  // up to the last digit that is not 0
+  for (std::int32_t i = 5; i >= 0; --i) {
+    const std::int32_t digit = rest % 10;
+    rest /= 10;
+    digits[static_cast<std::size_t>(i)] = static_cast<char>('0' + digit);
+    count = count == 0 && digit != 0 ? i + 1 : count;
+  }
+  const char* from = digits.data();
+  const char* const end = from + count;
+  if (number.exponent < 0) {
+    to = std::copy_n("0.000", 1 - number.exponent, to);
+  } else {
+    to = std::copy_n(from, number.exponent + 1, to);  // zeros before the point are significant
+    from += number.exponent + 1;
+    if (from < end) {
+      *to++ = '.';
+    }
+  }
+  return from < end ? std::copy(from, end, to) : to;
+}
+
+}  // namespace
+
 NumberText NumberText::OfReal(double value) noexcept {
   NumberText number;
+  const double magnitude = std::fabs(value);
+  if (magnitude >= 1e-4 && magnitude < 1e6) {
+    if (const std::optional<SixDigits> digits = FindSixDigits(magnitude)) {
+      number.text_[0] = '-';
+      char* const start = number.text_.data() + (value < 0 ? 1 : 0);
+      number.length_ = static_cast<std::size_t>(WriteFixed(start, *digits) - number.text_.data());
+      return number;
+    }
+  }
   number.length_ = FormatReal(number.text_, value, std::chars_format::general);
   return number;
 }

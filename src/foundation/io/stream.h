@@ -4,6 +4,7 @@
 // medium with "IO Exception"; reaching the end is a result, never an error, and readers above
 // decide what it means to them.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -73,6 +74,22 @@ class Stream {
   /// Writes all `count` bytes. Errors: "IO Exception".
   virtual void Write(const void* buffer, std::size_t count) = 0;
 
+  /// As Write and WriteByte, at no more cost than a copy where the block has room.
+  void Put(std::string_view text) {
+    if (text.size() > static_cast<std::size_t>(roomEnd_ - room_)) {
+      Write(text.data(), text.size());
+      return;
+    }
+    room_ = std::copy(text.begin(), text.end(), room_);
+  }
+  void Put(char byte) {
+    if (room_ == roomEnd_) {
+      WriteByte(byte);
+      return;
+    }
+    *room_++ = static_cast<unsigned char>(byte);
+  }
+
   /// Reads one number as the C library's fscanf does in the C locale (white space before it is
   /// skipped, line feeds included). `format` is "%d" or "%u" for a 32-bit integer or "%lg" for a
   /// double; `size` is the size of the destination in bytes.
@@ -111,6 +128,9 @@ class Stream {
   // The bytes that were read ahead and not yet taken, so that reading one costs no call.
   unsigned char* next_ = nullptr;
   unsigned char* end_ = nullptr;
+  // Where the next bytes that are written belong, as long as writing goes on and there is room.
+  unsigned char* room_ = nullptr;
+  unsigned char* roomEnd_ = nullptr;
 
  private:
   std::uint32_t mode_;

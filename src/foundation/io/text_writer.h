@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "foundation/io/number_text.h"
 #include "foundation/io/stream.h"
 #include "foundation/shared_handle.h"
 
@@ -18,10 +19,10 @@ class TextWriter {
  public:
   explicit TextWriter(SharedHandle<Stream> stream, LineEnd lineEnd = LineEnd::kKeep);
 
-  void Write(std::string_view text);
-  void Write(char character);
-  void Write(std::int32_t value);
-  void Write(double value);
+  void Write(std::string_view text) { stream_->Put(text); }
+  void Write(char character) { stream_->Put(character); }
+  void Write(std::int32_t value) { stream_->Put(NumberText::OfInteger(value).View()); }
+  void Write(double value) { stream_->Put(NumberText::OfReal(value).View()); }
   void EndLine();
 
   /// Writes all parts, one after the other, and ends the line.
