@@ -9,7 +9,7 @@
 namespace Vell {
 
 /// Where row i of a packed lower triangle begins: i * (i + 1) / 2. From row 46341 on the product
-/// needs 64 bits before it is halved; the start itself fits for every triangle that has a size.
+/// needs 64 bits before it is halved; the start itself fits up to row 65535.
 constexpr std::int32_t PackedRowStart(std::int32_t row) noexcept {
   return static_cast<std::int32_t>(std::int64_t{row} * (row + 1) / 2);
 }

@@ -21,7 +21,7 @@ namespace Hovar {
 class ConcordanceCounter {
  public:
   /// Room for `records` predictions. Errors: "Invalid argument"; "Out of memory".
-  explicit ConcordanceCounter(std::int32_t records) : predictions_(records) {}
+  explicit ConcordanceCounter(std::int32_t records) : predictions_(records), scratch_(records) {}
 
   void Add(bool event, double prediction) noexcept {
     if (event) {
@@ -32,7 +32,7 @@ class ConcordanceCounter {
   }
 
   /// 2 for every pair with a larger prediction of the event, 1 for every tie. Reorders the array;
-  /// cost n log n.
+  /// the cost grows linearly with the records.
   std::int64_t Score() noexcept;
 
   /// Score over twice the number of pairs, or -1.0 when there are no pairs.
@@ -40,6 +40,7 @@ class ConcordanceCounter {
 
  private:
   Vell::Vector predictions_;
+  Vell::Vector scratch_;
   std::int32_t events_ = 0;
   std::int32_t others_ = 0;
 };
