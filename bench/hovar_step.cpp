@@ -91,8 +91,8 @@ Scores ReadScores(const std::string& path, std::int32_t records) {
   file.read(reinterpret_cast<char*>(scores.predictions.begin()), bytes);
   file.read(reinterpret_cast<char*>(responses.data()), bytes);
   if (!file) {
-    std::fprintf(stderr, "hovar_step: %s does not hold two times %d doubles\n", path.c_str(),
-                 records);
+    static_cast<void>(std::fprintf(stderr, "hovar_step: %s does not hold two times %d doubles\n",
+                                   path.c_str(), records));
     std::exit(2);
   }
   for (const double response : responses) {
@@ -107,7 +107,7 @@ std::string Quoted(const std::string& name, const std::string& value) {
 
 std::string Format(const char* format, double value) {
   char text[64];
-  std::snprintf(text, sizeof text, format, value);
+  static_cast<void>(std::snprintf(text, sizeof text, format, value));
   return text;
 }
 
@@ -221,17 +221,19 @@ int main(int argumentCount, char** arguments) {
     isKnown = isKnown || task == known;
   }
   if (!isKnown) {
-    std::fprintf(stderr,
-                 "usage: hovar_step read|logit|gee|cstat|write|mcmc DATAFILE POA LAMBDA "
-                 "SCORES\n");
+    static_cast<void>(
+        std::fprintf(stderr,
+                     "usage: hovar_step read|logit|gee|cstat|write|mcmc DATAFILE POA LAMBDA "
+                     "SCORES\n"));
     return 2;
   }
   try {
     std::string report;
     {
       const QuietOutput quiet;
-      report = RunStep({arguments[1], arguments[2], std::atoi(arguments[3]),
-                        std::atof(arguments[4]), arguments[5]});
+      report = RunStep({arguments[1], arguments[2],
+                        static_cast<std::int32_t>(std::strtol(arguments[3], nullptr, 10)),
+                        std::strtod(arguments[4], nullptr), arguments[5]});
     }
     std::printf("%s\n", report.c_str());
     return 0;

@@ -80,7 +80,7 @@ std::uint64_t GatherFour(std::uint64_t values, std::uint64_t powers) noexcept {
 constexpr std::uint64_t Power(int exponent) noexcept { return std::uint64_t{1} << exponent; }
 
 struct BinaryCells {
-  static constexpr int kBits = 1;
+  static constexpr int kCellSize = 1;  // bits
   static constexpr std::uint64_t kPowers = Power(51) | Power(34) | Power(17) | Power(0);
   static constexpr std::uint64_t kMask = 0xF;
   static std::uint64_t ReadAny(Vell::IO::Stream& stream) {
@@ -91,7 +91,7 @@ struct BinaryCells {
 };
 
 struct TernaryCells {
-  static constexpr int kBits = 2;
+  static constexpr int kCellSize = 2;  // bits
   static constexpr std::uint64_t kPowers = Power(54) | Power(36) | Power(18) | Power(0);
   static constexpr std::uint64_t kMask = 0x55;
   static constexpr std::uint64_t kMissing = 2;
@@ -117,20 +117,20 @@ std::string_view TakePlainCells(Vell::PackedWriter& writer, std::string_view byt
   while (count > 0) {
     if (count >= 4) {
       if (const auto values = FourPlainCells(bytes)) {
-        writer.Append(GatherFour(*values, Cells::kPowers) & Cells::kMask, 4 * Cells::kBits);
+        writer.Append(GatherFour(*values, Cells::kPowers) & Cells::kMask, 4 * Cells::kCellSize);
         bytes.remove_prefix(8);
         count -= 4;
         continue;
       }
     }
     if (IsPlainCell(bytes)) {
-      writer.Append(bytes[0] == '1' ? 1 : 0, Cells::kBits);
+      writer.Append(bytes[0] == '1' ? 1 : 0, Cells::kCellSize);
       bytes.remove_prefix(2);
     } else if constexpr (Cells::kMayBeEmpty) {
       if (!IsEmptyCell(bytes)) {
         return bytes;
       }
-      writer.Append(Cells::kMissing, Cells::kBits);
+      writer.Append(Cells::kMissing, Cells::kCellSize);
       bytes.remove_prefix(1);
     } else {
       return bytes;
@@ -147,7 +147,7 @@ void ReadCells(Vell::PackedWriter& writer, Vell::IO::Stream& stream, std::int32_
     const std::string_view rest = TakePlainCells<Cells>(writer, window, count);
     stream.TakeFromWindow(window.size() - rest.size());
     if (count > 0) {
-      writer.Append(Cells::ReadAny(stream), Cells::kBits);
+      writer.Append(Cells::ReadAny(stream), Cells::kCellSize);
       --count;
     }
   }

@@ -177,16 +177,10 @@ struct SixDigits {
 /// certain.
 std::optional<SixDigits> FindSixDigits(double value) noexcept {
   constexpr std::array kPowers = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};  // all exact
-  std::int32_t scale = 0;  // digits behind the point
-  if (value < 1) {
-    scale = value >= 1e-1 ? 6 : value >= 1e-2 ? 7 : value >= 1e-3 ? 8 : 9;
-  } else {
-    scale = value < 1e1   ? 5
-            : value < 1e2 ? 4
-            : value < 1e3 ? 3
-            : value < 1e4 ? 2
-            : value < 1e5 ? 1
-                          : 0;
+  constexpr std::array kThresholds = {1e5, 1e4, 1e3, 1e2, 1e1, 1e0, 1e-1, 1e-2, 1e-3};
+  std::int32_t scale = 0;  // of the product that has six digits before the point
+  for (const double threshold : kThresholds) {
+    scale += value < threshold ? 1 : 0;
   }
   const double scaled = value * kPowers[static_cast<std::size_t>(scale)];
   auto digits = static_cast<std::int32_t>(scaled);

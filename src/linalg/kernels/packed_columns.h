@@ -8,7 +8,7 @@
 namespace Vell {
 
 /// Removes columns from a packed matrix in place: every row is compacted, front to back, and the
-/// rows move together. The block keeps its size; its bits behind the last cell become 0.
+/// rows move together. The block keeps its size; the bits that become free are set to 0.
 ///
 /// Shapes: `block` holds rows * columns cells of `bitsPerCell` bits (1 or 2); `removed` lists
 ///         distinct columns in any order.
