@@ -1,6 +1,6 @@
 #include "data/cell_reader.h"
 
-#include <optional>
+#include <bit>
 #include <string_view>
 
 #include "foundation/exceptions/exceptions.h"
@@ -55,20 +55,21 @@ bool IsPlainCell(std::string_view bytes) noexcept {
 
 bool IsEmptyCell(std::string_view bytes) noexcept { return !bytes.empty() && EndsCell(bytes[0]); }
 
-/// Four cells of one digit and a comma each: their values in bits 0, 16, 32 and 48, the first
-/// cell's in bit 0. Nothing if the bytes are anything else.
-std::optional<std::uint64_t> FourPlainCells(std::string_view bytes) noexcept {
-  constexpr std::size_t kBytes = 8;
-  if (bytes.size() < kBytes) {
-    return std::nullopt;
-  }
+/// The cells of one digit and a comma each that stand in the next eight bytes.
+struct PlainCells {
+  int count = 0;             // 0 .. 4
+  std::uint64_t values = 0;  // in bits 0, 16, 32 and 48; meaningless behind the count
+};
+
+PlainCells FindPlainCells(std::string_view bytes) noexcept {
   std::uint64_t word = 0;
-  for (std::size_t i = 0; i < kBytes; ++i) {
+  for (std::size_t i = 0; i < 8; ++i) {
     word |= std::uint64_t{static_cast<unsigned char>(bytes[i])} << 8 * i;
   }
   constexpr std::uint64_t kZeroAndComma = 0x2C30'2C30'2C30'2C30;
   constexpr std::uint64_t kValues = 0x0001'0001'0001'0001;
-  return (word & ~kValues) == kZeroAndComma ? std::optional(word & kValues) : std::nullopt;
+  const std::uint64_t difference = (word & ~kValues) ^ kZeroAndComma;
+  return {std::countr_zero(difference) / 16, word & kValues};  // 64 / 16 without a difference
 }
 
 /// Brings the four values together by one multiplication, each shifted by its own power of two to
@@ -109,32 +110,43 @@ struct TernaryCells {
   static constexpr bool kMayBeEmpty = true;
 };
 
+/// Takes one cell from the front of the bytes if it is a digit, or empty where it may be.
+template <typename Cells>
+bool TakePlainCell(Vell::PackedWriter& writer, std::string_view& bytes) {
+  if (IsPlainCell(bytes)) {
+    writer.Append(bytes[0] == '1' ? 1 : 0, Cells::kCellSize);
+    bytes.remove_prefix(2);
+    return true;
+  }
+  if constexpr (Cells::kMayBeEmpty) {
+    if (IsEmptyCell(bytes)) {
+      writer.Append(Cells::kMissing, Cells::kCellSize);
+      bytes.remove_prefix(1);
+      return true;
+    }
+  }
+  return false;
+}
+
 /// Takes cells from the front of the bytes for as long as they are plain; `count` becomes the
 /// number of those that remain to be read.
 template <typename Cells>
 std::string_view TakePlainCells(Vell::PackedWriter& writer, std::string_view bytes,
                                 std::int32_t& count) {
-  while (count > 0) {
-    if (count >= 4) {
-      if (const auto values = FourPlainCells(bytes)) {
-        writer.Append(GatherFour(*values, Cells::kPowers) & Cells::kMask, 4 * Cells::kCellSize);
-        bytes.remove_prefix(8);
-        count -= 4;
-        continue;
-      }
-    }
-    if (IsPlainCell(bytes)) {
-      writer.Append(bytes[0] == '1' ? 1 : 0, Cells::kCellSize);
-      bytes.remove_prefix(2);
-    } else if constexpr (Cells::kMayBeEmpty) {
-      if (!IsEmptyCell(bytes)) {
+  while (count >= 4 && bytes.size() >= 8) {
+    const PlainCells cells = FindPlainCells(bytes);
+    const std::uint64_t four = GatherFour(cells.values, Cells::kPowers) & Cells::kMask;
+    writer.Append(four >> (4 - cells.count) * Cells::kCellSize, cells.count * Cells::kCellSize);
+    bytes.remove_prefix(2 * static_cast<std::size_t>(cells.count));
+    count -= cells.count;
+    if (cells.count < 4) {
+      if (!TakePlainCell<Cells>(writer, bytes)) {
         return bytes;
       }
-      writer.Append(Cells::kMissing, Cells::kCellSize);
-      bytes.remove_prefix(1);
-    } else {
-      return bytes;
+      --count;
     }
+  }
+  while (count > 0 && TakePlainCell<Cells>(writer, bytes)) {
     --count;
   }
   return bytes;

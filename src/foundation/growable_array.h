@@ -72,9 +72,11 @@ class GrowableArray {
   /// Becomes `size` fresh elements; the old ones are gone.
   void Resize(std::int32_t size) {
     Clear();
-    Reallocate(size);
-    std::uninitialized_value_construct_n(data_, size);
-    size_ = size;
+    GrowableArray fresh;  // gives its block back when an element cannot be made
+    fresh.Reallocate(size);
+    std::uninitialized_value_construct_n(fresh.data_, size);
+    fresh.size_ = size;
+    *this = std::move(fresh);
   }
 
   /// Changes the capacity and keeps the first min(capacity, Size()) elements.

@@ -73,6 +73,9 @@ void String::ResizeBuffer(std::int32_t capacity) {
   data_ = block;
   capacity_ = capacity;
   length_ = std::min(length_, std::max(capacity - 1, 0));
+  if (capacity > 0) {
+    data_[length_] = '\0';  // a byte of the text stood there if it had to be cut
+  }
 }
 
 void String::MakeRoomFor(std::uint64_t bytes) {

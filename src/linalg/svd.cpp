@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "foundation/exceptions/exceptions.h"
 
@@ -302,6 +303,28 @@ class Decomposition {
   double norm_ = 0;
 };
 
+/// The exponent e for which the largest absolute entry lies in [2^(e-1), 2^e); 0 for a matrix that
+/// is zero or not finite.
+int LargestExponent(const Matrix& a) noexcept {
+  double largest = 0;
+  for (std::int32_t i = 0; i < a.Rows(); ++i) {
+    for (const double cell : a.Row(i)) {
+      largest = std::max(largest, std::fabs(cell));
+    }
+  }
+  int exponent = 0;
+  if (std::isfinite(largest)) {
+    std::frexp(largest, &exponent);
+  }
+  return exponent;
+}
+
+void MultiplyByPowerOfTwo(std::span<double> values, int exponent) noexcept {
+  for (double& value : values) {
+    value = std::ldexp(value, exponent);
+  }
+}
+
 }  // namespace
 
 std::int32_t SvdResult::Rank() const noexcept {
@@ -313,7 +336,14 @@ void Decompose(SvdResult& result, const Matrix& a) {
   result.u = a;
   result.w.Resize(a.Columns());
   result.v = Matrix(a.Columns(), a.Columns());
+  // The shift of a QR step multiplies two elements of the bidiagonal form. They are brought near 1,
+  // so that this neither over- nor underflows; a power of two changes nothing but the exponents.
+  const int exponent = LargestExponent(a);
+  for (std::int32_t i = 0; i < a.Rows(); ++i) {
+    MultiplyByPowerOfTwo(result.u.Row(i), -exponent);
+  }
   Decomposition(result.u, result.w, result.v).Run();
+  MultiplyByPowerOfTwo(result.w.Span(), exponent);
   result.smallestValue = Minimum(result.w);
   if (result.smallestValue < 0) {
     throw Exceptions::NumericException("Negative singular values in singular value decomposition");

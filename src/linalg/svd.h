@@ -33,8 +33,8 @@ struct SvdResult {
 /// Source: G. H. Golub, C. Reinsch, Singular value decomposition and least squares solutions,
 ///         Numerische Mathematik 14 (1970), pages 403-420. Departing from the procedure there, each
 ///         Householder vector is scaled by the sum of the absolute values of its part of the
-///         matrix, so that no square over- or underflows, and negligible elements are recognised by
-///         |x| + norm == norm.
+///         matrix, and the matrix by a power of two, so that no square over- or underflows, and
+///         negligible elements are recognised by |x| + norm == norm.
 void Decompose(SvdResult& result, const Matrix& a);
 
 }  // namespace Vell

@@ -166,6 +166,9 @@ void FileStream::StartWriting() {
     Seek(0, 1);  // the system's position is ahead of ours by the window
   }
   DropWindow();
+  if ((OpenMode() & 0xFFU) == Mode::kReadAppend) {
+    position_ = Platform::SeekFile(file_, 0, Platform::Origin::kEnd);
+  }
   room_ = Block();
   roomEnd_ = Block() + BlockSize();
 }
