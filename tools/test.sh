@@ -4,6 +4,12 @@
 set -eu
 cd "$(dirname "$0")/.."
 tools/install_packages.sh cmake g++ make libgtest-dev clang libclang-rt-14-dev clang-format locales
+if ! locale -a | grep -qi '^de_DE.utf-\?8$'; then
+  # A locale with a decimal comma, so that tests can show that it changes nothing.
+  as_root=
+  [ "$(id -u)" -eq 0 ] || as_root=sudo
+  $as_root localedef -i de_DE -f UTF-8 de_DE.UTF-8
+fi
 jobs=$(nproc)
 
 echo "== Formatting"

@@ -1,5 +1,6 @@
 #include "support/raised.h"
 
+#include <iostream>
 #include <utility>
 
 #include "foundation/io/standard_writers.h"
@@ -12,8 +13,13 @@ OutputCapture::OutputCapture() {
 }
 
 OutputCapture::~OutputCapture() {
-  TakeError();
-  TakeOutput();
+  const std::string error = TakeError();
+  const std::string output = TakeOutput();
+  if (testing::Test::HasFailure()) {
+    // Among what was captured is the message of the failure.
+    std::cerr << error;
+    std::cout << output;
+  }
 }
 
 std::string OutputCapture::TakeError() {

@@ -8,7 +8,8 @@
 
 namespace Testing {
 
-/// Captures what the process writes on standard error and standard output for one scope.
+/// Captures what the process writes on standard error and standard output for one scope. What
+/// nobody took is written after all when the test has failed.
 class OutputCapture {
  public:
   OutputCapture();
@@ -32,9 +33,11 @@ void ExpectRaises(const std::string& text, Call call) {
   OutputCapture capture;
   bool isRaised = false;
   try {
-    call();
-  } catch (const E&) {
-    isRaised = true;
+    try {
+      call();
+    } catch (const E&) {
+      isRaised = true;
+    }
   } catch (const Vell::Exceptions::Exception&) {
   }
   EXPECT_EQ(capture.TakeError(), "Error: " + text + "\n");

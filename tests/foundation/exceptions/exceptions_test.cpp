@@ -2,21 +2,208 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
+#include "foundation/io/standard_writers.h"
+#include "foundation/string.h"
+#include "support/child_process.h"
+#include "support/files.h"
+#include "support/memory_stream.h"
 #include "support/raised.h"
 
 namespace {
 
+namespace E = Vell::Exceptions;
 using Testing::ExpectRaises;
-using namespace Vell::Exceptions;
+using Testing::MemoryStream;
+using Testing::OutputCapture;
+using Vell::String;
 
-TEST(ExceptionsTest, EndOfStreamPrintsOneLineOnStandardErrorOnly) {
-  Testing::OutputCapture capture;
-  try {
-    throw EndOfStreamException("Unexpected end of stream");
-  } catch (const IOException&) {
-  }
+template <typename Base, typename Derived>
+constexpr bool kIsDirectBase =
+    std::is_base_of_v<Base, Derived> && !std::is_base_of_v<Derived, Base> &&
+    std::is_convertible_v<Derived*, Base*>;
+
+static_assert(kIsDirectBase<E::Exception, E::InvalidArgumentException>);
+static_assert(kIsDirectBase<E::Exception, E::InvalidInputException>);
+static_assert(kIsDirectBase<E::Exception, E::OutOfMemoryException>);
+static_assert(kIsDirectBase<E::Exception, E::InvalidFormatException>);
+static_assert(kIsDirectBase<E::Exception, E::InvalidCsvFormatException>);
+static_assert(kIsDirectBase<E::Exception, E::NumericException>);
+static_assert(kIsDirectBase<E::NumericException, E::IntegerOverflowException>);
+static_assert(kIsDirectBase<E::Exception, E::IOException>);
+static_assert(kIsDirectBase<E::IOException, E::EndOfStreamException>);
+static_assert(kIsDirectBase<E::IOException, E::FileOpenException>);
+static_assert(kIsDirectBase<E::IOException, E::MatchException<char>>);
+static_assert(kIsDirectBase<E::IOException, E::MatchException<String>>);
+static_assert(!std::is_base_of_v<E::InvalidFormatException, E::InvalidCsvFormatException>);
+static_assert(!std::is_base_of_v<E::InvalidInputException, E::InvalidArgumentException>);
+static_assert(!std::is_base_of_v<E::IOException, E::InvalidFormatException>);
+static_assert(!std::is_base_of_v<E::NumericException, E::OutOfMemoryException>);
+static_assert(!std::is_base_of_v<E::EndOfStreamException, E::MatchException<char>>);
+
+// No data: an exception is its class and nothing else.
+static_assert(std::is_empty_v<E::Exception> && std::is_empty_v<E::NumericException> &&
+              std::is_empty_v<E::IntegerOverflowException> &&
+              std::is_empty_v<E::FileOpenException> && std::is_empty_v<E::MatchException<char>> &&
+              std::is_empty_v<E::MatchException<String>>);
+static_assert(!std::is_polymorphic_v<E::Exception> && !std::is_polymorphic_v<E::IOException>);
+
+template <typename T>
+class MessageTest : public testing::Test {};
+
+using ClassesWithMessage =
+    testing::Types<E::Exception, E::InvalidArgumentException, E::InvalidInputException,
+                   E::OutOfMemoryException, E::InvalidFormatException, E::InvalidCsvFormatException,
+                   E::NumericException, E::IntegerOverflowException, E::IOException,
+                   E::EndOfStreamException>;
+TYPED_TEST_SUITE(MessageTest, ClassesWithMessage);
+
+TYPED_TEST(MessageTest, IsOneLineOnStandardErrorAndNothingOnStandardOutput) {
+  OutputCapture capture;
+  EXPECT_THROW(throw TypeParam("Unexpected end of stream"), TypeParam);
   EXPECT_EQ(capture.TakeError(), "Error: Unexpected end of stream\n");
   EXPECT_EQ(capture.TakeOutput(), "");
+}
+
+TYPED_TEST(MessageTest, NullPrintsTheStartOfTheLineAlone) {
+  ExpectRaises<TypeParam>("", [] { throw TypeParam(nullptr); });
+}
+
+TYPED_TEST(MessageTest, IsPrintedOnceHoweverOftenTheObjectIsCopiedAndCaught) {
+  OutputCapture capture;
+  try {
+    try {
+      throw TypeParam("once");
+    } catch (const E::Exception&) {
+      throw;
+    }
+  } catch (const TypeParam& raised) {
+    const TypeParam copy = raised;
+    static_cast<void>(copy);
+  }
+  EXPECT_EQ(capture.TakeError(), "Error: once\n");
+}
+
+TEST(ExceptionsTest, MessagesAreNotFormats) {
+  ExpectRaises<E::Exception>("100 %d %s %n", [] { throw E::Exception("100 %d %s %n"); });
+}
+
+TEST(ExceptionsTest, HandlerForStreamErrorsCatchesAllFourDerivedClasses) {
+  const MemoryStream stream;
+  ExpectRaises<E::IOException>("e", [] { throw E::EndOfStreamException("e"); });
+  ExpectRaises<E::IOException>("File \"f\" can not be opened",
+                               [] { throw E::FileOpenException("f"); });
+  ExpectRaises<E::IOException>("Invalid input in file \"\": expected \"a\", current \"b\"",
+                               [&stream] { throw E::MatchException<char>('a', 'b', stream); });
+  ExpectRaises<E::IOException>(
+      "Invalid input in file \"\": expected \"ab\", current \"b\"",
+      [&stream] { throw E::MatchException<String>(String("ab"), String("b"), stream); });
+}
+
+TEST(ExceptionsTest, HandlerForFormatErrorsDoesNotCatchCsvFormatErrors) {
+  OutputCapture capture;
+  bool isCaughtAsFormat = false;
+  try {
+    throw E::InvalidCsvFormatException("Invalid CSV format");
+  } catch (const E::InvalidFormatException&) {
+    isCaughtAsFormat = true;
+  } catch (const E::Exception&) {
+  }
+  EXPECT_FALSE(isCaughtAsFormat);
+}
+
+TEST(FileOpenExceptionTest, NamesThePathAsItWasWritten) {
+  ExpectRaises<E::FileOpenException>("File \"C:\\no where/%s.csv\" can not be opened",
+                                     [] { throw E::FileOpenException("C:\\no where/%s.csv"); });
+}
+
+TEST(FileOpenExceptionTest, NullPathPrintsAsNothing) {
+  ExpectRaises<E::FileOpenException>("File \"\" can not be opened",
+                                     [] { throw E::FileOpenException(nullptr); });
+}
+
+TEST(MatchExceptionTest, CharacterLineNamesTheFileWhoseReaderFailed) {
+  const MemoryStream stream("", MemoryStream::kWhole, "in put\\definition.xml");
+  ExpectRaises<E::MatchException<char>>(
+      "Invalid input in file \"in put\\definition.xml\": expected \"<\", current \"\"\"",
+      [&stream] { throw E::MatchException<char>('<', '"', stream); });
+}
+
+TEST(MatchExceptionTest, CharactersThatCannotBePrintedStandAsTheyAre) {
+  const MemoryStream stream;
+  ExpectRaises<E::MatchException<char>>(
+      std::string("Invalid input in file \"\": expected \">\", current \"") + '\0' + '"',
+      [&stream] { throw E::MatchException<char>('>', '\0', stream); });
+  ExpectRaises<E::MatchException<char>>(
+      "Invalid input in file \"\": expected \">\", current \"\n\"",
+      [&stream] { throw E::MatchException<char>('>', '\n', stream); });
+}
+
+TEST(MatchExceptionTest, NameLineShowsBothNames) {
+  const MemoryStream stream("", MemoryStream::kWhole, "a.xml");
+  ExpectRaises<E::MatchException<String>>(
+      "Invalid input in file \"a.xml\": expected \"Analysis\", current \"analysis\"", [&stream] {
+        throw E::MatchException<String>(String("Analysis"), String("analysis"), stream);
+      });
+}
+
+TEST(MatchExceptionTest, NamesWithoutBufferShowAsNothing) {
+  const MemoryStream stream;
+  ExpectRaises<E::MatchException<String>>(
+      "Invalid input in file \"\": expected \"\", current \"\"",
+      [&stream] { throw E::MatchException<String>(String(), String(), stream); });
+}
+
+TEST(ErrorLineTest, ComesBehindEverythingWrittenOnStandardOutputBefore) {
+  const Testing::ScratchFolder folder;
+  const std::string file = folder.Write("both", "");
+  const Testing::ProcessEnd end = Testing::RunInChild([&file] {
+    Testing::ReplaceHandle(1, file);
+    Testing::ReplaceHandle(2, 1);
+    Vell::IO::StandardOutput().Write("no line end yet;");
+    try {
+      throw E::Exception("then this");
+    } catch (const E::Exception&) {
+    }
+    return 0;
+  });
+  EXPECT_EQ(end, Testing::ProcessEnd{0});
+  EXPECT_EQ(folder.Read("both"), "no line end yet;Error: then this\n");
+}
+
+TEST(ErrorLineDeathTest, StandardErrorOnAFullDiskEndsTheProcessWithStatus1) {
+  const auto raise = [] {
+    Testing::ReplaceHandle(2, "/dev/full");
+    throw E::Exception("nobody hears this");
+  };
+  EXPECT_EXIT(raise(), testing::ExitedWithCode(1), "");
+}
+
+TEST(ErrorLineDeathTest, ClosedStandardErrorEndsTheProcessWithStatus1) {
+  const auto raise = [] {
+    Testing::CloseHandle(2);
+    throw E::FileOpenException("nobody hears this");
+  };
+  EXPECT_EXIT(raise(), testing::ExitedWithCode(1), "");
+}
+
+TEST(ErrorLineTest, UnwritableStandardOutputDoesNotHideTheLine) {
+  const Testing::ScratchFolder folder;
+  const std::string file = folder.Write("error", "");
+  const Testing::ProcessEnd end = Testing::RunInChild([&file] {
+    Testing::ReplaceHandle(1, "/dev/full");
+    Testing::ReplaceHandle(2, file);
+    Vell::IO::StandardOutput().Write("lost");
+    try {
+      throw E::Exception("the cause");
+    } catch (const E::Exception&) {
+      return 1;
+    }
+    return 0;
+  });
+  EXPECT_EQ(end, Testing::ProcessEnd{1});
+  EXPECT_EQ(folder.Read("error"), "Error: the cause\n");
 }
 
 }  // namespace

@@ -1,0 +1,215 @@
+// The counted C-statistic against its definition, pair by pair.
+
+#include "prediction/c_statistic.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <sstream>
+
+#include "models.h"
+#include "support/files.h"
+#include "support/pairwise_concordance.h"
+#include "support/raised.h"
+#include "support/seeded_random.h"
+
+namespace {
+
+using Hovar::ConcordanceCounter;
+using Testing::VectorOf;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kTiny = std::numeric_limits<double>::denorm_min();
+
+struct Record {
+  bool event;
+  double prediction;
+};
+
+/// Expects the same integer and the same bits from both forms.
+void ExpectAsPairwise(const std::vector<Record>& records) {
+  ConcordanceCounter counter(static_cast<std::int32_t>(records.size()));
+  ConcordanceCounter forStatistic(static_cast<std::int32_t>(records.size()));
+  std::vector<double> events;
+  std::vector<double> others;
+  for (const Record& record : records) {
+    counter.Add(record.event, record.prediction);
+    forStatistic.Add(record.event, record.prediction);
+    (record.event ? events : others).push_back(record.prediction);
+  }
+  const double expected = Testing::PairwiseStatistic(events, others);
+  const bool isSame = counter.Score() == Testing::PairwiseScore(events, others) &&
+                      forStatistic.Statistic() == expected;
+  if (!isSame) {
+    std::ostringstream text;
+    for (const Record& record : records) {
+      text << (record.event ? " 1:" : " 0:") << record.prediction;
+    }
+    ADD_FAILURE() << "score " << counter.Score() << " for" << text.str();
+  }
+}
+
+TEST(ConcordanceTest, WithoutPairsThereIsNoStatistic) {
+  EXPECT_EQ(ConcordanceCounter(0).Statistic(), -1.0);
+  for (const bool event : {false, true}) {
+    ConcordanceCounter counter(3);
+    for (int i = 0; i < 3; ++i) {
+      counter.Add(event, 0.5);
+    }
+    EXPECT_EQ(counter.Score(), 0);
+    EXPECT_EQ(counter.Statistic(), -1.0);
+  }
+}
+
+TEST(ConcordanceTest, EqualPredictionsGiveOneHalf) {
+  ConcordanceCounter counter(5);
+  for (int i = 0; i < 5; ++i) {
+    counter.Add(i % 2 == 0, 0.3);
+  }
+  EXPECT_EQ(counter.Statistic(), 0.5);
+}
+
+TEST(ConcordanceTest, PerfectSeparationGivesOneAndItsReverseZero) {
+  ConcordanceCounter separating(4);
+  ConcordanceCounter reversed(4);
+  const double larger = std::nextafter(0.5, 1);
+  for (int i = 0; i < 2; ++i) {
+    separating.Add(true, larger);
+    separating.Add(false, 0.5);
+    reversed.Add(false, larger);
+    reversed.Add(true, 0.5);
+  }
+  EXPECT_EQ(separating.Statistic(), 1.0);
+  EXPECT_EQ(reversed.Statistic(), 0.0);
+}
+
+TEST(ConcordanceTest, ZerosOfBothSignsAreEqualAndANaNIsEqualToNothing) {
+  ConcordanceCounter zeros(2);
+  zeros.Add(true, -0.0);
+  zeros.Add(false, 0.0);
+  EXPECT_EQ(zeros.Score(), 1);
+  ConcordanceCounter numbers(4);
+  numbers.Add(true, kNaN);
+  numbers.Add(false, kNaN);
+  numbers.Add(false, -kInfinity);
+  numbers.Add(true, 0.1);
+  EXPECT_EQ(numbers.Score(), 2);  // 0.1 against -infinity
+  EXPECT_EQ(numbers.Statistic(), 2.0 / 8.0);
+}
+
+TEST(ConcordanceTest, AllSmallWorldsAgreeWithThePairwiseCount) {
+  const std::vector<double> values = {kNaN, -kInfinity, -0.0, 0.0, 1};
+  const int kinds = 2 * static_cast<int>(values.size());
+  for (int size = 0; size <= 4; ++size) {
+    int worlds = 1;
+    for (int i = 0; i < size; ++i) {
+      worlds *= kinds;
+    }
+    for (int world = 0; world < worlds; ++world) {
+      std::vector<Record> records;
+      for (int i = 0, rest = world; i < size; ++i, rest /= kinds) {
+        const int kind = rest % kinds;
+        records.push_back({kind % 2 == 1, values[static_cast<std::size_t>(kind / 2)]});
+      }
+      ExpectAsPairwise(records);
+    }
+  }
+}
+
+TEST(ConcordanceTest, RandomInputsWithManyTiesAgreeWithThePairwiseCount) {
+  Testing::SeededRandom random(20240611);
+  SCOPED_TRACE(random.Text());
+  const std::vector<double> nasty = {kNaN, -kNaN, -kInfinity, kInfinity, -0.0,
+                                     0.0,  kTiny, -kTiny,     0.5,       std::nextafter(0.5, 1),
+                                     1,    -1};
+  for (int round = 0; round < 5000; ++round) {
+    std::vector<Record> records(static_cast<std::size_t>(random.Integer(0, 40)));
+    const int kind = random.Integer(0, 2);
+    const double share = random.Real(0, 1);
+    for (Record& record : records) {
+      record.event = random.Real(0, 1) < share;
+      record.prediction = kind == 0   ? nasty[static_cast<std::size_t>(random.Integer(0, 11))]
+                          : kind == 1 ? random.Integer(0, 5) / 4.0
+                                      : random.Real(0, 1);
+    }
+    ExpectAsPairwise(records);
+  }
+}
+
+TEST(ConcordanceTest, LargeInputsAgreeWithThePairwiseCount) {
+  Testing::SeededRandom random(7);
+  SCOPED_TRACE(random.Text());
+  for (const int levels : {1, 2, 50, 1000000}) {
+    std::vector<Record> records(6000);
+    for (Record& record : records) {
+      record.event = random.Integer(0, 3) == 0;
+      record.prediction = random.Integer(0, 200) == 0 ? kNaN : random.Integer(0, levels) / 7.0;
+    }
+    ExpectAsPairwise(records);
+  }
+}
+
+TEST(ConcordanceTest, TheScoreIsCountedIn64Bits) {
+  constexpr std::int32_t kGroup = 200'000;
+  ConcordanceCounter counter(2 * kGroup);
+  for (std::int32_t i = 0; i < kGroup; ++i) {
+    counter.Add(true, 2 + i % 3);
+    counter.Add(false, i % 2);
+  }
+  EXPECT_EQ(counter.Score(), 80'000'000'000);
+  EXPECT_EQ(counter.Statistic(), 1.0);
+}
+
+TEST(ConcordanceTest, ANegativeSizeIsRejected) {
+  Testing::ExpectRaises<Vell::Exceptions::InvalidArgumentException>(
+      "Invalid argument", [] { ConcordanceCounter counter(-1); });
+}
+
+TEST(CStatisticTest, AgreesWithTheAreasUnderTheCurveOfAnotherProgram) {
+  const auto predictions = Testing::ReadCsv(Testing::ReferenceFile("cstatistic_predictions.csv"));
+  const auto expected = Testing::ReadCsv(Testing::ReferenceFile("cstatistic.csv"));
+  ASSERT_GT(predictions.size(), 50U);
+  ASSERT_EQ(expected.size(), predictions[0].size());
+  const auto records = static_cast<std::int32_t>(predictions.size() - 1);
+  const auto row = [&](std::int32_t i) -> const std::vector<std::string>& {
+    return predictions[static_cast<std::size_t>(i) + 1];
+  };
+  for (std::size_t column = 1; column < predictions[0].size(); ++column) {
+    ASSERT_EQ(expected[column][0], predictions[0][column]);
+    Vell::Vector values(records);
+    for (std::int32_t i = 0; i < records; ++i) {
+      values[i] = std::stod(row(i)[column]);
+    }
+    const double statistic = Hovar::CStatistic(
+        values, records, [&](std::int32_t i) { return row(i)[0] == "1"; },
+        [](std::int32_t) { return true; });
+    EXPECT_NEAR(statistic, std::stod(expected[column][1]), 1e-14) << expected[column][0];
+  }
+}
+
+TEST(CStatisticTest, RecordsThatAreNotIncludedAreIgnored) {
+  // Without records 1 and 4: events 0.9, 0.2 against 0.5 score 2 of 4.
+  const Vell::Vector predictions = VectorOf({0.9, 0.1, 0.5, 0.2, 0.99});
+  const bool responses[] = {true, true, false, true, false};
+  EXPECT_EQ(Hovar::CStatistic(
+                predictions, 5, [&](std::int32_t i) { return responses[i]; },
+                [](std::int32_t i) { return i != 1 && i != 4; }),
+            0.5);
+  EXPECT_EQ(Hovar::CStatistic(
+                predictions, 5, [&](std::int32_t i) { return responses[i]; },
+                [](std::int32_t) { return false; }),
+            -1.0);
+}
+
+TEST(CStatisticTest, FurtherPredictionsAreIgnoredAndTooFewRejected) {
+  const Vell::Vector predictions = VectorOf({0.9, 0.1, 7, 8});
+  const auto isEven = [](std::int32_t i) { return i % 2 == 0; };
+  const auto all = [](std::int32_t) { return true; };
+  EXPECT_EQ(Hovar::CStatistic(predictions, 2, isEven, all), 1.0);
+  Testing::ExpectRaises<Vell::Exceptions::InvalidArgumentException>(
+      "Index out of range", [&] { Hovar::CStatistic(predictions, 5, isEven, all); });
+}
+
+}  // namespace
