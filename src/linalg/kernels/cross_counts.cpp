@@ -1,11 +1,24 @@
 #include "linalg/kernels/cross_counts.h"
 
+#include "foundation/integer_size.h"
+#include "foundation/memory.h"
 #include "linalg/symmetric_matrix.h"
 
 namespace Vell {
+namespace {
+
+/// The number of counts, formed in 64 bits: PackedTriangleSize does not notice every size that
+/// wraps around, and Add would then write behind the counts.
+std::int32_t CountsOf(std::int32_t columns) {
+  RequireNotNegative(columns);
+  const auto n = static_cast<std::uint64_t>(columns);
+  return CheckedSize(n * (n + 1) / 2);
+}
+
+}  // namespace
 
 CrossCounter::CrossCounter(std::int32_t columns)
-    : columns_(columns), counts_(PackedTriangleSize(columns)), scratch_(columns) {}
+    : columns_(columns), counts_(CountsOf(columns)), scratch_(columns) {}
 
 void CrossCounter::Add(std::span<const std::int32_t> setColumns) noexcept {
   for (std::size_t a = 0; a < setColumns.size(); ++a) {

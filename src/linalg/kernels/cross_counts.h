@@ -13,7 +13,8 @@ namespace Vell {
 /// products of the columns. The diagonal counts how often a column is set at all.
 class CrossCounter {
  public:
-  /// Errors: "Invalid argument" for a negative number of columns; "Out of memory".
+  /// Errors: "Invalid argument" for a negative number of columns; "Integer overflow" for 65536
+  ///         columns and more; "Out of memory".
   explicit CrossCounter(std::int32_t columns);
 
   /// Adds one record, given as its ascending set columns.
