@@ -24,9 +24,4 @@ void ReadCoefficientsFor(DataSet& dataSet, RegressionResults& results, const Vel
   ReconcileVariables(dataSet, results);
 }
 
-Vell::IO::TextWriter CreateTextFile(const Vell::String& path) {
-  return Vell::IO::TextWriter(
-      Vell::MakeShared<Vell::IO::FileStream>(path, Vell::IO::Mode::kWriteText));
-}
-
 }  // namespace Hovar

@@ -25,12 +25,9 @@ void ReadCoefficientsFor(DataSet& dataSet, RegressionResults& results, const Vel
 template <typename Write>
 void WriteOutputFile(const Vell::String& path, Write write);
 
-/// Opens a text file for writing. Errors: FileOpenException.
-Vell::IO::TextWriter CreateTextFile(const Vell::String& path);
-
 template <typename Write>
 void WriteOutputFile(const Vell::String& path, Write write) {
-  Vell::IO::TextWriter writer = CreateTextFile(path);
+  Vell::IO::TextWriter writer = Vell::IO::CreateTextFile(path);
   write(writer);
   writer.Target().Close();
 }

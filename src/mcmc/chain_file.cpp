@@ -1,13 +1,9 @@
 #include "mcmc/chain_file.h"
 
-#include "foundation/io/file_stream.h"
+#include "foundation/io/platform/platform.h"
 
 namespace Vell::Mcmc {
 namespace {
-
-IO::TextWriter CreateFile(const String& folder, const char* name) {
-  return IO::TextWriter(MakeShared<IO::FileStream>(JoinPath(folder, name), IO::Mode::kWriteText));
-}
 
 const String& CreateFolder(const String& folder) {
   IO::Platform::CreateFolder(folder.CStr());
@@ -17,8 +13,8 @@ const String& CreateFolder(const String& folder) {
 }  // namespace
 
 ChainFile::ChainFile(const String& folder)
-    : summary_(CreateFile(CreateFolder(folder), "Summary.csv")),
-      chain_(CreateFile(folder, "Chain.csv")) {}
+    : summary_(IO::CreateTextFile(JoinPath(CreateFolder(folder), "Summary.csv"))),
+      chain_(IO::CreateTextFile(JoinPath(folder, "Chain.csv"))) {}
 
 void ChainFile::WriteChainHeader(Variables variables) {
   chain_.Write("Step");

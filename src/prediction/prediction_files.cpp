@@ -1,16 +1,15 @@
 #include "prediction/prediction_files.h"
 
-#include "foundation/exceptions/exceptions.h"
 #include "foundation/io/csv_reader.h"
 #include "foundation/io/csv_writer.h"
 #include "foundation/io/file_stream.h"
-#include "foundation/io/number_scanner.h"
 #include "foundation/io/text_writer.h"
 
 namespace Hovar {
 namespace {
 
 using Vell::IO::FileStream;
+using Vell::IO::ReadRealField;
 using Vell::IO::TextWriter;
 using Vell::IO::WriteField;
 
@@ -52,15 +51,6 @@ void WriteRecord(TextWriter& writer, const IndividualPredictions& predictions,
   writer.EndLine();
 }
 
-double ReadValue(Vell::IO::Stream& stream) {
-  double value = 0;
-  if (Vell::IO::ScanReal(stream, value) != Vell::IO::ScanResult::kNumber) {
-    throw Vell::Exceptions::EndOfStreamException("Unexpected end of stream");
-  }
-  Vell::IO::SkipField(stream);
-  return value;
-}
-
 void SkipFields(Vell::IO::Stream& stream, int count) {
   for (int i = 0; i < count; ++i) {
     Vell::IO::SkipField(stream);
@@ -95,14 +85,14 @@ void ReadIndividualPredictions(IndividualPredictions& predictions, Vell::IO::Str
   Vell::IO::SkipLine(stream);
   for (std::int32_t i = 0; i < records; ++i) {
     SkipFields(stream, 3);  // key, hospital and Y
-    predictions.yGivenZ[i] = ReadValue(stream);
-    predictions.yGivenX[i] = ReadValue(stream);
+    predictions.yGivenZ[i] = ReadRealField(stream);
+    predictions.yGivenX[i] = ReadRealField(stream);
     SkipFields(stream, 1);  // E[Y|P=0]
-    predictions.yGivenXWithoutP[i] = ReadValue(stream);
-    predictions.yGivenXWithoutPMcmc[i] = ReadValue(stream);
+    predictions.yGivenXWithoutP[i] = ReadRealField(stream);
+    predictions.yGivenXWithoutPMcmc[i] = ReadRealField(stream);
     SkipFields(stream, 1);  // P
-    predictions.pGivenX[i] = ReadValue(stream);
-    predictions.pGivenAll[i] = ReadValue(stream);
+    predictions.pGivenX[i] = ReadRealField(stream);
+    predictions.pGivenAll[i] = ReadRealField(stream);
   }
 }
 

@@ -6,7 +6,6 @@
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/csv_reader.h"
 #include "foundation/io/csv_writer.h"
-#include "foundation/io/number_scanner.h"
 #include "foundation/io/number_text.h"
 
 namespace Hovar {
@@ -29,16 +28,6 @@ void WriteXzTable(const XzTable& table, Vell::IO::TextWriter& writer) {
     writer.Write(',');
     writer.Write(probability);
   }
-}
-
-/// Reads a whole cell that must be a number.
-double ReadNumberCell(Vell::IO::Stream& stream) {
-  double value = 0;
-  if (Vell::IO::ScanReal(stream, value) != Vell::IO::ScanResult::kNumber) {
-    throw Vell::Exceptions::EndOfStreamException("Unexpected end of stream");
-  }
-  SkipField(stream);
-  return value;
 }
 
 /// Reads a whole cell that holds a standard error or nothing.
@@ -125,11 +114,11 @@ void ReadCoefficientFile(RegressionResults& results, Vell::IO::Stream& stream) {
       if (i == 0) {
         SkipField(stream);
       } else {
-        results.xzTables[i - 1].probability[z] = ReadNumberCell(stream);
+        results.xzTables[i - 1].probability[z] = Vell::IO::ReadRealField(stream);
       }
     }
     for (CoefficientEstimates& block : results.blocks) {
-      block[i].estimate = ReadNumberCell(stream);
+      block[i].estimate = Vell::IO::ReadRealField(stream);
       block[i].modelStandardError = ReadStandardErrorCell(stream, scratch);
       block[i].empiricalStandardError = ReadStandardErrorCell(stream, scratch);
     }

@@ -18,6 +18,18 @@ template <typename Real>
   std::memcpy(to, &lanes, sizeof lanes);
 }
 
+/// Sets u and d of the records from `at` on, and stores their weights.
+template <int kLanes, typename Real>
+[[gnu::always_inline]] inline void EvaluateWeights(Real& up, Real& down, RecordBlock& block,
+                                                   std::size_t at) noexcept {
+  Load(up, block.linearPredictor.data() + at);
+  down = -up;
+  Vell::ReplaceByExp<kLanes>(up);
+  Vell::ReplaceByExp<kLanes>(down);
+  const Real weight = 1.0 / (up + 2.0 + down);
+  Store(block.weight.data() + at, weight);
+}
+
 // Whole vectors are computed: the entries behind the block's count hold what an earlier block left
 // there, or zeros, and nobody reads what becomes of them.
 
@@ -30,16 +42,12 @@ struct IndependentTerms {
     for (std::int32_t i = 0; i < block.count; i += kLanes) {
       const auto at = static_cast<std::size_t>(i);
       Real up;
+      Real down;
+      EvaluateWeights<kLanes>(up, down, block, at);
       Real y;
-      Load(up, block.linearPredictor.data() + at);
       Load(y, block.response.data() + at);
-      Real down = -up;
-      Vell::ReplaceByExp<kLanes>(up);
-      Vell::ReplaceByExp<kLanes>(down);
-      const Real weight = 1.0 / (up + 2.0 + down);
       const Real magnitude = 1.0 / (1.0 + (y > 0.5 ? up : down));
       const Real residual = y > 0.5 ? magnitude : -magnitude;
-      Store(block.weight.data() + at, weight);
       Store(block.residual.data() + at, residual);
     }
   }
@@ -55,15 +63,11 @@ struct ExchangeableTerms {
     for (std::int32_t i = 0; i < block.count; i += kLanes) {
       const auto at = static_cast<std::size_t>(i);
       Real up;
+      Real down;
+      EvaluateWeights<kLanes>(up, down, block, at);
       Real y;
-      Load(up, block.linearPredictor.data() + at);
       Load(y, block.response.data() + at);
-      Real down = -up;
-      Vell::ReplaceByExp<kLanes>(up);
-      Vell::ReplaceByExp<kLanes>(down);
-      const Real weight = 1.0 / (up + 2.0 + down);
       const Real residual = y - 1.0 / (1.0 + down);
-      Store(block.weight.data() + at, weight);
       Store(block.residual.data() + at, residual);
     }
     for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i) {

@@ -4,6 +4,7 @@
 
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/integer_size.h"
+#include "foundation/io/number_scanner.h"
 
 namespace Vell::IO {
 namespace {
@@ -148,6 +149,15 @@ CsvShape MeasureCsv(Stream& stream) {
 void ReadField(String& field, Stream& stream) {
   field.Clear();
   ReadFieldBytes(stream, [&field](char byte) { field.Append(byte); });
+}
+
+double ReadRealField(Stream& stream) {
+  double value = 0;
+  if (ScanReal(stream, value) != ScanResult::kNumber) {
+    throw Exceptions::EndOfStreamException("Unexpected end of stream");
+  }
+  SkipField(stream);
+  return value;
 }
 
 int SkipField(Stream& stream) {

@@ -31,6 +31,10 @@ CsvShape MeasureCsv(Stream& stream);
 /// Errors: as MeasureCsv; "Out of memory".
 void ReadField(String& field, Stream& stream);
 
+/// Reads a whole field that must begin with a number, and the comma or line feed behind it.
+/// Errors: EndOfStreamException "Unexpected end of stream" when there is no number.
+double ReadRealField(Stream& stream);
+
 /// Reads past the rest of a field, its comma or line feed included, or to the end of the stream.
 /// Quotes mean nothing to it. Returns the byte that ended the field, or kEndOfStream.
 int SkipField(Stream& stream);

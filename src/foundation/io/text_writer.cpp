@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "foundation/io/file_stream.h"
+
 namespace Vell::IO {
 
 TextWriter::TextWriter(SharedHandle<Stream> stream, LineEnd lineEnd)
@@ -12,6 +14,10 @@ void TextWriter::EndLine() {
   if (lineEnd_ == LineEnd::kFlush) {
     stream_->Flush();
   }
+}
+
+TextWriter CreateTextFile(const String& path) {
+  return TextWriter(MakeShared<FileStream>(path, Mode::kWriteText));
 }
 
 }  // namespace Vell::IO
