@@ -86,7 +86,6 @@ TEST(PrepareImputationTest, ClearsTheValuesOfMissingCellsAndNothingElse) {
       "B 0 . 0000 **01\n"
       "B 0 * 1010 0000\n"
       "B 1 0 0101 ...*\n");
-  data.x.SetMissing(1, 0, true);  // an intercept is never imputed, not even one marked so
   PrepareImputation(data);
   EXPECT_EQ(Describe(data),
             "A 1 . 0110 1.0.\n"

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <bit>
 #include <limits>
 #include <sstream>
 
@@ -138,16 +138,32 @@ TEST(ConcordanceTest, RandomInputsWithManyTiesAgreeWithThePairwiseCount) {
   }
 }
 
+// Groups of thousands, where the order may be found in another way than in small ones: all bit
+// patterns, few values of both signs that are equal or nearly so, many ties.
 TEST(ConcordanceTest, LargeInputsAgreeWithThePairwiseCount) {
   Testing::SeededRandom random(7);
   SCOPED_TRACE(random.Text());
-  for (const int levels : {1, 2, 50, 1000000}) {
-    std::vector<Record> records(6000);
-    for (Record& record : records) {
-      record.event = random.Integer(0, 3) == 0;
-      record.prediction = random.Integer(0, 200) == 0 ? kNaN : random.Integer(0, levels) / 7.0;
+  const std::vector<double> nasty = {kNaN, -kInfinity, kInfinity, -0.0,
+                                     0.0,  kTiny,      -kTiny,    std::nextafter(-0.5, 0),
+                                     -0.5, 1e300,      -1e300,    0.75};
+  struct Row {
+    int events;
+    int others;
+  };
+  for (const Row& row : {Row{2047, 2048}, Row{2048, 2049}, Row{3000, 1}, Row{700, 3100}}) {
+    for (int kind = 0; kind < 4; ++kind) {
+      SCOPED_TRACE(std::to_string(row.events) + " " + std::to_string(kind));
+      std::vector<Record> records;
+      for (int i = 0; i < row.events + row.others; ++i) {
+        const double prediction = kind == 0 ? std::bit_cast<double>(random.Word())
+                                  : kind == 1
+                                      ? nasty[static_cast<std::size_t>(random.Integer(0, 11))]
+                                  : kind == 2 ? random.Integer(-20, 20) / 7.0
+                                              : random.Real(0, 1);
+        records.push_back({i < row.events, prediction});
+      }
+      ExpectAsPairwise(records);
     }
-    ExpectAsPairwise(records);
   }
 }
 

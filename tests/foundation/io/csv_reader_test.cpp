@@ -27,6 +27,7 @@ using Vell::IO::CsvShape;
 using Vell::IO::kEndOfStream;
 using Vell::IO::MeasureCsv;
 using Vell::IO::ReadField;
+using Vell::IO::ReadRealField;
 using Vell::IO::SkipField;
 using Vell::IO::SkipLine;
 using Vell::IO::SkipRecord;
@@ -327,6 +328,26 @@ TEST(ReadFieldTest, FieldsThatLieAcrossBlocksOfAFileAreReadWhole) {
     ASSERT_TRUE(parsed.records == expected) << shift;
     stream->Seek(0);
     ASSERT_TRUE(Equal(MeasureCsv(*stream), CsvShape{2, 3, 2})) << shift;
+  }
+}
+
+TEST(ReadRealFieldTest, ReadsANumberAndPastTheRestOfItsField) {
+  MemoryStream stream("1.5,-2e3 x\"y\",0x10\n, 7");
+  EXPECT_EQ(ReadRealField(stream), 1.5);
+  EXPECT_EQ(ReadRealField(stream), -2000.0);
+  EXPECT_EQ(ReadRealField(stream), 16.0);
+  EXPECT_EQ(stream.ReadByte(), ',');
+  EXPECT_EQ(ReadRealField(stream), 7.0);
+  EXPECT_TRUE(stream.IsEof());
+}
+
+TEST(ReadRealFieldTest, FieldThatIsNoNumberIsTheEndOfTheStream) {
+  for (const char* const text : {"", ",", "x,", "\"1\",", "-", " ,1", "0x,", "0x"}) {
+    SCOPED_TRACE(text);
+    ExpectRaises<Vell::Exceptions::EndOfStreamException>("Unexpected end of stream", [text] {
+      MemoryStream stream(text);
+      ReadRealField(stream);
+    });
   }
 }
 

@@ -138,6 +138,30 @@ TEST(NumberTextTest, Writes200000RandomBitPatternsAsPrintf) {
   }
 }
 
+TEST(NumberTextTest, WritesNumbersWithoutAnExponentAsPrintf) {
+  // Those between about 0.0001 and a million, where most of what is written lies.
+  SeededRandom random(20240311);
+  SCOPED_TRACE(random.Text());
+  for (int i = 0; i < 50'000; ++i) {
+    ASSERT_TRUE(IsWrittenAsPrintf(std::exp2(random.Real(-15, 21))));
+  }
+}
+
+TEST(NumberTextTest, RoundsTheSixthDigitAsPrintfNextToEveryKindOfHalf) {
+  SeededRandom random(20240312);
+  SCOPED_TRACE(random.Text());
+  for (int i = 0; i < 5'000; ++i) {
+    const std::int32_t digits = random.Integer(100'000, 999'999);
+    for (int exponent = -12; exponent <= 3; ++exponent) {
+      const std::string half = std::to_string(digits) + "5e" + std::to_string(exponent);
+      const double nearest = std::strtod(half.c_str(), nullptr);
+      ASSERT_TRUE(IsWrittenAsPrintf(nearest));
+      ASSERT_TRUE(IsWrittenAsPrintf(std::nextafter(nearest, 0.0)));
+      ASSERT_TRUE(IsWrittenAsPrintf(std::nextafter(nearest, kInfinity)));
+    }
+  }
+}
+
 TEST(NumberTextTest, WritesRandomShortDecimalsAsPrintf) {
   SeededRandom random(20240305);
   SCOPED_TRACE(random.Text());

@@ -4,6 +4,8 @@
 
 #include <functional>
 #include <limits>
+#include <string>
+#include <string_view>
 
 #include "foundation/io/file_stream.h"
 #include "support/files.h"
@@ -121,6 +123,26 @@ TEST(LineEndTest, LineOnAFullDiskFailsWhenItEnds) {
                     LineEnd::kFlush);
   writer.Write("lost");
   ExpectRaises<IOException>("IO Exception", [&writer] { writer.EndLine(); });
+}
+
+TEST(CreateTextFileTest, CreatesOrEmptiesTheFile) {
+  const Testing::ScratchFolder folder;
+  folder.Write("old", "an earlier run");
+  for (const char* const name : {"new", "old"}) {
+    TextWriter writer = Vell::IO::CreateTextFile(Vell::String(std::string_view(folder.File(name))));
+    EXPECT_EQ(folder.Read(name), "");
+    writer.WriteLine("a,", 1);
+    writer.Target().Close();
+    EXPECT_EQ(folder.Read(name), "a,1\n");
+  }
+}
+
+TEST(CreateTextFileTest, MissingFolderIsAnOpenError) {
+  const Testing::ScratchFolder folder;
+  const std::string file = folder.File("missing\\Chain.csv");
+  ExpectRaises<Vell::Exceptions::FileOpenException>(
+      "File \"" + file + "\" can not be opened",
+      [&file] { Vell::IO::CreateTextFile(Vell::String(std::string_view(file))); });
 }
 
 }  // namespace
