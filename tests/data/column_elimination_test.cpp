@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/allocation_fault.h"
 #include "support/data_sets.h"
 #include "support/matrices.h"
 #include "support/outcome.h"
@@ -418,6 +419,15 @@ TEST(EliminateColumnsTest, KeptColumnsAreIndependentAndSpanWhatAllSpanned) {
       }
     }
   }
+}
+
+TEST(EliminateColumnsTest, EachFailingAllocationEndsInOutOfMemory) {
+  const DataSet data = MakeDataSet(
+      "A 1 0 0000 0000\nA 1 0 1000 1101\nA 0 0 0100 1011\nA 0 0 0010 0111\nB 1 . 0001 000.\n");
+  Testing::ExpectOutOfMemoryAtEachAllocation([&] {
+    DataSet copy = data;
+    EliminateColumns(copy, kTolerance);
+  });
 }
 
 TEST(RemoveColumnsTest, NamesAreLoggedInTheOrderOfTheList) {

@@ -38,31 +38,31 @@ struct Outcome {
 /// The name of the class of the exception that `call` raises, or nothing.
 template <typename Call>
 std::string ClassRaisedBy(Call call) {
-  using namespace Vell::Exceptions;  // NOLINT(google-build-using-namespace): all classes below
+  namespace Raised = Vell::Exceptions;
   try {
     call();
     return "";
-  } catch (const EndOfStreamException&) {
+  } catch (const Raised::EndOfStreamException&) {
     return "EndOfStreamException";
-  } catch (const FileOpenException&) {
+  } catch (const Raised::FileOpenException&) {
     return "FileOpenException";
-  } catch (const IOException&) {
+  } catch (const Raised::IOException&) {
     return "IOException";
-  } catch (const IntegerOverflowException&) {
+  } catch (const Raised::IntegerOverflowException&) {
     return "IntegerOverflowException";
-  } catch (const NumericException&) {
+  } catch (const Raised::NumericException&) {
     return "NumericException";
-  } catch (const InvalidCsvFormatException&) {
+  } catch (const Raised::InvalidCsvFormatException&) {
     return "InvalidCsvFormatException";
-  } catch (const InvalidFormatException&) {
+  } catch (const Raised::InvalidFormatException&) {
     return "InvalidFormatException";
-  } catch (const OutOfMemoryException&) {
+  } catch (const Raised::OutOfMemoryException&) {
     return "OutOfMemoryException";
-  } catch (const InvalidInputException&) {
+  } catch (const Raised::InvalidInputException&) {
     return "InvalidInputException";
-  } catch (const InvalidArgumentException&) {
+  } catch (const Raised::InvalidArgumentException&) {
     return "InvalidArgumentException";
-  } catch (const Exception&) {
+  } catch (const Raised::Exception&) {
     return "Exception";
   }
 }

@@ -36,7 +36,7 @@ TEST(KeyPressTest, OneKeyWithoutEnterServesAndIsNotShown) {
   TerminalSession session(Place::kForeground, WaitForKey);
   ASSERT_TRUE(session.WaitForKeyMode());
   EXPECT_FALSE(session.HasEcho());
-  EXPECT_EQ(session.NextEvent(kMoment), TerminalSession::Event{}) << "nobody pressed a key yet";
+  ASSERT_EQ(session.NextEvent(kMoment), TerminalSession::Event{}) << "nobody pressed a key yet";
   session.Type("x");
   EXPECT_EQ(session.NextEvent(), kKeyTaken);
   EXPECT_EQ(session.Shown(), "");
@@ -63,7 +63,7 @@ TEST_P(KeyTest, IsTakenWithAllItsBytes) {
 TEST(KeyPressTest, KeysTypedEarlierDoNotServe) {
   TerminalSession session(Place::kForeground, WaitForKey, "abc\n");
   ASSERT_TRUE(session.WaitForKeyMode());
-  EXPECT_EQ(session.NextEvent(kMoment), TerminalSession::Event{});
+  ASSERT_EQ(session.NextEvent(kMoment), TerminalSession::Event{});
   session.Type("x");
   EXPECT_EQ(session.NextEvent(), kKeyTaken);
   EXPECT_EQ(session.UnreadBytes(), 0);
@@ -81,7 +81,7 @@ TEST(KeyPressTest, WaitingTwiceTakesTwoKeys) {
   session.Type("x");
   EXPECT_EQ(pipe.ReadByte(), '1');
   ASSERT_TRUE(session.WaitForKeyMode());
-  EXPECT_EQ(session.NextEvent(kMoment), TerminalSession::Event{});
+  ASSERT_EQ(session.NextEvent(kMoment), TerminalSession::Event{});
   session.Type("y");
   EXPECT_EQ(session.NextEvent(), kKeyTaken);
   EXPECT_EQ(session.Attributes(), session.InitialAttributes());
@@ -112,7 +112,7 @@ TEST_P(SignalTest, StaysIgnoredWhereItWasIgnoredBefore) {
   });
   ASSERT_TRUE(session.WaitForKeyMode());
   session.Signal(GetParam());
-  EXPECT_EQ(session.NextEvent(kMoment), TerminalSession::Event{});
+  ASSERT_EQ(session.NextEvent(kMoment), TerminalSession::Event{});
   session.Type("x");
   EXPECT_EQ(session.NextEvent(), kKeyTaken);
   EXPECT_EQ(session.Attributes(), session.InitialAttributes());
@@ -147,7 +147,7 @@ TEST(KeyPressTest, SuspendedProcessGivesTheTerminalBackAndWaitsOnWhenContinued) 
     session.Signal(SIGCONT);
   }
   ASSERT_TRUE(session.WaitForKeyMode());
-  EXPECT_EQ(session.NextEvent(kMoment), TerminalSession::Event{});
+  ASSERT_EQ(session.NextEvent(kMoment), TerminalSession::Event{});
   session.Type("x");
   EXPECT_EQ(session.NextEvent(), kKeyTaken);
   EXPECT_EQ(session.Attributes(), session.InitialAttributes());
