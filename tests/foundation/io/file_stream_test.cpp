@@ -5,6 +5,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <tuple>
 
@@ -52,6 +53,8 @@ struct ModeCase {
   bool truncates;
   const char* afterWriting;  // "abc" after opening and writing "X"
 };
+
+void PrintTo(const ModeCase& c, std::ostream* out) { *out << "access " << c.access; }
 
 constexpr ModeCase kModes[] = {
     {1, true, true, false, false, "abc"},   // read
