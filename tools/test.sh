@@ -1,9 +1,11 @@
 #!/bin/sh
 # Builds and runs every test on a Debian 12 machine, installing what is missing: first with clang
-# under AddressSanitizer and UndefinedBehaviorSanitizer, then the release build with g++.
+# under AddressSanitizer and UndefinedBehaviorSanitizer, then the release build with g++. Also checks
+# the formatting and runs clang-tidy.
 set -eu
 cd "$(dirname "$0")/.."
-tools/install_packages.sh cmake g++ make libgtest-dev clang libclang-rt-14-dev clang-format locales
+tools/install_packages.sh cmake g++ make libgtest-dev clang libclang-rt-14-dev clang-format clang-tidy \
+  locales
 if ! locale -a | grep -qi '^de_DE.utf-\?8$'; then
   # A locale with a decimal comma, so that tests can show that it changes nothing.
   as_root=
@@ -19,6 +21,9 @@ echo "== Tests under AddressSanitizer and UndefinedBehaviorSanitizer (clang)"
 cmake --preset asan -DCMAKE_CXX_COMPILER=clang++
 cmake --build build/asan -j "$jobs"
 ctest --preset asan -j "$jobs"
+
+echo "== clang-tidy"
+git ls-files 'src/*.cpp' 'bench/*.cpp' | xargs -P "$jobs" -n 4 clang-tidy -p build/asan --quiet
 
 echo "== Tests of the release build (g++)"
 cmake --preset release-tests -DCMAKE_CXX_COMPILER=g++
