@@ -15,7 +15,7 @@ fi
 jobs=$(nproc)
 
 echo "== Formatting"
-git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
+find src tests bench tools -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror
 
 echo "== Tests under AddressSanitizer and UndefinedBehaviorSanitizer (clang)"
 cmake --preset asan -DCMAKE_CXX_COMPILER=clang++
@@ -23,7 +23,7 @@ cmake --build build/asan -j "$jobs"
 ctest --preset asan -j "$jobs"
 
 echo "== clang-tidy"
-git ls-files 'src/*.cpp' 'bench/*.cpp' | xargs -P "$jobs" -n 4 clang-tidy -p build/asan --quiet
+find src bench -name '*.cpp' | xargs -P "$jobs" -n 4 clang-tidy -p build/asan --quiet
 
 echo "== Tests of the release build (g++)"
 cmake --preset release-tests -DCMAKE_CXX_COMPILER=g++
