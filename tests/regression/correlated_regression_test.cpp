@@ -23,24 +23,16 @@ using Hovar::RegressionParameters;
 using Testing::ExpectFit;
 using Testing::ExpectRelative;
 using Testing::FitDense;
+using Testing::FitOutcome;
 using Testing::FitYGivenX;
+using Testing::kEightDigits;
 using Testing::kIterationWarning;
 using Testing::MakeDataSet;
 using Testing::MakeProblemOfX;
-using Testing::Observe;
-using Testing::Outcome;
 using Testing::Tight;
 
-constexpr double kEightDigits = 5e-9;
-
-struct FitOutcome : Outcome {
-  CoefficientEstimates estimates;
-};
-
 FitOutcome Fit(const DataSet& data, const RegressionParameters& parameters) {
-  FitOutcome fit;
-  static_cast<Outcome&>(fit) = Observe([&] { fit.estimates = FitYGivenX(data, parameters, true); });
-  return fit;
+  return Testing::ObserveFit(data, parameters, true);
 }
 
 /// The working correlation that a fit ends with.

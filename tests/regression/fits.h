@@ -15,6 +15,7 @@
 #include "support/data_sets.h"
 #include "support/dense_logistic.h"
 #include "support/files.h"
+#include "support/outcome.h"
 #include "support/seeded_random.h"
 
 namespace Testing {
@@ -98,6 +99,23 @@ inline void ExpectFit(const Hovar::CoefficientEstimates& actual, const LogisticF
       EXPECT_EQ(actual[j].empiricalStandardError, -1.0) << column;
     }
   }
+}
+
+/// Half a unit in the eighth digit.
+inline constexpr double kEightDigits = 5e-9;
+
+/// What a fit of [Y|X] prints and raises, and its estimates.
+struct FitOutcome : Outcome {
+  Hovar::CoefficientEstimates estimates;
+};
+
+inline FitOutcome ObserveFit(const Hovar::DataSet& data,
+                             const Hovar::RegressionParameters& parameters,
+                             bool useGeneralizedEstimatingEquations) {
+  FitOutcome fit;
+  static_cast<Outcome&>(fit) = Observe(
+      [&] { fit.estimates = FitYGivenX(data, parameters, useGeneralizedEstimatingEquations); });
+  return fit;
 }
 
 }  // namespace Testing

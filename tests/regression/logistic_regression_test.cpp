@@ -22,25 +22,16 @@ using Hovar::RegressionParameters;
 using Testing::ExpectFit;
 using Testing::ExpectRelative;
 using Testing::FitDense;
+using Testing::FitOutcome;
 using Testing::FitYGivenX;
+using Testing::kEightDigits;
 using Testing::kIterationWarning;
 using Testing::MakeDataSet;
 using Testing::MakeProblemOfX;
-using Testing::Observe;
-using Testing::Outcome;
 using Testing::Tight;
 
-constexpr double kEightDigits = 5e-9;
-
-struct FitOutcome : Outcome {
-  CoefficientEstimates estimates;
-};
-
 FitOutcome Fit(const DataSet& data, const RegressionParameters& parameters) {
-  FitOutcome fit;
-  static_cast<Outcome&>(fit) =
-      Observe([&] { fit.estimates = FitYGivenX(data, parameters, false); });
-  return fit;
+  return Testing::ObserveFit(data, parameters, false);
 }
 
 /// Intercept only: so many records with Y = 1 and with Y = 0.
