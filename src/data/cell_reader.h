@@ -5,7 +5,7 @@
 // A number is read as the C library reads one ("%d"), so white space before it and text behind it
 // are passed over.
 //
-// Nearly all cells are a single digit and a comma. Those are taken four at a time from the bytes
+// Nearly all cells are a single digit and a comma. Those are taken many at a time from the bytes
 // that the stream has read ahead; every other cell goes through the stream's own number reading.
 
 #include <cstdint>

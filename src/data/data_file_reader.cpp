@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "data/cell_reader.h"
+#include "data/plain_data_reader.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/csv_reader.h"
 #include "foundation/io/log.h"
@@ -17,10 +18,9 @@ using Vell::IO::SkipField;
 
 // Fields of a line before the indicators: key, hospital ID and outcome.
 constexpr std::int32_t kLeadingFields = 3;
-constexpr std::int32_t kReservedHospitals = 10000;
 
-/// Checks the shape of the file and gives the data set its sizes.
-void SizeDataSet(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
+/// Measures the file, checks its shape and gives the data set its sizes.
+void MeasureDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
   const Vell::IO::CsvShape shape = Vell::IO::MeasureCsv(stream);
   if (shape.minimumFields != shape.maximumFields) {
     throw Exception("Variable number of fields");
@@ -32,20 +32,13 @@ void SizeDataSet(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCou
   }
   dataSet.recordCount = shape.lineCount - 1;
   dataSet.variableCount = static_cast<std::int32_t>(covariateFields / 2 + 1);
-  Vell::IO::Log().WriteLine("Number of records: ", dataSet.recordCount);
-  Vell::IO::Log().WriteLine("Number of variables: ", dataSet.variableCount);
+}
 
+void MakeRoomForRecords(DataSet& dataSet) {
   dataSet.y.Resize(dataSet.recordCount);
   dataSet.z = Vell::BitMatrix(dataSet.recordCount, dataSet.variableCount);
   dataSet.p.Resize(dataSet.recordCount);
   dataSet.x = Vell::TernaryMatrix(dataSet.recordCount, dataSet.variableCount);
-  dataSet.hospitalStart.Clear();
-  dataSet.hospitalStart.Reserve(kReservedHospitals);
-  dataSet.hospitalIds.Clear();
-  dataSet.hospitalIds.Reserve(kReservedHospitals);
-  dataSet.recordHospital.Resize(dataSet.recordCount);
-  dataSet.zNames = Vell::StringArray(dataSet.variableCount);
-  dataSet.xNames = Vell::StringArray(dataSet.variableCount);
 }
 
 void ReadNames(Vell::StringArray& names, const char* intercept, Vell::IO::Stream& stream) {
@@ -57,6 +50,8 @@ void ReadNames(Vell::StringArray& names, const char* intercept, Vell::IO::Stream
 }
 
 void ReadHeader(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
+  dataSet.zNames = Vell::StringArray(dataSet.variableCount);
+  dataSet.xNames = Vell::StringArray(dataSet.variableCount);
   for (std::int64_t field = 0; field < std::int64_t{kLeadingFields} + poaCount; ++field) {
     SkipField(stream);
   }
@@ -64,17 +59,20 @@ void ReadHeader(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCoun
   ReadNames(dataSet.xNames, "XIntercept", stream);
 }
 
+void PrintHospital(const DataSet& dataSet, std::int32_t hospital) {
+  Vell::IO::StandardOutput().WriteLine("Hospital: ", dataSet.hospitalIds[hospital],
+                                       " record: ", dataSet.hospitalStart[hospital], " / ",
+                                       dataSet.recordCount);
+}
+
 /// Begins a new hospital where the ID differs from the last one's.
 void AssignHospital(DataSet& dataSet, std::int32_t record, const Vell::String& id) {
-  if (dataSet.hospitalCount > 0 &&
-      dataSet.hospitalIds[dataSet.hospitalCount - 1].View() == id.View()) {
-    return;
+  const std::int32_t last = dataSet.hospitalIds.Size() - 1;
+  if (last < 0 || dataSet.hospitalIds[last].View() != id.View()) {
+    dataSet.hospitalIds.Append(id);
+    dataSet.hospitalStart.Append(record);
+    PrintHospital(dataSet, last + 1);
   }
-  Vell::IO::StandardOutput().WriteLine("Hospital: ", id, " record: ", record, " / ",
-                                       dataSet.recordCount);
-  dataSet.hospitalStart.Append(record);
-  dataSet.hospitalIds.Append(id);
-  ++dataSet.hospitalCount;
 }
 
 /// P is set where some indicator is, and missing where some indicator is; it can be both.
@@ -100,7 +98,6 @@ void ReadRecords(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCou
   Vell::String id;
   Vell::PackedWriter zWriter(dataSet.z.Bytes());
   Vell::PackedWriter xWriter(dataSet.x.Bytes());
-  dataSet.hospitalCount = 0;
   for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
     SkipField(stream);  // the key
     ReadField(id, stream);
@@ -150,6 +147,7 @@ void IndexHospitals(DataSet& dataSet) {
   dataSet.hospitalStart.Reserve(dataSet.hospitalStart.Size());
   dataSet.hospitalIds.Reserve(dataSet.hospitalIds.Size());
   dataSet.hospitalSize.Resize(dataSet.hospitalCount);
+  dataSet.recordHospital.Resize(dataSet.recordCount);
   for (std::int32_t h = 0; h < dataSet.hospitalCount; ++h) {
     const std::int32_t first = dataSet.hospitalStart[h];
     dataSet.hospitalSize[h] = dataSet.hospitalStart[h + 1] - first;
@@ -161,11 +159,29 @@ void IndexHospitals(DataSet& dataSet) {
 
 void ReadDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
   Vell::IO::StandardOutput().WriteLine("Reading data file...");
-  SizeDataSet(dataSet, stream, poaCount);
+  dataSet = DataSet();
+  const bool isPlain = ReadPlainDataFile(dataSet, stream, poaCount);
   stream.Seek(0);
+  if (!isPlain) {
+    dataSet = DataSet();
+    MeasureDataFile(dataSet, stream, poaCount);
+    stream.Seek(0);
+  }
+  Vell::IO::Log().WriteLine("Number of records: ", dataSet.recordCount);
+  Vell::IO::Log().WriteLine("Number of variables: ", dataSet.variableCount);
+  if (!isPlain) {
+    MakeRoomForRecords(dataSet);
+  }
   ReadHeader(dataSet, stream, poaCount);
   Vell::IO::StandardOutput().WriteLine("Reading data...");
-  ReadRecords(dataSet, stream, poaCount);
+  if (isPlain) {
+    for (std::int32_t h = 0; h < dataSet.hospitalIds.Size(); ++h) {
+      PrintHospital(dataSet, h);
+    }
+  } else {
+    ReadRecords(dataSet, stream, poaCount);
+  }
+  dataSet.hospitalCount = dataSet.hospitalIds.Size();
   CheckGrouping(dataSet);
   Vell::IO::Log().WriteLine("Number of hospitals: ", dataSet.hospitalCount);
   CorrectPresentOnAdmission(dataSet);

@@ -109,6 +109,15 @@ class GrowableArray {
     return first;
   }
 
+  /// Truncates, or adds elements (numbers) as AppendUninitialised does.
+  void ChangeSize(std::int32_t size) requires std::is_trivially_copyable_v<T> {
+    if (size > size_) {
+      AppendUninitialised(size - size_);
+    } else {
+      Truncate(size);
+    }
+  }
+
   /// Destroys the elements from `size` on and keeps the block.
   void Truncate(std::int32_t size) noexcept {
     assert(size >= 0 && size <= size_);

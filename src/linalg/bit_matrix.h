@@ -18,6 +18,9 @@ class BitVector {
 
   /// Becomes `size` zeros.
   void Resize(std::int32_t size);
+  /// Changes the size and keeps the cells; new ones are zero where the vector only ever grew. The
+  /// block stays where there is room, and at least doubles where there is none.
+  void ChangeSize(std::int32_t size);
 
   std::int32_t Size() const noexcept { return size_; }
   std::int32_t ByteCount() const noexcept { return bytes_.Size(); }
@@ -64,6 +67,9 @@ class BitMatrix {
 
   /// The packed cells, for filling them in their order.
   std::span<std::uint8_t> Bytes() noexcept { return cells_.Bytes(); }
+
+  /// As ChangeSize of the cells. Errors: those of construction.
+  void ChangeRowCount(std::int32_t rows);
 
   /// Removes the listed columns, in place and without reallocation; the rest keep their order.
   /// Errors: "Index out of range".

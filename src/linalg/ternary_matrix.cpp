@@ -13,8 +13,19 @@ void TernaryVector::Resize(std::int32_t size) {
   size_ = size;
 }
 
+void TernaryVector::ChangeSize(std::int32_t size) {
+  RequireNotNegative(size);
+  bytes_.ChangeSize((size >> 2) + 1);
+  size_ = size;
+}
+
 TernaryMatrix::TernaryMatrix(std::int32_t rows, std::int32_t columns)
     : cells_(PackedCellCount(rows, columns)), rows_(rows), columns_(columns) {}
+
+void TernaryMatrix::ChangeRowCount(std::int32_t rows) {
+  cells_.ChangeSize(PackedCellCount(rows, columns_));
+  rows_ = rows;
+}
 
 void TernaryMatrix::RemoveColumns(const IndexVector& columns) {
   RemovePackedColumns(cells_.Bytes(), rows_, columns_, 2, columns);

@@ -31,20 +31,25 @@ void WriteCell(TextWriter& writer, std::int32_t value) {
   writer.Write(value);
 }
 
+void WriteCell(TextWriter& writer, bool value) {
+  writer.Write(',');
+  writer.Write(value ? '1' : '0');
+}
+
 /// The cells behind key and hospital.
 void WriteRecord(TextWriter& writer, const IndividualPredictions& predictions,
                  const DataSet& dataSet, std::int32_t record) {
-  const std::int32_t y = dataSet.y.Get(record) ? 1 : 0;
+  const bool y = dataSet.y.Get(record);
   WriteCell(writer, y);
   WriteCell(writer, predictions.yGivenZ[record]);
   WriteCell(writer, predictions.yGivenX[record]);
-  WriteCell(writer, y * (1.0 - predictions.pGivenAll[record]));
+  WriteCell(writer, (y ? 1.0 : 0.0) * (1.0 - predictions.pGivenAll[record]));
   WriteCell(writer, predictions.yGivenXWithoutP[record]);
   WriteCell(writer, predictions.yGivenXWithoutPMcmc[record]);
   if (dataSet.p.IsMissing(record)) {
     writer.Write(',');
   } else {
-    WriteCell(writer, dataSet.p.Value(record) ? 1 : 0);
+    WriteCell(writer, dataSet.p.Value(record));
   }
   WriteCell(writer, predictions.pGivenX[record]);
   WriteCell(writer, predictions.pGivenAll[record]);

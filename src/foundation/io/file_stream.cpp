@@ -117,9 +117,26 @@ bool FileStream::FillWindow() {
   Require(CanRead() && file_ != Platform::kNoFile);
   Flush();
   DropWindow();
-  const std::int64_t count = Platform::ReadFile(file_, Block(), BlockSize());
+  isEof_ = !ReadBehindWindow();
+  return !isEof_;
+}
+
+bool FileStream::WidenWindow() {
+  if (next_ == end_) {
+    return FillWindow();
+  }
+  if (next_ < Block() || file_ == Platform::kNoFile) {
+    return false;
+  }
+  end_ = std::copy(next_, end_, Block());
+  next_ = Block();
+  return ReadBehindWindow();
+}
+
+bool FileStream::ReadBehindWindow() {
+  const std::size_t room = BlockSize() - static_cast<std::size_t>(end_ - Block());
+  const std::int64_t count = room > 0 ? Platform::ReadFile(file_, end_, room) : 0;
   Require(count >= 0);
-  isEof_ = count == 0;
   end_ += count;
   if (position_ >= 0) {
     position_ += count;

@@ -32,6 +32,7 @@ class FileStream final : public Stream {
   /// Closes an owned file; a wrapped one is only flushed. Closing a file that was opened for
   /// reading only loses nothing and cannot fail.
   void Close() override;
+  bool WidenWindow() override;
   int Peek() override;
   void Unget(int byte) override;
   void WriteByte(char byte) override;
@@ -52,6 +53,7 @@ class FileStream final : public Stream {
   bool CanRead() const noexcept;
   bool CanWrite() const noexcept;
   bool FillWindow();
+  bool ReadBehindWindow();
   void StartWriting();
   void DropWindow() noexcept;
   unsigned char* Block() const noexcept;

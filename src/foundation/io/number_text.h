@@ -28,9 +28,20 @@ class NumberText {
   std::string_view View() const noexcept { return {text_.data(), length_}; }
 
  private:
+  void EndAt(const char* end) noexcept { length_ = static_cast<std::size_t>(end - text_.data()); }
+
   std::array<char, 328> text_;
   std::size_t length_ = 0;
 };
+
+// Write the text of a number to a place that has room for as many bytes as the constant says, and
+// return its end; bytes behind the end may be written to.
+inline constexpr std::size_t kIntegerRoom = 11;
+inline constexpr std::size_t kRealRoom = 16;
+/// As NumberText::OfInteger.
+char* WriteInteger(char* to, std::int32_t value) noexcept;
+/// As NumberText::OfReal.
+char* WriteReal(char* to, double value) noexcept;
 
 /// Prints one number on a stream; the contract is Stream::Print's, without its check that
 /// something was printed.

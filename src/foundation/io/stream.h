@@ -5,6 +5,7 @@
 // decide what it means to them.
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -62,6 +63,11 @@ class Stream {
   /// Errors: "IO Exception".
   std::string_view Window();
 
+  /// Adds bytes behind those of the window, as many as there is room for, so that a reader can see
+  /// a whole line at once. False when there are none or there is no room for any.
+  /// Errors: "IO Exception".
+  virtual bool WidenWindow() { return false; }
+
   /// Takes the first `count` bytes of the window.
   void TakeFromWindow(std::size_t count) noexcept { next_ += count; }
 
@@ -88,6 +94,19 @@ class Stream {
       return;
     }
     *room_++ = static_cast<unsigned char>(byte);
+  }
+
+  /// As Put, for text that `print` writes to the place (char*) that it is given; it returns the
+  /// text's end and writes to no more than kRoom bytes.
+  template <std::size_t kRoom, typename Print>
+  void PutPrinted(Print print) {
+    if (static_cast<std::size_t>(roomEnd_ - room_) >= kRoom) {
+      char* const place = reinterpret_cast<char*>(room_);
+      room_ += print(place) - place;
+      return;
+    }
+    std::array<char, kRoom> text;
+    Write(text.data(), static_cast<std::size_t>(print(text.data()) - text.data()));
   }
 
   /// Reads one number as the C library's fscanf does in the C locale (white space before it is

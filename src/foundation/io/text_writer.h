@@ -21,8 +21,12 @@ class TextWriter {
 
   void Write(std::string_view text) { stream_->Put(text); }
   void Write(char character) { stream_->Put(character); }
-  void Write(std::int32_t value) { stream_->Put(NumberText::OfInteger(value).View()); }
-  void Write(double value) { stream_->Put(NumberText::OfReal(value).View()); }
+  void Write(std::int32_t value) {
+    stream_->PutPrinted<kIntegerRoom>([value](char* place) { return WriteInteger(place, value); });
+  }
+  void Write(double value) {
+    stream_->PutPrinted<kRealRoom>([value](char* place) { return WriteReal(place, value); });
+  }
   void EndLine();
 
   /// Writes all parts, one after the other, and ends the line.

@@ -7,7 +7,8 @@ namespace {
 
 VectorWidth WidestOfProcessor() noexcept {
 #if defined(__x86_64__)
-  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq")) {
+  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+      __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("bmi2")) {
     return VectorWidth::kAvx512;
   }
   if (__builtin_cpu_supports("avx2")) {

@@ -6,6 +6,14 @@ namespace Vell {
 /// operations in the same order on every element, so all give the same bits.
 enum class VectorWidth { kPortable, kAvx2, kAvx512 };
 
+/// Whether kernels have forms of their own for VectorWidth::kAvx512 (and the bit operations that
+/// all such processors have).
+#if defined(__x86_64__)
+inline constexpr bool kHasAvx512Forms = true;
+#else
+inline constexpr bool kHasAvx512Forms = false;
+#endif
+
 /// The widest that this processor has and LimitVectorWidth allows.
 VectorWidth BestVectorWidth() noexcept;
 
