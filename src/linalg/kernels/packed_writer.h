@@ -50,9 +50,11 @@ class PackedWriter {
   static constexpr int kWord = 64;
 
   void WriteBytes(std::uint64_t bits, int count) noexcept {
-    for (int byte = count - 1; byte >= 0; --byte) {
-      *next_++ = static_cast<std::uint8_t>(bits >> 8 * byte);
+    std::uint8_t* const to = next_;  // so that no store of a byte can change the place of the next
+    for (int byte = 0; byte < count; ++byte) {
+      to[byte] = static_cast<std::uint8_t>(bits >> 8 * (count - 1 - byte));
     }
+    next_ = to + count;
   }
 
   std::uint8_t* block_;
