@@ -88,6 +88,13 @@ std::uint64_t CountPlainFields(std::string_view line) noexcept {
   return special == 0 ? commas + 1 : 0;
 }
 
+/// True for a byte that makes a field need rules.
+bool IsSpecial(char c) noexcept { return c == kQuote || c == '\0'; }
+
+bool HoldsSpecialByte(std::string_view text) noexcept {
+  return text.find(kQuote) != text.npos || text.find('\0') != text.npos;
+}
+
 /// Takes the next line, with its line feed, if it lies in the window and needs no rules, and
 /// returns its fields; otherwise takes nothing and returns 0. The position must be at the start of
 /// a line.
@@ -148,6 +155,16 @@ CsvShape MeasureCsv(Stream& stream) {
 
 void ReadField(String& field, Stream& stream) {
   field.Clear();
+  const std::string_view window = stream.Window();
+  std::size_t length = 0;
+  while (length < window.size() && !EndsField(window[length]) && !IsSpecial(window[length])) {
+    ++length;
+  }
+  if (length < window.size() && EndsField(window[length])) {
+    field.Append(window.substr(0, length));
+    stream.TakeFromWindow(length);
+    return;
+  }
   ReadFieldBytes(stream, [&field](char byte) { field.Append(byte); });
 }
 
@@ -169,7 +186,10 @@ int SkipField(Stream& stream) {
 }
 
 void SkipRecord(Stream& stream) {
-  if (TakePlainLine(stream) > 0) {
+  const std::string_view window = stream.Window();
+  const std::size_t end = window.find('\n');
+  if (end != std::string_view::npos && !HoldsSpecialByte(window.substr(0, end))) {
+    stream.TakeFromWindow(end + 1);
     return;
   }
   int c = kSeparator;

@@ -1,9 +1,12 @@
 #include "foundation/io/csv_writer.h"
 
+#include <algorithm>
+
 namespace Vell::IO {
 
 void WriteField(TextWriter& writer, std::string_view text) {
-  if (text.find_first_of(",\n\"") == std::string_view::npos) {
+  const auto needsQuotes = [](char c) { return c == ',' || c == '\n' || c == '"'; };
+  if (std::none_of(text.begin(), text.end(), needsQuotes)) {
     writer.Write(text);
     return;
   }
