@@ -21,39 +21,53 @@ void WritePredictionNames(TextWriter& writer) {
   writer.EndLine();
 }
 
-void WriteCell(TextWriter& writer, double value) {
-  writer.Write(',');
-  writer.Write(value);
-}
-
 void WriteCell(TextWriter& writer, std::int32_t value) {
   writer.Write(',');
   writer.Write(value);
 }
 
-void WriteCell(TextWriter& writer, bool value) {
-  writer.Write(',');
-  writer.Write(value ? '1' : '0');
-}
+/// Prints the cells of a record behind each other to a place with enough room.
+class RecordPrinter {
+ public:
+  /// Room for the cells of one record with their commas.
+  static constexpr std::size_t kRoom = kPredictionNames.size() * (Vell::IO::kRealRoom + 1);
 
-/// The cells behind key and hospital.
-void WriteRecord(TextWriter& writer, const IndividualPredictions& predictions,
-                 const DataSet& dataSet, std::int32_t record) {
-  const bool y = dataSet.y.Get(record);
-  WriteCell(writer, y);
-  WriteCell(writer, predictions.yGivenZ[record]);
-  WriteCell(writer, predictions.yGivenX[record]);
-  WriteCell(writer, (y ? 1.0 : 0.0) * (1.0 - predictions.pGivenAll[record]));
-  WriteCell(writer, predictions.yGivenXWithoutP[record]);
-  WriteCell(writer, predictions.yGivenXWithoutPMcmc[record]);
-  if (dataSet.p.IsMissing(record)) {
-    writer.Write(',');
-  } else {
-    WriteCell(writer, dataSet.p.Value(record));
+  explicit RecordPrinter(char* place) : end_(place) {}
+
+  void PrintEmpty() noexcept { *end_++ = ','; }
+  void Print(bool value) noexcept {
+    PrintEmpty();
+    *end_++ = value ? '1' : '0';
   }
-  WriteCell(writer, predictions.pGivenX[record]);
-  WriteCell(writer, predictions.pGivenAll[record]);
-  writer.EndLine();
+  void Print(double value) noexcept {
+    PrintEmpty();
+    end_ = Vell::IO::WriteReal(end_, value);
+  }
+  char* End() const noexcept { return end_; }
+
+ private:
+  char* end_;
+};
+
+/// Prints the cells behind key and hospital and returns their end.
+char* PrintRecord(char* place, const IndividualPredictions& predictions, const DataSet& dataSet,
+                  std::int32_t record) {
+  RecordPrinter printer(place);
+  const bool y = dataSet.y.Get(record);
+  printer.Print(y);
+  printer.Print(predictions.yGivenZ[record]);
+  printer.Print(predictions.yGivenX[record]);
+  printer.Print((y ? 1.0 : 0.0) * (1.0 - predictions.pGivenAll[record]));
+  printer.Print(predictions.yGivenXWithoutP[record]);
+  printer.Print(predictions.yGivenXWithoutPMcmc[record]);
+  if (dataSet.p.IsMissing(record)) {
+    printer.PrintEmpty();
+  } else {
+    printer.Print(dataSet.p.Value(record));
+  }
+  printer.Print(predictions.pGivenX[record]);
+  printer.Print(predictions.pGivenAll[record]);
+  return printer.End();
 }
 
 void SkipFields(Vell::IO::Stream& stream, int count) {
@@ -78,7 +92,9 @@ void WriteIndividualPredictions(const IndividualPredictions& predictions, const 
       WriteField(writer, key);
       writer.Write(',');
       WriteField(writer, dataSet.hospitalIds[h]);
-      WriteRecord(writer, predictions, dataSet, i);
+      writer.WritePrinted<RecordPrinter::kRoom>(
+          [&](char* place) { return PrintRecord(place, predictions, dataSet, i); });
+      writer.EndLine();
     }
   }
 }

@@ -156,23 +156,23 @@ constexpr std::array<std::uint8_t, 34> kDecimalScales = {9, 9, 9, 9, 9, 8, 8, 8,
                                                          6, 6, 5, 5, 5, 5, 4, 4, 4, 3, 3, 3,
                                                          2, 2, 2, 2, 1, 1, 1, 0, 0, 0};
 
+constexpr std::array kPowersOfTen = {1e0, 1e1, 1e2, 1e3, 1e4,
+                                     1e5, 1e6, 1e7, 1e8, 1e9};  // all exact
+
 /// The six significant digits of a number in [0.0001, 1000000), or 0 where rounding is not certain.
 SixDigits FindSixDigits(double value) noexcept {
-  constexpr std::array kPowers = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};  // all exact
   const auto binaryExponent =
       static_cast<std::int32_t>(std::bit_cast<std::uint64_t>(value) >> 52) - 1023;
   std::size_t scale =
       kDecimalScales[static_cast<std::size_t>(binaryExponent - kLeastBinaryExponent)];
-  scale -= value * kPowers[scale] >= kSixDigitsEnd ? 1 : 0;
-  const double scaled = value * kPowers[scale];
+  scale -= static_cast<std::size_t>(value * kPowersOfTen[scale] >= kSixDigitsEnd);
+  const double scaled = value * kPowersOfTen[scale] + 0.5;
   auto digits = static_cast<std::uint32_t>(scaled);
-  const double fraction = scaled - digits;
-  // The product is off by at most half a unit in its last place, 2^-34.
-  constexpr double kUncertain = 1e-9;
-  if (std::fabs(fraction - 0.5) < kUncertain) {
+  // Product and sum are off by at most half a unit in the last place each, 2^-34.
+  constexpr double kCertain = 0.5 - 1e-9;
+  if (std::fabs(scaled - digits - 0.5) > kCertain) {
     return {0, 0};
   }
-  digits += fraction > 0.5 ? 1 : 0;
   std::int32_t exponent = 5 - static_cast<std::int32_t>(scale);
   if (digits == static_cast<std::uint32_t>(kSixDigitsEnd)) {
     digits /= 10;
@@ -180,6 +180,7 @@ SixDigits FindSixDigits(double value) noexcept {
   }
   return exponent <= 5 ? SixDigits{digits, exponent} : SixDigits{0, 0};
 }
+
 /// The digits one to a byte, the first in the lowest one, and two zeros behind them. Halves, then
 /// quarters, then single digits are divided side by side; the multipliers stand for exact divisions
 /// by 100 and 10 of numbers below 10,000 and 100.

@@ -22,10 +22,16 @@ class TextWriter {
   void Write(std::string_view text) { stream_->Put(text); }
   void Write(char character) { stream_->Put(character); }
   void Write(std::int32_t value) {
-    stream_->PutPrinted<kIntegerRoom>([value](char* place) { return WriteInteger(place, value); });
+    WritePrinted<kIntegerRoom>([value](char* place) { return WriteInteger(place, value); });
   }
   void Write(double value) {
-    stream_->PutPrinted<kRealRoom>([value](char* place) { return WriteReal(place, value); });
+    WritePrinted<kRealRoom>([value](char* place) { return WriteReal(place, value); });
+  }
+  /// Writes what `print` prints to the place (char*) it is given, kRoom bytes at most; it returns
+  /// the end.
+  template <std::size_t kRoom, typename Print>
+  void WritePrinted(Print print) {
+    stream_->PutPrinted<kRoom>(print);
   }
   void EndLine();
 
