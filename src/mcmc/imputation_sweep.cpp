@@ -5,6 +5,7 @@
 
 #include "foundation/exponential.h"
 #include "foundation/random/random_generator.h"
+#include "linalg/kernels/exponentials.h"
 #include "linalg/kernels/set_columns.h"
 
 namespace Hovar {
@@ -76,16 +77,7 @@ class DirectImputation {
   Vell::IndexVector scratch_;
 };
 
-/// e^beta for every coefficient.
-Vell::Vector ExponentialsOf(const Vell::Vector& coefficients) {
-  Vell::Vector result(coefficients);
-  for (double& value : result) {
-    value = Vell::Exp(value);
-  }
-  return result;
-}
-
-/// The same draws with two exponentials a record. With A = e^(x a) and B = e^(x b), setting X_j
+/// The same draws from two exponentials a record. With A = e^(x a) and B = e^(x b), setting X_j
 /// multiplies A by e^(a_j) and B by e^(b_j), and the likelihoods are quotients of A, B, 1 + A and
 /// 1 + B, so that a posterior is one quotient of products.
 ///
@@ -93,91 +85,154 @@ Vell::Vector ExponentialsOf(const Vell::Vector& coefficients) {
 /// close to the drawn number that this could turn the decision, and where a factor could leave the
 /// range in which products neither overflow nor vanish, the direct form decides: every draw is the
 /// same.
+///
+/// Records are gathered in batches, whose exponentials are computed together, and then drawn in
+/// their order.
 class SweepImputation {
  public:
   SweepImputation(DataSet& dataSet, const ImputationModel& model)
       : data_(dataSet),
         model_(model),
         direct_(dataSet, model),
-        expOfA_(ExponentialsOf(model.pGivenX)),
-        expOfB_(ExponentialsOf(model.yGivenXWithoutP)),
-        missing_(dataSet.variableCount),
-        scratch_(dataSet.variableCount) {}
+        columns_(dataSet.variableCount),
+        a_(kBatchSize),
+        b_(kBatchSize) {
+    records_.Reserve(kBatchSize);
+    for (std::int32_t j = 0; j < dataSet.variableCount; ++j) {
+      const double a = model.pGivenX[j];
+      const double b = model.yGivenXWithoutP[j];
+      columns_[j] = {Pair{a, b}, Pair{Vell::Exp(a), Vell::Exp(b)},
+                     Pair{Vell::Exp(-a), Vell::Exp(-b)}};
+    }
+  }
 
+  /// Records must come in ascending order.
   void Impute(std::int32_t record) {
-    const auto missing = Vell::MissingColumns(data_.x.Row(record), missing_.Span());
-    const bool drawsP = data_.y.Get(record) && data_.p.IsMissing(record);
-    if (missing.empty() && !drawsP) {
-      return;  // the missing P of a record without the outcome stays 0
+    if (records_.Size() == kBatchSize) {
+      Finish();
     }
-    BeginRecord(record, missing);
-    for (const std::int32_t j : missing) {
-      ImputeX(record, j);
+    Gather(record);
+  }
+
+  /// Imputes the records that were gathered last.
+  void Finish() {
+    const auto size = static_cast<std::size_t>(records_.Size());
+    Vell::ReplaceByExponentials(a_.Span().first(size));
+    Vell::ReplaceByExponentials(b_.Span().first(size));
+    const std::int32_t* missing = missing_.begin();
+    for (std::int32_t i = 0; i < records_.Size(); ++i) {
+      const GatheredRecord& record = records_[i];
+      Draw(record, {missing, missing + record.missingCount}, Pair{a_[i], b_[i]});
+      missing += record.missingCount;
     }
-    if (drawsP) {
-      const double quick = a_ * (1 + b_) / (b_ + a_ * (1 + b_));
-      data_.p.SetValue(record,
-                       Draw(quick, isModerate_, [&] { return direct_.PosteriorOfP(record); }));
-    }
+    records_.Truncate(0);
+    missing_.Truncate(0);
   }
 
  private:
-  /// Computes A and B, and whether they stay moderate whatever the missing cells become.
-  void BeginRecord(std::int32_t record, std::span<const std::int32_t> missing) {
-    const auto columns = Vell::SetColumns(data_.x.Row(record), scratch_.Span());
-    const double predictorA = LinearPredictor(model_.pGivenX, columns);
-    const double predictorB = LinearPredictor(model_.yGivenXWithoutP, columns);
-    double reachA = std::fabs(predictorA);
-    double reachB = std::fabs(predictorB);
-    for (const std::int32_t j : missing) {
-      reachA += std::fabs(model_.pGivenX[j]);
-      reachB += std::fabs(model_.yGivenXWithoutP[j]);
+  static constexpr std::int32_t kBatchSize = 256;
+
+  /// A number for a and one for b.
+  using Pair = Vell::Lanes<2>::Real;
+
+  struct Column {
+    Pair coefficients;
+    Pair factors;   // of A and B when the column's cell is set
+    Pair inverses;  // and when it is cleared
+  };
+
+  struct GatheredRecord {
+    std::int32_t record;
+    std::int32_t missingCount;
+    bool drawsP;
+    /// A and B stay moderate whatever the missing cells become: a product of up to three factors
+    /// neither overflows nor vanishes.
+    bool isModerate;
+  };
+
+  /// Notes the missing cells of a record and computes the predictors x a and x b.
+  void Gather(std::int32_t record) {
+    const bool drawsP = data_.y.Get(record) && data_.p.IsMissing(record);
+    const std::int32_t firstMissing = missing_.Size();
+    const Vell::TernaryRow row = data_.x.Row(record);
+    Pair predictors = {0, 0};
+    double reachA = 0;
+    double reachB = 0;
+    for (std::int32_t word = 0; word < Vell::ColumnWordCount(row.columns); ++word) {
+      const auto [values, missing] = Vell::TernaryColumnWords(row, word);
+      const std::int32_t first = word * Vell::kColumnsPerWord;
+      Vell::VisitBits(values,
+                      [&](std::int32_t bit) { predictors += columns_[first + bit].coefficients; });
+      Vell::VisitBits(missing, [&](std::int32_t bit) {
+        missing_.Append(first + bit);
+        reachA += std::fabs(columns_[first + bit].coefficients[0]);
+        reachB += std::fabs(columns_[first + bit].coefficients[1]);
+      });
     }
-    // A product has up to three factors: e^200 to the third power is 1e260.
-    constexpr double kModerate = 200;
-    isModerate_ = reachA <= kModerate && reachB <= kModerate;
-    a_ = Vell::Exp(predictorA);
-    b_ = Vell::Exp(predictorB);
+    const std::int32_t missingCount = missing_.Size() - firstMissing;
+    if (missingCount == 0 && !drawsP) {
+      return;  // the missing P of a record without the outcome stays 0
+    }
+    constexpr double kModerate = 200;  // e^200 to the third power is 1e260
+    const bool isModerate = std::fabs(predictors[0]) + reachA <= kModerate &&
+                            std::fabs(predictors[1]) + reachB <= kModerate;
+    a_[records_.Size()] = predictors[0];
+    b_[records_.Size()] = predictors[1];
+    records_.Append({record, missingCount, drawsP, isModerate});
   }
 
-  void ImputeX(std::int32_t record, std::int32_t j) {
+  /// `now` is A and B of the record as it stands.
+  void Draw(const GatheredRecord& gathered, std::span<const std::int32_t> missing, Pair now) {
+    for (const std::int32_t j : missing) {
+      DrawX(gathered, j, now);
+    }
+    if (gathered.drawsP) {
+      const double present = now[0] * (1 + now[1]);
+      data_.p.SetValue(gathered.record, Decide(present, now[1], gathered.isModerate, [&] {
+                         return direct_.PosteriorOfP(gathered.record);
+                       }));
+    }
+  }
+
+  void DrawX(const GatheredRecord& gathered, std::int32_t j, Pair& now) {
+    const std::int32_t record = gathered.record;
     const bool before = data_.x.Value(record, j);
-    const double clearA = before ? a_ / expOfA_[j] : a_;
-    const double clearB = before ? b_ / expOfB_[j] : b_;
-    const double setA = before ? a_ : a_ * expOfA_[j];
-    const double setB = before ? b_ : b_ * expOfB_[j];
+    const Column& column = columns_[j];
+    const Pair whenClear = before ? now * column.inverses : now;
+    const Pair whenSet = before ? now : now * column.factors;
     const std::int32_t z = data_.z.Get(record, j) ? 1 : 0;
     const double prior = model_.priorTable[2 * (j - 1) + z];
     bool value = prior == 1;
     if (prior != 0 && prior != 1) {
-      double set = prior * (1 + clearA);
-      double clear = (1 - prior) * (1 + setA);
+      double set = prior * (1 + whenClear[0]);
+      double clear = (1 - prior) * (1 + whenSet[0]);
       const bool outcome = data_.y.Get(record);
       if (data_.p.Value(record)) {
         RequireOutcome(outcome);
-        set *= setA;
-        clear *= clearA;
+        set *= whenSet[0];
+        clear *= whenClear[0];
       } else {
-        set *= outcome ? (1 + clearB) * setB : 1 + clearB;
-        clear *= outcome ? (1 + setB) * clearB : 1 + setB;
+        set *= outcome ? (1 + whenClear[1]) * whenSet[1] : 1 + whenClear[1];
+        clear *= outcome ? (1 + whenSet[1]) * whenClear[1] : 1 + whenSet[1];
       }
       constexpr double kSmallestPrior = 1e-15;
-      const bool isCertain = isModerate_ && prior >= kSmallestPrior && prior <= 1 - kSmallestPrior;
-      value = Draw(set / (set + clear), isCertain,
-                   [&] { return direct_.PosteriorOfX(record, j, prior); });
+      const bool isCertain =
+          gathered.isModerate && prior >= kSmallestPrior && prior <= 1 - kSmallestPrior;
+      value = Decide(set, clear, isCertain, [&] { return direct_.PosteriorOfX(record, j, prior); });
     }
     data_.x.SetValue(record, j, value);
-    a_ = value ? setA : clearA;
-    b_ = value ? setB : clearB;
+    now = value ? whenSet : whenClear;
   }
 
-  /// Draws one word u and answers posterior > u.
+  /// Draws one word u and answers posterior > u, where the posterior is set / (set + clear).
   template <typename DirectPosterior>
-  static bool Draw(double quick, bool isCertain, DirectPosterior directPosterior) {
+  static bool Decide(double set, double clear, bool isCertain, DirectPosterior directPosterior) {
     constexpr double kUncertain = 1e-10;
     const double u = Vell::RandomGenerator::Uniform();
-    if (isCertain && std::fabs(quick - u) > kUncertain) {
-      return quick > u;
+    const double total = set + clear;
+    const double margin = set - u * total;
+    if (isCertain && std::fabs(margin) > kUncertain * total) {
+      return margin > 0;
     }
     return directPosterior() > u;
   }
@@ -185,13 +240,12 @@ class SweepImputation {
   DataSet& data_;
   const ImputationModel& model_;
   DirectImputation direct_;
-  Vell::Vector expOfA_;
-  Vell::Vector expOfB_;
-  Vell::IndexVector missing_;
-  Vell::IndexVector scratch_;
-  double a_ = 0;
-  double b_ = 0;
-  bool isModerate_ = false;
+  Vell::GrowableArray<Column> columns_;
+  // The batch.
+  Vell::GrowableArray<GatheredRecord> records_;
+  Vell::IndexVector missing_;  // of all records, one after the other
+  Vell::Vector a_;             // A, by record
+  Vell::Vector b_;             // B
 };
 
 }  // namespace
@@ -218,6 +272,7 @@ void RunImputationSweep(DataSet& dataSet, const ImputationModel& model) {
       imputation.Impute(i);
     }
   }
+  imputation.Finish();
 }
 
 }  // namespace Hovar

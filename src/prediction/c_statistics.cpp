@@ -16,10 +16,11 @@ double AgainstOutcome(const DataSet& data, const Vell::Vector& predictions) {
       [](std::int32_t) { return true; });
 }
 
-double AgainstOutcomeWithoutP(const DataSet& data, const Vell::Vector& predictions) {
-  return CStatistic(
-      predictions, data.recordCount, [&data](std::int32_t i) { return data.y.Get(i); },
-      [&data](std::int32_t i) { return !data.p.Value(i); });
+double AgainstOutcomeWithoutP(const DataSet& data, const PredictionRanking& ranking) {
+  return ranking
+      .Count([&data](std::int32_t i) { return data.y.Get(i); },
+             [&data](std::int32_t i) { return !data.p.Value(i); })
+      .Statistic();
 }
 
 double AgainstPresentOnAdmission(const DataSet& data, const Vell::Vector& predictions) {
@@ -45,10 +46,13 @@ void ComputeCStatistics(CStatisticValues& result, DataSet& dataSet,
 
   ImputationPasses passes(dataSet, results, settings);
   passes.RunBurnin();
+  // Only P changes between the passes.
+  const PredictionRanking withoutP(predictions.yGivenXWithoutP, dataSet.recordCount);
+  const PredictionRanking withoutPMcmc(predictions.yGivenXWithoutPMcmc, dataSet.recordCount);
   for (std::int32_t pass = 0; pass < passes.Steps(); ++pass) {
     passes.Run(pass);
-    result.yGivenXWithoutP += AgainstOutcomeWithoutP(dataSet, predictions.yGivenXWithoutP);
-    result.yGivenXWithoutPMcmc += AgainstOutcomeWithoutP(dataSet, predictions.yGivenXWithoutPMcmc);
+    result.yGivenXWithoutP += AgainstOutcomeWithoutP(dataSet, withoutP);
+    result.yGivenXWithoutPMcmc += AgainstOutcomeWithoutP(dataSet, withoutPMcmc);
   }
   if (passes.Steps() > 0) {
     result.yGivenXWithoutP /= passes.Steps();

@@ -20,26 +20,33 @@ void ExchangeableScore::Begin() {
   deviationSums_.Fill(0);
   std::fill(pearsonSums_.begin(), pearsonSums_.end(), 0.0);
   pearsonSquares_ = 0;
+  hospital_ = -1;
+  recordsLeft_ = 0;
 }
 
 void ExchangeableScore::Evaluate(RecordBlock& block) noexcept {
   EvaluateExchangeableTerms(block, terms_);
 }
 
-void ExchangeableScore::Add(NormalEquations& /*equations*/, const RecordBlock& block,
+void ExchangeableScore::Add(NormalEquations& equations, const RecordBlock& block,
                             const FitRows& rows) noexcept {
-  rows.VisitLists(block.index, [&](std::size_t i, auto setColumns) {
-    const std::int32_t hospital = rows.Hospital(block.firstRecord + static_cast<std::int32_t>(i));
-    double* const residuals = residualSums_.Row(hospital).data();
-    double* const deviations = deviationSums_.Row(hospital).data();
-    for (const FitRows::Column j : setColumns) {
-      residuals[j] += block.residual[i];
-      deviations[j] += terms_.deviation[i];
+  AddCrossproducts(equations.crossproducts, {}, rows, block.index, block.weight, block.residual);
+  for (std::int32_t begin = 0; begin < block.count;) {
+    while (recordsLeft_ == 0) {
+      recordsLeft_ = clusterSize_[++hospital_];
     }
-    const double pearson = terms_.pearson[i];
-    pearsonSums_[hospital] += pearson;
-    pearsonSquares_ += pearson * pearson;
-  });
+    const std::int32_t end = begin + std::min(recordsLeft_, block.count - begin);
+    AddColumnSums({residualSums_.Row(hospital_), block.residual},
+                  {deviationSums_.Row(hospital_), terms_.deviation}, rows,
+                  {block.index, begin, end});
+    for (std::int32_t i = begin; i < end; ++i) {
+      const double pearson = terms_.pearson[static_cast<std::size_t>(i)];
+      pearsonSums_[hospital_] += pearson;
+      pearsonSquares_ += pearson * pearson;
+    }
+    recordsLeft_ -= end - begin;
+    begin = end;
+  }
 }
 
 double ExchangeableScore::EstimateCorrelation() const {

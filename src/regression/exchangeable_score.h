@@ -53,6 +53,9 @@ class ExchangeableScore {
   Vell::Vector pearsonSums_;              // S
   double pearsonSquares_ = 0;             // Q
   PearsonBlock terms_{};
+  // Where the pass is: a hospital, and how many of its records are still to come.
+  std::int32_t hospital_ = -1;
+  std::int32_t recordsLeft_ = 0;
 };
 
 }  // namespace Hovar

@@ -1,20 +1,16 @@
 #pragma once
 
-// The records of one fit as lists, gathered once and walked in every pass: for each record that
-// takes part, the set columns of its design row, its response and its hospital. Rows are sparse (a
-// few set columns out of many), so the lists are shorter than the packed rows are wide, and nothing
-// is decoded twice.
+// The records of one fit, gathered once and walked in every pass. Rows are sparse (a few set
+// columns out of many), so each block of records is held in two ways:
 //
-// Records stand in blocks, and within a block in the order of their list's length. A walk over a
-// block therefore meets runs of lists of one length, for which a loop over a list is unrolled
-// completely and no branch depends on a record:
+//   by record  the bits of its set columns, 64 columns to a word
+//   by column  the list of the block's records in which the column is set, ascending
 //
-//     block 0: [2 records of 1 column][5 of 2 columns] ... [1 of 14 columns]
-//     block 1: ...
-//
-// Sums over records run in this order; it depends on the data alone, so every run and every
-// platform adds alike.
+// A walk along a column's list adds what belongs to that column without looking at anything else,
+// and the words tell which other columns are set in the record. Sums over records always run in the
+// order of the data set, so every form of a kernel adds the same numbers in the same order.
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 
@@ -26,74 +22,64 @@ namespace Hovar {
 
 class FitRows {
  public:
-  /// A design has fewer columns than this: the information matrix of a wider one has no valid size.
-  using Column = std::uint16_t;
+  /// The place of a record within its block.
+  using Place = std::uint16_t;
 
   /// Records of a block; only the last one can have fewer.
-  static constexpr std::int32_t kBlockSize = 512;
+  static constexpr std::int32_t kBlockSize = 2048;
 
   /// Gathers the records of `rows` that take part; what was gathered before is replaced, its memory
   /// used again. `hospitalSize` counts the records of each hospital, which stand together.
-  /// Errors: "Integer overflow" for 2^31 set cells and more, or 65,536 columns; "Out of memory".
+  /// Errors: "Integer overflow" for 2^31 set cells and more, or 65,536 columns and more (the
+  /// information matrix of so wide a design has no valid size); "Out of memory".
   template <RowSource Rows>
   void Collect(const Rows& rows, const Vell::IndexVector& hospitalSize);
 
   std::int32_t RecordCount() const noexcept { return responses_.Size(); }
-  std::int32_t BlockCount() const noexcept { return blocks_.Size(); }
+  std::int32_t BlockCount() const noexcept { return (RecordCount() + kBlockSize - 1) / kBlockSize; }
   std::int32_t ColumnCount() const noexcept { return columnCount_; }
+  std::int32_t SetCellCount() const noexcept { return places_.Size(); }
 
-  /// 1.0 or 0.0, of a record in the order of the blocks; and the hospital that it belongs to.
+  /// The first record of a block, and how many it has.
+  static std::int32_t FirstRecord(std::int32_t block) noexcept { return block * kBlockSize; }
+  std::int32_t BlockSize(std::int32_t block) const noexcept {
+    return std::min(kBlockSize, RecordCount() - FirstRecord(block));
+  }
+
+  /// 1.0 or 0.0.
   double Response(std::int32_t record) const noexcept { return responses_[record]; }
-  std::int32_t Hospital(std::int32_t record) const noexcept { return hospitals_[record]; }
-  /// The records that take part, of each hospital: n_h.
+  /// The records that take part, of each hospital: n_h. Those of a hospital stand together, in the
+  /// order of the hospitals.
   const Vell::IndexVector& ClusterSize() const noexcept { return clusterSize_; }
 
-  /// Calls visit(i, setColumns) for every record of a block; i counts from 0 within the block, and
-  /// setColumns is a span of columns, ascending, of fixed extent where the list is short.
-  template <typename Visit>
-  void VisitLists(std::int32_t block, Visit visit) const;
+  /// Words of a record, and the first record's words of a block; the others follow.
+  std::int32_t WordCount() const noexcept { return wordCount_; }
+  const std::uint64_t* Words(std::int32_t block) const noexcept {
+    return words_.begin() + std::int64_t{FirstRecord(block)} * wordCount_;
+  }
+
+  /// The places of a block's records in which a column is set, ascending.
+  std::span<const Place> Places(std::int32_t block, std::int32_t column) const noexcept {
+    const std::int32_t list = block * columnCount_ + column;
+    return {places_.begin() + listStart_[list], places_.begin() + listStart_[list + 1]};
+  }
 
  private:
-  /// Lists of one length that follow each other in a block.
-  struct Run {
-    std::int32_t length;
-    std::int32_t count;
-  };
-  struct Block {
-    std::int32_t firstRun;
-    std::int32_t firstCell;  // in columns_
-  };
-
-  static constexpr std::size_t kLongestUnrolled = 12;
-
   void Begin(std::int32_t columnCount, std::int32_t hospitalCount);
-  void Append(std::span<const std::int32_t> setColumns, bool response, std::int32_t hospital);
+  /// Takes a record whose words stand at the end of words_.
+  void Append(bool response, std::int32_t hospital);
   void EndBlock();
 
-  template <std::size_t kLength, typename Visit>
-  static void VisitRun(const Column*& list, std::size_t length, std::int32_t count, std::size_t& i,
-                       Visit& visit);
-
   std::int32_t columnCount_ = 0;
-  Vell::GrowableArray<Column> columns_;
-  Vell::GrowableArray<Run> runs_;
-  Vell::GrowableArray<Block> blocks_;
+  std::int32_t wordCount_ = 0;
   Vell::GrowableArray<std::uint8_t> responses_;
-  Vell::IndexVector hospitals_;
+  Vell::GrowableArray<std::uint64_t> words_;
+  Vell::GrowableArray<Place> places_;
+  Vell::IndexVector listStart_;  // in places_: block by block, column by column, and the end
   Vell::IndexVector clusterSize_;
-
-  // The block that is being gathered, in the order of the records.
-  struct Gathered {
-    std::int32_t firstCell;
-    std::int32_t length;
-    std::int32_t hospital;
-    bool response;
-  };
-  Vell::GrowableArray<Gathered> gathered_;
-  Vell::GrowableArray<Column> gatheredColumns_;
-  Vell::IndexVector lengthStart_;  // by length: place of the next record with such a list
-  Vell::IndexVector runStart_;     // by length: place of its cells
-  Vell::IndexVector scratch_;
+  // While a block is gathered: room for a whole list of each column, and what is used of it.
+  Vell::GrowableArray<Place> lists_;
+  Vell::IndexVector listSize_;
 };
 
 template <RowSource Rows>
@@ -103,35 +89,15 @@ void FitRows::Collect(const Rows& rows, const Vell::IndexVector& hospitalSize) {
   for (std::int32_t hospital = 0; hospital < hospitalSize.Size(); ++hospital) {
     for (const std::int32_t end = record + hospitalSize[hospital]; record < end; ++record) {
       if (rows.Includes(record)) {
-        Append(rows.SetColumns(record, scratch_.Span()), rows.Response(record), hospital);
+        for (std::int32_t i = 0; i < wordCount_; ++i) {
+          words_.Append(rows.SetColumnWord(record, i));
+        }
+        Append(rows.Response(record), hospital);
       }
     }
   }
-  EndBlock();
-}
-
-template <std::size_t kLength, typename Visit>
-void FitRows::VisitRun(const Column*& list, std::size_t length, std::int32_t count, std::size_t& i,
-                       Visit& visit) {
-  if (length != kLength && kLength != std::dynamic_extent) {
-    // Try the next length; the last one serves all lists that are longer.
-    constexpr std::size_t kNext = kLength < kLongestUnrolled ? kLength + 1 : std::dynamic_extent;
-    VisitRun<kNext>(list, length, count, i, visit);
-    return;
-  }
-  for (; count > 0; --count, ++i, list += length) {
-    visit(i, std::span<const Column, kLength>(list, length));
-  }
-}
-
-template <typename Visit>
-void FitRows::VisitLists(std::int32_t block, Visit visit) const {
-  const std::int32_t lastRun =
-      block + 1 < blocks_.Size() ? blocks_[block + 1].firstRun : runs_.Size();
-  const Column* list = columns_.begin() + blocks_[block].firstCell;
-  std::size_t i = 0;
-  for (std::int32_t run = blocks_[block].firstRun; run < lastRun; ++run) {
-    VisitRun<0>(list, static_cast<std::size_t>(runs_[run].length), runs_[run].count, i, visit);
+  if (RecordCount() % kBlockSize != 0) {
+    EndBlock();
   }
 }
 

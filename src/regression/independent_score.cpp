@@ -10,12 +10,8 @@ void IndependentScore::Evaluate(RecordBlock& block) noexcept { EvaluateIndepende
 
 void IndependentScore::Add(NormalEquations& equations, const RecordBlock& block,
                            const FitRows& rows) noexcept {
-  double* const score = equations.score.begin();
-  rows.VisitLists(block.index, [&](std::size_t i, auto setColumns) {
-    for (const FitRows::Column j : setColumns) {
-      score[j] += block.residual[i];
-    }
-  });
+  AddCrossproducts(equations.crossproducts, equations.score.Span(), rows, block.index, block.weight,
+                   block.residual);
 }
 
 void IndependentScore::Assemble(NormalEquations& /*equations*/, FitState& state) {

@@ -16,15 +16,15 @@
 // prior adds a ridge as in S. le Cessie, J. C. van Houwelingen, Applied Statistics 41 (1992),
 // pages 191-201.
 
-#include <array>
+#include <algorithm>
 #include <cstdint>
-#include <utility>
 
 #include "data/data_set.h"
 #include "linalg/cholesky.h"
 #include "linalg/matrix.h"
 #include "linalg/symmetric_matrix.h"
 #include "linalg/vector.h"
+#include "regression/design_sums.h"
 #include "regression/fit_rows.h"
 
 namespace Hovar {
@@ -52,20 +52,21 @@ struct FitState {
   Vell::Matrix hospitalScores;    // hospitals x columns, for correlated records only
 };
 
-/// What a pass sums up: the information H (packed) and the score g.
+/// What a pass sums up: the information H and the score g.
 struct NormalEquations {
-  explicit NormalEquations(std::int32_t columns) : information(columns), score(columns) {}
+  explicit NormalEquations(std::int32_t columns)
+      : crossproducts(columns), information(columns), score(columns) {}
 
-  Vell::SymmetricMatrix information;
+  TriangleSums crossproducts;         // of the weights, while the pass goes on
+  Vell::SymmetricMatrix information;  // at its end
   Vell::Vector score;
 };
 
 /// What a pass evaluates for one block of records at once; entry i belongs to the block's record i.
 struct RecordBlock {
-  using Values = std::array<double, FitRows::kBlockSize>;
+  using Values = BlockValues;
 
   std::int32_t index = 0;  // of the block
-  std::int32_t firstRecord = 0;
   std::int32_t count = 0;
   Values linearPredictor{};  // eta
   Values response{};         // y, 0.0 or 1.0
@@ -73,14 +74,9 @@ struct RecordBlock {
   Values residual{};         // y - mu
 };
 
-/// Sets a block to its records' responses and linear predictors: the sum of beta over the set
-/// columns, in ascending order.
+/// Sets a block to its records' responses and linear predictors.
 void BeginBlock(RecordBlock& block, const FitRows& rows, std::int32_t index,
                 const Vell::Vector& beta) noexcept;
-
-/// H(j, k) += w for every pair k <= j of set columns, record by record.
-void AddInformation(Vell::SymmetricMatrix& information, const RecordBlock& block,
-                    const FitRows& rows) noexcept;
 
 /// Adds the prior, factors, solves and tests one assembled pass. Returns false when the fit has
 /// converged; otherwise adds the step to `beta`.
@@ -89,20 +85,22 @@ bool StepNewton(FitState& state, Vell::Vector& beta, NormalEquations& equations)
 
 /// Runs Newton's method from `beta` and returns the final coefficients. A score has the members
 /// Begin() for the start of a pass, Evaluate(block) for the weights and residuals of a block,
-/// Add(equations, block, rows) for what its records add to the score, and Assemble(equations,
-/// state) for the end of a pass.
+/// Add(equations, block, rows) for what its records add to the crossproducts and the score, and
+/// Assemble(equations, state) for the end of a pass.
 template <typename Score>
 Vell::Vector FitNewton(FitState& state, Vell::Vector beta, Score& score, const FitRows& rows) {
   RecordBlock block;
+  NormalEquations equations(rows.ColumnCount());
   do {
-    NormalEquations equations(rows.ColumnCount());
+    equations.crossproducts.SetToZero();
+    std::fill(equations.score.begin(), equations.score.end(), 0.0);
     score.Begin();
     for (std::int32_t i = 0; i < rows.BlockCount(); ++i) {
       BeginBlock(block, rows, i, beta);
       score.Evaluate(block);
-      AddInformation(equations.information, block, rows);
       score.Add(equations, block, rows);
     }
+    equations.crossproducts.CopyTo(equations.information);
     score.Assemble(equations, state);
     if (!StepNewton(state, beta, equations)) {
       break;

@@ -1,12 +1,11 @@
 #pragma once
 
 // What a logistic fit reads. The models differ in nothing else: which cells are the response, which
-// the design, and which records take part. All arithmetic is shared and works on the short
-// ascending list of the columns that are set in a record.
+// the design, and which records take part. All arithmetic is shared and works on the columns that
+// are set in a record.
 
 #include <concepts>
 #include <cstdint>
-#include <span>
 
 #include "data/data_set.h"
 #include "linalg/kernels/set_columns.h"
@@ -14,12 +13,12 @@
 namespace Hovar {
 
 template <typename T>
-concept RowSource = requires(const T& rows, std::int32_t record, std::span<std::int32_t> scratch) {
+concept RowSource = requires(const T& rows, std::int32_t record, std::int32_t word) {
   { rows.RecordCount() } -> std::same_as<std::int32_t>;
   { rows.ColumnCount() } -> std::same_as<std::int32_t>;
   { rows.Includes(record) } -> std::same_as<bool>;  // takes part in this fit
   { rows.Response(record) } -> std::same_as<bool>;
-  { rows.SetColumns(record, scratch) } -> std::same_as<std::span<const std::int32_t>>;
+  { rows.SetColumnWord(record, word) } -> std::same_as<std::uint64_t>;
 };
 
 /// A row source over a packed design; `Response` and `Includes` are functions of a record's index.
@@ -33,9 +32,9 @@ class DesignRows {
   std::int32_t ColumnCount() const noexcept { return design_.Columns(); }
   bool Includes(std::int32_t record) const noexcept { return includes_(record); }
   bool Response(std::int32_t record) const noexcept { return response_(record); }
-  std::span<const std::int32_t> SetColumns(std::int32_t record,
-                                           std::span<std::int32_t> scratch) const noexcept {
-    return Vell::SetColumns(design_.Row(record), scratch);
+  /// The set columns among the 64 for which a word stands.
+  std::uint64_t SetColumnWord(std::int32_t record, std::int32_t word) const noexcept {
+    return Vell::SetColumnWord(design_.Row(record), word);
   }
 
  private:

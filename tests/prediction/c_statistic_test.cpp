@@ -16,7 +16,7 @@
 
 namespace {
 
-using Hovar::ConcordanceCounter;
+using Hovar::PredictionRanking;
 using Testing::VectorOf;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -28,75 +28,64 @@ struct Record {
   double prediction;
 };
 
+Hovar::Concordance ConcordanceOf(const std::vector<Record>& records) {
+  Vell::Vector predictions(static_cast<std::int32_t>(records.size()));
+  for (std::int32_t i = 0; i < predictions.Size(); ++i) {
+    predictions[i] = records[static_cast<std::size_t>(i)].prediction;
+  }
+  return PredictionRanking(predictions, predictions.Size())
+      .Count([&](std::int32_t i) { return records[static_cast<std::size_t>(i)].event; },
+             [](std::int32_t) { return true; });
+}
+
 /// Expects the same integer and the same bits from both forms.
 void ExpectAsPairwise(const std::vector<Record>& records) {
-  ConcordanceCounter counter(static_cast<std::int32_t>(records.size()));
-  ConcordanceCounter forStatistic(static_cast<std::int32_t>(records.size()));
   std::vector<double> events;
   std::vector<double> others;
   for (const Record& record : records) {
-    counter.Add(record.event, record.prediction);
-    forStatistic.Add(record.event, record.prediction);
     (record.event ? events : others).push_back(record.prediction);
   }
-  const double expected = Testing::PairwiseStatistic(events, others);
-  const bool isSame = counter.Score() == Testing::PairwiseScore(events, others) &&
-                      forStatistic.Statistic() == expected;
+  const Hovar::Concordance counted = ConcordanceOf(records);
+  const bool isSame = counted.score == Testing::PairwiseScore(events, others) &&
+                      counted.Statistic() == Testing::PairwiseStatistic(events, others);
   if (!isSame) {
     std::ostringstream text;
     for (const Record& record : records) {
       text << (record.event ? " 1:" : " 0:") << record.prediction;
     }
-    ADD_FAILURE() << "score " << counter.Score() << " for" << text.str();
+    ADD_FAILURE() << "score " << counted.score << " for" << text.str();
   }
 }
 
 TEST(ConcordanceTest, WithoutPairsThereIsNoStatistic) {
-  EXPECT_EQ(ConcordanceCounter(0).Statistic(), -1.0);
+  EXPECT_EQ(ConcordanceOf({}).Statistic(), -1.0);
   for (const bool event : {false, true}) {
-    ConcordanceCounter counter(3);
-    for (int i = 0; i < 3; ++i) {
-      counter.Add(event, 0.5);
-    }
-    EXPECT_EQ(counter.Score(), 0);
-    EXPECT_EQ(counter.Statistic(), -1.0);
+    const Hovar::Concordance counted = ConcordanceOf({{event, 0.5}, {event, 0.5}, {event, 0.5}});
+    EXPECT_EQ(counted.score, 0);
+    EXPECT_EQ(counted.Statistic(), -1.0);
   }
 }
 
 TEST(ConcordanceTest, EqualPredictionsGiveOneHalf) {
-  ConcordanceCounter counter(5);
-  for (int i = 0; i < 5; ++i) {
-    counter.Add(i % 2 == 0, 0.3);
-  }
-  EXPECT_EQ(counter.Statistic(), 0.5);
+  EXPECT_EQ(
+      ConcordanceOf({{true, 0.3}, {false, 0.3}, {true, 0.3}, {false, 0.3}, {true, 0.3}}).Statistic(),
+      0.5);
 }
 
 TEST(ConcordanceTest, PerfectSeparationGivesOneAndItsReverseZero) {
-  ConcordanceCounter separating(4);
-  ConcordanceCounter reversed(4);
   const double larger = std::nextafter(0.5, 1);
-  for (int i = 0; i < 2; ++i) {
-    separating.Add(true, larger);
-    separating.Add(false, 0.5);
-    reversed.Add(false, larger);
-    reversed.Add(true, 0.5);
-  }
-  EXPECT_EQ(separating.Statistic(), 1.0);
-  EXPECT_EQ(reversed.Statistic(), 0.0);
+  EXPECT_EQ(
+      ConcordanceOf({{true, larger}, {false, 0.5}, {true, larger}, {false, 0.5}}).Statistic(), 1.0);
+  EXPECT_EQ(
+      ConcordanceOf({{false, larger}, {true, 0.5}, {false, larger}, {true, 0.5}}).Statistic(), 0.0);
 }
 
 TEST(ConcordanceTest, ZerosOfBothSignsAreEqualAndANaNIsEqualToNothing) {
-  ConcordanceCounter zeros(2);
-  zeros.Add(true, -0.0);
-  zeros.Add(false, 0.0);
-  EXPECT_EQ(zeros.Score(), 1);
-  ConcordanceCounter numbers(4);
-  numbers.Add(true, kNaN);
-  numbers.Add(false, kNaN);
-  numbers.Add(false, -kInfinity);
-  numbers.Add(true, 0.1);
-  EXPECT_EQ(numbers.Score(), 2);  // 0.1 against -infinity
-  EXPECT_EQ(numbers.Statistic(), 2.0 / 8.0);
+  EXPECT_EQ(ConcordanceOf({{true, -0.0}, {false, 0.0}}).score, 1);
+  const Hovar::Concordance counted =
+      ConcordanceOf({{true, kNaN}, {false, kNaN}, {false, -kInfinity}, {true, 0.1}});
+  EXPECT_EQ(counted.score, 2);  // 0.1 against -infinity
+  EXPECT_EQ(counted.Statistic(), 2.0 / 8.0);
 }
 
 TEST(ConcordanceTest, AllSmallWorldsAgreeWithThePairwiseCount) {
@@ -168,19 +157,61 @@ TEST(ConcordanceTest, LargeInputsAgreeWithThePairwiseCount) {
 }
 
 TEST(ConcordanceTest, TheScoreIsCountedIn64Bits) {
-  constexpr std::int32_t kGroup = 200'000;
-  ConcordanceCounter counter(2 * kGroup);
-  for (std::int32_t i = 0; i < kGroup; ++i) {
-    counter.Add(true, 2 + i % 3);
-    counter.Add(false, i % 2);
+  constexpr int kGroup = 200'000;
+  std::vector<Record> records;
+  for (int i = 0; i < kGroup; ++i) {
+    records.push_back({true, 2.0 + i % 3});
+    records.push_back({false, 0.0 + i % 2});
   }
-  EXPECT_EQ(counter.Score(), 80'000'000'000);
-  EXPECT_EQ(counter.Statistic(), 1.0);
+  const Hovar::Concordance counted = ConcordanceOf(records);
+  EXPECT_EQ(counted.score, 80'000'000'000);
+  EXPECT_EQ(counted.Statistic(), 1.0);
 }
 
-TEST(ConcordanceTest, ANegativeSizeIsRejected) {
+// Predictions whose leading 32 bits are the same, among others that are far away, in an order that
+// is not theirs.
+TEST(ConcordanceTest, PredictionsThatDifferInTheirLastBitsAreToldApart) {
+  Testing::SeededRandom random(11);
+  SCOPED_TRACE(random.Text());
+  std::vector<Record> records = {{true, 1e-300}, {false, 1e300}};
+  for (int i = 0; i < 3000; ++i) {
+    records.push_back({random.Chance(0.5), std::bit_cast<double>(std::bit_cast<std::uint64_t>(0.5) +
+                                                                 random.Word() % 1000)});
+  }
+  ExpectAsPairwise(records);
+}
+
+TEST(PredictionRankingTest, CountsAnyResponseOfAnyRecordsFromOneRanking) {
+  Testing::SeededRandom random(13);
+  SCOPED_TRACE(random.Text());
+  Vell::Vector predictions(500);
+  for (double& prediction : predictions) {
+    prediction = random.Chance(0.1) ? kNaN : random.Integer(0, 50) / 64.0;
+  }
+  const PredictionRanking ranking(predictions, predictions.Size());
+  for (int round = 0; round < 20; ++round) {
+    std::vector<bool> isEvent;
+    std::vector<bool> isIncluded;
+    std::vector<double> events;
+    std::vector<double> others;
+    for (const double prediction : predictions) {
+      isEvent.push_back(random.Chance(0.3));
+      isIncluded.push_back(random.Chance(0.7));
+      if (isIncluded.back()) {
+        (isEvent.back() ? events : others).push_back(prediction);
+      }
+    }
+    const Hovar::Concordance counted =
+        ranking.Count([&](std::int32_t i) { return isEvent[static_cast<std::size_t>(i)]; },
+                      [&](std::int32_t i) { return isIncluded[static_cast<std::size_t>(i)]; });
+    EXPECT_EQ(counted.score, Testing::PairwiseScore(events, others));
+    EXPECT_EQ(counted.Statistic(), Testing::PairwiseStatistic(events, others));
+  }
+}
+
+TEST(PredictionRankingTest, ANegativeSizeIsRejected) {
   Testing::ExpectRaises<Vell::Exceptions::InvalidArgumentException>(
-      "Invalid argument", [] { ConcordanceCounter counter(-1); });
+      "Invalid argument", [] { PredictionRanking(Vell::Vector(), -1); });
 }
 
 TEST(CStatisticTest, AgreesWithTheAreasUnderTheCurveOfAnotherProgram) {

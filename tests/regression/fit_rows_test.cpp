@@ -20,24 +20,44 @@ using Hovar::FitRows;
 /// A record as a fit sees it.
 using Record = std::tuple<std::int32_t, bool, std::vector<std::int32_t>>;
 
+/// The records in their order, from their words; the hospitals from the cluster sizes.
 std::vector<Record> RecordsOf(const FitRows& rows) {
   std::vector<Record> records;
+  std::int32_t hospital = 0;
+  std::int32_t hospitalEnd = rows.ClusterSize().Size() > 0 ? rows.ClusterSize()[0] : 0;
   for (std::int32_t block = 0; block < rows.BlockCount(); ++block) {
-    std::size_t expected = 0;
-    std::size_t length = 0;
-    rows.VisitLists(block, [&](std::size_t i, auto setColumns) {
-      EXPECT_EQ(i, expected++);
-      EXPECT_GE(setColumns.size(), length) << "lists of a block are ordered by length";
-      EXPECT_TRUE(std::ranges::is_sorted(setColumns));
-      length = setColumns.size();
-      const std::int32_t record = block * FitRows::kBlockSize + static_cast<std::int32_t>(i);
-      records.emplace_back(rows.Hospital(record), rows.Response(record) == 1.0,
-                           std::vector<std::int32_t>(setColumns.begin(), setColumns.end()));
-    });
-    EXPECT_TRUE(block + 1 == rows.BlockCount() || expected == FitRows::kBlockSize);
+    const std::uint64_t* words = rows.Words(block);
+    for (std::int32_t i = 0; i < rows.BlockSize(block); ++i) {
+      const std::int32_t record = FitRows::FirstRecord(block) + i;
+      while (record == hospitalEnd) {
+        hospitalEnd += rows.ClusterSize()[++hospital];
+      }
+      std::vector<std::int32_t> columns;
+      for (std::int32_t word = 0; word < rows.WordCount(); ++word) {
+        Vell::VisitBits(*words++, [&](int bit) { columns.push_back(64 * word + bit); });
+      }
+      records.emplace_back(hospital, rows.Response(record) == 1.0, columns);
+    }
   }
-  std::ranges::sort(records);
   return records;
+}
+
+/// The set columns of the records, from the columns' lists.
+std::vector<std::vector<std::int32_t>> ColumnsFromLists(const FitRows& rows) {
+  std::vector<std::vector<std::int32_t>> columns(static_cast<std::size_t>(rows.RecordCount()));
+  std::int32_t cells = 0;
+  for (std::int32_t block = 0; block < rows.BlockCount(); ++block) {
+    for (std::int32_t j = 0; j < rows.ColumnCount(); ++j) {
+      const auto places = rows.Places(block, j);
+      EXPECT_TRUE(std::ranges::is_sorted(places));
+      for (const FitRows::Place place : places) {
+        columns[static_cast<std::size_t>(FitRows::FirstRecord(block) + place)].push_back(j);
+        ++cells;
+      }
+    }
+  }
+  EXPECT_EQ(cells, rows.SetCellCount());
+  return columns;
 }
 
 Hovar::DataSet RandomDataSet(Testing::SeededRandom& random, std::int32_t records,
@@ -71,23 +91,32 @@ std::vector<Record> DirectRecordsOf(const Hovar::DataSet& data) {
     }
     records.emplace_back(data.recordHospital[i], data.y.Get(i), columns);
   }
-  std::ranges::sort(records);
   return records;
 }
 
-// Block borders at 512 records; lists of more columns than the unrolled loops have.
+// Block borders at 2,048 records, word borders at 64 columns.
 TEST(FitRowsTest, HoldsEveryRecordThatTakesPartOnce) {
   Testing::SeededRandom random(5);
   SCOPED_TRACE(random.Text());
+  struct Size {
+    std::int32_t records;
+    std::int32_t covariates;
+  };
   FitRows rows;
-  for (const std::int32_t records : {1, 511, 512, 513, 1300}) {
-    const Hovar::DataSet data = RandomDataSet(random, records, 20);
+  for (const Size& size : {Size{1, 20}, Size{2400, 5}, Size{2560, 62}, Size{300, 63}, Size{300, 64},
+                           Size{5500, 3}, Size{100, 150}}) {
+    SCOPED_TRACE(std::to_string(size.records) + " x " + std::to_string(size.covariates));
+    const Hovar::DataSet data = RandomDataSet(random, size.records, size.covariates);
     rows.Collect(Hovar::RowsOfYGivenXWithoutImputedP(data), data.hospitalSize);
-    EXPECT_EQ(RecordsOf(rows), DirectRecordsOf(data)) << records << " records";
+    const std::vector<Record> expected = DirectRecordsOf(data);
+    EXPECT_EQ(RecordsOf(rows), expected);
+    std::vector<std::vector<std::int32_t>> columns;
     std::vector<std::int32_t> sizes(static_cast<std::size_t>(data.hospitalCount));
-    for (const Record& record : DirectRecordsOf(data)) {
+    for (const Record& record : expected) {
+      columns.push_back(std::get<2>(record));
       ++sizes[static_cast<std::size_t>(std::get<0>(record))];
     }
+    EXPECT_EQ(ColumnsFromLists(rows), columns);
     EXPECT_TRUE(std::ranges::equal(rows.ClusterSize(), sizes));
   }
 }

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "foundation/exponential.h"
-#include "linalg/kernels/processor.h"
 #include "support/seeded_random.h"
+#include "support/width_limit.h"
 
 namespace {
 
@@ -19,15 +19,6 @@ using Vell::VectorWidth;
 
 constexpr VectorWidth kWidths[] = {VectorWidth::kPortable, VectorWidth::kAvx2,
                                    VectorWidth::kAvx512};
-
-/// Any vector width, for one scope. A width that the processor lacks gives its next best.
-class WidthLimit {
- public:
-  explicit WidthLimit(VectorWidth width) { Vell::LimitVectorWidth(width); }
-  ~WidthLimit() { Vell::LimitVectorWidth(VectorWidth::kAvx512); }
-  WidthLimit(const WidthLimit&) = delete;
-  WidthLimit& operator=(const WidthLimit&) = delete;
-};
 
 RecordBlock RandomBlock(Testing::SeededRandom& random, std::int32_t count) {
   RecordBlock block;
@@ -58,7 +49,7 @@ TEST(LogisticKernelsTest, EveryVectorWidthGivesTheSameBits) {
     const RecordBlock start = RandomBlock(random, count);
     std::vector<std::vector<std::uint64_t>> first;
     for (const VectorWidth width : kWidths) {
-      const WidthLimit limit(width);
+      const Testing::WidthLimit limit(width);
       RecordBlock independent = start;
       Hovar::EvaluateIndependentTerms(independent);
       RecordBlock exchangeable = start;

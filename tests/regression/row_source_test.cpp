@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "support/data_sets.h"
 
@@ -15,13 +14,10 @@ using Hovar::DataSet;
 template <Hovar::RowSource Rows>
 std::string Describe(const Rows& rows) {
   std::string text;
-  std::vector<std::int32_t> scratch(static_cast<std::size_t>(rows.ColumnCount()));
   for (std::int32_t i = 0; i < rows.RecordCount(); ++i) {
     if (rows.Includes(i)) {
       text += std::to_string(i) + (rows.Response(i) ? ": 1 from" : ": 0 from");
-      for (const std::int32_t j : rows.SetColumns(i, scratch)) {
-        text += " " + std::to_string(j);
-      }
+      Vell::VisitBits(rows.SetColumnWord(i, 0), [&](int j) { text += " " + std::to_string(j); });
       text += "\n";
     }
   }

@@ -105,6 +105,84 @@ inline std::span<const std::int32_t> SetColumns(const TernaryRow& row,
   return GatherColumns<kValuePlane>(row, scratch);
 }
 
+/// The 64 bits from `bit` on, the first one in the most significant place; 0 behind the block's
+/// end.
+inline std::uint64_t LoadBits(const std::uint8_t* block, std::size_t blockSize,
+                              std::size_t bit) noexcept {
+  const std::size_t byte = std::min(bit >> 3, blockSize);
+  const auto shift = static_cast<int>(bit & 7);
+  const std::uint64_t word = LoadBigEndian(block, blockSize, byte) << shift;
+  const std::uint32_t next = byte + 8 < blockSize ? block[byte + 8] : 0;
+  return word | next >> (8 - shift);
+}
+
+/// The bits of a word in reverse order.
+inline std::uint64_t ReverseBits(std::uint64_t word) noexcept {
+  constexpr std::uint64_t kOdd = 0x5555'5555'5555'5555;
+  constexpr std::uint64_t kPairs = 0x3333'3333'3333'3333;
+  constexpr std::uint64_t kNibbles = 0x0F0F'0F0F'0F0F'0F0F;
+  word = (word >> 1 & kOdd) | (word & kOdd) << 1;
+  word = (word >> 2 & kPairs) | (word & kPairs) << 2;
+  word = (word >> 4 & kNibbles) | (word & kNibbles) << 4;
+  return __builtin_bswap64(word);
+}
+
+/// The even bits of a word, brought together in its lower half.
+inline std::uint64_t GatherEvenBits(std::uint64_t word) noexcept {
+  word &= 0x5555'5555'5555'5555;
+  word = (word | word >> 1) & 0x3333'3333'3333'3333;
+  word = (word | word >> 2) & 0x0F0F'0F0F'0F0F'0F0F;
+  word = (word | word >> 4) & 0x00FF'00FF'00FF'00FF;
+  word = (word | word >> 8) & 0x0000'FFFF'0000'FFFF;
+  return (word | word >> 16) & 0x0000'0000'FFFF'FFFF;
+}
+
+/// Calls visit(bit) for every set bit of a word, ascending.
+template <typename Visit>
+inline void VisitBits(std::uint64_t word, Visit visit) {
+  for (; word != 0; word &= word - 1) {
+    visit(std::countr_zero(word));
+  }
+}
+
+// Columns of a row 64 to a word: column j is bit j % 64 of word j / 64. There is one word for every
+// 64 columns or part of them.
+
+inline constexpr std::int32_t kColumnsPerWord = 64;
+constexpr std::int32_t ColumnWordCount(std::int32_t columns) noexcept {
+  return (columns + kColumnsPerWord - 1) / kColumnsPerWord;
+}
+
+/// The columns of a row that a word stands for.
+template <int kBitsPerCell>
+inline std::uint64_t ColumnsInWord(const PackedRow<kBitsPerCell>& row, std::int32_t word) noexcept {
+  const std::int32_t rest = row.columns - word * kColumnsPerWord;
+  return rest >= kColumnsPerWord ? ~std::uint64_t{0} : ~(~std::uint64_t{0} << rest);
+}
+
+/// The columns whose bit is set.
+inline std::uint64_t SetColumnWord(const BitRow& row, std::int32_t word) noexcept {
+  const std::size_t first = row.firstBit + static_cast<std::size_t>(word) * kColumnsPerWord;
+  return ReverseBits(LoadBits(row.block, row.blockSize, first)) & ColumnsInWord(row, word);
+}
+
+/// The columns whose value bit is set, and those whose missing bit is.
+struct TernaryWords {
+  std::uint64_t values;
+  std::uint64_t missing;
+};
+inline TernaryWords TernaryColumnWords(const TernaryRow& row, std::int32_t word) noexcept {
+  const std::size_t first = row.firstBit + static_cast<std::size_t>(word) * 2 * kColumnsPerWord;
+  const std::uint64_t front = LoadBits(row.block, row.blockSize, first);
+  const std::uint64_t back = LoadBits(row.block, row.blockSize, first + kColumnsPerWord);
+  const std::uint64_t columns = ColumnsInWord(row, word);
+  return {ReverseBits(GatherEvenBits(front) << 32 | GatherEvenBits(back)) & columns,
+          ReverseBits(GatherEvenBits(front >> 1) << 32 | GatherEvenBits(back >> 1)) & columns};
+}
+inline std::uint64_t SetColumnWord(const TernaryRow& row, std::int32_t word) noexcept {
+  return TernaryColumnWords(row, word).values;
+}
+
 /// True when some cell of the row has its missing bit set.
 inline bool HasMissingCell(const TernaryRow& row) noexcept {
   bool hasMissing = false;

@@ -1,0 +1,76 @@
+#include "benchmarks.h"
+#include "generated_data.h"
+#include "regression/exchangeable_score.h"
+#include "regression/independent_score.h"
+#include "regression/logistic_regression.h"
+#include "regression/newton.h"
+#include "regression/row_source.h"
+
+namespace Hovar::Bench {
+
+namespace {
+
+constexpr double kTolerance = 1e-8;
+constexpr std::int32_t kMaxIterations = 100;
+
+/// One pass over [Y|Z] and its step, from coefficients that are not 0. `score` has been made for
+/// the rows.
+template <typename Score>
+void RunPasses(benchmark::State& state, const FitRows& rows, Score score) {
+  Vell::Vector beta(rows.ColumnCount());
+  for (std::int32_t j = 0; j < beta.Size(); ++j) {
+    beta[j] = j == 0 ? -2.5 : 0.25;
+  }
+  for ([[maybe_unused]] auto iteration : state) {
+    FitState fit({kTolerance, 1, 1.0});
+    const Vell::Vector stepped = FitNewton(fit, beta, score, rows);
+    benchmark::DoNotOptimize(stepped[0]);
+  }
+}
+
+FitRows RowsOf(const benchmark::State& state) {
+  const DataSet& data = DataOfSize(state.range(0), state.range(1)).data;
+  FitRows rows;
+  rows.Collect(RowsOfYGivenZ(data), data.hospitalSize);
+  return rows;
+}
+
+void RunIndependentPass(benchmark::State& state) {
+  const FitRows rows = RowsOf(state);
+  RunPasses(state, rows, IndependentScore());
+}
+
+void RunExchangeablePass(benchmark::State& state) {
+  const FitRows rows = RowsOf(state);
+  RunPasses(state, rows, ExchangeableScore(rows));
+}
+
+/// The whole fit of [Y|Z], gathering of the records and covariances included.
+void RunFit(benchmark::State& state, const LogisticRegression& regression, const DataSet& data) {
+  for ([[maybe_unused]] auto iteration : state) {
+    const CoefficientEstimates estimates = regression.Fit(RowsOfYGivenZ(data));
+    benchmark::DoNotOptimize(&estimates);
+    benchmark::ClobberMemory();
+  }
+}
+
+void RunIndependentFit(benchmark::State& state) {
+  const DataSet& data = DataOfSize(state.range(0), state.range(1)).data;
+  RunFit(state, {false, data.hospitalSize, {kTolerance, kMaxIterations, 1.0}}, data);
+}
+
+void RunExchangeableFit(benchmark::State& state) {
+  const DataSet& data = DataOfSize(state.range(0), state.range(1)).data;
+  RunFit(state, {true, data.hospitalSize, {kTolerance, kMaxIterations, 0.0}}, data);
+}
+
+}  // namespace
+
+void RegisterFitBenchmarks() {
+  RegisterOverSizes("newton_pass", RunIndependentPass);
+  RegisterOverSizes("newton_pass_gee", RunExchangeablePass);
+  RegisterOverSizes("fit", RunIndependentFit);
+  RegisterOverSizes("fit_gee", RunExchangeableFit);
+}
+
+}  // namespace Hovar::Bench

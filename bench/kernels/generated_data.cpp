@@ -1,0 +1,91 @@
+#include "generated_data.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "app/run_files.h"
+#include "data_file.h"
+
+namespace Hovar::Bench {
+
+namespace {
+
+constexpr std::int64_t kRecordsPerHospital = 250;
+constexpr double kMissingP = 0.05;
+constexpr double kMissingX = 0.03;
+// At most, so that wide files have complete records too.
+constexpr double kMissingCellsPerRecord = 1.8;
+
+std::filesystem::path ScratchPath() {
+  return std::filesystem::temp_directory_path() / ("hovar_bench_" + std::to_string(getpid()));
+}
+
+void WriteFile(const std::filesystem::path& path, std::int64_t records, std::int64_t variables) {
+  Simulate::Options options;
+  options.records = static_cast<std::int32_t>(records);
+  options.hospitals = static_cast<std::int32_t>(records / kRecordsPerHospital);
+  options.variables = static_cast<std::int32_t>(variables);
+  options.indicators = kIndicators;
+  options.missingX = std::min(kMissingX, kMissingCellsPerRecord / static_cast<double>(variables));
+  options.missingP = kMissingP;
+  std::ofstream file(path, std::ios::binary);
+  if (!Simulate::WriteDataFile(file, options)) {
+    static_cast<void>(std::fprintf(stderr, "hovar_bench: cannot write %s\n", path.c_str()));
+    std::exit(2);
+  }
+}
+
+}  // namespace
+
+QuietOutput::QuietOutput() : kept_(dup(STDOUT_FILENO)) {
+  static_cast<void>(std::fflush(stdout));
+  const int nowhere = open("/dev/null", O_WRONLY);
+  dup2(nowhere, STDOUT_FILENO);
+  close(nowhere);
+}
+
+QuietOutput::~QuietOutput() {
+  dup2(kept_, STDOUT_FILENO);
+  close(kept_);
+}
+
+std::filesystem::path ScratchFolder() {
+  std::filesystem::path folder = ScratchPath();
+  std::filesystem::create_directories(folder);
+  return folder;
+}
+
+void RemoveScratchFolder() noexcept {
+  std::error_code ignored;
+  std::filesystem::remove_all(ScratchPath(), ignored);
+}
+
+void ReadQuietly(DataSet& data, const std::filesystem::path& file) {
+  const QuietOutput quiet;
+  ReadDataFileAt(data, Vell::String(file.c_str()), kIndicators);
+}
+
+const GeneratedData& DataOfSize(std::int64_t records, std::int64_t variables) {
+  static std::map<std::pair<std::int64_t, std::int64_t>, std::unique_ptr<GeneratedData>> kept;
+  std::unique_ptr<GeneratedData>& entry = kept[{records, variables}];
+  if (entry == nullptr) {
+    entry = std::make_unique<GeneratedData>();
+    entry->file =
+        ScratchFolder() / (std::to_string(records) + "x" + std::to_string(variables) + ".csv");
+    WriteFile(entry->file, records, variables);
+    ReadQuietly(entry->data, entry->file);
+  }
+  return *entry;
+}
+
+}  // namespace Hovar::Bench

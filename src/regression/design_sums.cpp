@@ -1,0 +1,111 @@
+#include "regression/design_sums.h"
+
+#include <algorithm>
+
+#include "foundation/integer_size.h"
+#include "linalg/kernels/processor.h"
+#include "regression/design_sums_avx512.h"
+
+namespace Hovar {
+namespace {
+
+template <typename Visit>
+void VisitSetColumns(const std::uint64_t* words, std::int32_t wordCount, Visit visit) {
+  for (std::int32_t i = 0; i < wordCount; ++i) {
+    Vell::VisitBits(words[i], [&](std::int32_t bit) { visit(i * Vell::kColumnsPerWord + bit); });
+  }
+}
+
+/// Along each column's list, with the set columns of each of its records.
+void AddCrossproductsPlainly(TriangleSums& crossproducts, std::span<double> columnSums,
+                             const FitRows& rows, std::int32_t block, const BlockValues& weights,
+                             const BlockValues& values) noexcept {
+  const std::uint64_t* const words = rows.Words(block);
+  for (std::int32_t j = 0; j < rows.ColumnCount(); ++j) {
+    double* const row = crossproducts.Row(j);
+    for (const FitRows::Place i : rows.Places(block, j)) {
+      VisitSetColumns(words + i * rows.WordCount(), j / Vell::kColumnsPerWord + 1,
+                      [&](std::int32_t k) { row[k] += weights[i]; });
+    }
+    if (!columnSums.empty()) {
+      double& sum = columnSums[static_cast<std::size_t>(j)];
+      for (const FitRows::Place i : rows.Places(block, j)) {
+        sum += values[i];
+      }
+    }
+  }
+}
+
+void AddColumnSumsPlainly(const ColumnSums& first, const ColumnSums& second, const FitRows& rows,
+                          const BlockPart& part) noexcept {
+  const std::uint64_t* words = rows.Words(part.block) + part.begin * rows.WordCount();
+  for (auto i = static_cast<std::size_t>(part.begin); i < static_cast<std::size_t>(part.end); ++i) {
+    VisitSetColumns(words, rows.WordCount(), [&](std::int32_t j) {
+      first.sums[static_cast<std::size_t>(j)] += first.values[i];
+      second.sums[static_cast<std::size_t>(j)] += second.values[i];
+    });
+    words += rows.WordCount();
+  }
+}
+
+}  // namespace
+
+TriangleSums::TriangleSums(std::int32_t order)
+    : order_(order), stride_((order + kGroup - 1) / kGroup * kGroup) {
+  sums_.Resize(
+      Vell::CheckedSize(static_cast<std::uint64_t>(order) * static_cast<std::uint64_t>(stride_)));
+}
+
+void TriangleSums::SetToZero() noexcept { std::fill(sums_.begin(), sums_.end(), 0.0); }
+
+void TriangleSums::CopyTo(Vell::SymmetricMatrix& matrix) const noexcept {
+  for (std::int32_t j = 0; j < order_; ++j) {
+    std::copy_n(sums_.begin() + std::int64_t{j} * stride_, j + 1, matrix.Row(j));
+  }
+}
+
+void ComputeLinearPredictors(BlockValues& values, const FitRows& rows, std::int32_t block,
+                             const Vell::Vector& beta) noexcept {
+  values.fill(0);
+  for (std::int32_t j = 0; j < rows.ColumnCount(); ++j) {
+    const double coefficient = beta[j];
+    if (coefficient == 0) {
+      continue;  // all of them in a fit's first pass
+    }
+    const std::span<const FitRows::Place> places = rows.Places(block, j);
+    if (places.size() == static_cast<std::size_t>(rows.BlockSize(block))) {
+      for (std::size_t i = 0; i < places.size(); ++i) {  // all of them, so no list is needed
+        values[i] += coefficient;
+      }
+      continue;
+    }
+    for (const FitRows::Place i : places) {
+      values[i] += coefficient;
+    }
+  }
+}
+
+void AddCrossproducts(TriangleSums& crossproducts, std::span<double> columnSums,
+                      const FitRows& rows, std::int32_t block, const BlockValues& weights,
+                      const BlockValues& values) noexcept {
+  if constexpr (Vell::kHasAvx512Forms) {
+    if (Vell::BestVectorWidth() == Vell::VectorWidth::kAvx512) {
+      AddCrossproductsAvx512(crossproducts, columnSums, rows, block, weights, values);
+      return;
+    }
+  }
+  AddCrossproductsPlainly(crossproducts, columnSums, rows, block, weights, values);
+}
+
+void AddColumnSums(const ColumnSums& first, const ColumnSums& second, const FitRows& rows,
+                   const BlockPart& part) noexcept {
+  if constexpr (Vell::kHasAvx512Forms) {
+    if (Vell::BestVectorWidth() == Vell::VectorWidth::kAvx512) {
+      AddColumnSumsAvx512(first, second, rows, part);
+      return;
+    }
+  }
+  AddColumnSumsPlainly(first, second, rows, part);
+}
+
+}  // namespace Hovar

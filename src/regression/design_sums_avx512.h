@@ -1,0 +1,15 @@
+#pragma once
+
+#include "regression/design_sums.h"
+
+namespace Hovar {
+
+// AddCrossproducts and AddColumnSums for processors whose BestVectorWidth() is kAvx512. They exist
+// where kHasAvx512Forms.
+void AddCrossproductsAvx512(TriangleSums& crossproducts, std::span<double> columnSums,
+                            const FitRows& rows, std::int32_t block, const BlockValues& weights,
+                            const BlockValues& values) noexcept;
+void AddColumnSumsAvx512(const ColumnSums& first, const ColumnSums& second, const FitRows& rows,
+                         const BlockPart& part) noexcept;
+
+}  // namespace Hovar
