@@ -97,6 +97,20 @@ void AddCrossproducts(TriangleSums& crossproducts, std::span<double> columnSums,
   AddCrossproductsPlainly(crossproducts, columnSums, rows, block, weights, values);
 }
 
+void AddCrossproductsOfQuarters(TriangleSums& crossproducts, std::span<double> columnSums,
+                                const FitRows& rows, std::int32_t block,
+                                const BlockValues& values) noexcept {
+  if constexpr (Vell::kHasAvx512Forms) {
+    if (Vell::BestVectorWidth() == Vell::VectorWidth::kAvx512) {
+      AddCrossproductsOfQuartersAvx512(crossproducts, columnSums, rows, block, values);
+      return;
+    }
+  }
+  BlockValues quarters;
+  quarters.fill(0.25);
+  AddCrossproductsPlainly(crossproducts, columnSums, rows, block, quarters, values);
+}
+
 void AddColumnSums(const ColumnSums& first, const ColumnSums& second, const FitRows& rows,
                    const BlockPart& part) noexcept {
   if constexpr (Vell::kHasAvx512Forms) {

@@ -50,6 +50,13 @@ void AddCrossproducts(TriangleSums& crossproducts, std::span<double> columnSums,
                       const FitRows& rows, std::int32_t block, const BlockValues& weights,
                       const BlockValues& values) noexcept;
 
+/// As AddCrossproducts for a weight of 1/4 of every record and values of 1/2 and -1/2, which is
+/// what coefficients of 0 give: the sums are counts, so they are exact in any order. `columnSums`
+/// may be empty.
+void AddCrossproductsOfQuarters(TriangleSums& crossproducts, std::span<double> columnSums,
+                                const FitRows& rows, std::int32_t block,
+                                const BlockValues& values) noexcept;
+
 /// Records of a block: those at the places from `begin` to below `end`.
 struct BlockPart {
   std::int32_t block;

@@ -70,6 +70,49 @@ void RunForColumns(std::int32_t columns, const Run& run) noexcept {
   run.template operator()<kGroups>();
 }
 
+/// How many records of a list have each of the word's first columns set, times a quarter: added to
+/// the sums. Sixteen counts stand in one register.
+template <std::int32_t kGroups>
+[[gnu::target("avx512f,avx512dq")]] void AddQuarters(double* sums,
+                                                     const ColumnList& list) noexcept {
+  constexpr std::int32_t kRegisters = (kGroups + 1) / 2;
+  __m512i counts[kRegisters];
+#pragma GCC unroll 4
+  for (std::int32_t r = 0; r < kRegisters; ++r) {
+    counts[r] = _mm512_setzero_si512();
+  }
+  const __m512i one = _mm512_set1_epi32(1);
+  for (const FitRows::Place i : list.places) {
+    const std::uint64_t* const word = list.word + i * list.wordCount;
+#pragma GCC unroll 4
+    for (std::int32_t r = 0; r < kRegisters; ++r) {
+      __mmask16 mask;
+      std::memcpy(&mask, reinterpret_cast<const unsigned char*>(word) + 2 * r, sizeof mask);
+      counts[r] = _mm512_mask_add_epi32(counts[r], mask, counts[r], one);
+    }
+  }
+  std::int32_t numbers[16 * kRegisters];
+  std::memcpy(numbers, counts, sizeof counts);
+  for (std::int32_t k = 0; k < kGroups * kGroup; ++k) {
+    sums[k] += 0.25 * numbers[k];
+  }
+}
+
+/// The sum of the list's values, each 1/2 or -1/2.
+double SumOfHalves(const ColumnList& list) noexcept {
+  double sums[4] = {};  // so that no addition waits for the one before
+  std::size_t i = 0;
+  for (; i + 4 <= list.places.size(); i += 4) {
+    for (std::size_t lane = 0; lane < 4; ++lane) {
+      sums[lane] += list.values[list.places[i + lane]];
+    }
+  }
+  for (; i < list.places.size(); ++i) {
+    sums[0] += list.values[list.places[i]];
+  }
+  return sums[0] + sums[1] + (sums[2] + sums[3]);
+}
+
 /// Sums of a word's columns, of two values at once.
 struct WordSums {
   double* first;
@@ -129,6 +172,23 @@ void AddCrossproductsAvx512(TriangleSums& crossproducts, std::span<double> colum
           columnSums[static_cast<std::size_t>(j)] = columnSum;
         }
       });
+    }
+  }
+}
+
+void AddCrossproductsOfQuartersAvx512(TriangleSums& crossproducts, std::span<double> columnSums,
+                                      const FitRows& rows, std::int32_t block,
+                                      const BlockValues& values) noexcept {
+  for (std::int32_t j = 0; j < rows.ColumnCount(); ++j) {
+    ColumnList list{rows.Places(block, j), rows.Words(block), rows.WordCount(), nullptr,
+                    values.data()};
+    for (std::int32_t column = 0; column <= j; column += kWordBits, ++list.word) {
+      RunForColumns(std::min(j + 1 - column, kWordBits), [&]<std::int32_t kGroups>() {
+        AddQuarters<kGroups>(crossproducts.Row(j) + column, list);
+      });
+    }
+    if (!columnSums.empty()) {
+      columnSums[static_cast<std::size_t>(j)] += SumOfHalves(list);
     }
   }
 }

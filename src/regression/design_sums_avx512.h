@@ -4,11 +4,14 @@
 
 namespace Hovar {
 
-// AddCrossproducts and AddColumnSums for processors whose BestVectorWidth() is kAvx512. They exist
-// where kHasAvx512Forms.
+// AddCrossproducts, AddCrossproductsOfQuarters and AddColumnSums for processors whose
+// BestVectorWidth() is kAvx512. They exist where kHasAvx512Forms.
 void AddCrossproductsAvx512(TriangleSums& crossproducts, std::span<double> columnSums,
                             const FitRows& rows, std::int32_t block, const BlockValues& weights,
                             const BlockValues& values) noexcept;
+void AddCrossproductsOfQuartersAvx512(TriangleSums& crossproducts, std::span<double> columnSums,
+                                      const FitRows& rows, std::int32_t block,
+                                      const BlockValues& values) noexcept;
 void AddColumnSumsAvx512(const ColumnSums& first, const ColumnSums& second, const FitRows& rows,
                          const BlockPart& part) noexcept;
 

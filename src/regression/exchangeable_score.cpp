@@ -30,7 +30,7 @@ void ExchangeableScore::Evaluate(RecordBlock& block) noexcept {
 
 void ExchangeableScore::Add(NormalEquations& equations, const RecordBlock& block,
                             const FitRows& rows) noexcept {
-  AddCrossproducts(equations.crossproducts, {}, rows, block.index, block.weight, block.residual);
+  AddInformation(equations.crossproducts, {}, block, rows);
   for (std::int32_t begin = 0; begin < block.count;) {
     while (recordsLeft_ == 0) {
       recordsLeft_ = clusterSize_[++hospital_];

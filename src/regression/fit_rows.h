@@ -65,11 +65,13 @@ class FitRows {
   }
 
  private:
-  void Begin(std::int32_t columnCount, std::int32_t hospitalCount);
+  /// There are at most `mostRecords`.
+  void Begin(std::int32_t mostRecords, std::int32_t columnCount, std::int32_t hospitalCount);
   /// Takes a record whose words stand at the end of words_.
   void Append(bool response, std::int32_t hospital);
   void EndBlock();
 
+  std::int32_t mostRecords_ = 0;
   std::int32_t columnCount_ = 0;
   std::int32_t wordCount_ = 0;
   Vell::GrowableArray<std::uint8_t> responses_;
@@ -84,7 +86,7 @@ class FitRows {
 
 template <RowSource Rows>
 void FitRows::Collect(const Rows& rows, const Vell::IndexVector& hospitalSize) {
-  Begin(rows.ColumnCount(), hospitalSize.Size());
+  Begin(rows.RecordCount(), rows.ColumnCount(), hospitalSize.Size());
   std::int32_t record = 0;
   for (std::int32_t hospital = 0; hospital < hospitalSize.Size(); ++hospital) {
     for (const std::int32_t end = record + hospitalSize[hospital]; record < end; ++record) {

@@ -6,12 +6,19 @@ namespace Hovar {
 
 void IndependentScore::Begin() {}
 
-void IndependentScore::Evaluate(RecordBlock& block) noexcept { EvaluateIndependentTerms(block); }
+void IndependentScore::Evaluate(RecordBlock& block) noexcept {
+  if (block.isAtZero) {  // mu is 1/2, and the weights are not asked for
+    for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i) {
+      block.residual[i] = block.response[i] - 0.5;
+    }
+    return;
+  }
+  EvaluateIndependentTerms(block);
+}
 
 void IndependentScore::Add(NormalEquations& equations, const RecordBlock& block,
                            const FitRows& rows) noexcept {
-  AddCrossproducts(equations.crossproducts, equations.score.Span(), rows, block.index, block.weight,
-                   block.residual);
+  AddInformation(equations.crossproducts, equations.score.Span(), block, rows);
 }
 
 void IndependentScore::Assemble(NormalEquations& /*equations*/, FitState& state) {

@@ -1,5 +1,7 @@
 #include "regression/newton.h"
 
+#include <algorithm>
+
 namespace Hovar {
 
 void BeginBlock(RecordBlock& block, const FitRows& rows, std::int32_t index,
@@ -10,7 +12,17 @@ void BeginBlock(RecordBlock& block, const FitRows& rows, std::int32_t index,
   for (std::int32_t i = 0; i < block.count; ++i) {
     block.response[static_cast<std::size_t>(i)] = rows.Response(firstRecord + i);
   }
+  block.isAtZero = std::all_of(beta.begin(), beta.end(), [](double b) { return b == 0; });
   ComputeLinearPredictors(block.linearPredictor, rows, index, beta);
+}
+
+void AddInformation(TriangleSums& crossproducts, std::span<double> columnSums,
+                    const RecordBlock& block, const FitRows& rows) noexcept {
+  if (block.isAtZero) {
+    AddCrossproductsOfQuarters(crossproducts, columnSums, rows, block.index, block.residual);
+  } else {
+    AddCrossproducts(crossproducts, columnSums, rows, block.index, block.weight, block.residual);
+  }
 }
 
 bool StepNewton(FitState& state, Vell::Vector& beta, NormalEquations& equations) {

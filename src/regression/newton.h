@@ -68,6 +68,7 @@ struct RecordBlock {
 
   std::int32_t index = 0;  // of the block
   std::int32_t count = 0;
+  bool isAtZero = false;     // every coefficient is 0, so every weight 1/4
   Values linearPredictor{};  // eta
   Values response{};         // y, 0.0 or 1.0
   Values weight{};           // w = mu (1 - mu)
@@ -77,6 +78,11 @@ struct RecordBlock {
 /// Sets a block to its records' responses and linear predictors.
 void BeginBlock(RecordBlock& block, const FitRows& rows, std::int32_t index,
                 const Vell::Vector& beta) noexcept;
+
+/// Adds the block's weights to the crossproducts and its residuals to `columnSums`, if there are
+/// any.
+void AddInformation(TriangleSums& crossproducts, std::span<double> columnSums,
+                    const RecordBlock& block, const FitRows& rows) noexcept;
 
 /// Adds the prior, factors, solves and tests one assembled pass. Returns false when the fit has
 /// converged; otherwise adds the step to `beta`.
