@@ -67,17 +67,17 @@ TEST(ConcordanceTest, WithoutPairsThereIsNoStatistic) {
 }
 
 TEST(ConcordanceTest, EqualPredictionsGiveOneHalf) {
-  EXPECT_EQ(
-      ConcordanceOf({{true, 0.3}, {false, 0.3}, {true, 0.3}, {false, 0.3}, {true, 0.3}}).Statistic(),
-      0.5);
+  EXPECT_EQ(ConcordanceOf({{true, 0.3}, {false, 0.3}, {true, 0.3}, {false, 0.3}, {true, 0.3}})
+                .Statistic(),
+            0.5);
 }
 
 TEST(ConcordanceTest, PerfectSeparationGivesOneAndItsReverseZero) {
   const double larger = std::nextafter(0.5, 1);
-  EXPECT_EQ(
-      ConcordanceOf({{true, larger}, {false, 0.5}, {true, larger}, {false, 0.5}}).Statistic(), 1.0);
-  EXPECT_EQ(
-      ConcordanceOf({{false, larger}, {true, 0.5}, {false, larger}, {true, 0.5}}).Statistic(), 0.0);
+  EXPECT_EQ(ConcordanceOf({{true, larger}, {false, 0.5}, {true, larger}, {false, 0.5}}).Statistic(),
+            1.0);
+  EXPECT_EQ(ConcordanceOf({{false, larger}, {true, 0.5}, {false, larger}, {true, 0.5}}).Statistic(),
+            0.0);
 }
 
 TEST(ConcordanceTest, ZerosOfBothSignsAreEqualAndANaNIsEqualToNothing) {

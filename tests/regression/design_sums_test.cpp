@@ -62,9 +62,8 @@ class DesignSumsTest : public testing::TestWithParam<Vell::VectorWidth> {
       std::int32_t records;
       std::int32_t columns;
     };
-    for (const Size& size :
-         {Size{1, 1}, Size{5, 8}, Size{300, 9}, Size{2049, 40}, Size{100, 63}, Size{4100, 64},
-          Size{77, 65}, Size{33, 128}, Size{50, 171}}) {
+    for (const Size& size : {Size{1, 1}, Size{5, 8}, Size{300, 9}, Size{2049, 40}, Size{100, 63},
+                             Size{4100, 64}, Size{77, 65}, Size{33, 128}, Size{50, 171}}) {
       SCOPED_TRACE(std::to_string(size.records) + " x " + std::to_string(size.columns));
       const Design design = RandomDesign(random_, size.records, size.columns);
       Vell::IndexVector hospitalSize(1);
@@ -145,9 +144,9 @@ TEST_P(DesignSumsTest, ColumnSumsAreSumsOverSetColumnsOfPartOfABlock) {
     const BlockValues first = RandomValues(random_);
     const BlockValues second = RandomValues(random_);
     const std::int32_t size = rows.BlockSize(0);
-    for (const Hovar::BlockPart& part : {Hovar::BlockPart{0, 0, size},
-                                         Hovar::BlockPart{0, size / 3, size / 2},
-                                         Hovar::BlockPart{0, size - 1, size}}) {
+    for (const Hovar::BlockPart& part :
+         {Hovar::BlockPart{0, 0, size}, Hovar::BlockPart{0, size / 3, size / 2},
+          Hovar::BlockPart{0, size - 1, size}}) {
       // A further element behind the columns shows that nothing is written there.
       std::vector<double> firstSums(static_cast<std::size_t>(columns) + 1, 0.25);
       std::vector<double> secondSums = firstSums;

@@ -382,4 +382,44 @@ TEST(FileStreamTest, FailingAllocationIsOutOfMemory) {
   });
 }
 
+TEST(FileStreamTest, WidenedWindowGoesOnBehindWhatWasThere) {
+  std::string text;
+  for (int i = 0; i < 40'000; ++i) {
+    text += std::to_string(i) + ",";
+  }
+  const InputStream stream(text);
+  // What is taken between the widenings leaves room for as much.
+  std::string taken;
+  while (!stream->Window().empty()) {
+    const std::string_view before = stream->Window();
+    const std::string front(before.substr(0, std::min<std::size_t>(before.size(), 7)));
+    taken += before.substr(0, before.size() / 2 + 1);
+    const std::string rest(before.substr(before.size() / 2 + 1));
+    stream->TakeFromWindow(before.size() / 2 + 1);
+    const bool isWider = stream->WidenWindow();
+    const std::string_view after = stream->Window();
+    EXPECT_TRUE(after.starts_with(rest));
+    EXPECT_EQ(isWider, after.size() > rest.size());
+    EXPECT_EQ(stream->Tell(), static_cast<std::int64_t>(taken.size()));
+    if (!isWider) {
+      EXPECT_EQ(taken.size() + rest.size(), text.size()) << "the end of the file";
+    }
+  }
+  EXPECT_TRUE(taken == text);
+  stream->Seek(5);
+  EXPECT_EQ(stream->ReadByte(), text[5]);
+}
+
+TEST(FileStreamTest, FullWindowIsNotWidenedAndNothingIsLost) {
+  const std::string text(100'000, 'x');
+  const InputStream stream(text);
+  const std::size_t size = stream->Window().size();
+  EXPECT_LT(size, text.size());
+  EXPECT_FALSE(stream->WidenWindow());
+  EXPECT_EQ(stream->Window().size(), size);
+  stream->ReadByte();
+  stream->Unget('y');  // now the byte belongs to the stream, not to the file
+  EXPECT_EQ(ReadAll(*stream), "y" + text.substr(1));
+}
+
 }  // namespace

@@ -2,23 +2,30 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "support/seeded_random.h"
 
 namespace {
 
-// Pieces of every length up to 32 bits in random order, against one bit at a time.
+// Pieces of every length in random order, against one bit at a time; now and then the block moves.
 TEST(PackedWriterTest, BitsStandInTheOrderInWhichTheyAreAppended) {
   Testing::SeededRandom random(31);
   SCOPED_TRACE(random.Text());
   for (int repetition = 0; repetition < 200; ++repetition) {
     std::vector<bool> bits;
-    std::vector<std::uint8_t> block(600, 0xFF);
+    std::vector<std::uint8_t> block(1000, 0xFF);
     Vell::PackedWriter writer(block);
     const int pieces = random.Integer(0, 119);
     for (int piece = 0; piece < pieces; ++piece) {
-      const int count = random.Integer(0, 32);
+      if (random.Chance(0.05)) {
+        std::vector<std::uint8_t> other = block;
+        block.swap(other);
+        writer.MoveTo(block);
+        std::fill(other.begin(), other.end(), std::uint8_t{0x55});
+      }
+      const int count = random.Integer(0, Vell::PackedWriter::kMostBits);
       std::uint64_t value = 0;
       for (int i = 0; i < count; ++i) {
         bits.push_back(random.Chance(0.5));

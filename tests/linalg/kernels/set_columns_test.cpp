@@ -86,6 +86,16 @@ TEST(SetColumnsTest, ATernaryRowHasTwoPlanes) {
 
 // One row at every start and of every width. With `tail` = 0 it is the last one of its block, which
 // is allocated with one spare byte and no more; otherwise other cells follow.
+/// The columns that are set in the words of a row; `wordOf` gives the word of an index.
+template <typename WordOf>
+Columns ColumnsOfWords(std::int32_t width, WordOf wordOf) {
+  Columns columns;
+  for (std::int32_t word = 0; word < Vell::ColumnWordCount(width); ++word) {
+    Vell::VisitBits(wordOf(word), [&](int bit) { columns.push_back(64 * word + bit); });
+  }
+  return columns;
+}
+
 void CheckBitRow(std::int32_t start, std::int32_t width, std::int32_t tail, Fill fill,
                  SeededRandom& random) {
   BitVector cells(start + width + tail);
@@ -104,6 +114,10 @@ void CheckBitRow(std::int32_t start, std::int32_t width, std::int32_t tail, Fill
   ASSERT_EQ(Elements(Vell::SetColumns(row, Room(room, width))), expected)
       << "start " << start << ", width " << width << ", tail " << tail << ", fill "
       << static_cast<int>(fill);
+  ASSERT_EQ(
+      ColumnsOfWords(width, [&](std::int32_t word) { return Vell::SetColumnWord(row, word); }),
+      expected)
+      << "start " << start << ", width " << width << ", tail " << tail;
 }
 
 TEST(SetColumnsTest, EveryBitRowEqualsItsCells) {
@@ -146,6 +160,13 @@ void CheckTernaryRow(std::int32_t start, std::int32_t width, std::int32_t tail, 
   ASSERT_EQ(Elements(Vell::SetColumns(row, Room(room, width))), expectedValues);
   ASSERT_EQ(Elements(Vell::MissingColumns(row, Room(room, width))), expectedMissing);
   ASSERT_EQ(Vell::HasMissingCell(row), !expectedMissing.empty());
+  ASSERT_EQ(
+      ColumnsOfWords(width, [&](std::int32_t word) { return Vell::SetColumnWord(row, word); }),
+      expectedValues);
+  ASSERT_EQ(
+      ColumnsOfWords(
+          width, [&](std::int32_t word) { return Vell::TernaryColumnWords(row, word).missing; }),
+      expectedMissing);
 }
 
 TEST(SetColumnsTest, EveryTernaryRowEqualsItsCells) {
