@@ -1,9 +1,9 @@
 """Runs one process on one core and tells what it printed, took and needed.
 
-The chain is taskset (one core) and time (the peak of the resident memory; a process started by this
-interpreter itself would be charged with the interpreter's own). The kernel's limit of processor
-time is not used: while it watches a process, the process reads its own processor time in whole
-ticks.
+The chain is taskset (one core), prlimit (a limit of memory) and time (the peak of the resident
+memory; a process started by this interpreter itself would be charged with the interpreter's own).
+The kernel's limit of processor time is not used: while it watches a process, the process reads its
+own processor time in whole ticks.
 """
 
 import contextlib
@@ -99,18 +99,33 @@ class Watchdog(threading.Thread):
                 return
 
 
-def measure(command, core, time_limit, temporary_folder):
-    """time_limit is in processor seconds."""
+@dataclass(frozen=True)
+class Limits:
+    core: int
+    seconds: float     # of the processor
+    memory_gib: float  # of addresses
+
+
+def reason_of_failure(errors):
+    """The line that tells most of what a process wrote on standard error."""
+    errors.seek(0)
+    lines = errors.read().decode(errors="replace").strip().splitlines()
+    telling = [line for line in lines if line.startswith("Error")] or lines[-1:]
+    return telling[0].strip() if telling else "failed without a word"
+
+
+def measure(command, limits, temporary_folder):
     result = Measurement()
+    memory = int(limits.memory_gib * 2 ** 30)
     with tempfile.TemporaryFile() as output, tempfile.TemporaryFile() as errors, \
             tempfile.NamedTemporaryFile() as peak:
         start = time.monotonic()
         process = subprocess.Popen(
-            ["taskset", "-c", str(core), "/usr/bin/time", "-q", "-f", "%M", "-o", peak.name,
-             *command],
+            ["taskset", "-c", str(limits.core), "prlimit", f"--as={memory}", "/usr/bin/time", "-q",
+             "-f", "%M", "-o", peak.name, *command],
             stdout=output, stderr=errors, stdin=subprocess.DEVNULL, start_new_session=True,
             env=environment() | {"TMPDIR": temporary_folder})
-        watchdog = Watchdog(process.pid, time_limit)
+        watchdog = Watchdog(process.pid, limits.seconds)
         watchdog.start()
         _, status, usage = os.wait4(process.pid, 0)
         watchdog.over.set()
@@ -121,10 +136,7 @@ def measure(command, core, time_limit, temporary_folder):
         lines = peak.read().decode(errors="replace").split()
         result.peak_mib = int(lines[-1]) / 1024 if lines and lines[-1].isdigit() else 0.0
         if process.returncode != 0:
-            errors.seek(0)
-            text = errors.read().decode(errors="replace").strip().splitlines()
-            words = (text or ["failed without a word"])[-1]
-            result.status = "timeout" if watchdog.has_killed else words
+            result.status = "timeout" if watchdog.has_killed else reason_of_failure(errors)
             return result
         output.seek(0)
         last = output.read().decode(errors="replace").strip().splitlines()[-1:]

@@ -20,7 +20,8 @@ def processor_seconds_of_children():
 
 def seconds_of(folder, *task):
     before = processor_seconds_of_children()
-    subprocess.run(["plink2", "--threads", "1", "--pfile", os.path.join(folder, "plink"), "--pheno",
+    subprocess.run(["plink2", "--threads", "1", "--memory", "4000", "--pfile",
+                    os.path.join(folder, "plink"), "--pheno",
                     os.path.join(folder, "phenotype.txt"), "--covar",
                     os.path.join(folder, "covariates.txt"), "--out", os.path.join(folder, "plink"),
                     *task], check=True, stdout=subprocess.DEVNULL)

@@ -18,14 +18,14 @@ import time
 
 import answers
 import report
-from measure import Measurement, choose_openblas_kernels, measure
+from measure import Limits, Measurement, choose_openblas_kernels, measure
 from peer_list import (ANALYSIS_DEFINITION, FLOOR, HERE, INDICATORS, PEERS, PROGRAM, PYTHON, SIZES,
                        TASKS, Size)
 
 PROJECT = os.path.dirname(os.path.dirname(HERE))
 ROUNDS = 5
 # Runs that take longer than the first number of seconds are made in that many rounds only.
-FEWER_ROUNDS = [(60.0, 1), (20.0, 3)]
+FEWER_ROUNDS = [(120.0, 1), (20.0, 3)]
 
 
 def options():
@@ -37,6 +37,8 @@ def options():
     parser.add_argument("--rounds", type=int, help=f"how often each is run ({ROUNDS})")
     parser.add_argument("--time-limit", type=float, default=180.0, metavar="S",
                         help="processor seconds after which a peer is stopped (180)")
+    parser.add_argument("--memory-limit", type=float, default=16.0, metavar="GIB",
+                        help="addresses that a peer may take up (16)")
     parser.add_argument("--core", type=int, default=max(os.sched_getaffinity(0)),
                         help="the processor to use (the last one)")
     parser.add_argument("--build-dir", metavar="FOLDER",
@@ -118,6 +120,7 @@ class Run:
 
     def __init__(self, chosen):
         self.chosen = chosen
+        self.limits = Limits(chosen.core, chosen.time_limit, chosen.memory_limit)
         self.folders = {size: prepare(chosen, size) for size in chosen.sizes}
         self.references = {size: answers.load_reference(self.folders[size])
                            for size in chosen.sizes}
@@ -158,8 +161,8 @@ class Run:
         else:
             names = {"folder": self.folders[size], "build": self.chosen.build_dir,
                      "work": self.chosen.work, "passes": self.passes.get((size, task), 0)}
-            result = measure([part.format(**names) for part in peer.command], self.chosen.core,
-                             self.chosen.time_limit, self.folders[size])
+            result = measure([part.format(**names) for part in peer.command], self.limits,
+                             self.folders[size])
         self.done.setdefault(key, []).append(result)
         reached, words = answers.judge(peer, task, result.report, self.references[size])
         if peer.kind == PROGRAM and task in ("logit", "gee") and result.status == "ok":
