@@ -192,7 +192,8 @@ std::string RunMcmc(Hovar::DataSet& data, double lambda, double& seconds) {
 std::string RunStep(const Arguments& arguments) {
   Hovar::DataSet data;
   double seconds = ProcessorSecondsOf([&] {
-    Hovar::ReadDataFileAt(data, Vell::String(arguments.dataFile.c_str()), arguments.poaCount);
+    Hovar::ReadDataFileAt(data, Vell::String(arguments.dataFile.c_str()), arguments.poaCount,
+                          arguments.task == "write" ? Hovar::KeyUse::kKeep : Hovar::KeyUse::kDrop);
   });
   std::string report;
   if (arguments.task == "logit") {

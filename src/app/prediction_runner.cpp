@@ -14,7 +14,7 @@ PredictionRunner::PredictionRunner(Vell::XmlReader& reader)
 
 void PredictionRunner::Run() {
   DataSet dataSet;
-  ReadDataFileAt(dataSet, definition_.data, definition_.numberOfPoaIndicators);
+  ReadDataFileAt(dataSet, definition_.data, definition_.numberOfPoaIndicators, KeyUse::kKeep);
   RegressionResults results;
   ReadCoefficientsFor(dataSet, results, definition_.regressionCoefficients);
 

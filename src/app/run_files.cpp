@@ -13,9 +13,10 @@ void OpenRun(const Vell::String& folder, const Vell::String& logFile) {
   Vell::IO::Log().AttachFile(Vell::JoinPath(folder, logFile));
 }
 
-void ReadDataFileAt(DataSet& dataSet, const Vell::String& path, std::int32_t poaCount) {
+void ReadDataFileAt(DataSet& dataSet, const Vell::String& path, std::int32_t poaCount,
+                    KeyUse keyUse) {
   Vell::IO::FileStream stream(path, Vell::IO::Mode::kReadText);
-  ReadDataFile(dataSet, stream, poaCount);
+  ReadDataFile(dataSet, stream, poaCount, keyUse);
 }
 
 void ReadCoefficientsFor(DataSet& dataSet, RegressionResults& results, const Vell::String& path) {

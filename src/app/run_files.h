@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "data/data_file_reader.h"
 #include "data/data_set.h"
 #include "foundation/io/text_writer.h"
 #include "foundation/string.h"
@@ -14,7 +15,8 @@ namespace Hovar {
 void OpenRun(const Vell::String& folder, const Vell::String& logFile);
 
 /// Opens a data file and reads it. Errors: FileOpenException; those of ReadDataFile.
-void ReadDataFileAt(DataSet& dataSet, const Vell::String& path, std::int32_t poaCount);
+void ReadDataFileAt(DataSet& dataSet, const Vell::String& path, std::int32_t poaCount,
+                    KeyUse keyUse = KeyUse::kDrop);
 
 /// Reads a coefficient file and removes the variables that it does not have from the data set.
 /// Errors: FileOpenException; those of ReadCoefficientFile and ReconcileVariables.

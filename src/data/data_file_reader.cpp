@@ -157,10 +157,11 @@ void IndexHospitals(DataSet& dataSet) {
 
 }  // namespace
 
-void ReadDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
+void ReadDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount,
+                  KeyUse keyUse) {
   Vell::IO::StandardOutput().WriteLine("Reading data file...");
   dataSet = DataSet();
-  const bool isPlain = ReadPlainDataFile(dataSet, stream, poaCount);
+  const bool isPlain = ReadPlainDataFile(dataSet, stream, poaCount, keyUse);
   stream.Seek(0);
   if (!isPlain) {
     dataSet = DataSet();

@@ -7,13 +7,16 @@
 
 namespace Hovar {
 
+/// Whether the records' keys stay in memory, for a run that writes them.
+enum class KeyUse { kDrop, kKeep };
+
 /// Reads a data file: CSV with one header line and one line per patient record, records of one
 /// hospital together. docs/formats.md describes the columns.
 ///
-/// The stream is read twice, first for its shape and then for its records, so it must be at its
-/// beginning and able to seek. `poaCount` is the number of present-on-admission indicator columns.
-/// Progress goes to standard output; counts, and a warning for each record with Y = 0 and P = 1
-/// (whose P becomes 0: a condition that was present on admission implies the outcome), to the log.
+/// The stream is read more than once, so it must be at its beginning and able to seek. `poaCount`
+/// is the number of present-on-admission indicator columns. Progress goes to standard output;
+/// counts, and a warning for each record with Y = 0 and P = 1 (whose P becomes 0: a condition that
+/// was present on admission implies the outcome), to the log.
 ///
 /// Cells hold 0 or 1. An indicator or an X cell that is empty (blanks and tabs aside) is missing;
 /// so is one that holds nothing before a carriage return and a line feed.
@@ -26,6 +29,7 @@ namespace Hovar {
 ///         "Index out of range" for a file without a header line or with fewer fields than the
 ///         indicators ask for; those of the CSV reader; "Out of memory". The data set is of no use
 ///         after an error.
-void ReadDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount);
+void ReadDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount,
+                  KeyUse keyUse = KeyUse::kDrop);
 
 }  // namespace Hovar

@@ -37,6 +37,10 @@ struct DataSet {
   Vell::BitVector hospitalHasMissing;             // h
   Vell::BitVector recordHasMissing;               // n: P or some X cell is missing
 
+  /// The keys of the records, each with a line feed behind it, where the reader was told to keep
+  /// them and none needs the rules of quoting; otherwise nothing.
+  Vell::GrowableArray<char> keys;
+
   Vell::StringArray zNames;  // V, the first one is "ZIntercept"
   Vell::StringArray xNames;  // V, the first one is "XIntercept"
 

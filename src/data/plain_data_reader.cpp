@@ -61,9 +61,10 @@ std::int32_t CountVariables(std::string_view header, std::int32_t poaCount) noex
 class PlainRecords {
  public:
   /// Makes room for about as many records as the rest of the file holds.
-  PlainRecords(DataSet& dataSet, std::int32_t poaCount, std::int64_t expectedRecords)
+  PlainRecords(DataSet& dataSet, std::int32_t poaCount, KeyUse keyUse, std::int64_t expectedRecords)
       : dataSet_(dataSet),
         poaCount_(poaCount),
+        keyUse_(keyUse),
         mostRecords_(INT32_MAX / dataSet.variableCount),
         zWriter_({}),
         xWriter_({}) {
@@ -112,8 +113,22 @@ class PlainRecords {
   bool TakeRecord(std::string_view& text) {
     std::string_view key;
     std::string_view id;
-    return TakeField(text, key) && TakeField(text, id) && TakeHospital(id) && TakeOutcome(text) &&
-           TakePresentOnAdmission(text) && TakeCovariates(text);
+    return TakeField(text, key) && TakeField(text, id) && TakeKey(key) && TakeHospital(id) &&
+           TakeOutcome(text) && TakePresentOnAdmission(text) && TakeCovariates(text);
+  }
+
+  bool TakeKey(std::string_view key) {
+    if (keyUse_ == KeyUse::kKeep) {
+      const std::size_t size = key.size() + 1;
+      if (size > static_cast<std::size_t>(INT32_MAX - dataSet_.keys.Size())) {
+        keyUse_ = KeyUse::kDrop;  // more than an array holds; the file still has them
+        dataSet_.keys.Clear();
+        return true;
+      }
+      char* const to = dataSet_.keys.AppendUninitialised(static_cast<std::int32_t>(size));
+      *std::copy(key.begin(), key.end(), to) = '\n';
+    }
+    return true;
   }
 
   bool TakeHospital(std::string_view id) {
@@ -179,6 +194,7 @@ class PlainRecords {
 
   DataSet& dataSet_;
   std::int32_t poaCount_;
+  KeyUse keyUse_;
   std::int32_t mostRecords_;  // a matrix has fewer than 2^31 cells
   std::int32_t record_ = 0;
   std::int32_t hospitalCount_ = 0;
@@ -188,7 +204,8 @@ class PlainRecords {
 
 }  // namespace
 
-bool ReadPlainDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
+bool ReadPlainDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount,
+                       KeyUse keyUse) {
   std::string_view lines = WholeLines(stream);
   const std::string_view header = lines.substr(0, lines.find('\n') + 1);
   dataSet.variableCount = CountVariables(header, poaCount);
@@ -202,7 +219,7 @@ bool ReadPlainDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t 
   const auto lineLength = static_cast<std::int64_t>(lines.size()) / std::max(lineCount, 1L);
   // A hundredth more, because the lines of the rest are not all of the same length.
   const std::int64_t expected = stream.Length() / std::max<std::int64_t>(lineLength, 1);
-  PlainRecords records(dataSet, poaCount, expected + expected / 100);
+  PlainRecords records(dataSet, poaCount, keyUse, expected + expected / 100);
   stream.TakeFromWindow(headerSize);
   for (;;) {
     lines = WholeLines(stream);

@@ -2,13 +2,15 @@
 
 #include <cstdint>
 
+#include "data/data_file_reader.h"
 #include "data/data_set.h"
 #include "foundation/io/stream.h"
 
 namespace Hovar {
 
 /// Reads a data file without anything unusual in a single pass, from the start of the stream:
-/// sizes the data set and fills y, p, z, x, hospitalIds and hospitalStart. Prints and logs nothing.
+/// sizes the data set and fills y, p, z, x, hospitalIds, hospitalStart and, if they are kept, keys.
+/// Prints and logs nothing.
 ///
 /// A file is plain when all its lines have the same number of fields, that number suits `poaCount`,
 /// no quote and no NUL byte occurs, cells are single digits 0 and 1 (or empty, for indicators and
@@ -17,6 +19,7 @@ namespace Hovar {
 /// false, and the data set is of no use: what is wrong with the file, if anything, is for the
 /// careful way to say, which measures the file before it reads it.
 /// Errors: "IO Exception"; "Out of memory".
-bool ReadPlainDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount);
+bool ReadPlainDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount,
+                       KeyUse keyUse);
 
 }  // namespace Hovar

@@ -1,5 +1,7 @@
 #include "prediction/prediction_files.h"
 
+#include <optional>
+
 #include "foundation/io/csv_reader.h"
 #include "foundation/io/csv_writer.h"
 #include "foundation/io/file_stream.h"
@@ -70,6 +72,36 @@ char* PrintRecord(char* place, const IndividualPredictions& predictions, const D
   return printer.End();
 }
 
+/// The keys of the records, one after the other: those that the data set has kept, or the data
+/// file's.
+class KeySource {
+ public:
+  KeySource(const DataSet& dataSet, const Vell::String& dataFilePath)
+      : kept_(dataSet.keys.begin(), static_cast<std::size_t>(dataSet.keys.Size())) {
+    if (kept_.empty()) {
+      file_.emplace(dataFilePath, Vell::IO::Mode::kReadText);
+      Vell::IO::SkipRecord(*file_);  // the header
+    }
+  }
+
+  void WriteNext(TextWriter& writer) {
+    if (!file_.has_value()) {
+      const std::size_t length = kept_.find('\n');
+      writer.Write(kept_.substr(0, length));
+      kept_.remove_prefix(length + 1);
+      return;
+    }
+    Vell::IO::ReadField(key_, *file_);
+    Vell::IO::SkipRecord(*file_);
+    WriteField(writer, key_);
+  }
+
+ private:
+  std::string_view kept_;
+  std::optional<FileStream> file_;
+  Vell::String key_;
+};
+
 void SkipFields(Vell::IO::Stream& stream, int count) {
   for (int i = 0; i < count; ++i) {
     Vell::IO::SkipField(stream);
@@ -80,16 +112,12 @@ void SkipFields(Vell::IO::Stream& stream, int count) {
 
 void WriteIndividualPredictions(const IndividualPredictions& predictions, const DataSet& dataSet,
                                 const Vell::String& dataFilePath, TextWriter& writer) {
-  FileStream data(dataFilePath, Vell::IO::Mode::kReadText);
+  KeySource keys(dataSet, dataFilePath);
   writer.Write("Key,Hospital ID");
   WritePredictionNames(writer);
-  Vell::IO::SkipRecord(data);  // the header
-  Vell::String key;
   for (std::int32_t h = 0; h < dataSet.hospitalCount; ++h) {
     for (std::int32_t i = dataSet.hospitalStart[h]; i < dataSet.hospitalStart[h + 1]; ++i) {
-      Vell::IO::ReadField(key, data);
-      Vell::IO::SkipRecord(data);
-      WriteField(writer, key);
+      keys.WriteNext(writer);
       writer.Write(',');
       WriteField(writer, dataSet.hospitalIds[h]);
       writer.WritePrinted<RecordPrinter::kRoom>(

@@ -11,8 +11,9 @@
 
 namespace Hovar {
 
-/// Writes one line per record, in the order of the data file, which is read again for the records'
-/// keys: the first field of each record, as the CSV reader returns it.
+/// Writes one line per record, in the order of the data file. The records' keys are those that the
+/// data set has kept; otherwise the data file is read again: the first field of each record, as the
+/// CSV reader returns it.
 /// Errors: FileOpenException for the data file; those of the CSV reader; "IO Exception"; "Out of
 ///         memory".
 void WriteIndividualPredictions(const IndividualPredictions& predictions, const DataSet& dataSet,

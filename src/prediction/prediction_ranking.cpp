@@ -6,70 +6,150 @@
 #include <cmath>
 #include <numeric>
 #include <span>
-#include <utility>
 
 #include "foundation/exceptions/exceptions.h"
-#include "foundation/memory.h"
 
 namespace Hovar {
 namespace {
 
-/// A number whose unsigned order is the order of the doubles: the sign bit is turned round, and all
-/// others of a negative number too. Both zeros become one.
-std::uint64_t SortKey(double value) noexcept {
-  constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
-  const std::uint64_t bits = std::bit_cast<std::uint64_t>(value + 0.0);
-  return (bits & kSign) != 0 ? ~bits : bits | kSign;
+struct RankedPrediction {
+  double prediction;
+  std::uint32_t record;
+};
+
+bool IsBelow(const RankedPrediction& a, const RankedPrediction& b) noexcept {
+  return a.prediction < b.prediction;
 }
 
-// Records are sorted as words: the leading 32 of the bits in which their keys differ at all, and
-// the record's number below.
+struct Range {
+  double lowest = HUGE_VAL;
+  double highest = -HUGE_VAL;
+};
 
-using Word = std::uint64_t;
-
-std::int32_t RecordOf(Word word) noexcept { return static_cast<std::int32_t>(word & 0xFFFF'FFFF); }
-
-constexpr int kDigitBits = 11;
-constexpr int kDigits = 3;  // 3 * 11 >= 32
-constexpr std::size_t kBuckets = std::size_t{1} << kDigitBits;
-
-std::size_t DigitOf(Word word, int digit) noexcept {
-  return word >> (32 + digit * kDigitBits) & (kBuckets - 1);
+/// The range of the numbers, NaNs aside.
+Range RangeOf(std::span<const double> numbers) noexcept {
+  // Four ranges side by side, so that no comparison waits for the one before.
+  std::array<Range, 4> ranges;
+  std::size_t i = 0;
+  for (; i + ranges.size() <= numbers.size(); i += ranges.size()) {
+    for (std::size_t lane = 0; lane < ranges.size(); ++lane) {
+      const double number = numbers[i + lane];
+      ranges[lane].lowest = number < ranges[lane].lowest ? number : ranges[lane].lowest;
+      ranges[lane].highest = number > ranges[lane].highest ? number : ranges[lane].highest;
+    }
+  }
+  Range all;
+  for (const Range& range : ranges) {
+    all.lowest = std::min(all.lowest, range.lowest);
+    all.highest = std::max(all.highest, range.highest);
+  }
+  for (; i < numbers.size(); ++i) {
+    all.lowest = std::min(all.lowest, numbers[i]);
+    all.highest = std::max(all.highest, numbers[i]);
+  }
+  return all;
 }
 
-/// How many words have each value of each digit.
-class DigitCounts {
+/// Maps numbers of a range to steps of equal width, 0 to below `steps`, so that a larger number
+/// never has a lower step. A range that is empty, infinite or too wide has one step.
+class Steps {
  public:
-  void Add(Word word) noexcept {
-    for (int digit = 0; digit < kDigits; ++digit) {
-      ++counts_[static_cast<std::size_t>(digit)][DigitOf(word, digit)];
+  Steps(const Range& range, std::uint32_t steps) noexcept
+      : lowest_(range.lowest), last_(steps - 1) {
+    const double width = range.highest - range.lowest;
+    if (std::isfinite(width) && std::isfinite(steps / width)) {
+      stepsPerUnit_ = steps / width;
     }
   }
 
-  /// Sorts the counted words by the bits of their keys: a radix sort, the lowest digit first (D. E.
-  /// Knuth, The Art of Computer Programming 3, 2nd ed. (1998), section 5.2.5). `scratch` has room
-  /// for as many words; the result stands there.
-  void SortInto(std::span<Word> scratch, std::span<Word> words) noexcept {
-    static_assert(kDigits % 2 == 1);
-    for (int digit = 0; digit < kDigits; ++digit) {
-      auto& place = counts_[static_cast<std::size_t>(digit)];
-      std::exclusive_scan(place.begin(), place.end(), place.begin(), std::uint32_t{0});
-      for (const Word word : words) {
-        scratch[place[DigitOf(word, digit)]++] = word;
-      }
-      std::swap(scratch, words);
-    }
+  bool AreOne() const noexcept { return stepsPerUnit_ == 0; }
+
+  std::uint32_t Of(double number) const noexcept {
+    return AreOne()
+               ? 0
+               : std::min(static_cast<std::uint32_t>((number - lowest_) * stepsPerUnit_), last_);
   }
 
  private:
-  std::array<std::array<std::uint32_t, kBuckets>, kDigits> counts_{};
+  double lowest_;
+  double stepsPerUnit_ = 0;
+  std::uint32_t last_;
 };
 
-/// The end of the run of words with the same key bits.
-std::span<Word>::iterator EndOfRun(std::span<Word>::iterator begin,
-                                   std::span<Word>::iterator end) noexcept {
-  return std::find_if(begin + 1, end, [begin](Word word) { return word >> 32 != *begin >> 32; });
+/// Turns counts into the places of the first element of each step.
+template <typename Counts>
+void TurnIntoPlaces(Counts& counts) noexcept {
+  std::exclusive_scan(std::begin(counts), std::end(counts), std::begin(counts), std::uint32_t{0});
 }
+
+/// Sorts what fell into one step: by finer steps, of which each holds an element or two, and then
+/// by insertion. Where elements crowd in a few of those, they are compared with each other.
+class StepSorter {
+ public:
+  /// For steps of at most `most` elements.
+  explicit StepSorter(std::int32_t most) : elements_(most), sorted_(most) {}
+
+  void Begin() noexcept { size_ = 0; }
+  void Add(const RankedPrediction& element) noexcept { elements_[size_++] = element; }
+
+  std::span<const RankedPrediction> Sort() noexcept {
+    const std::span<RankedPrediction> elements(elements_.begin(), static_cast<std::size_t>(size_));
+    if (!SortByFinerSteps(elements)) {
+      std::sort(elements.begin(), elements.end(), IsBelow);
+      return elements;
+    }
+    return std::span(sorted_.begin(), static_cast<std::size_t>(size_));
+  }
+
+ private:
+  static constexpr std::size_t kFewest = 8;
+  static constexpr std::size_t kFinerSteps = 1024;
+  static constexpr std::uint32_t kCrowd = 32;
+
+  /// False, with nothing done, for few elements and where the steps do not separate them.
+  bool SortByFinerSteps(std::span<const RankedPrediction> elements) noexcept {
+    if (elements.size() < kFewest || elements.size() > 8 * kFinerSteps) {
+      return false;
+    }
+    Range range;
+    for (const RankedPrediction& element : elements) {
+      range.lowest = std::min(range.lowest, element.prediction);
+      range.highest = std::max(range.highest, element.prediction);
+    }
+    const std::size_t count = std::min(std::bit_ceil(elements.size()), kFinerSteps);
+    const Steps steps(range, static_cast<std::uint32_t>(count));
+    std::array<std::uint32_t, kFinerSteps> room;
+    const std::span<std::uint32_t> places = std::span(room).first(count);
+    std::ranges::fill(places, 0U);
+    for (const RankedPrediction& element : elements) {
+      ++places[steps.Of(element.prediction)];
+    }
+    if (*std::max_element(places.begin(), places.end()) > kCrowd) {
+      return false;
+    }
+    TurnIntoPlaces(places);
+    for (const RankedPrediction& element : elements) {
+      sorted_[static_cast<std::int32_t>(places[steps.Of(element.prediction)]++)] = element;
+    }
+    InsertionSort(sorted_.begin(), sorted_.begin() + elements.size());
+    return true;
+  }
+
+  static void InsertionSort(RankedPrediction* begin, RankedPrediction* end) noexcept {
+    for (RankedPrediction* next = begin + 1; next < end; ++next) {
+      const RankedPrediction element = *next;
+      RankedPrediction* place = next;
+      for (; place != begin && IsBelow(element, place[-1]); --place) {
+        *place = place[-1];
+      }
+      *place = element;
+    }
+  }
+
+  Vell::GrowableArray<RankedPrediction> elements_;
+  Vell::GrowableArray<RankedPrediction> sorted_;
+  std::int32_t size_ = 0;
+};
 
 }  // namespace
 
@@ -83,58 +163,47 @@ PredictionRanking::PredictionRanking(const Vell::Vector& predictions, std::int32
   if (predictions.Size() < records) {
     throw Vell::Exceptions::InvalidArgumentException("Index out of range");
   }
-  // NaNs go to the back; the others' keys tell which of their bits matter.
-  std::uint64_t lowest = ~std::uint64_t{0};
-  std::uint64_t highest = 0;
-  std::int32_t nans = 0;
+  const std::span<const double> all(predictions.begin(), static_cast<std::size_t>(records));
+  // Each prediction goes to its step; within a step the records keep their order. NaNs go to the
+  // back.
+  constexpr std::size_t kSteps = 2048;
+  const Steps steps(RangeOf(all), kSteps);
+  std::array<std::uint32_t, kSteps> places{};
+  for (const double prediction : all) {
+    if (!std::isnan(prediction)) {
+      ++places[steps.Of(prediction)];
+      ++numbers_;
+    }
+  }
+  const std::uint32_t most = *std::max_element(places.begin(), places.end());
+  TurnIntoPlaces(places);
+  Vell::Vector values(numbers_);
+  std::int32_t nanPlace = numbers_;
   for (std::int32_t i = 0; i < records; ++i) {
     if (std::isnan(predictions[i])) {
-      order_[records - ++nans] = static_cast<Entry>(i);
+      order_[nanPlace++] = static_cast<Entry>(i);
       continue;
     }
-    const std::uint64_t key = SortKey(predictions[i]);
-    lowest = std::min(lowest, key);
-    highest = std::max(highest, key);
-  }
-  numbers_ = records - nans;
-  const int width = numbers_ > 0 ? static_cast<int>(std::bit_width(highest - lowest)) : 0;
-  const int dropped = std::max(width - 32, 0);
-  Vell::GrowableArray<Word> wordBlock(numbers_);
-  DigitCounts digits;
-  Word* next = wordBlock.begin();
-  for (std::int32_t i = 0; i < records; ++i) {
-    if (!std::isnan(predictions[i])) {
-      *next = (SortKey(predictions[i]) - lowest) >> dropped << 32 | static_cast<Word>(i);
-      digits.Add(*next++);
-    }
-  }
-  std::span<Word> words = wordBlock.Span();
-  Vell::GrowableArray<Word> scratch;
-  // Few records are sorted faster by comparing than by counting digits.
-  constexpr std::int32_t kFew = 2048;
-  if (numbers_ < kFew) {
-    std::sort(words.begin(), words.end());
-  } else {
-    scratch.Resize(numbers_);
-    digits.SortInto(scratch.Span(), words);
-    words = scratch.Span();
+    const auto place = static_cast<std::int32_t>(places[steps.Of(predictions[i])]++);
+    values[place] = predictions[i];
+    order_[place] = static_cast<Entry>(i);
   }
 
-  // Records with the same key bits are mostly alone, or have equal predictions.
-  const auto isBelow = [&predictions](Word a, Word b) {
-    return predictions[RecordOf(a)] < predictions[RecordOf(b)];
-  };
-  Entry* entry = order_.begin();
-  for (auto begin = words.begin(); begin != words.end();) {
-    const auto end = EndOfRun(begin, words.end());
-    if (end - begin > 1 && !std::is_sorted(begin, end, isBelow)) {
-      std::sort(begin, end, isBelow);
+  StepSorter sorter(static_cast<std::int32_t>(most));
+  std::int32_t begin = 0;
+  for (const std::uint32_t placeOfEnd : places) {
+    const auto end = static_cast<std::int32_t>(placeOfEnd);
+    sorter.Begin();
+    for (std::int32_t i = begin; i < end; ++i) {
+      sorter.Add({values[i], order_[i]});
     }
-    for (auto word = begin; word != end; ++word) {
-      const bool isTie = word != begin && !isBelow(word[-1], word[0]);
-      *entry++ = static_cast<Entry>(RecordOf(*word)) | (isTie ? kTie : 0);
+    // Numbers of different steps are different.
+    const RankedPrediction* last = nullptr;
+    for (const RankedPrediction& element : sorter.Sort()) {
+      const bool isTie = last != nullptr && last->prediction == element.prediction;
+      order_[begin++] = element.record | (isTie ? kTie : 0);
+      last = &element;
     }
-    begin = end;
   }
 }
 

@@ -21,7 +21,7 @@ using Testing::InputStream;
 bool IsPlain(const std::string& text, std::int32_t poaCount) {
   const InputStream stream(text);
   DataSet data;
-  return ReadPlainDataFile(data, *stream, poaCount);
+  return ReadPlainDataFile(data, *stream, poaCount, Hovar::KeyUse::kDrop);
 }
 
 struct Shape {
