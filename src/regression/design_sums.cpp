@@ -1,6 +1,7 @@
 #include "regression/design_sums.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "foundation/integer_size.h"
 #include "linalg/kernels/processor.h"
@@ -16,23 +17,54 @@ void VisitSetColumns(const std::uint64_t* words, std::int32_t wordCount, Visit v
   }
 }
 
-/// Along each column's list, with the set columns of each of its records.
+/// A record's set columns, and what it adds to their sums.
+struct RecordTerms {
+  const std::uint16_t* setColumns;
+  std::size_t count;
+  double weight;
+  double value;
+};
+
+/// Adds a record's weight for every pair of its set columns and, unless `columnSums` is null, its
+/// value for every column. kCount is the number of columns, or 0 for any; with a fixed number the
+/// loops are unrolled, and no branch depends on the record.
+template <std::size_t kCount>
+void AddPairs(TriangleSums& crossproducts, double* columnSums, const RecordTerms& terms) noexcept {
+  const std::size_t count = kCount > 0 ? kCount : terms.count;
+  for (std::size_t a = 0; a < count; ++a) {
+    double* const row = crossproducts.Row(terms.setColumns[a]);
+    for (std::size_t b = 0; b <= a; ++b) {
+      row[terms.setColumns[b]] += terms.weight;
+    }
+  }
+  if (columnSums != nullptr) {
+    for (std::size_t a = 0; a < count; ++a) {
+      columnSums[terms.setColumns[a]] += terms.value;
+    }
+  }
+}
+
+constexpr std::size_t kMostUnrolled = 12;
+
+template <std::size_t... kCounts>
+constexpr auto MakeAddPairs(std::index_sequence<kCounts...>) {
+  return std::array{&AddPairs<kCounts>...};
+}
+constexpr auto kAddPairs = MakeAddPairs(std::make_index_sequence<kMostUnrolled + 1>());
+
 void AddCrossproductsPlainly(TriangleSums& crossproducts, std::span<double> columnSums,
                              const FitRows& rows, std::int32_t block, const BlockValues& weights,
                              const BlockValues& values) noexcept {
-  const std::uint64_t* const words = rows.Words(block);
-  for (std::int32_t j = 0; j < rows.ColumnCount(); ++j) {
-    double* const row = crossproducts.Row(j);
-    for (const FitRows::Place i : rows.Places(block, j)) {
-      VisitSetColumns(words + i * rows.WordCount(), j / Vell::kColumnsPerWord + 1,
-                      [&](std::int32_t k) { row[k] += weights[i]; });
-    }
-    if (!columnSums.empty()) {
-      double& sum = columnSums[static_cast<std::size_t>(j)];
-      for (const FitRows::Place i : rows.Places(block, j)) {
-        sum += values[i];
-      }
-    }
+  std::array<std::uint16_t, FitRows::kMostColumns> setColumns;
+  const std::uint64_t* words = rows.Words(block);
+  for (std::size_t i = 0; i < static_cast<std::size_t>(rows.BlockSize(block)); ++i) {
+    std::size_t count = 0;
+    VisitSetColumns(words, rows.WordCount(), [&](std::int32_t column) {
+      setColumns[count++] = static_cast<std::uint16_t>(column);
+    });
+    const auto addPairs = kAddPairs[count <= kMostUnrolled ? count : 0];
+    addPairs(crossproducts, columnSums.data(), {setColumns.data(), count, weights[i], values[i]});
+    words += rows.WordCount();
   }
 }
 

@@ -21,7 +21,6 @@ void ReserveAtLeast(Vell::GrowableArray<T>& array, std::int64_t capacity) {
 
 void FitRows::Begin(std::int32_t mostRecords, std::int32_t columnCount,
                     std::int32_t hospitalCount) {
-  constexpr std::int32_t kMostColumns = 65535;
   if (columnCount > kMostColumns) {
     throw Vell::Exceptions::IntegerOverflowException("Integer overflow");
   }

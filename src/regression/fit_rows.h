@@ -27,11 +27,13 @@ class FitRows {
 
   /// Records of a block; only the last one can have fewer.
   static constexpr std::int32_t kBlockSize = 2048;
+  /// The information matrix of a wider design has no valid size.
+  static constexpr std::int32_t kMostColumns = 65535;
 
   /// Gathers the records of `rows` that take part; what was gathered before is replaced, its memory
   /// used again. `hospitalSize` counts the records of each hospital, which stand together.
-  /// Errors: "Integer overflow" for 2^31 set cells and more, or 65,536 columns and more (the
-  /// information matrix of so wide a design has no valid size); "Out of memory".
+  /// Errors: "Integer overflow" for 2^31 set cells and more, or more than
+  /// kMostColumns; "Out of memory".
   template <RowSource Rows>
   void Collect(const Rows& rows, const Vell::IndexVector& hospitalSize);
 
