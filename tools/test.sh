@@ -4,7 +4,7 @@
 # the formatting and runs clang-tidy.
 set -eu
 cd "$(dirname "$0")/.."
-tools/install_packages.sh cmake g++ make libgtest-dev clang libclang-rt-14-dev clang-format clang-tidy \
+tools/install_packages.sh cmake g++ make libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format clang-tidy \
   locales
 if ! locale -a | grep -qi '^de_DE.utf-\?8$'; then
   # A locale with a decimal comma, so that tests can show that it changes nothing.
@@ -18,7 +18,7 @@ echo "== Formatting"
 find src tests bench tools -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror
 
 echo "== Tests under AddressSanitizer and UndefinedBehaviorSanitizer (clang)"
-cmake --preset asan -DCMAKE_CXX_COMPILER=clang++
+cmake --preset asan -DCMAKE_CXX_COMPILER=clang++ -DHOVAR_BUILD_BENCHMARKS=ON
 cmake --build build/asan -j "$jobs"
 ctest --preset asan -j "$jobs"
 

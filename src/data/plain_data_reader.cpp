@@ -51,7 +51,7 @@ std::int32_t CountVariables(std::string_view header, std::int32_t poaCount) noex
     ++fields;
   }
   // The last name ends the line.
-  const bool isPlain = header.find_first_of(std::string_view("\"\0", 2)) == header.npos;
+  const bool isPlain = header.find_first_of(std::string_view("\"\0", 2)) == std::string_view::npos;
   const std::int64_t covariateFields = fields - kLeadingFields - poaCount;
   const bool isShaped = poaCount >= 0 && covariateFields >= 2 && covariateFields % 2 == 0;
   return isPlain && isShaped ? static_cast<std::int32_t>(covariateFields / 2 + 1) : 0;

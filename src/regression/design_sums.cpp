@@ -47,7 +47,7 @@ void AddPairs(TriangleSums& crossproducts, double* columnSums, const RecordTerms
 constexpr std::size_t kMostUnrolled = 12;
 
 template <std::size_t... kCounts>
-constexpr auto MakeAddPairs(std::index_sequence<kCounts...>) {
+constexpr auto MakeAddPairs(std::index_sequence<kCounts...> /*counts*/) {
   return std::array{&AddPairs<kCounts>...};
 }
 constexpr auto kAddPairs = MakeAddPairs(std::make_index_sequence<kMostUnrolled + 1>());
@@ -56,7 +56,7 @@ void AddCrossproductsPlainly(TriangleSums& crossproducts, std::span<double> colu
                              const FitRows& rows, std::int32_t block, const BlockValues& weights,
                              const BlockValues& values) noexcept {
   std::array<std::uint16_t, FitRows::kMostColumns> setColumns;
-  const std::uint64_t* words = rows.Words(block);
+  const std::uint64_t* words = rows.Words(block, 0);
   for (std::size_t i = 0; i < static_cast<std::size_t>(rows.BlockSize(block)); ++i) {
     std::size_t count = 0;
     VisitSetColumns(words, rows.WordCount(), [&](std::int32_t column) {
@@ -70,7 +70,7 @@ void AddCrossproductsPlainly(TriangleSums& crossproducts, std::span<double> colu
 
 void AddColumnSumsPlainly(const ColumnSums& first, const ColumnSums& second, const FitRows& rows,
                           const BlockPart& part) noexcept {
-  const std::uint64_t* words = rows.Words(part.block) + part.begin * rows.WordCount();
+  const std::uint64_t* words = rows.Words(part.block, part.begin);
   for (auto i = static_cast<std::size_t>(part.begin); i < static_cast<std::size_t>(part.end); ++i) {
     VisitSetColumns(words, rows.WordCount(), [&](std::int32_t j) {
       first.sums[static_cast<std::size_t>(j)] += first.values[i];

@@ -12,7 +12,7 @@
 namespace Hovar {
 namespace {
 
-constexpr std::int32_t kGroup = TriangleSums::kGroup;
+constexpr std::ptrdiff_t kGroup = TriangleSums::kGroup;
 constexpr std::int32_t kWordBits = Vell::kColumnsPerWord;
 
 [[gnu::target("avx512f")]] inline __mmask8 GroupMask(const std::uint64_t* word,
@@ -27,7 +27,7 @@ constexpr std::int32_t kWordBits = Vell::kColumnsPerWord;
 struct ColumnList {
   std::span<const FitRows::Place> places;
   const std::uint64_t* word;  // of the block's first record
-  std::int32_t wordCount;
+  std::ptrdiff_t wordCount;
   const double* weights;
   const double* values;
 };
@@ -87,7 +87,8 @@ template <std::int32_t kGroups>
 #pragma GCC unroll 4
     for (std::int32_t r = 0; r < kRegisters; ++r) {
       __mmask16 mask;
-      std::memcpy(&mask, reinterpret_cast<const unsigned char*>(word) + 2 * r, sizeof mask);
+      std::memcpy(&mask, reinterpret_cast<const unsigned char*>(word) + std::ptrdiff_t{2} * r,
+                  sizeof mask);
       counts[r] = _mm512_mask_add_epi32(counts[r], mask, counts[r], one);
     }
   }
@@ -161,7 +162,7 @@ void AddCrossproductsAvx512(TriangleSums& crossproducts, std::span<double> colum
                             const FitRows& rows, std::int32_t block, const BlockValues& weights,
                             const BlockValues& values) noexcept {
   for (std::int32_t j = 0; j < rows.ColumnCount(); ++j) {
-    ColumnList list{rows.Places(block, j), rows.Words(block), rows.WordCount(), weights.data(),
+    ColumnList list{rows.Places(block, j), rows.Words(block, 0), rows.WordCount(), weights.data(),
                     values.data()};
     for (std::int32_t column = 0; column <= j; column += kWordBits, ++list.word) {
       RunForColumns(std::min(j + 1 - column, kWordBits), [&]<std::int32_t kGroups>() {
@@ -180,7 +181,7 @@ void AddCrossproductsOfQuartersAvx512(TriangleSums& crossproducts, std::span<dou
                                       const FitRows& rows, std::int32_t block,
                                       const BlockValues& values) noexcept {
   for (std::int32_t j = 0; j < rows.ColumnCount(); ++j) {
-    ColumnList list{rows.Places(block, j), rows.Words(block), rows.WordCount(), nullptr,
+    ColumnList list{rows.Places(block, j), rows.Words(block, 0), rows.WordCount(), nullptr,
                     values.data()};
     for (std::int32_t column = 0; column <= j; column += kWordBits, ++list.word) {
       RunForColumns(std::min(j + 1 - column, kWordBits), [&]<std::int32_t kGroups>() {
@@ -195,7 +196,7 @@ void AddCrossproductsOfQuartersAvx512(TriangleSums& crossproducts, std::span<dou
 
 void AddColumnSumsAvx512(const ColumnSums& first, const ColumnSums& second, const FitRows& rows,
                          const BlockPart& part) noexcept {
-  const std::uint64_t* const words = rows.Words(part.block) + part.begin * rows.WordCount();
+  const std::uint64_t* const words = rows.Words(part.block, part.begin);
   for (std::int32_t column = 0; column < rows.ColumnCount(); column += kWordBits) {
     const WordSums sums{first.sums.data() + column, second.sums.data() + column,
                         std::min(rows.ColumnCount() - column, kWordBits)};

@@ -68,7 +68,8 @@ void FitRows::EndBlock() {
   }
   for (std::int32_t column = 0; column < columnCount_; ++column) {
     const std::int32_t size = std::exchange(listSize_[column], 0);
-    std::copy_n(lists_.begin() + column * kBlockSize, size, places_.AppendUninitialised(size));
+    std::copy_n(lists_.begin() + std::int64_t{column} * kBlockSize, size,
+                places_.AppendUninitialised(size));
     listStart_.Append(places_.Size());
   }
 }

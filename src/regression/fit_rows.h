@@ -54,10 +54,10 @@ class FitRows {
   /// order of the hospitals.
   const Vell::IndexVector& ClusterSize() const noexcept { return clusterSize_; }
 
-  /// Words of a record, and the first record's words of a block; the others follow.
+  /// The words of a record, which those of the next one follow.
   std::int32_t WordCount() const noexcept { return wordCount_; }
-  const std::uint64_t* Words(std::int32_t block) const noexcept {
-    return words_.begin() + std::int64_t{FirstRecord(block)} * wordCount_;
+  const std::uint64_t* Words(std::int32_t block, std::int32_t place) const noexcept {
+    return words_.begin() + std::int64_t{FirstRecord(block) + place} * wordCount_;
   }
 
   /// The places of a block's records in which a column is set, ascending.

@@ -26,7 +26,7 @@ std::vector<Record> RecordsOf(const FitRows& rows) {
   std::int32_t hospital = 0;
   std::int32_t hospitalEnd = rows.ClusterSize().Size() > 0 ? rows.ClusterSize()[0] : 0;
   for (std::int32_t block = 0; block < rows.BlockCount(); ++block) {
-    const std::uint64_t* words = rows.Words(block);
+    const std::uint64_t* words = rows.Words(block, 0);
     for (std::int32_t i = 0; i < rows.BlockSize(block); ++i) {
       const std::int32_t record = FitRows::FirstRecord(block) + i;
       while (record == hospitalEnd) {

@@ -92,7 +92,7 @@ std::uint64_t CountPlainFields(std::string_view line) noexcept {
 bool IsSpecial(char c) noexcept { return c == kQuote || c == '\0'; }
 
 bool HoldsSpecialByte(std::string_view text) noexcept {
-  return text.find(kQuote) != text.npos || text.find('\0') != text.npos;
+  return text.find(kQuote) != std::string_view::npos || text.find('\0') != std::string_view::npos;
 }
 
 /// Takes the next line, with its line feed, if it lies in the window and needs no rules, and

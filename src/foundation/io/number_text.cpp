@@ -201,7 +201,7 @@ char* WriteFixed(char* to, const SixDigits& number) noexcept {
   const std::uint64_t text = digits | 0x3030'3030'3030'3030;  // '0'
   const int count = 8 - std::countl_zero(digits) / 8;         // up to the last that is not 0
   if (number.exponent < 0) {
-    std::memcpy(to, "0.000", 5);
+    std::copy_n("0.000", 5, to);
     to += 1 - number.exponent;
     std::memcpy(to, &text, sizeof text);
     return to + count;
