@@ -6,6 +6,7 @@
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/number_scanner.h"
 #include "foundation/io/platform/platform.h"
+#include "foundation/logarithm.h"
 
 namespace Vell {
 namespace {
@@ -48,7 +49,7 @@ double RandomGenerator::Normal() noexcept {
     r2 = ToSymmetricUnit(NextWord());
     s = r1 * r1 + r2 * r2;
   } while (!(s < 1 && s != 0));
-  const double f = std::sqrt(-2 * std::log(s) / s);
+  const double f = std::sqrt(-2 * Log(s) / s);
   state_.cachedNormal = f * r1;
   state_.hasCachedNormal = true;
   return f * r2;
