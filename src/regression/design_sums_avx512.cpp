@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 // The sums of eight columns stand in one register, those of a word's 64 columns in eight. A record
 // adds its value to the lanes whose bits are set in its word, whose bytes are the registers' masks:
@@ -58,7 +59,7 @@ template <std::int32_t kGroups>
   return columnSum;
 }
 
-/// Calls run.operator()<kGroups>() for the number of registers that hold `columns` (1 .. 64) sums.
+/// Calls run with the number of registers that hold `columns` (1 .. 64) sums, as a constant.
 template <std::int32_t kGroups = 1, typename Run>
 void RunForColumns(std::int32_t columns, const Run& run) noexcept {
   if constexpr (kGroups * kGroup < kWordBits) {
@@ -67,7 +68,7 @@ void RunForColumns(std::int32_t columns, const Run& run) noexcept {
       return;
     }
   }
-  run.template operator()<kGroups>();
+  run(std::integral_constant<std::int32_t, kGroups>());
 }
 
 /// How many records of a list have each of the word's first columns set, times a quarter: added to
@@ -165,10 +166,10 @@ void AddCrossproductsAvx512(TriangleSums& crossproducts, std::span<double> colum
     ColumnList list{rows.Places(block, j), rows.Words(block, 0), rows.WordCount(), weights.data(),
                     values.data()};
     for (std::int32_t column = 0; column <= j; column += kWordBits, ++list.word) {
-      RunForColumns(std::min(j + 1 - column, kWordBits), [&]<std::int32_t kGroups>() {
+      RunForColumns(std::min(j + 1 - column, kWordBits), [&](auto groups) {
         double* const sums = crossproducts.Row(j) + column;
         const double start = columnSums.empty() ? 0 : columnSums[static_cast<std::size_t>(j)];
-        const double columnSum = AddList<kGroups>(sums, start, list);
+        const double columnSum = AddList<groups>(sums, start, list);
         if (!columnSums.empty() && column + kWordBits > j) {
           columnSums[static_cast<std::size_t>(j)] = columnSum;
         }
@@ -184,9 +185,8 @@ void AddCrossproductsOfQuartersAvx512(TriangleSums& crossproducts, std::span<dou
     ColumnList list{rows.Places(block, j), rows.Words(block, 0), rows.WordCount(), nullptr,
                     values.data()};
     for (std::int32_t column = 0; column <= j; column += kWordBits, ++list.word) {
-      RunForColumns(std::min(j + 1 - column, kWordBits), [&]<std::int32_t kGroups>() {
-        AddQuarters<kGroups>(crossproducts.Row(j) + column, list);
-      });
+      RunForColumns(std::min(j + 1 - column, kWordBits),
+                    [&](auto groups) { AddQuarters<groups>(crossproducts.Row(j) + column, list); });
     }
     if (!columnSums.empty()) {
       columnSums[static_cast<std::size_t>(j)] += SumOfHalves(list);
@@ -200,9 +200,9 @@ void AddColumnSumsAvx512(const ColumnSums& first, const ColumnSums& second, cons
   for (std::int32_t column = 0; column < rows.ColumnCount(); column += kWordBits) {
     const WordSums sums{first.sums.data() + column, second.sums.data() + column,
                         std::min(rows.ColumnCount() - column, kWordBits)};
-    RunForColumns(sums.columns, [&]<std::int32_t kGroups>() {
-      AddRecords<kGroups>(sums, words + column / kWordBits, rows.WordCount(), part.end - part.begin,
-                          first.values.data() + part.begin, second.values.data() + part.begin);
+    RunForColumns(sums.columns, [&](auto groups) {
+      AddRecords<groups>(sums, words + column / kWordBits, rows.WordCount(), part.end - part.begin,
+                         first.values.data() + part.begin, second.values.data() + part.begin);
     });
   }
 }
