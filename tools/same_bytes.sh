@@ -58,7 +58,7 @@ run_all() {  # NAME
     cp -r "$study" "$result"
     # The program wants a backslash in the name by which it is started.
     (cd "$result" && bash -c 'exec -a "x\\hovar" "$0" batch.xml' \
-      "$folder/$1/libexec/hovar/hovar" < /dev/null > output.txt)
+      "$folder/$1/libexec/hovar/hovar" < /dev/null > output.txt 2> errors.txt)
     sed -i "s/^\\(MCMC: .* in\\) .* seconds/\\1 T seconds/" "$result/output.txt" $(find "$result" -name '*.log')
   done
 }
