@@ -94,11 +94,14 @@ class StepSorter {
 
   std::span<const RankedPrediction> Sort() noexcept {
     const std::span<RankedPrediction> elements(elements_.begin(), static_cast<std::size_t>(size_));
-    if (!SortByFinerSteps(elements)) {
-      std::sort(elements.begin(), elements.end(), IsBelow);
-      return elements;
+    if (SortByFinerSteps(elements)) {
+      return std::span(sorted_.begin(), elements.size());
     }
-    return std::span(sorted_.begin(), static_cast<std::size_t>(size_));
+    // Equal predictions, which no step separates, are in order already.
+    if (!std::is_sorted(elements.begin(), elements.end(), IsBelow)) {
+      std::sort(elements.begin(), elements.end(), IsBelow);
+    }
+    return elements;
   }
 
  private:
