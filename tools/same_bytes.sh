@@ -41,8 +41,8 @@ while [ "$seed" -le 10 ]; do
   mkdir "$study"
   gee=false
   [ $((seed % 2)) -eq 0 ] && gee=true
-  "$folder/gxx-release/tools/simulate/hovar_simulate" --records $((300 * seed)) \
-    --hospitals $((5 + seed)) --variables $((2 + 2 * seed)) --indicators 2 --missing-x 0.04 \
+  "$folder/gxx-release/tools/simulate/hovar_simulate" --records $((600 + 300 * seed)) \
+    --hospitals $((20 + seed)) --variables $((2 + seed)) --indicators 2 --missing-x 0.03 \
     --missing-p 0.05 --seed "$seed" --output "$study/data.csv"
   for name in batch analysis prediction validation; do
     sed -e "s/<NumberOfPoaIndicators>[0-9]*</<NumberOfPoaIndicators>2</" \
@@ -56,9 +56,12 @@ run_all() {  # NAME
     result=$folder/results/$1/$(basename "$study")
     mkdir -p "$(dirname "$result")"
     cp -r "$study" "$result"
-    # The program wants a backslash in the name by which it is started.
+    # The program wants a backslash in the name by which it is started. A run that ends in an error
+    # must do so with every build.
+    run_status=0
     (cd "$result" && bash -c 'exec -a "x\\hovar" "$0" batch.xml' \
-      "$folder/$1/libexec/hovar/hovar" < /dev/null > output.txt 2> errors.txt)
+      "$folder/$1/libexec/hovar/hovar" < /dev/null > output.txt 2> errors.txt) || run_status=$?
+    echo "$run_status" > "$result/status.txt"
     sed -i "s/^\\(MCMC: .* in\\) .* seconds/\\1 T seconds/" "$result/output.txt" $(find "$result" -name '*.log')
   done
 }
@@ -68,7 +71,8 @@ status=0
 for name in $builds; do
   run_all "$name"
   if diff -r "$folder/results/gxx-release" "$folder/results/$name" > "$folder/$name.diff"; then
-    echo "$name: same bytes in $(find "$folder/results/$name" -type f | wc -l) files"
+    echo "$name: same bytes in $(find "$folder/results/$name" -type f | wc -l) files," \
+      "$(cat "$folder/results/$name"/*/status.txt | grep -c '^0$') runs without an error"
   else
     echo "$name: different, see $folder/$name.diff"
     status=1
