@@ -82,8 +82,9 @@ void TurnIntoPlaces(Counts& counts) noexcept {
   std::exclusive_scan(std::begin(counts), std::end(counts), std::begin(counts), std::uint32_t{0});
 }
 
-/// Sorts what fell into one step: by finer steps, of which each holds an element or two, and then
-/// by insertion. Where elements crowd in a few of those, they are compared with each other.
+/// Sorts what fell into one step: by finer steps, of which each holds a few different numbers, and
+/// then by insertion, which passes over equal ones. Where that takes too long, elements are
+/// compared with each other.
 class StepSorter {
  public:
   /// For steps of at most `most` elements.
@@ -94,8 +95,13 @@ class StepSorter {
 
   std::span<const RankedPrediction> Sort() noexcept {
     const std::span<RankedPrediction> elements(elements_.begin(), static_cast<std::size_t>(size_));
-    if (SortByFinerSteps(elements)) {
-      return std::span(sorted_.begin(), elements.size());
+    if (elements.size() >= kFewest && elements.size() <= kMost) {
+      SpreadByFinerSteps(elements);
+      const std::span<RankedPrediction> spread(sorted_.begin(), elements.size());
+      if (!SortByInsertion(spread)) {
+        std::sort(spread.begin(), spread.end(), IsBelow);
+      }
+      return spread;
     }
     // Equal predictions, which no step separates, are in order already.
     if (!std::is_sorted(elements.begin(), elements.end(), IsBelow)) {
@@ -106,14 +112,11 @@ class StepSorter {
 
  private:
   static constexpr std::size_t kFewest = 8;
-  static constexpr std::size_t kFinerSteps = 1024;
-  static constexpr std::uint32_t kCrowd = 32;
+  static constexpr std::size_t kFinerSteps = 4096;
+  static constexpr std::size_t kMost = 8 * kFinerSteps;
 
-  /// False, with nothing done, for few elements and where the steps do not separate them.
-  bool SortByFinerSteps(std::span<const RankedPrediction> elements) noexcept {
-    if (elements.size() < kFewest || elements.size() > 8 * kFinerSteps) {
-      return false;
-    }
+  /// Copies the elements to sorted_, in the order of finer steps.
+  void SpreadByFinerSteps(std::span<const RankedPrediction> elements) noexcept {
     Range range;
     for (const RankedPrediction& element : elements) {
       range.lowest = std::min(range.lowest, element.prediction);
@@ -127,26 +130,29 @@ class StepSorter {
     for (const RankedPrediction& element : elements) {
       ++places[steps.Of(element.prediction)];
     }
-    if (*std::max_element(places.begin(), places.end()) > kCrowd) {
-      return false;
-    }
     TurnIntoPlaces(places);
     for (const RankedPrediction& element : elements) {
       sorted_[static_cast<std::int32_t>(places[steps.Of(element.prediction)]++)] = element;
     }
-    InsertionSort(sorted_.begin(), sorted_.begin() + elements.size());
-    return true;
   }
 
-  static void InsertionSort(RankedPrediction* begin, RankedPrediction* end) noexcept {
-    for (RankedPrediction* next = begin + 1; next < end; ++next) {
+  /// False, with the elements in some other order, when it would take very many moves.
+  static bool SortByInsertion(std::span<RankedPrediction> elements) noexcept {
+    std::ptrdiff_t movesLeft = 16 * static_cast<std::ptrdiff_t>(elements.size());
+    RankedPrediction* const begin = elements.data();
+    for (RankedPrediction* next = begin + 1; next < begin + elements.size(); ++next) {
       const RankedPrediction element = *next;
       RankedPrediction* place = next;
       for (; place != begin && IsBelow(element, place[-1]); --place) {
         *place = place[-1];
       }
       *place = element;
+      movesLeft -= next - place;
+      if (movesLeft < 0) {
+        return false;
+      }
     }
+    return true;
   }
 
   Vell::GrowableArray<RankedPrediction> elements_;

@@ -181,6 +181,23 @@ TEST(ConcordanceTest, PredictionsThatDifferInTheirLastBitsAreToldApart) {
   ExpectAsPairwise(records);
 }
 
+// Thousands of different predictions that fall, descending, into a single step of every width, next
+// to one that stretches the step.
+TEST(ConcordanceTest, PredictionsCrowdedInOneStepAreToldApart) {
+  for (const int crowd : {100, 3000, 40'000}) {
+    std::vector<Record> records = {{true, 0}, {false, 1}, {true, 0.5004}};
+    for (int i = crowd; i > 0; --i) {
+      records.push_back({i % 3 == 0, 0.5 + i * 1e-14});
+    }
+    std::vector<double> events;
+    std::vector<double> others;
+    for (const Record& record : records) {
+      (record.event ? events : others).push_back(record.prediction);
+    }
+    EXPECT_EQ(ConcordanceOf(records).score, Testing::PairwiseScore(events, others)) << crowd;
+  }
+}
+
 TEST(PredictionRankingTest, CountsAnyResponseOfAnyRecordsFromOneRanking) {
   Testing::SeededRandom random(13);
   SCOPED_TRACE(random.Text());
