@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "linalg/bit_matrix.h"
@@ -135,6 +136,36 @@ TEST_P(DesignSumsTest, CrossproductsAreSumsOverPairsOfSetColumns) {
         ASSERT_EQ(result(j, k), expected(j, k)) << j << ", " << k;
       }
     }
+  });
+}
+
+TEST_P(DesignSumsTest, CountsAreTheCrossproductsOfEqualWeights) {
+  ForEachDesign([&](const Vell::BitMatrix& cells, const FitRows& rows) {
+    const std::int32_t columns = cells.Columns();
+    BlockValues quarters;
+    quarters.fill(0.25);
+    BlockValues halves;
+    for (double& value : halves) {
+      value = random_.Chance(0.4) ? 0.5 : -0.5;
+    }
+    Hovar::TriangleSums counted(columns);
+    Hovar::TriangleSums summed(columns);
+    Vell::Vector countedSums(columns);
+    Vell::Vector summedSums(columns);
+    for (std::int32_t block = 0; block < rows.BlockCount(); ++block) {
+      // Every second block without the sums by column.
+      const bool hasColumnSums = block % 2 == 0;
+      Hovar::AddCrossproductsOfQuarters(
+          counted, hasColumnSums ? countedSums.Span() : std::span<double>(), rows, block, halves);
+      Hovar::AddCrossproducts(summed, hasColumnSums ? summedSums.Span() : std::span<double>(), rows,
+                              block, quarters, halves);
+    }
+    Vell::SymmetricMatrix countedMatrix(columns);
+    Vell::SymmetricMatrix summedMatrix(columns);
+    counted.CopyTo(countedMatrix);
+    summed.CopyTo(summedMatrix);
+    ASSERT_TRUE(std::ranges::equal(countedMatrix.Elements(), summedMatrix.Elements()));
+    ASSERT_TRUE(std::ranges::equal(countedSums, summedSums));
   });
 }
 

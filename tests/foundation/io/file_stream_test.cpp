@@ -410,6 +410,22 @@ TEST(FileStreamTest, WidenedWindowGoesOnBehindWhatWasThere) {
   EXPECT_EQ(stream->ReadByte(), text[5]);
 }
 
+TEST(FileStreamTest, WideningAnEmptyWindowFillsIt) {
+  const InputStream stream("abc");
+  EXPECT_TRUE(stream->WidenWindow());
+  EXPECT_EQ(stream->Window(), "abc");
+  stream->TakeFromWindow(3);
+  EXPECT_FALSE(stream->WidenWindow());
+  EXPECT_TRUE(stream->IsEof());
+}
+
+TEST(FileStreamTest, WindowOfAClosedStreamIsNotWidened) {
+  const InputStream stream("abc");
+  stream->Peek();
+  stream->Close();
+  EXPECT_FALSE(stream->WidenWindow());
+}
+
 TEST(FileStreamTest, FullWindowIsNotWidenedAndNothingIsLost) {
   const std::string text(100'000, 'x');
   const InputStream stream(text);
