@@ -325,7 +325,7 @@ double ParseReal(std::string_view text, std::size_t* used) noexcept {
     }
   } else {
     constexpr std::size_t kPrefix = 2;  // "0x"
-    const Magnitude hexadecimal = BeginsWith(rest, "0x")
+    const Magnitude hexadecimal = rest.starts_with('0') && BeginsWith(rest.substr(1), "x")
                                       ? MeasureDigits(rest.substr(kPrefix), IsHexDigit, 'p', 4)
                                       : Magnitude();
     if (hexadecimal.hasDigits) {
