@@ -4,36 +4,17 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 
+#include "foundation/io/platform/native_path_posix.h"
 #include "foundation/io/platform/platform.h"
 
 namespace Vell::IO::Platform {
 namespace {
-
-/// A path as the system takes it: with '/' for every '\'. A path that does not fit is one that the
-/// system would reject for its length, so Get() is null then.
-class NativePath {
- public:
-  explicit NativePath(const char* path) noexcept : fits_(std::strlen(path) < text_.size()) {
-    if (fits_) {
-      std::strcpy(text_.data(), path);
-      std::replace(text_.begin(), text_.end(), '\\', '/');
-    }
-  }
-  const char* Get() const noexcept { return fits_ ? text_.data() : nullptr; }
-
- private:
-  std::array<char, PATH_MAX> text_;
-  bool fits_;
-};
 
 int OpenFlags(Access access) noexcept {
   switch (access) {

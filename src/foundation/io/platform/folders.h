@@ -1,0 +1,38 @@
+#pragma once
+
+// What lies in folders: kinds, names, identity. Only the launcher looks; the program itself opens
+// the files that its definition names. As in platform.h, paths are zero-terminated bytes in which
+// both '\' and '/' separate folders.
+
+#include <cstddef>
+
+#include "foundation/io/platform/platform.h"
+
+namespace Vell::IO::Platform {
+
+enum class PathKind { kMissing, kFile, kFolder, kOther };
+
+/// What a path leads to, symbolic links followed.
+PathKind KindOf(const char* path) noexcept;
+
+/// True when both paths lead to one existing file or folder.
+bool SameFile(const char* one, const char* other) noexcept;
+
+/// True when files can be created in a folder.
+bool FolderIsWritable(const char* path) noexcept;
+
+/// Gives a file or folder another name; false on failure, also when the new name is taken.
+bool Rename(const char* from, const char* to) noexcept;
+
+/// Called with the name of an entry (not its path) and the caller's context.
+using FolderVisitor = void (*)(void* context, const char* name);
+
+/// Visits all entries of a folder but "." and "..", in no particular order; false when the folder
+/// cannot be read.
+bool VisitFolder(const char* path, FolderVisitor visitor, void* context);
+
+/// The current folder's absolute path, zero-terminated; false when it cannot be told or does not
+/// fit.
+bool CurrentFolder(char* path, std::size_t size) noexcept;
+
+}  // namespace Vell::IO::Platform

@@ -1,0 +1,71 @@
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "foundation/io/platform/folders.h"
+#include "foundation/io/platform/native_path_posix.h"
+
+namespace Vell::IO::Platform {
+namespace {
+
+bool Status(const char* path, struct stat& status) noexcept {
+  const NativePath native(path);
+  return native.Get() != nullptr && stat(native.Get(), &status) == 0;
+}
+
+}  // namespace
+
+PathKind KindOf(const char* path) noexcept {
+  struct stat status {};
+  if (!Status(path, status)) {
+    return PathKind::kMissing;
+  }
+  return S_ISREG(status.st_mode)   ? PathKind::kFile
+         : S_ISDIR(status.st_mode) ? PathKind::kFolder
+                                   : PathKind::kOther;
+}
+
+bool SameFile(const char* one, const char* other) noexcept {
+  struct stat first {};
+  struct stat second {};
+  return Status(one, first) && Status(other, second) && first.st_dev == second.st_dev &&
+         first.st_ino == second.st_ino;
+}
+
+bool FolderIsWritable(const char* path) noexcept {
+  const NativePath native(path);
+  return native.Get() != nullptr && access(native.Get(), W_OK | X_OK) == 0;
+}
+
+bool Rename(const char* from, const char* to) noexcept {
+  const NativePath source(from);
+  const NativePath target(to);
+  return source.Get() != nullptr && target.Get() != nullptr && KindOf(to) == PathKind::kMissing &&
+         std::rename(source.Get(), target.Get()) == 0;
+}
+
+bool VisitFolder(const char* path, FolderVisitor visitor, void* context) {
+  const NativePath native(path);
+  const auto close = [](DIR* folder) { closedir(folder); };
+  const std::unique_ptr<DIR, decltype(close)> folder(
+      native.Get() == nullptr ? nullptr : opendir(native.Get()), close);
+  if (folder == nullptr) {
+    return false;
+  }
+  while (const dirent* entry = readdir(folder.get())) {
+    const std::string_view name(entry->d_name);
+    if (name != "." && name != "..") {
+      visitor(context, entry->d_name);
+    }
+  }
+  return true;
+}
+
+bool CurrentFolder(char* path, std::size_t size) noexcept { return getcwd(path, size) != nullptr; }
+
+}  // namespace Vell::IO::Platform
