@@ -1,7 +1,7 @@
 #!/bin/sh
 # Builds and runs every test on a Debian 12 machine, installing what is missing: first with clang
 # under AddressSanitizer and UndefinedBehaviorSanitizer, then the release build with g++. Also checks
-# the formatting and runs clang-tidy and cppcheck.
+# the formatting, runs clang-tidy and cppcheck, and fuzzes for some seconds.
 set -eu
 cd "$(dirname "$0")/.."
 tools/install_packages.sh cmake g++ make libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format clang-tidy cppcheck \
@@ -15,7 +15,7 @@ fi
 jobs=$(nproc)
 
 echo "== Formatting"
-find src tests bench tools -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror
+find src tests bench fuzz tools -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror
 
 echo "== Tests under AddressSanitizer and UndefinedBehaviorSanitizer (clang)"
 cmake --preset asan -DCMAKE_CXX_COMPILER=clang++ -DHOVAR_BUILD_BENCHMARKS=ON
@@ -30,6 +30,10 @@ echo "== cppcheck"
 cppcheck --quiet --error-exitcode=1 --std=c++20 --enable=warning,performance,portability \
   --suppress=CastIntegerToAddressAtReturn --inline-suppr -j "$jobs" \
   $(for layer in build/asan/include/*; do echo "-I $layer"; done) src bench
+
+echo "== Fuzzing"
+tools/fuzz.sh
+find fuzz -name '*.cpp' | xargs -P "$jobs" -n 2 clang-tidy -p build/fuzz --quiet
 
 echo "== Tests of the release build (g++)"
 cmake --preset release-tests -DCMAKE_CXX_COMPILER=g++
