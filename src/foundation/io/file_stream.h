@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <span>
 
+#include "foundation/growable_array.h"
 #include "foundation/io/platform/platform.h"
 #include "foundation/io/stream.h"
 
@@ -13,11 +14,17 @@ namespace Vell::IO {
 ///
 /// What was written is good only after Flush or Close has returned: only then has its last byte
 /// reached the operating system. The destructor closes too, but cannot report a failure.
+///
+/// Line ends: a stream of the text kind that is opened where lines end in a carriage return and a
+/// line feed gives such a pair as one line feed when it reads. Nothing else is changed: other
+/// carriage returns and any other byte are given as they stand, positions are those of the file,
+/// and a line feed that is written is the byte that was given, on every platform.
 class FileStream final : public Stream {
  public:
   /// Opens a file; `mode` is one access and one kind of Mode.
   /// Errors: IOException "Invalid open mode"; FileOpenException; "Out of memory".
-  FileStream(const String& path, std::uint32_t mode);
+  FileStream(const String& path, std::uint32_t mode,
+             Platform::LineEnds textLineEnds = Platform::TextLineEnds());
 
   /// Wraps a file that is open already and stays open. `buffer` is used as the block buffer and
   /// must outlive the stream, so that the standard streams need no memory.
@@ -54,6 +61,9 @@ class FileStream final : public Stream {
   bool CanWrite() const noexcept;
   bool FillWindow();
   bool ReadBehindWindow();
+  unsigned char* DropReturns(unsigned char* from, unsigned char* end);
+  void ForgetReturnsBefore(const unsigned char* place) noexcept;
+  std::int64_t ReturnsFrom(const unsigned char* place) const noexcept;
   void StartWriting();
   void DropWindow() noexcept;
   unsigned char* Block() const noexcept;
@@ -70,6 +80,12 @@ class FileStream final : public Stream {
   std::span<unsigned char> buffer_;
   // The operating system's position in the file; -1 when it has none that we know.
   std::int64_t position_ = 0;
+  bool dropsReturns_ = false;
+  // The last byte that was read is a carriage return that is not in the block: what follows
+  // decides.
+  bool holdsReturn_ = false;
+  // Indices in the block of the line feeds whose carriage return was dropped, ascending.
+  GrowableArray<std::int32_t> droppedReturns_;
 };
 
 }  // namespace Vell::IO

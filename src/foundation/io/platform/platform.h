@@ -28,6 +28,14 @@ enum class Access {
 
 enum class Origin { kStart, kCurrent, kEnd };
 
+/// How the lines of text files end where they come from this platform's programs.
+enum class LineEnds {
+  kLineFeeds,            // every byte is taken as it stands
+  kWithCarriageReturns,  // a carriage return before a line feed belongs to the line's end
+};
+
+LineEnds TextLineEnds() noexcept;
+
 /// Opens a file and returns its handle, or kNoFile. Never returns one of the three standard
 /// handles, even when the process was started without them.
 FileHandle OpenFile(const char* path, Access access) noexcept;
@@ -70,13 +78,14 @@ std::int64_t CalendarSeconds() noexcept;
 /// Processor time that this process has used, in milliseconds.
 std::int64_t ProcessorMilliseconds() noexcept;
 
-/// Writes the path of the running program's file, zero-terminated and with symbolic links resolved,
-/// into `path`. False when it cannot be told or does not fit.
+/// Writes the path of the running program's file, zero-terminated, with '/' between folders and with
+/// symbolic links resolved, into `path`. False when it cannot be told or does not fit.
 bool ProgramFile(char* path, std::size_t size) noexcept;
 
 /// Runs the program in file `program` with `arguments` (the first one is the name that it sees as
 /// its own, the last one is null) in place of the calling program, so that its exit status or
-/// signal is the caller's. Returns only on failure.
+/// signal is the caller's. Returns only on failure. Where the system cannot replace a program, the
+/// caller waits for the other one's end, which is then its own.
 void BecomeProgram(const char* program, const char* const* arguments) noexcept;
 
 }  // namespace Vell::IO::Platform

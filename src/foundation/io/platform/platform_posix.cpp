@@ -46,6 +46,8 @@ auto WithoutInterruption(Call call) noexcept {
 
 }  // namespace
 
+LineEnds TextLineEnds() noexcept { return LineEnds::kLineFeeds; }
+
 FileHandle OpenFile(const char* path, Access access) noexcept {
   const NativePath native(path);
   if (native.Get() == nullptr) {
