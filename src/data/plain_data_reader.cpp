@@ -215,8 +215,9 @@ bool ReadPlainDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t 
   const std::size_t headerSize = header.size();
   lines.remove_prefix(headerSize);
 
-  const auto lineCount = std::count(lines.begin(), lines.end(), '\n');
-  const auto lineLength = static_cast<std::int64_t>(lines.size()) / std::max(lineCount, 1L);
+  const std::int64_t lineCount = std::count(lines.begin(), lines.end(), '\n');
+  const std::int64_t lineLength =
+      static_cast<std::int64_t>(lines.size()) / std::max<std::int64_t>(lineCount, 1);
   // A hundredth more, because the lines of the rest are not all of the same length.
   const std::int64_t expected = stream.Length() / std::max<std::int64_t>(lineLength, 1);
   PlainRecords records(dataSet, poaCount, keyUse, expected + expected / 100);
