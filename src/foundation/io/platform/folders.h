@@ -31,8 +31,8 @@ using FolderVisitor = void (*)(void* context, const char* name);
 /// cannot be read.
 bool VisitFolder(const char* path, FolderVisitor visitor, void* context);
 
-/// The current folder's absolute path, zero-terminated; false when it cannot be told or does not
-/// fit.
+/// The current folder's absolute path, zero-terminated and with '/' between folders; false when it
+/// cannot be told or does not fit.
 bool CurrentFolder(char* path, std::size_t size) noexcept;
 
 }  // namespace Vell::IO::Platform

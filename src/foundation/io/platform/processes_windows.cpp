@@ -1,0 +1,315 @@
+#include <windows.h>
+
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <cwchar>
+#include <string_view>
+
+#include "foundation/io/platform/processes.h"
+#include "foundation/io/platform/wide_text_windows.h"
+
+namespace Vell::IO::Platform {
+namespace {
+
+constexpr int kSignalStatus = 128;
+constexpr int kHangUp = 1;
+constexpr int kAbort = 6;
+
+HANDLE ProcessOf(ProcessHandle process) noexcept {
+  return reinterpret_cast<HANDLE>(process);  // NOLINT(performance-no-int-to-ptr): it was one
+}
+
+/// The exit status as other systems tell it: there an end by the system, or by Ctrl-C, is a signal.
+int StatusOf(DWORD exitCode) noexcept {
+  constexpr DWORD kControlC = 0xC000013A;
+  constexpr DWORD kFirstError = 0xC0000000;
+  return exitCode == kControlC     ? kSignalStatus + SIGINT
+         : exitCode >= kFirstError ? kSignalStatus + kAbort
+                                   : static_cast<int>(exitCode);
+}
+
+/// The one text from which a new process makes its arguments, written by the rules by which the
+/// start-up code of C programs takes it apart: blanks separate, double quotes hold together, and a
+/// backslash has a meaning only in a row of them before a double quote.
+class CommandLine {
+ public:
+  explicit CommandLine(const char* const* arguments) noexcept {
+    for (const char* const* argument = arguments; *argument != nullptr; ++argument) {
+      WideBuffer wide;
+      if (ToWide(*argument, wide.data(), kMostWideCharacters) == 0) {
+        fits_ = false;
+        return;
+      }
+      if (argument == arguments) {
+        AppendName(wide.data());
+      } else {
+        Append(L' ');
+        AppendArgument(wide.data());
+      }
+    }
+    Append(L'\0');
+  }
+  /// Null when it does not fit. The system may write to it.
+  wchar_t* Get() noexcept { return fits_ ? text_.data() : nullptr; }
+
+ private:
+  void Append(wchar_t character) noexcept {
+    fits_ = fits_ && length_ < text_.size();
+    if (fits_) {
+      text_[length_++] = character;
+    }
+  }
+  void Append(std::size_t count, wchar_t character) noexcept {
+    for (; count > 0; --count) {
+      Append(character);
+    }
+  }
+
+  /// The program's name has rules of its own: it ends at the next double quote, whatever stands
+  /// before that.
+  void AppendName(const wchar_t* name) noexcept {
+    Append(L'"');
+    for (; *name != L'\0'; ++name) {
+      fits_ = fits_ && *name != L'"';
+      Append(*name);
+    }
+    Append(L'"');
+  }
+
+  void AppendArgument(const wchar_t* argument) noexcept {
+    Append(L'"');
+    std::size_t backslashes = 0;
+    for (; *argument != L'\0'; ++argument) {
+      if (*argument == L'"') {
+        Append(backslashes + 1, L'\\');
+      }
+      backslashes = *argument == L'\\' ? backslashes + 1 : 0;
+      Append(*argument);
+    }
+    Append(backslashes, L'\\');
+    Append(L'"');
+  }
+
+  WideBuffer text_;
+  std::size_t length_ = 0;
+  bool fits_ = true;
+};
+
+HANDLE StreamHandle(FileHandle file) noexcept {
+  return file == kStandardInput    ? GetStdHandle(STD_INPUT_HANDLE)
+         : file == kStandardOutput ? GetStdHandle(STD_OUTPUT_HANDLE)
+         : file == kStandardError  ? GetStdHandle(STD_ERROR_HANDLE)
+                                   : ProcessOf(file);
+}
+
+/// Copies of the three streams that a new process may inherit. A stream that this process does not
+/// have, the new one has not either.
+class InheritedStreams {
+ public:
+  explicit InheritedStreams(const ProcessStreams& streams) noexcept {
+    const HANDLE self = GetCurrentProcess();
+    for (const FileHandle file : {streams.input, streams.output, streams.error}) {
+      HANDLE& copy = byPlace_[places_++];
+      if (file != kNoFile && DuplicateHandle(self, StreamHandle(file), self, &copy, 0, TRUE,
+                                             DUPLICATE_SAME_ACCESS) != 0) {
+        present_[count_++] = copy;
+      } else {
+        copy = nullptr;
+      }
+    }
+  }
+  ~InheritedStreams() {
+    for (std::size_t i = 0; i < count_; ++i) {
+      CloseHandle(present_[i]);
+    }
+  }
+  InheritedStreams(const InheritedStreams&) = delete;
+  InheritedStreams& operator=(const InheritedStreams&) = delete;
+
+  HANDLE operator[](std::size_t place) const noexcept { return byPlace_[place]; }
+  HANDLE* Present() noexcept { return present_.data(); }
+  std::size_t Count() const noexcept { return count_; }
+
+ private:
+  std::array<HANDLE, 3> byPlace_{};
+  std::array<HANDLE, 3> present_{};
+  std::size_t places_ = 0;
+  std::size_t count_ = 0;
+};
+
+/// The list that says which handles a new process inherits: without it, all that may be inherited
+/// in this process would be, also those that another library made.
+class InheritanceList {
+ public:
+  explicit InheritanceList(InheritedStreams& streams) noexcept {
+    SIZE_T size = memory_.size();
+    isMade_ = InitializeProcThreadAttributeList(Get(), 1, 0, &size) != 0;
+    isComplete_ = isMade_ && (streams.Count() == 0 ||
+                              UpdateProcThreadAttribute(
+                                  Get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, streams.Present(),
+                                  streams.Count() * sizeof(HANDLE), nullptr, nullptr) != 0);
+  }
+  ~InheritanceList() {
+    if (isMade_) {
+      DeleteProcThreadAttributeList(Get());
+    }
+  }
+  InheritanceList(const InheritanceList&) = delete;
+  InheritanceList& operator=(const InheritanceList&) = delete;
+
+  bool IsComplete() const noexcept { return isComplete_; }
+  LPPROC_THREAD_ATTRIBUTE_LIST Get() noexcept {
+    return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory_.data());
+  }
+
+ private:
+  alignas(std::max_align_t) std::array<unsigned char, 256> memory_{};  // one entry takes 48
+  bool isMade_ = false;
+  bool isComplete_ = false;
+};
+
+/// Starts a process; in `job` when that is not null. Null on failure.
+HANDLE Start(const char* program, const char* const* arguments, const ProcessStreams& streams,
+             HANDLE job) noexcept {
+  const NativePath file(program);
+  CommandLine line(arguments);
+  InheritedStreams inherited(streams);
+  InheritanceList list(inherited);
+  if (file.Get() == nullptr || line.Get() == nullptr || !list.IsComplete()) {
+    return nullptr;
+  }
+  STARTUPINFOEXW start{};
+  start.StartupInfo.cb = sizeof start;
+  start.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+  start.StartupInfo.hStdInput = inherited[0];
+  start.StartupInfo.hStdOutput = inherited[1];
+  start.StartupInfo.hStdError = inherited[2];
+  start.lpAttributeList = list.Get();
+  PROCESS_INFORMATION started{};
+  if (CreateProcessW(file.Get(), line.Get(), nullptr, nullptr, inherited.Count() > 0 ? TRUE : FALSE,
+                     EXTENDED_STARTUPINFO_PRESENT | CREATE_SUSPENDED, nullptr, nullptr,
+                     &start.StartupInfo, &started) == 0) {
+    return nullptr;
+  }
+  if (job != nullptr) {
+    AssignProcessToJobObject(job, started.hProcess);
+  }
+  ResumeThread(started.hThread);
+  CloseHandle(started.hThread);
+  return started.hProcess;
+}
+
+/// A job that ends its processes when the last handle to it is closed, so with this process,
+/// whatever ends it. Null when there is none to be had.
+HANDLE NewJob() noexcept {
+  const HANDLE job = CreateJobObjectW(nullptr, nullptr);
+  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+  limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+  if (job != nullptr) {
+    SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+  }
+  return job;
+}
+
+/// Ctrl-C and Ctrl-Break reach every process of the console. One that waits for another leaves them
+/// to it and goes on waiting for its end.
+BOOL WINAPI LeaveToOther(DWORD event) { return event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT; }
+
+std::atomic<int> stopRequest = 0;
+HANDLE stopEvent = nullptr;  // set when a request has come, to end a rest
+
+BOOL WINAPI RememberEvent(DWORD event) {
+  stopRequest = event == CTRL_C_EVENT ? SIGINT : event == CTRL_BREAK_EVENT ? SIGTERM : kHangUp;
+  SetEvent(stopEvent);
+  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+    // The process is ended when this returns; the main thread needs the time that is left.
+    ::Sleep(INFINITE);
+  }
+  return TRUE;
+}
+
+}  // namespace
+
+// Windows cannot put another program in a process's place. The one that waits is its stand-in: it
+// ends with the other's exit code, and the other one ends with it.
+void BecomeProgram(const char* program, const char* const* arguments) noexcept {
+  const HandleCloser job(NewJob());
+  SetConsoleCtrlHandler(LeaveToOther, TRUE);
+  const HANDLE process = Start(program, arguments, ProcessStreams(), job.Get());
+  if (process == nullptr) {
+    SetConsoleCtrlHandler(LeaveToOther, FALSE);
+    return;
+  }
+  WaitForSingleObject(process, INFINITE);
+  DWORD exitCode = 1;
+  GetExitCodeProcess(process, &exitCode);
+  ExitProcess(exitCode);
+}
+
+ProcessHandle StartProcess(const char* program, const char* const* arguments,
+                           const ProcessStreams& streams) noexcept {
+  const HANDLE process = Start(program, arguments, streams, nullptr);
+  return process == nullptr ? kNoProcess : reinterpret_cast<ProcessHandle>(process);
+}
+
+std::optional<int> PollProcess(ProcessHandle process) noexcept {
+  DWORD exitCode = 0;
+  if (WaitForSingleObject(ProcessOf(process), 0) != WAIT_OBJECT_0 ||
+      GetExitCodeProcess(ProcessOf(process), &exitCode) == 0) {
+    return std::nullopt;
+  }
+  CloseHandle(ProcessOf(process));
+  return StatusOf(exitCode);
+}
+
+int WaitForProcess(ProcessHandle process) noexcept {
+  if (process == kNoProcess) {
+    return -1;
+  }
+  WaitForSingleObject(ProcessOf(process), INFINITE);
+  return PollProcess(process).value_or(-1);
+}
+
+void StopProcess(ProcessHandle process) noexcept {
+  TerminateProcess(ProcessOf(process), kSignalStatus + SIGTERM);
+}
+
+void Sleep(int milliseconds) noexcept {
+  if (stopEvent != nullptr) {
+    WaitForSingleObject(stopEvent, static_cast<DWORD>(milliseconds));
+  } else {
+    ::Sleep(static_cast<DWORD>(milliseconds));
+  }
+}
+
+void RememberStopRequests() noexcept {
+  if (stopEvent == nullptr) {
+    stopEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    SetConsoleCtrlHandler(RememberEvent, TRUE);
+  }
+}
+
+int StopRequest() noexcept { return stopRequest; }
+
+bool StandardErrorIsTerminal() noexcept {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+}
+
+int TerminalColumns() noexcept {
+  constexpr int kUsualColumns = 80;
+  CONSOLE_SCREEN_BUFFER_INFO screen;
+  return GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &screen) != 0
+             ? screen.srWindow.Right - screen.srWindow.Left + 1
+             : kUsualColumns;
+}
+
+bool HostName(char* name, std::size_t size) noexcept {
+  std::array<wchar_t, 256> wide;
+  DWORD length = wide.size();
+  return GetComputerNameExW(ComputerNameDnsHostname, wide.data(), &length) != 0 &&
+         ToBytes(wide.data(), name, size);
+}
+
+}  // namespace Vell::IO::Platform
