@@ -8,6 +8,7 @@
 
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/growable_array.h"
+#include "foundation/io/platform/folders.h"
 #include "foundation/io/platform/platform.h"
 #include "foundation/string.h"
 #include "launcher_text.h"
@@ -18,11 +19,6 @@ namespace Platform = Vell::IO::Platform;
 
 constexpr int kSuccess = 0;
 constexpr int kFailure = 1;
-
-// Where the program lies, as seen from the folder of the launcher's folder; and the same as the
-// program sees it.
-constexpr std::string_view kProgramFile = "/libexec/hovar/hovar";
-constexpr std::string_view kProgramName = "/libexec/hovar\\hovar";
 
 int Print(std::string_view text) {
   return Platform::WriteFile(Platform::kStandardOutput, text.data(), text.size()) ? kSuccess
@@ -38,7 +34,9 @@ int Fail(std::string_view reason, std::string_view subject) {
   return kFailure;
 }
 
-/// The folder of the launcher's folder, or the empty text when it cannot be told.
+/// The folder in which libexec/ with the program lies: the launcher's own one, as in an archive
+/// that was unpacked somewhere, or the one above, as in an installed or built tree with bin/. The
+/// latter when there is no program, and the empty text when it cannot be told.
 Vell::String InstallationFolder() {
   std::array<char, 4096> file;
   if (!Platform::ProgramFile(file.data(), file.size())) {
@@ -51,14 +49,18 @@ Vell::String InstallationFolder() {
       return Vell::String();
     }
     folder.Truncate(separator);
+    const Vell::String program = Vell::Concatenate(folder, Hovar::kProgramFile);
+    if (Platform::KindOf(program.CStr()) == Platform::PathKind::kFile) {
+      break;
+    }
   }
   return folder;
 }
 
 int StartProgram(int argumentCount, char** arguments) {
   const Vell::String folder = InstallationFolder();
-  const Vell::String file = Vell::Concatenate(folder, kProgramFile);
-  const Vell::String name = Vell::Concatenate(folder, kProgramName);
+  const Vell::String file = Vell::Concatenate(folder, Hovar::kProgramFile);
+  const Vell::String name = Vell::Concatenate(folder, Hovar::kProgramName);
   if (!Platform::StandardInputIsTerminal()) {
     Platform::DetachStandardInput();  // an unattended run must not wait for a key
   }
