@@ -1,0 +1,209 @@
+#!/bin/sh
+# Tries the packages that tools/package.sh made, each unpacked in a clean folder: what they hold,
+# whether they start without anything else, and whether the quick start, run from them, writes the
+# same bytes as the program of a plain build.
+#
+#     tools/try_packages.sh [-b BUILD] [-i] [FOLDER]
+#
+#     FOLDER     where the packages are (build/packages)
+#     -b BUILD   the plain build to compare with (build/release, which is built when it is missing)
+#     -i         also install the .deb with apt in a new Debian system, which debootstrap makes from
+#                the network; as root
+#
+# Ends with status 1 at the first fault. What this machine cannot do is skipped and named.
+set -eu
+cd "$(dirname "$0")/.."
+build=build/release
+inNewSystem=
+while getopts b:i option; do
+  case $option in
+    b) build=$OPTARG ;;
+    i) inNewSystem=yes ;;
+    *) exit 2 ;;
+  esac
+done
+shift $((OPTIND - 1))
+packages=$(cd "${1:-build/packages}" && pwd)
+tools/install_packages.sh binutils dpkg-dev groff-base lintian mandoc
+source=$(pwd)
+version=$(sed -n 's/^project(Hovar VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+  echo "FAULT: $*" >&2
+  exit 1
+}
+
+passed() { echo "ok: $*"; }
+
+# The only file of the packages with this ending.
+package_file() {  # PATTERN
+  set -- "$packages"/$1
+  { [ $# -eq 1 ] && [ -f "$1" ]; } || fail "not one file $1"
+  echo "$1"
+}
+
+# Runs the batch of a copied quick start with a command and without any environment. Processor times
+# are the one thing that two runs may differ in.
+run_quickstart() {  # NAME EXAMPLES COMMAND...
+  result=$work/results/$1
+  mkdir -p "$work/results"
+  cp -r "$2/quickstart" "$result"
+  rm -rf "$result/results"
+  shift 2
+  status=0
+  (cd "$result" && exec env -i WINEPREFIX="$work/wine" WINEDEBUG=-all HOME="$work" \
+    "$@" batch.xml < /dev/null > output.txt 2> errors.txt) || status=$?
+  [ "$status" -eq 0 ] || { cat "$result/errors.txt" >&2; fail "status $status of $* batch.xml"; }
+  sed -i 's/^\(MCMC: .* in\) .* seconds/\1 T seconds/' "$result/output.txt"
+}
+
+compare_quickstart() {  # NAME
+  diff -r "$work/results/plain" "$work/results/$1" || fail "$1: quick start differs"
+  passed "$1: quick start, $(find "$work/results/$1" -type f | wc -l) files as from $build"
+}
+
+check_version() {  # NAME COMMAND
+  shown=$("$2" --version) || fail "$1: --version"
+  [ "$shown" = "hovar $version" ] || fail "$1: --version says \"$shown\", CMakeLists.txt $version"
+  passed "$1: $shown"
+}
+
+# Everything that users are promised, and nothing that a run of the repository left behind.
+check_contents() {  # NAME DOCUMENTS SHARE
+  for file in examples/quickstart/README.md examples/quickstart/data.csv examples/gee/batch.xml \
+    docs/definitions.md docs/formats.md docs/limits.md docs/messages.md README.txt CITATION.cff; do
+    [ -s "$2/$file" ] || fail "$1: no $file"
+  done
+  grep -q "^version: $version\$" "$2/CITATION.cff" || fail "$1: version in CITATION.cff"
+  diff -r --exclude=results "$source/examples" "$2/examples" || fail "$1: examples differ"
+  [ ! -e "$2/examples/quickstart/results" ] || fail "$1: holds results"
+  if [ -d "$source/share/hovar" ]; then
+    diff -r "$source/share/hovar" "$3" || fail "$1: share/hovar differs"
+  fi
+  passed "$1: documents and examples"
+}
+
+check_page() {  # FILE
+  groff -man -ww -Tutf8 "$1" > "$work/page.txt" 2> "$work/page.log"
+  # What is as it should be: pages here need not exist elsewhere, and the version stands for a date.
+  mandoc -Tlint -W warning "$1" >> "$work/page.log" || true
+  grep -v 'missing date' "$work/page.log" > "$work/page.faults" || true
+  [ ! -s "$work/page.faults" ] || { cat "$work/page.faults" >&2; fail "page $1"; }
+  grep -q "Hovar $version" "$work/page.txt" || fail "page $1 does not show version $version"
+  passed "page $(basename "$1"): $(wc -l < "$work/page.txt") lines without a warning"
+}
+
+if [ ! -x "$build/bin/hovar" ]; then
+  cmake --preset release -B "$build" > /dev/null
+  cmake --build "$build" -j "$(nproc)" > /dev/null
+fi
+build=$(cd "$build" && pwd)
+run_quickstart plain "$source/examples" "$build/bin/hovar"
+
+echo "== .tar.gz"
+mkdir "$work/clean folder"
+tar -xzf "$(package_file 'hovar-*-linux-x86_64.tar.gz')" -C "$work/clean folder"
+unpacked="$work/clean folder/hovar-$version-linux-x86_64"
+for program in bin/hovar libexec/hovar/hovar; do
+  readelf -d "$unpacked/$program" | grep -q 'There is no dynamic section' ||
+    fail "$program is not linked statically"
+done
+passed "tar.gz: programs without a dynamic section"
+check_version tar.gz "$unpacked/bin/hovar"
+check_contents tar.gz "$unpacked" "$unpacked/share/hovar"
+[ -s "$unpacked/LICENSE" ] || fail "tar.gz: no LICENSE"
+for page in man1/hovar.1 man5/hovar-definition.5; do
+  check_page "$unpacked/share/man/$page"
+done
+run_quickstart tar.gz "$unpacked/examples" "$unpacked/bin/hovar"
+compare_quickstart tar.gz
+
+# In a system that holds nothing but the program: no library, no configuration, no /proc. The program
+# wants a backslash in its name, which the launcher gives it elsewhere.
+if chroot / true 2> /dev/null; then
+  empty=$work/results/empty
+  cp -r "$unpacked/examples/quickstart" "$empty"
+  cp "$unpacked/libexec/hovar/hovar" "$empty/empty\\hovar"
+  chroot "$empty" '/empty\hovar' batch.xml < /dev/null > "$work/output.txt" 2> "$work/errors.txt" ||
+    fail "status $? in an empty system"
+  mv "$work/output.txt" "$work/errors.txt" "$empty"
+  rm "$empty/empty\\hovar"
+  sed -i 's/^\(MCMC: .* in\) .* seconds/\1 T seconds/' "$empty/output.txt"
+  compare_quickstart empty
+else
+  echo "skipped: an empty system needs root"
+fi
+
+echo "== .deb"
+deb=$(package_file 'hovar_*_amd64.deb')
+[ "$(dpkg-deb -f "$deb" Version)" = "$version-1" ] || fail "deb: version in the control file"
+lintian --allow-root --fail-on error,warning "$deb" || fail "deb: lintian"
+passed "deb: lintian"
+dpkg-deb -x "$deb" "$work/root"
+documents=$work/root/usr/share/doc/hovar
+check_version deb "$work/root/usr/bin/hovar"
+check_contents deb "$documents" "$work/root/usr/share/hovar"
+for file in copyright changelog.gz changelog.Debian.gz; do
+  [ -s "$documents/$file" ] || fail "deb: no $file"
+done
+for page in man1/hovar.1 man5/hovar-definition.5; do
+  gunzip -c "$work/root/usr/share/man/$page.gz" > "$work/$(basename "$page")"
+  check_page "$work/$(basename "$page")"
+done
+run_quickstart deb "$documents/examples" "$work/root/usr/bin/hovar"
+compare_quickstart deb
+
+if [ -n "$inNewSystem" ]; then
+  echo "== .deb in a new Debian system"
+  tools/install_packages.sh debootstrap
+  system=$work/system
+  debootstrap --variant=minbase bookworm "$system" > "$work/debootstrap.log" 2>&1 ||
+    { tail "$work/debootstrap.log" >&2; fail "debootstrap"; }
+  cp "$deb" "$system/root/hovar.deb"
+  chroot "$system" apt-get install -y --no-install-recommends /root/hovar.deb > "$work/apt.log" 2>&1 ||
+    { tail "$work/apt.log" >&2; fail "apt install"; }
+  check_version "new system" "$system/usr/bin/hovar"
+  # The launcher finds its own place by /proc.
+  mkdir -p "$system/proc"
+  mount -t proc proc "$system/proc"
+  trap 'umount "$system/proc"; rm -rf "$work"' EXIT
+  chroot "$system" cp -r /usr/share/doc/hovar/examples/quickstart /root/quickstart
+  chroot "$system" sh -c 'cd /root/quickstart && hovar batch.xml < /dev/null > output.txt 2> errors.txt' ||
+    fail "status $? in the new system"
+  mv "$system/root/quickstart" "$work/results/system"
+  sed -i 's/^\(MCMC: .* in\) .* seconds/\1 T seconds/' "$work/results/system/output.txt"
+  compare_quickstart system
+  chroot "$system" apt-get purge -y hovar > "$work/apt.log" 2>&1 || fail "apt purge"
+  left=$(find "$system/usr" -name '*hovar*')
+  [ -z "$left" ] || fail "left behind: $left"
+  passed "new system: apt installs and removes it"
+fi
+
+echo "== .zip"
+if ! ls "$packages"/hovar-*-windows-*.zip > /dev/null 2>&1; then
+  echo "skipped: there is no ZIP in $packages"
+else
+  tools/install_packages.sh unzip
+  mkdir "$work/clean zip"
+  unzip -q "$(package_file 'hovar-*-windows-x86_64.zip')" -d "$work/clean zip"
+  unpacked="$work/clean zip/hovar-$version-windows-x86_64"
+  for file in hovar.exe libexec/hovar/hovar.exe LICENSE; do
+    [ -s "$unpacked/$file" ] || fail "zip: no $file"
+  done
+  check_contents zip "$unpacked" "$unpacked/share/hovar"
+  wine=/usr/lib/wine/wine64
+  if [ -x "$wine" ]; then
+    # Not through a pipe: Wine's services would keep it open.
+    WINEPREFIX="$work/wine" WINEDEBUG=-all "$wine" "$unpacked/hovar.exe" --version \
+      > "$work/version.txt" 2> /dev/null
+    shown=$(tr -d '\r' < "$work/version.txt")
+    [ "$shown" = "hovar $version" ] || fail "zip: --version says \"$shown\""
+    run_quickstart zip "$unpacked/examples" "$wine" "$unpacked/hovar.exe"
+    compare_quickstart zip
+  else
+    echo "skipped: running the program of the ZIP needs the package wine64"
+  fi
+fi
+echo "All packages are good."
