@@ -24,7 +24,7 @@ while getopts b:i option; do
 done
 shift $((OPTIND - 1))
 packages=$(cd "${1:-build/packages}" && pwd)
-tools/install_packages.sh binutils dpkg-dev groff-base lintian mandoc
+tools/install_packages.sh binutils bsdextrautils dpkg-dev groff-base lintian man-db mandoc
 source=$(pwd)
 version=$(sed -n 's/^project(Hovar VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 work=$(mktemp -d)
@@ -87,7 +87,7 @@ check_contents() {  # NAME DOCUMENTS SHARE
 
 check_page() {  # FILE
   groff -man -ww -Tutf8 "$1" > "$work/page.txt" 2> "$work/page.log"
-  # What is as it should be: pages here need not exist elsewhere, and the version stands for a date.
+  # What is as it should be: a page has the version in the place of a date.
   mandoc -Tlint -W warning "$1" >> "$work/page.log" || true
   grep -v 'missing date' "$work/page.log" > "$work/page.faults" || true
   [ ! -s "$work/page.faults" ] || { cat "$work/page.faults" >&2; fail "page $1"; }
@@ -135,6 +135,21 @@ if chroot / true 2> /dev/null; then
 else
   echo "skipped: an empty system needs root"
 fi
+
+# The pages of the manual know every option and every element.
+plain() { man -P cat -l "$1" | col -b; }
+"$unpacked/bin/hovar" --help | grep -o -e '--[a-z]*' | sort -u > "$work/options.txt"
+sed -n 's/.*\(Element\|StartTag\|Parameters\)(\(reader, \)*"\([A-Za-z]*\)".*/\3/p' \
+  src/app/definitions.cpp | sort -u > "$work/elements.txt"
+plain "$unpacked/share/man/man1/hovar.1" > "$work/hovar.1.txt"
+plain "$unpacked/share/man/man5/hovar-definition.5" > "$work/hovar-definition.5.txt"
+for word in $(cat "$work/options.txt"); do
+  grep -q -e "$word" "$work/hovar.1.txt" || fail "hovar.1 lacks $word"
+done
+for word in $(cat "$work/elements.txt"); do
+  grep -q -w "$word" "$work/hovar-definition.5.txt" || fail "hovar-definition.5 lacks $word"
+done
+passed "manual: $(wc -l < "$work/options.txt") options, $(wc -l < "$work/elements.txt") elements"
 
 echo "== .deb"
 deb=$(package_file 'hovar_*_amd64.deb')
