@@ -50,6 +50,9 @@ void ReadNames(Vell::StringArray& names, const char* intercept, Vell::IO::Stream
 }
 
 void ReadHeader(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
+  if (poaCount < 0) {
+    return;  // ReadRecords will refuse it; up to 2^30 variables would need names until then
+  }
   dataSet.zNames = Vell::StringArray(dataSet.variableCount);
   dataSet.xNames = Vell::StringArray(dataSet.variableCount);
   for (std::int64_t field = 0; field < std::int64_t{kLeadingFields} + poaCount; ++field) {

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "foundation/memory.h"
 #include "support/allocation_fault.h"
 #include "support/data_sets.h"
 #include "support/outcome.h"
@@ -308,6 +310,20 @@ TEST(DataFileReaderTest, WrongShapesAreRefused) {
       {"k,h,Y\n1,\"A,1\n", 0, kInvalidCsv},
       {std::string("k,h,Y\n1,A\0,1\n", 13), 0, "InvalidInputException: Invalid input string"},
   });
+}
+
+// A count below 0 stands for as many more variables: 10,000,002 here, with bits for one record but
+// without names.
+TEST(DataFileReaderTest, NegativeCountOfIndicatorsNeedsNoMemoryForNames) {
+  Vell::SetAllocationFunction([](std::size_t bytes) noexcept -> void* {
+    return bytes > (std::size_t{1} << 25) ? nullptr : std::calloc(1, bytes);
+  });
+  const Reading reading = Read("k,h,Y,P\n1,A,1,0\n", -20'000'001);
+  Vell::SetAllocationFunction(nullptr);
+  EXPECT_EQ(reading.Failure(), "InvalidArgumentException: Invalid argument");
+  EXPECT_EQ(reading.output,
+            "Reading data file...\nNumber of records: 1\nNumber of variables: 10000002\n"
+            "Reading data...\n");
 }
 
 TEST(DataFileReaderTest, EmptyFileEndsByTheRulesOfItsSizes) {

@@ -13,8 +13,9 @@ namespace Vell {
 /// products of the columns. The diagonal counts how often a column is set at all.
 class CrossCounter {
  public:
-  /// Errors: "Invalid argument" for a negative number of columns; "Integer overflow" for 65536
-  ///         columns and more; "Out of memory".
+  /// Errors: "Invalid argument" for a negative number of columns and wherever a Matrix of
+  ///         columns x columns cells is one, as for 46341 to 65535 columns; "Integer overflow" for
+  ///         all other numbers from 65536 up; "Out of memory".
   explicit CrossCounter(std::int32_t columns);
 
   /// Adds one record, given as its ascending set columns.

@@ -7,6 +7,7 @@
 #include <limits>
 #include <vector>
 
+#include "support/allocation_fault.h"
 #include "support/matrices.h"
 #include "support/raised.h"
 #include "support/seeded_random.h"
@@ -78,10 +79,22 @@ TEST(CrossCounterTest, ANegativeNumberOfColumnsIsInvalid) {
 
 // 65536 * 65537 / 2 = 2^31 + 32768. The last three are 55607, 65536 and 2^30 + 1 in 32 bits.
 TEST(CrossCounterTest, CountsOfTooManyColumnsOverflow) {
-  for (const std::int32_t columns : {65536, 92681, 92682, 131072, 2147483646}) {
+  for (const std::int32_t columns : {65536, 65537, 92682, 131072, 2147483646}) {
     SCOPED_TRACE(columns);
     Testing::ExpectRaises<Vell::Exceptions::IntegerOverflowException>(
         "Integer overflow", [&] { CrossCounter{columns}; });
+  }
+}
+
+// The squares are -2147479015, -131071 and -166831 in 32 bits, sizes that Matrix refuses. The first
+// two would have 2^30 and more counts.
+TEST(CrossCounterTest, ColumnsOfAMatrixThatWrapsToANegativeSizeAreRefusedWithoutMemory) {
+  for (const std::int32_t columns : {46341, 65535, 92681}) {
+    SCOPED_TRACE(columns);
+    const Testing::AllocationFault fault(1);
+    Testing::ExpectRaises<Vell::Exceptions::InvalidArgumentException>(
+        "Invalid argument", [&] { CrossCounter{columns}; });
+    EXPECT_FALSE(fault.HasFired());
   }
 }
 
