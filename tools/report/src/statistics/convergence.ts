@@ -27,6 +27,7 @@
 import { nextPowerOfTwo, transform } from './fourier';
 import { mean, quantile, variance } from './moments';
 import { normalQuantile } from './normal';
+import { ascendingOrder } from './order';
 
 export { density } from './density';
 
@@ -98,54 +99,51 @@ function saysNothing(values: Float64Array): boolean {
   return !(high - low >= Number.EPSILON);
 }
 
-/** Normal scores by twice the rank, for the number of draws that was asked for last. */
+/** The normal score of each rank among a number of draws, by twice the rank; kept, for it is asked often. */
 let scores = { draws: 0, byTwiceRank: new Float64Array(0) };
 
 function scoresFor(draws: number): Float64Array {
   if (scores.draws !== draws) {
-    const byTwiceRank = new Float64Array(2 * draws + 1).fill(NaN);
+    const byTwiceRank = new Float64Array(2 * draws + 1);
+    for (let twice = 2; twice <= 2 * draws; twice++) {
+      byTwiceRank[twice] = normalQuantile((twice / 2 - 0.375) / (draws + 0.25));
+    }
     scores = { draws, byTwiceRank };
   }
   return scores.byTwiceRank;
 }
 
 /**
- * The normal scores of the ranks, ties at their mean rank r: the quantile of (r - 3/8) / (n + 1/4).
- * All NaN when a value is NaN.
+ * The half chains of the normal scores: the quantile of (r - 3/8) / (n + 1/4) for rank r of n. Ties
+ * have their mean rank. The middle draws of chains of odd length have no rank.
  */
-function normalScores(halves: Halves): Halves {
-  const { draws } = halves;
-  const n = draws.length;
-  const result = new Float64Array(n);
-  if (hasNaN(draws)) return { ...halves, draws: result.fill(NaN) };
-  const sorted = draws.slice().sort();
-  // Values at their first place in the order, and the normal score of each.
-  const distinct = new Float64Array(n);
-  const score = new Float64Array(n);
-  const known = scoresFor(n);
-  let count = 0;
+function normalScores(values: Float64Array, order: Uint32Array, chains: number): Halves {
+  const whole = values.length / chains;
+  const middle = whole > 1 && whole % 2 === 1 ? (whole - 1) / 2 : whole;
+  const ranked = middle === whole ? order : order.filter((draw) => draw % whole !== middle);
+  const n = ranked.length;
+  const score = scoresFor(n);
+  const result = new Float64Array(values.length);
   for (let first = 0; first < n; ) {
+    const value = values[ranked[first]];
     let end = first + 1;
-    while (end < n && sorted[end] === sorted[first]) end++;
-    const twiceRank = first + 1 + end;
-    if (known[twiceRank] !== known[twiceRank]) {
-      known[twiceRank] = normalQuantile((twiceRank / 2 - 0.375) / (n + 0.25));
-    }
-    distinct[count] = sorted[first];
-    score[count++] = known[twiceRank];
+    while (end < n && values[ranked[end]] === value) end++;
+    for (let i = first; i < end; i++) result[ranked[i]] = score[first + 1 + end];
     first = end;
   }
-  for (let i = 0; i < n; i++) {
-    let low = 0;
-    let high = count - 1;
-    while (low < high) {
-      const middle = (low + high) >> 1;
-      if (distinct[middle] < draws[i]) low = middle + 1;
-      else high = middle;
-    }
-    result[i] = score[low];
-  }
-  return { ...halves, draws: result };
+  return split(result, chains);
+}
+
+/** The order of distances from a centre, given the order of the values. */
+function orderFrom(distances: Float64Array, values: Float64Array, order: Uint32Array, centre: number): Uint32Array {
+  const n = order.length;
+  let above = 0;
+  while (above < n && values[order[above]] <= centre) above++;
+  let below = above - 1;
+  return order.map(() => {
+    const takesBelow = above === n || (below >= 0 && distances[order[below]] <= distances[order[above]]);
+    return takesBelow ? order[below--] : order[above++];
+  });
 }
 
 function rhat(halves: Halves): number {
@@ -181,7 +179,7 @@ function autocovarianceSums(halves: Halves): Float64Array {
     transform(re, im);
     for (let k = 0; k < size; k++) {
       const mirrored = (size - k) & (size - 1);
-      power[k] += (re[k] ** 2 + im[k] ** 2 + re[mirrored] ** 2 + im[mirrored] ** 2) / 2;
+      power[k] += (re[k] * re[k] + im[k] * im[k] + re[mirrored] * re[mirrored] + im[mirrored] * im[mirrored]) / 2;
     }
   }
   im.fill(0);
@@ -251,53 +249,59 @@ function essOfQuantile(draws: Float64Array, chains: number, limit: number): numb
 
 /** One coefficient's draws with what several of the figures need. */
 class Draws {
-  readonly draws: Float64Array;
-  readonly halves: Halves;
+  readonly values: Float64Array;
+  private readonly complete: boolean;
+  private ascending?: Uint32Array;
   private bulkScores?: Halves;
-  private ascending?: Float64Array;
 
   constructor(private readonly chains: readonly Float64Array[]) {
-    this.draws = joined(chains);
-    this.halves = split(this.draws, chains.length);
+    this.values = joined(chains);
+    this.complete = !hasNaN(this.values);
   }
 
   quantile(probability: number): number {
-    if (hasNaN(this.draws)) return NaN;
-    this.ascending ??= this.draws.slice().sort();
-    return quantile(this.ascending, probability);
+    if (!this.complete) return NaN;
+    const order = this.order();
+    return quantile(order.length, (place) => this.values[order[place]], probability);
   }
 
   sd(): number {
-    return Math.sqrt(variance(this.draws));
+    return Math.sqrt(variance(this.values));
   }
 
   rhat(): number {
+    if (!this.complete) return NaN;
     const median = this.quantile(0.5);
-    const distances = this.draws.map((draw) => Math.abs(draw - median));
-    const bulk = rhat(this.scores());
-    const tail = rhat(normalScores(split(distances, this.chains.length)));
-    return Math.max(bulk, tail);
+    const distances = this.values.map((value) => Math.abs(value - median));
+    if (hasNaN(distances)) return NaN;
+    const order = orderFrom(distances, this.values, this.order(), median);
+    return Math.max(rhat(this.scores()), rhat(normalScores(distances, order, this.chains.length)));
   }
 
   essBulk(): number {
-    return effectiveSize(this.scores());
+    return this.complete ? effectiveSize(this.scores()) : NaN;
   }
 
   essTail(): number {
-    if (saysNothing(this.draws)) return NaN;
+    if (saysNothing(this.values)) return NaN;
     const count = this.chains.length;
     return Math.min(
-      essOfQuantile(this.draws, count, this.quantile(0.05)),
-      essOfQuantile(this.draws, count, this.quantile(0.95)),
+      essOfQuantile(this.values, count, this.quantile(0.05)),
+      essOfQuantile(this.values, count, this.quantile(0.95)),
     );
   }
 
   mcseMean(): number {
-    return this.sd() / Math.sqrt(effectiveSize(this.halves));
+    return this.sd() / Math.sqrt(effectiveSize(split(this.values, this.chains.length)));
+  }
+
+  private order(): Uint32Array {
+    this.ascending ??= ascendingOrder(this.values);
+    return this.ascending;
   }
 
   private scores(): Halves {
-    this.bulkScores ??= normalScores(this.halves);
+    this.bulkScores ??= normalScores(this.values, this.order(), this.chains.length);
     return this.bulkScores;
   }
 }
@@ -329,7 +333,7 @@ export function mcseMean(chains: readonly Float64Array[]): number {
 export function summarise(chains: readonly Float64Array[]): ChainSummary {
   const draws = new Draws(chains);
   return {
-    mean: mean(draws.draws),
+    mean: mean(draws.values),
     sd: draws.sd(),
     q025: draws.quantile(0.025),
     median: draws.quantile(0.5),

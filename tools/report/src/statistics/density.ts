@@ -12,7 +12,8 @@ export const kBandwidthRule = "Silverman's rule of thumb";
  */
 function bandwidth(sorted: Float64Array): number {
   const sd = sorted.length > 1 ? Math.sqrt(variance(sorted)) : 0;
-  const range = quantile(sorted, 0.75) - quantile(sorted, 0.25);
+  const at = (probability: number) => quantile(sorted.length, (place) => sorted[place], probability);
+  const range = at(0.75) - at(0.25);
   const spread = Math.min(sd, range / 1.34) || sd || Math.abs(sorted[0]) || 1;
   return 0.9 * spread * sorted.length ** -0.2;
 }

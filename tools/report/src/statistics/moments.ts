@@ -21,20 +21,22 @@ export function variance(values: Float64Array): number {
   if (equal) return Number.isFinite(values[0]) ? 0 : NaN;
   const centre = mean(values);
   let sum = 0;
-  for (let i = 0; i < values.length; i++) sum += (values[i] - centre) ** 2;
+  for (let i = 0; i < values.length; i++) sum += (values[i] - centre) * (values[i] - centre);
   return sum / (values.length - 1);
 }
 
 /**
- * A quantile of values in ascending order: linear between order statistics, type 7 of R. J. Hyndman,
- * Y. Fan (1996), The American Statistician 50, 361-365. NaN when there are no values.
+ * A quantile of `count` values, given by their place in ascending order from 0: linear between order
+ * statistics, type 7 of R. J. Hyndman, Y. Fan (1996), The American Statistician 50, 361-365. NaN when
+ * there are no values.
  */
-export function quantile(sorted: Float64Array, probability: number): number {
-  if (sorted.length === 0) return NaN;
-  const index = 1 + (sorted.length - 1) * probability;
+export function quantile(count: number, valueAt: (place: number) => number, probability: number): number {
+  if (count === 0) return NaN;
+  // Counted from 1, as R does, for the same rounding.
+  const index = 1 + (count - 1) * probability;
   const below = Math.floor(index);
-  const low = sorted[below - 1];
-  const high = sorted[Math.ceil(index) - 1];
+  const low = valueAt(below - 1);
+  const high = valueAt(Math.ceil(index) - 1);
   if (index === below || high === low) return low;
   const share = index - below;
   return (1 - share) * low + share * high;
