@@ -29,8 +29,6 @@ import { mean, quantile, variance } from './moments';
 import { normalQuantile } from './normal';
 import { ascendingOrder } from './order';
 
-export { density } from './density';
-
 /** What there is to know of one coefficient from the draws of all its chains. */
 export interface ChainSummary {
   mean: number;

@@ -2,8 +2,9 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import {
-  autocorrelation, density, essBulk, essTail, mcseMean, runningMean, splitRhatRank, summarise,
+  autocorrelation, essBulk, essTail, mcseMean, runningMean, splitRhatRank, summarise,
 } from '../../src/statistics/convergence';
+import { density } from '../../src/statistics/density';
 import reference from '../reference/convergence.json';
 import { assertClose, assertRelative, stored, storedArray } from './close';
 import type { Stored } from './close';
