@@ -1,14 +1,20 @@
 // The command that users type. The program itself wants to be started with a path of its own that
 // holds a backslash, which nobody types on a system with other separators; the launcher finds the
 // program beside itself and starts it with such a path. The program takes the launcher's place, so
-// its arguments, exit status and signals are the launcher's.
+// its arguments, exit status and signals are the launcher's. Only a command line that begins with
+// one of the launcher's own options is answered by the launcher, with the tools of this folder.
 
-#include <array>
+#include <exception>
+#include <optional>
 #include <string_view>
+#include <vector>
 
+#include "app/launcher/installation.h"
+#include "app/launcher/message.h"
+#include "app/launcher/options.h"
+#include "app/launcher/watched_run.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/growable_array.h"
-#include "foundation/io/platform/folders.h"
 #include "foundation/io/platform/platform.h"
 #include "foundation/string.h"
 #include "launcher_text.h"
@@ -34,33 +40,10 @@ int Fail(std::string_view reason, std::string_view subject) {
   return kFailure;
 }
 
-/// The folder in which libexec/ with the program lies: the launcher's own one, as in an archive
-/// that was unpacked somewhere, or the one above, as in an installed or built tree with bin/. The
-/// latter when there is no program, and the empty text when it cannot be told.
-Vell::String InstallationFolder() {
-  std::array<char, 4096> file;
-  if (!Platform::ProgramFile(file.data(), file.size())) {
-    return Vell::String();
-  }
-  Vell::String folder(file.data());
-  for (int level = 0; level < 2; ++level) {
-    const std::int32_t separator = folder.FindLast('/');
-    if (separator < 0) {
-      return Vell::String();
-    }
-    folder.Truncate(separator);
-    const Vell::String program = Vell::Concatenate(folder, Hovar::kProgramFile);
-    if (Platform::KindOf(program.CStr()) == Platform::PathKind::kFile) {
-      break;
-    }
-  }
-  return folder;
-}
-
 int StartProgram(int argumentCount, char** arguments) {
-  const Vell::String folder = InstallationFolder();
-  const Vell::String file = Vell::Concatenate(folder, Hovar::kProgramFile);
-  const Vell::String name = Vell::Concatenate(folder, Hovar::kProgramName);
+  const Vell::String folder = Hovar::InstallationFolder();
+  const Vell::String file = Hovar::ProgramFileIn(folder);
+  const Vell::String name = Hovar::ProgramNameIn(folder);
   if (!Platform::StandardInputIsTerminal()) {
     Platform::DetachStandardInput();  // an unattended run must not wait for a key
   }
@@ -74,19 +57,40 @@ int StartProgram(int argumentCount, char** arguments) {
   return Fail("cannot start ", file);
 }
 
+int RunTask(int argumentCount, char** arguments) {
+  const std::optional<Hovar::Options> options =
+      Hovar::ParseOptions(std::vector<std::string_view>(arguments + 1, arguments + argumentCount));
+  if (!options) {
+    return kFailure;
+  }
+  switch (options->task) {
+    case Hovar::Task::kRun:
+      return Hovar::RunWatched(*options);
+    case Hovar::Task::kChains:
+    case Hovar::Task::kReport:
+      break;
+  }
+  return kFailure;
+}
+
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  const std::string_view option = argumentCount == 2 ? arguments[1] : "";
-  if (option == "--help") {
+  const std::string_view first = argumentCount >= 2 ? arguments[1] : "";
+  if (argumentCount == 2 && first == "--help") {
     return Print(Hovar::kHelpText);
   }
-  if (option == "--version") {
+  if (argumentCount == 2 && first == "--version") {
     return Print(Hovar::kVersionText);
   }
   try {
-    return StartProgram(argumentCount, arguments);
+    return Hovar::IsLauncherOption(first) ? RunTask(argumentCount, arguments)
+                                          : StartProgram(argumentCount, arguments);
   } catch (const Vell::Exceptions::Exception&) {
+    return kFailure;  // its line stands on standard error
+  } catch (const std::bad_alloc&) {
+    constexpr std::string_view kLine = "hovar: out of memory\n";
+    Platform::WriteFile(Platform::kStandardError, kLine.data(), kLine.size());
     return kFailure;
   }
 }

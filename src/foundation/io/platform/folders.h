@@ -24,6 +24,13 @@ bool FolderIsWritable(const char* path) noexcept;
 /// Gives a file or folder another name; false on failure, also when the new name is taken.
 bool Rename(const char* from, const char* to) noexcept;
 
+/// Gives a file another name and takes the place of the file that has it, at once: whoever opens
+/// the new name finds the one or the other file. False on failure; both stay then.
+bool ReplaceFile(const char* from, const char* to) noexcept;
+
+/// Removes a file, not a folder; false on failure.
+bool RemoveFile(const char* path) noexcept;
+
 /// Called with the name of an entry (not its path) and the caller's context.
 using FolderVisitor = void (*)(void* context, const char* name);
 

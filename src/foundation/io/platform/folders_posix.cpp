@@ -49,6 +49,18 @@ bool Rename(const char* from, const char* to) noexcept {
          std::rename(source.Get(), target.Get()) == 0;
 }
 
+bool ReplaceFile(const char* from, const char* to) noexcept {
+  const NativePath source(from);
+  const NativePath target(to);
+  return source.Get() != nullptr && target.Get() != nullptr &&
+         std::rename(source.Get(), target.Get()) == 0;
+}
+
+bool RemoveFile(const char* path) noexcept {
+  const NativePath native(path);
+  return native.Get() != nullptr && unlink(native.Get()) == 0;
+}
+
 bool VisitFolder(const char* path, FolderVisitor visitor, void* context) {
   const NativePath native(path);
   const auto close = [](DIR* folder) { closedir(folder); };

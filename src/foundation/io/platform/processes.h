@@ -51,8 +51,15 @@ int StopRequest() noexcept;
 /// True when standard error is a terminal.
 bool StandardErrorIsTerminal() noexcept;
 
+/// True when standard error is a terminal that follows escape sequences (ECMA-48), which are
+/// switched on where that is needed.
+bool StandardErrorTakesEscapes() noexcept;
+
 /// Columns of the terminal at standard error, or 80 when they cannot be told.
 int TerminalColumns() noexcept;
+
+/// Processors that this process may use, at least 1.
+int ProcessorCount() noexcept;
 
 /// Name of this computer, zero-terminated; false when it cannot be told or does not fit.
 bool HostName(char* name, std::size_t size) noexcept;

@@ -1,10 +1,13 @@
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 #include "foundation/io/platform/processes.h"
@@ -116,11 +119,23 @@ int StopRequest() noexcept { return stopRequest; }
 
 bool StandardErrorIsTerminal() noexcept { return isatty(STDERR_FILENO) == 1; }
 
+bool StandardErrorTakesEscapes() noexcept {
+  const char* const kind = std::getenv("TERM");
+  return StandardErrorIsTerminal() && kind != nullptr && std::strcmp(kind, "dumb") != 0;
+}
+
 int TerminalColumns() noexcept {
   constexpr int kUsualColumns = 80;
   winsize size{};
   const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
   return known ? size.ws_col : kUsualColumns;
+}
+
+int ProcessorCount() noexcept {
+  cpu_set_t allowed;
+  CPU_ZERO(&allowed);
+  const int count = sched_getaffinity(0, sizeof allowed, &allowed) == 0 ? CPU_COUNT(&allowed) : 0;
+  return count > 0 ? count : 1;
 }
 
 bool HostName(char* name, std::size_t size) noexcept {

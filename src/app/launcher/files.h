@@ -1,0 +1,74 @@
+#pragma once
+
+// Files as the launcher's tools read and write them: a small one as a whole, a large one in blocks,
+// and an output that appears under its name only when it is complete.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "foundation/io/platform/platform.h"
+
+namespace Hovar {
+
+/// A file that is open for reading, if it could be opened.
+class InputFile {
+ public:
+  explicit InputFile(const std::string& path);
+  ~InputFile();
+  InputFile(const InputFile&) = delete;
+  InputFile& operator=(const InputFile&) = delete;
+
+  bool IsOpen() const noexcept { return file_ != Vell::IO::Platform::kNoFile; }
+
+  /// Reads until the buffer is full or the file ends. Returns the bytes read, or -1 on failure.
+  /// Reading on behind the end finds what was written there in the meantime.
+  std::int64_t Read(std::span<char> buffer) const noexcept;
+
+ private:
+  Vell::IO::Platform::FileHandle file_;
+};
+
+/// The bytes of a regular file of up to 16 MiB; nothing when there is no such file, it is larger or
+/// cannot be read.
+std::optional<std::string> ReadSmallFile(const std::string& path);
+
+/// A file that is written beside its name, as NAME.part, and takes its name, and the place of an
+/// earlier file, when it is complete. Until then, and if anything fails, the earlier file stays and
+/// the part is removed. A name that leads to a device or a pipe is written directly.
+class OutputFile {
+ public:
+  explicit OutputFile(std::string path);
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  /// False when the file cannot be created.
+  bool Open();
+  /// Adds bytes. A failure shows in Complete.
+  void Write(std::string_view text);
+  /// Hands all bytes to the operating system and gives the file its name. False when any step since
+  /// Open failed.
+  bool Complete();
+
+ private:
+  void WriteBlock();
+
+  std::string path_;
+  std::string part_;
+  bool isDirect_;
+  bool isGood_ = false;
+  Vell::IO::Platform::FileHandle file_ = Vell::IO::Platform::kNoFile;
+  std::string block_;
+};
+
+/// As OutputFile for a text that stands in memory.
+bool WriteWholeFile(const std::string& path, std::string_view text);
+
+/// `folder`, a backslash, `name`, as the program joins its output paths.
+std::string JoinPath(std::string_view folder, std::string_view name);
+
+}  // namespace Hovar
