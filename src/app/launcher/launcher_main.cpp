@@ -4,19 +4,18 @@
 // its arguments, exit status and signals are the launcher's. Only a command line that begins with
 // one of the launcher's own options is answered by the launcher, with the tools of this folder.
 
-#include <exception>
+#include <cstddef>
+#include <new>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
-#include "app/launcher/installation.h"
-#include "app/launcher/message.h"
 #include "app/launcher/options.h"
+#include "app/launcher/program_start.h"
 #include "app/launcher/watched_run.h"
 #include "foundation/exceptions/exceptions.h"
-#include "foundation/growable_array.h"
 #include "foundation/io/platform/platform.h"
-#include "foundation/string.h"
 #include "launcher_text.h"
 
 namespace {
@@ -31,35 +30,9 @@ int Print(std::string_view text) {
                                                                                   : kFailure;
 }
 
-int Fail(std::string_view reason, std::string_view subject) {
-  Vell::String line("hovar: ");
-  line.Append(reason);
-  line.Append(subject);
-  line.Append('\n');
-  Platform::WriteFile(Platform::kStandardError, line.CStr(), line.View().size());
-  return kFailure;
-}
-
-int StartProgram(int argumentCount, char** arguments) {
-  const Vell::String folder = Hovar::InstallationFolder();
-  const Vell::String file = Hovar::ProgramFileIn(folder);
-  const Vell::String name = Hovar::ProgramNameIn(folder);
-  if (!Platform::StandardInputIsTerminal()) {
-    Platform::DetachStandardInput();  // an unattended run must not wait for a key
-  }
-  Vell::GrowableArray<const char*> programArguments;
-  programArguments.Append(name.CStr());
-  for (int i = 1; i < argumentCount; ++i) {
-    programArguments.Append(arguments[i]);
-  }
-  programArguments.Append(nullptr);
-  Platform::BecomeProgram(file.CStr(), programArguments.begin());
-  return Fail("cannot start ", file);
-}
-
-int RunTask(int argumentCount, char** arguments) {
+int RunTask(std::span<const char* const> arguments) {
   const std::optional<Hovar::Options> options =
-      Hovar::ParseOptions(std::vector<std::string_view>(arguments + 1, arguments + argumentCount));
+      Hovar::ParseOptions(std::vector<std::string_view>(arguments.begin(), arguments.end()));
   if (!options) {
     return kFailure;
   }
@@ -75,17 +48,18 @@ int RunTask(int argumentCount, char** arguments) {
 
 }  // namespace
 
-int main(int argumentCount, char** arguments) {
-  const std::string_view first = argumentCount >= 2 ? arguments[1] : "";
-  if (argumentCount == 2 && first == "--help") {
+int main(int argumentCount, char** argumentVector) {
+  std::span<const char* const> arguments(argumentVector, static_cast<std::size_t>(argumentCount));
+  arguments = arguments.subspan(arguments.empty() ? 0 : 1);
+  const std::string_view first = arguments.empty() ? "" : arguments.front();
+  if (arguments.size() == 1 && first == "--help") {
     return Print(Hovar::kHelpText);
   }
-  if (argumentCount == 2 && first == "--version") {
+  if (arguments.size() == 1 && first == "--version") {
     return Print(Hovar::kVersionText);
   }
   try {
-    return Hovar::IsLauncherOption(first) ? RunTask(argumentCount, arguments)
-                                          : StartProgram(argumentCount, arguments);
+    return Hovar::IsLauncherOption(first) ? RunTask(arguments) : Hovar::BecomeHovar(arguments);
   } catch (const Vell::Exceptions::Exception&) {
     return kFailure;  // its line stands on standard error
   } catch (const std::bad_alloc&) {

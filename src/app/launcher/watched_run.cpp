@@ -1,16 +1,19 @@
 #include "app/launcher/watched_run.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 #include "app/launcher/child_run.h"
+#include "app/launcher/files.h"
+#include "app/launcher/kept_outputs.h"
 #include "app/launcher/message.h"
+#include "app/launcher/program_start.h"
 #include "app/launcher/progress.h"
 #include "app/launcher/progress_display.h"
 #include "app/launcher/run_plan.h"
+#include "app/launcher/run_record.h"
 #include "foundation/io/platform/folders.h"
 
 namespace Hovar {
@@ -22,19 +25,42 @@ constexpr int kSuccess = 0;
 constexpr int kFailure = 1;
 constexpr int kSignalStatus = 128;
 
+// Behind the name of the log, or of the run record for a file that goes when the program has ended.
 constexpr std::string_view kCaptureSuffix = ".output.txt";
+constexpr std::string_view kPassingSuffix = ".output.part";
 
 /// The file for the program's lines: beside the log of the first run. Its folder is made as the
 /// program would make it. Without a log to be beside, the file is beside the definition.
-std::string CaptureFileBesideLog(const RunPlan& plan) {
+std::string BesideLog(const RunPlan& plan, std::string_view suffix) {
   if (!plan.runs.empty()) {
     const PlannedRun& run = plan.runs.front();
     Platform::CreateFolder(run.folder.c_str());
     if (Platform::FolderIsWritable(run.folder.c_str())) {
-      return run.logFile + std::string(kCaptureSuffix);
+      return run.logFile + std::string(suffix);
     }
   }
-  return plan.definition + std::string(kCaptureSuffix);
+  return plan.definition + std::string(suffix);
+}
+
+std::string CaptureFileFor(const Options& options, const RunPlan& plan) {
+  if (options.showProgress) {
+    return BesideLog(plan, kCaptureSuffix);
+  }
+  const bool isDevice = Platform::KindOf(options.recordFile.c_str()) == Platform::PathKind::kOther;
+  return isDevice ? BesideLog(plan, kPassingSuffix)
+                  : options.recordFile + std::string(kPassingSuffix);
+}
+
+/// What a watched run writes besides the program's own outputs.
+std::vector<std::string> FurtherOutputs(const Options& options, const std::string& captureFile) {
+  std::vector<std::string> files;
+  if (options.showProgress) {
+    files.push_back(captureFile);
+  }
+  if (!options.recordFile.empty()) {
+    files.push_back(options.recordFile);
+  }
+  return files;
 }
 
 /// Passes the program's lines on to the streams that they were meant for.
@@ -115,26 +141,58 @@ int Watch(ChildRun& run, Bar& bar, const LineEcho& echo) {
   return run.ExitStatus();
 }
 
-}  // namespace
-
-int RunWatched(const Options& options) {
-  const RunPlan plan = MakeRunPlan(options.definition);
-  LineEcho echo;
-  ChildRun::LineTaker takeLine;
-  if (!options.showProgress) {
-    takeLine = [&echo](std::string_view line) { echo.Take(line); };
+/// Runs and, if a record is wanted, writes it; its file is opened first, so that nobody finds out
+/// after a long run that it cannot be written.
+int RunRecorded(const Options& options, const RunPlan& plan, ChildRun& run, const LineEcho& echo) {
+  std::optional<OutputFile> recordFile;
+  std::optional<RunRecord> record;
+  if (!options.recordFile.empty()) {
+    if (!recordFile.emplace(options.recordFile).Open()) {
+      Say("cannot write " + options.recordFile);
+      return kFailure;
+    }
+    record.emplace(plan);
   }
-  Platform::DetachStandardInput();
-  Platform::RememberStopRequests();
-  ChildRun run(CaptureFileBesideLog(plan), takeLine);
   if (!run.Start(options.definition)) {
     return kFailure;
   }
   Bar bar(plan, options.showProgress);
   const int status = Watch(run, bar, echo);
-  if (options.showProgress) {
+  if (record) {
+    recordFile->Write(record->Text(run.Lines(), status));
+    if (!recordFile->Complete()) {
+      Say("cannot write " + options.recordFile);
+      return kFailure;
+    }
+  }
+  return status;
+}
+
+}  // namespace
+
+int RunWatched(const Options& options) {
+  const RunPlan plan = MakeRunPlan(options.definition);
+  const bool isWatched = options.showProgress || !options.recordFile.empty();
+  const std::string captureFile = isWatched ? CaptureFileFor(options, plan) : std::string();
+  if (options.keepOutputs && !KeepOutputs(plan, FurtherOutputs(options, captureFile))) {
+    return kFailure;
+  }
+  if (!isWatched) {
+    const char* const argument = options.definition.c_str();
+    return BecomeHovar({&argument, 1});
+  }
+  Platform::DetachStandardInput();
+  Platform::RememberStopRequests();
+  LineEcho echo;
+  ChildRun run(
+      captureFile,
+      options.showProgress ? ChildRun::LineTaker() : [&echo](auto line) { echo.Take(line); });
+  const int status = RunRecorded(options, plan, run, echo);
+  if (!options.showProgress) {
+    Platform::RemoveFile(captureFile.c_str());
+  } else if (run.HasEnded()) {
     Say((status == kSuccess ? "done, " : "not done, ") +
-        Count(run.Lines().WarningCount(), "warning") + "; output in " + run.CaptureFile());
+        Count(run.Lines().WarningCount(), "warning") + "; output in " + captureFile);
   }
   return status;
 }

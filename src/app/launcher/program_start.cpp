@@ -1,0 +1,33 @@
+#include "app/launcher/program_start.h"
+
+#include "app/launcher/installation.h"
+#include "foundation/growable_array.h"
+#include "foundation/io/platform/platform.h"
+
+namespace Hovar {
+
+namespace Platform = Vell::IO::Platform;
+
+int BecomeHovar(std::span<const char* const> arguments) {
+  constexpr int kFailure = 1;
+  const Vell::String root = InstallationFolder();
+  const Vell::String file = ProgramFileIn(root);
+  const Vell::String name = ProgramNameIn(root);
+  if (!Platform::StandardInputIsTerminal()) {
+    Platform::DetachStandardInput();
+  }
+  Vell::GrowableArray<const char*> programArguments;
+  programArguments.Append(name.CStr());
+  for (const char* const argument : arguments) {
+    programArguments.Append(argument);
+  }
+  programArguments.Append(nullptr);
+  Platform::BecomeProgram(file.CStr(), programArguments.begin());
+  Vell::String line("hovar: cannot start ");
+  line.Append(file);
+  line.Append('\n');
+  Platform::WriteFile(Platform::kStandardError, line.CStr(), line.View().size());
+  return kFailure;
+}
+
+}  // namespace Hovar
