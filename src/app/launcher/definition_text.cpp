@@ -150,14 +150,15 @@ std::string DefinitionText::Value(std::string_view path) const {
 
 std::int32_t DefinitionText::Integer(std::string_view path) const {
   const std::string text = Value(path);
-  const std::size_t first = text.find_first_not_of(" \t\r\n\v\f");
-  if (first == std::string::npos) {
-    return 0;
-  }
-  const std::size_t digits = text[first] == '-' || text[first] == '+' ? first + 1 : first;
-  const std::size_t end = std::min(text.find_first_not_of("0123456789", digits), text.size());
-  return end > digits ? Vell::IO::ParseInteger(std::string_view(text).substr(first, end - first))
-                      : 0;
+  const std::string_view number = LeadingInteger(text);
+  return number.empty() ? 0 : Vell::IO::ParseInteger(number);
+}
+
+std::string_view LeadingInteger(std::string_view text) noexcept {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n\v\f"), text.size()));
+  const std::size_t sign = text.starts_with('-') || text.starts_with('+') ? 1 : 0;
+  const std::size_t end = std::min(text.find_first_not_of("0123456789", sign), text.size());
+  return end > sign ? text.substr(0, end) : std::string_view();
 }
 
 std::string WithValues(const DefinitionText& definition,

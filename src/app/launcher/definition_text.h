@@ -50,6 +50,10 @@ class DefinitionText {
   std::vector<DefinitionElement> elements_;
 };
 
+/// The sign and digits that a text begins with behind white space, as the program reads an integer;
+/// empty when it does not begin with one.
+std::string_view LeadingInteger(std::string_view text) noexcept;
+
 /// A new value for the text of an element.
 struct Replacement {
   const DefinitionElement* element = nullptr;

@@ -11,8 +11,10 @@
 #include <string_view>
 #include <vector>
 
+#include "app/launcher/chains.h"
 #include "app/launcher/options.h"
 #include "app/launcher/program_start.h"
+#include "app/launcher/report.h"
 #include "app/launcher/watched_run.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/platform/platform.h"
@@ -40,8 +42,9 @@ int RunTask(std::span<const char* const> arguments) {
     case Hovar::Task::kRun:
       return Hovar::RunWatched(*options);
     case Hovar::Task::kChains:
+      return Hovar::RunChains(*options);
     case Hovar::Task::kReport:
-      break;
+      return Hovar::RunReport(options->folders, options->reportFile);
   }
   return kFailure;
 }

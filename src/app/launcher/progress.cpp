@@ -153,9 +153,9 @@ std::string ProgressLine(const Progress& progress, double now, int columns) {
   number.insert(0, 4 - std::min<std::size_t>(number.size(), 4), ' ');
   line += "]" + number + " %";
   if (progress.Share() < 1) {
-    line += "  " + progress.Activity();
     const double left = progress.SecondsLeft(now);
     line += left >= 0 ? "  " + DurationText(left) + " left" : "";
+    line += "  " + progress.Activity();
   }
   return line.substr(0, static_cast<std::size_t>(std::max(columns, 0)));
 }

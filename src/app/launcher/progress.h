@@ -60,7 +60,7 @@ class Progress {
   double lastTime_ = 0;
 };
 
-/// The line "[#####-----]  50 %  ACTIVITY  0:12 left" in at most `columns` characters.
+/// The line "[#####-----]  50 %  0:12 left  ACTIVITY" in at most `columns` characters.
 std::string ProgressLine(const Progress& progress, double now, int columns);
 
 /// Seconds as "0:07", "12:34" or "1:02:03".

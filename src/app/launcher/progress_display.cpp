@@ -7,6 +7,8 @@ namespace {
 
 namespace Platform = Vell::IO::Platform;
 
+constexpr int kNoLimit = 1000;
+
 void WriteError(std::string_view text) {
   Platform::WriteFile(Platform::kStandardError, text.data(), text.size());
 }
@@ -16,7 +18,7 @@ void WriteError(std::string_view text) {
 ProgressDisplay::ProgressDisplay()
     : changesInPlace_(Platform::StandardErrorTakesEscapes()),
       // The last column stays free: some terminals begin a new line when it is filled.
-      columns_(Platform::TerminalColumns() - 1) {}
+      columns_(changesInPlace_ ? Platform::TerminalColumns() - 1 : kNoLimit) {}
 
 /// What moves to the first of the changing lines and erases them.
 std::string ProgressDisplay::TakenBack() {

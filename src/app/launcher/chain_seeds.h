@@ -1,0 +1,40 @@
+#pragma once
+
+// Seeds for several chains of one definition.
+//
+// The random generator has two words, each a multiply-with-carry generator: a step takes the word x
+// to a (x mod 2^16) + (x div 2^16), which is a x modulo m = a 2^16 - 1. m is prime, and the words
+// of each of the two generators run in circles of (m - 1) / 2 steps, a prime number too. So the
+// state after k steps is known without making them: a^k x modulo m.
+//
+// Chain 1 has the definition's own seed. Chain K begins (K - 1) strides further on the circle of
+// each word. A stride is the golden section of the circle, (m - 1) / 2 times 0.618..., rounded: its
+// multiples fall into the largest gaps, so that any number of chains are spread nearly evenly and
+// stay apart for as long as possible. With 4 chains the first word, which makes the high bits of
+// every draw, repeats in another chain after 177 million draws at the earliest.
+
+#include <cstdint>
+
+namespace Hovar {
+
+struct SeedWords {
+  std::uint32_t z = 1;
+  std::uint32_t w = 1;
+
+  bool operator==(const SeedWords&) const = default;
+};
+
+/// The seed of a chain, counted from 1, of a definition whose seed has these words.
+SeedWords SeedOfChain(const SeedWords& definition, std::uint32_t chain) noexcept;
+
+/// A word of the generator with this multiplier after so many steps. A word above m, which only a
+/// seed can be, is taken for the one on the circle that its steps lead to.
+std::uint32_t WordAfterSteps(std::uint32_t word, std::uint32_t multiplier,
+                             std::uint64_t steps) noexcept;
+
+inline constexpr std::uint32_t kMultiplierZ = 36969;
+inline constexpr std::uint32_t kMultiplierW = 18000;
+inline constexpr std::uint64_t kStrideZ = 748'686'492;
+inline constexpr std::uint64_t kStrideW = 364'531'279;
+
+}  // namespace Hovar
