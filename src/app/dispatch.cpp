@@ -13,31 +13,51 @@
 namespace Hovar {
 namespace {
 
-RunnerHandle BuildRunner(std::string_view root, Vell::XmlReader& reader) {
-  if (root == "Analysis") {
-    return Vell::MakeShared<AnalysisRunner>(reader);
+RunnerHandle BuildRunner(RunKind kind, Vell::XmlReader& reader) {
+  switch (kind) {
+    case RunKind::kAnalysis:
+      return Vell::MakeShared<AnalysisRunner>(reader);
+    case RunKind::kPrediction:
+      return Vell::MakeShared<PredictionRunner>(reader);
+    case RunKind::kValidation:
+      return Vell::MakeShared<ValidationRunner>(reader);
+    case RunKind::kBatch:
+      break;
   }
-  if (root == "Prediction") {
-    return Vell::MakeShared<PredictionRunner>(reader);
-  }
-  if (root == "Validation") {
-    return Vell::MakeShared<ValidationRunner>(reader);
-  }
-  if (root == "Batch") {
-    return Vell::MakeShared<BatchRunner>(reader);
-  }
-  throw Vell::Exceptions::Exception("Invalid definition file");
+  return Vell::MakeShared<BatchRunner>(reader);
 }
 
 }  // namespace
 
-RunnerHandle DispatchDefinition(const Vell::String& path) {
-  Vell::XmlReader reader(Vell::MakeShared<Vell::IO::FileStream>(path, Vell::IO::Mode::kReadText));
+Vell::XmlTag ReadRootTag(Vell::XmlReader& reader) {
   Vell::XmlTag root = reader.ReadTag();
   while (root.kind == Vell::XmlTag::Kind::kDeclaration) {
     root = reader.ReadTag();
   }
-  RunnerHandle runner = BuildRunner(root.name, reader);
+  return root;
+}
+
+RunKind RunKindOf(const Vell::XmlTag& root) {
+  const std::string_view name = root.name;
+  if (name == "Analysis") {
+    return RunKind::kAnalysis;
+  }
+  if (name == "Prediction") {
+    return RunKind::kPrediction;
+  }
+  if (name == "Validation") {
+    return RunKind::kValidation;
+  }
+  if (name == "Batch") {
+    return RunKind::kBatch;
+  }
+  throw Vell::Exceptions::Exception("Invalid definition file");
+}
+
+RunnerHandle DispatchDefinition(const Vell::String& path) {
+  Vell::XmlReader reader(Vell::MakeShared<Vell::IO::FileStream>(path, Vell::IO::Mode::kReadText));
+  const Vell::XmlTag root = ReadRootTag(reader);
+  RunnerHandle runner = BuildRunner(RunKindOf(root), reader);
   reader.ReadEndTag(root.name);
   return runner;
 }

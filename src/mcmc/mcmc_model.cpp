@@ -9,6 +9,11 @@
 
 namespace Vell::Mcmc {
 
+std::int32_t LongestChain(const McmcRunParameters& parameters) noexcept {
+  const std::int64_t longerPhase = std::max(parameters.burnin, parameters.steps);
+  return static_cast<std::int32_t>(longerPhase / parameters.thinning);
+}
+
 void McmcModel::Register(McmcVariable& variable) {
   variable.model_ = this;
   variables_.Append(&variable);
@@ -20,10 +25,7 @@ void McmcModel::Run(const McmcRunParameters& parameters) {
   }
   reportInterval_ = parameters.reportInterval;
   thinning_ = parameters.thinning;
-  const std::int64_t longerPhase = std::max(parameters.burnin, parameters.steps);
-  bufferSize_ = parameters.bufferSize >= 1
-                    ? parameters.bufferSize
-                    : static_cast<std::int32_t>(longerPhase / parameters.thinning);
+  bufferSize_ = parameters.bufferSize >= 1 ? parameters.bufferSize : LongestChain(parameters);
   Initialize();
   for (McmcVariable* variable : variables_) {
     variable->Initialize();

@@ -31,6 +31,10 @@ struct McmcRunParameters {
   std::int32_t steps = 0;
 };
 
+/// The states that the longer phase keeps, and so the rows of the chain buffers where none are
+/// asked for: negative for a run that is refused. The thinning must not be 0.
+std::int32_t LongestChain(const McmcRunParameters& parameters) noexcept;
+
 class McmcModel {
  public:
   McmcModel() = default;

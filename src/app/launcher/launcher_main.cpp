@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "app/launcher/chains.h"
+#include "app/launcher/check.h"
 #include "app/launcher/options.h"
 #include "app/launcher/program_start.h"
 #include "app/launcher/report.h"
@@ -62,6 +63,9 @@ int main(int argumentCount, char** argumentVector) {
     return Print(Hovar::kVersionText);
   }
   try {
+    if (first == "--check") {
+      return Hovar::RunCheck({arguments.begin() + 1, arguments.end()});
+    }
     return Hovar::IsLauncherOption(first) ? RunTask(arguments) : Hovar::BecomeHovar(arguments);
   } catch (const Vell::Exceptions::Exception&) {
     return kFailure;  // its line stands on standard error

@@ -1,6 +1,7 @@
 #include "foundation/io/standard_writers.h"
 
 #include <array>
+#include <utility>
 
 #include "foundation/io/file_stream.h"
 
@@ -40,10 +41,25 @@ StandardStream& Error() {
   return error;
 }
 
+// The writers that stand in for the two, if any.
+constinit TextWriter* otherOutput = nullptr;
+constinit TextWriter* otherError = nullptr;
+
 }  // namespace
 
-TextWriter& StandardOutput() { return Output().Writer(); }
-TextWriter& StandardError() { return Error().Writer(); }
+TextWriter& StandardOutput() { return otherOutput != nullptr ? *otherOutput : Output().Writer(); }
+TextWriter& StandardError() { return otherError != nullptr ? *otherError : Error().Writer(); }
+
+StandardWritersRedirection::StandardWritersRedirection(TextWriter& output,
+                                                       TextWriter& error) noexcept
+    : earlierOutput_(std::exchange(otherOutput, &output)),
+      earlierError_(std::exchange(otherError, &error)) {}
+
+StandardWritersRedirection::~StandardWritersRedirection() {
+  otherOutput = earlierOutput_;
+  otherError = earlierError_;
+}
+
 SharedHandle<TextWriter> StandardOutputHandle() { return Output().Handle(); }
 bool TryFlushStandardOutput() noexcept { return Output().File().TryFlush(); }
 

@@ -1,0 +1,53 @@
+#pragma once
+
+// A second, careful look at comma-separated text, for places and counts. Here quotes are taken as
+// the files are meant: a comma or a line feed within a pair of them separates nothing.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/io/file_stream.h"
+
+namespace Hovar {
+
+/// Whether commas within quotes separate: for fields that the program passes over they do.
+enum class QuoteUse { kHonour, kIgnore };
+
+/// The offsets of the first bytes of a record's fields.
+std::vector<std::size_t> FieldStarts(std::string_view record, QuoteUse quotes);
+
+/// The field at an index, as it stands between its commas; empty where there is none.
+std::string_view FieldOf(std::string_view record, std::size_t index, QuoteUse quotes);
+
+/// Walks through the records of a file.
+class RecordWalker {
+ public:
+  explicit RecordWalker(const std::string& path);
+
+  /// The next record without its line feed, or nothing at the end. A last one without a line feed
+  /// is a record too.
+  bool Next();
+  const std::string& Record() const noexcept { return record_; }
+  /// Of the record's first byte.
+  std::int64_t Offset() const noexcept { return offset_; }
+  bool HasLineFeed() const noexcept { return hasLineFeed_; }
+
+ private:
+  Vell::IO::FileStream stream_;
+  std::string record_;
+  std::int64_t offset_ = 0;
+  std::int64_t next_ = 0;
+  bool hasLineFeed_ = false;
+};
+
+/// The first record of a file, or an empty text.
+std::string HeaderOf(const std::string& path);
+
+/// The offset of a quote that is opened and never closed, or nothing.
+std::optional<std::int64_t> OpenQuoteIn(const std::string& path);
+
+}  // namespace Hovar

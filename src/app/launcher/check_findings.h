@@ -1,0 +1,60 @@
+#pragma once
+
+// What a check has found, and the text in which it is told: one line for each finding, in the form
+// that compilers use, so that editors find the place.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Hovar {
+
+/// A place in a text file: line and column, both from 1. A column is one character of UTF-8; bytes
+/// that are not UTF-8 count one each.
+struct Place {
+  std::int64_t line = 1;
+  std::int64_t column = 1;
+};
+
+/// Errors are what the program would end in; warnings are what would surprise.
+enum class Severity { kError, kWarning };
+
+struct Finding {
+  Severity severity = Severity::kError;
+  std::string file;  // as the user wrote it
+  Place place;
+  std::string text;  // one plain sentence, and what to do
+};
+
+class Findings {
+ public:
+  /// Adds a finding; one that is there already is not added again.
+  void Add(Finding finding);
+  void AddError(std::string_view file, Place place, std::string text);
+  void AddWarning(std::string_view file, Place place, std::string text);
+
+  int Errors() const noexcept { return errors_; }
+  int Warnings() const noexcept { return warnings_; }
+
+  /// All findings: files in the order in which the first finding of each was added, the findings of
+  /// a file by their place.
+  std::string Lines() const;
+  /// "2 errors, 1 warning" and a line feed.
+  std::string Summary() const;
+
+ private:
+  std::vector<Finding> findings_;
+  std::vector<std::string> files_;
+  int errors_ = 0;
+  int warnings_ = 0;
+};
+
+/// A text from a file, for a sentence: in double quotes, cut after 60 bytes, with control
+/// characters as \n, \t or \x1f, so that a finding stays on its line.
+std::string Quoted(std::string_view text);
+
+/// The number and its noun: "1 record", "2 records".
+std::string Counted(std::int64_t count, std::string_view noun);
+
+}  // namespace Hovar

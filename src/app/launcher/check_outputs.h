@@ -1,0 +1,55 @@
+#pragma once
+
+// What runs write: whether their folders and files could be made, what would be overwritten, and
+// which names meet. Nothing is made; what the runs of a batch would have made by then is kept in
+// memory beside what the disk shows.
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "app/launcher/check_definition.h"
+#include "app/launcher/check_findings.h"
+#include "foundation/io/platform/folders.h"
+
+namespace Hovar {
+
+/// A path as one text for all its spellings: absolute, '/' between folders, without "." and "..".
+/// Symbolic links are not looked at.
+std::string NormalPath(std::string_view path);
+
+/// A file that a run would have written.
+struct WrittenFile {
+  std::string path;        // as written
+  std::string what;        // "log file"
+  std::string definition;  // of the run
+};
+
+class OutputCheck {
+ public:
+  /// Checks the outputs of one run against the disk, its inputs, and the runs before it.
+  void Check(Findings& findings, const RunPlan& plan);
+
+  /// What an earlier run would have written under this path, or null.
+  const WrittenFile* Written(std::string_view path) const;
+
+  /// True when the run's own log file, which is emptied first, is this input file.
+  static bool LogEmpties(const RunPlan& plan, const std::string& input);
+
+ private:
+  using PathKind = Vell::IO::Platform::PathKind;
+
+  PathKind KindOf(const std::string& path) const;
+  bool MakeFolder(Findings& findings, const RunPlan& plan, const std::string& path,
+                  std::string_view element);
+  void MakeFile(Findings& findings, const RunPlan& plan, const PlannedOutput& output);
+  bool CanMake(Findings& findings, const RunPlan& plan, const PlannedOutput& output) const;
+  void WarnOfMeeting(Findings& findings, const RunPlan& plan, const PlannedOutput& output) const;
+
+  std::map<std::string, WrittenFile> files_;           // by normal path
+  std::map<std::string, bool> folders_;                // made by runs; by normal path
+  std::multimap<std::string, std::string> spellings_;  // normal paths by their small letters
+};
+
+}  // namespace Hovar

@@ -1,0 +1,45 @@
+#pragma once
+
+// A second, careful look at a text file: where a byte stands, what stands around it, and what the
+// whole file is like. The program's readers stop at a byte; users look for lines and columns.
+//
+// All functions open the file anew and answer with what they could read: a file that is gone or
+// cannot be read gives the first place and empty texts.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "app/launcher/check_findings.h"
+
+namespace Hovar {
+
+/// A line of a file and a byte within it.
+struct LineAt {
+  Place place;              // of the byte
+  std::int64_t offset = 0;  // of the line's first byte
+  std::string text;         // the line without its line feed, 1 MiB at most
+};
+
+/// The place of the byte at `offset`; behind the end of the file, the place behind its last byte.
+Place PlaceOf(const std::string& path, std::int64_t offset);
+
+/// The line that holds the byte at `offset`.
+LineAt LineOf(const std::string& path, std::int64_t offset);
+
+/// Up to `size` bytes from `offset` on.
+std::string BytesAt(const std::string& path, std::int64_t offset, std::size_t size);
+
+struct FileTraits {
+  bool hasByteOrderMark = false;
+  bool endsWithLineFeed = true;                   // an empty file too
+  std::int64_t length = 0;                        // bytes
+  std::int64_t firstCarriageReturnLineFeed = -1;  // offset of the first CR LF, or -1
+};
+
+FileTraits TraitsOf(const std::string& path);
+
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+}  // namespace Hovar

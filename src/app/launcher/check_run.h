@@ -1,0 +1,52 @@
+#pragma once
+
+// A check of one definition file and of all that it names.
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/launcher/check_definition.h"
+#include "app/launcher/check_findings.h"
+#include "app/launcher/check_outputs.h"
+#include "data/data_set.h"
+
+namespace Hovar {
+
+/// Whether a check also describes the data files.
+enum class Describe { kNothing, kData };
+
+class RunCheckup {
+ public:
+  explicit RunCheckup(Describe describe) : describe_(describe) {}
+
+  /// Checks the definition that the user names. Changes nothing on disk.
+  void Check(const std::string& definition);
+
+  const Findings& Found() const noexcept { return findings_; }
+  const std::string& Description() const noexcept { return description_; }
+
+ private:
+  void CheckDefinition(const std::string& path, std::string_view namedIn, Place place);
+  void CheckBatch(const RunPlan& plan);
+  void CheckSingleRun(const RunPlan& plan);
+  void CheckInputs(const RunPlan& plan);
+  void CheckAnalysisData(const RunPlan& plan, DataSet& dataSet);
+  void CheckModelInputs(const RunPlan& plan, DataSet* dataSet);
+  bool IsReadable(const RunPlan& plan, const std::string& path, std::string_view what,
+                  std::string_view element);
+  bool IsBeingChecked(const std::string& path) const;
+
+  Describe describe_;
+  Findings findings_;
+  OutputCheck outputs_;
+  std::string description_;
+  std::set<std::string> described_;    // data files, with the number of indicators
+  std::map<std::string, int> checks_;  // how often a definition was checked, by normal path
+  std::vector<std::string> batches_;   // those that are being checked, the outer ones first
+};
+
+}  // namespace Hovar

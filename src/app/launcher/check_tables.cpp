@@ -1,0 +1,380 @@
+#include "app/launcher/check_tables.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_set>
+
+#include "app/launcher/check_csv.h"
+#include "app/launcher/check_places.h"
+#include "app/launcher/check_reading.h"
+#include "data/data_file_reader.h"
+#include "foundation/io/file_stream.h"
+#include "prediction/prediction_files.h"
+#include "regression/coefficient_file.h"
+
+namespace Hovar {
+namespace {
+
+using Vell::IO::FileStream;
+
+constexpr std::int64_t kLeadingFields = 3;  // key, hospital and outcome
+
+/// Where a reader stopped, and in which error.
+struct Stop {
+  std::int64_t offset = 0;
+  std::string error;
+};
+
+/// Lets `read` read a file from a stream on it.
+template <typename Read>
+std::optional<Stop> StopOf(const std::string& path, Read read) {
+  std::int64_t offset = 0;
+  std::optional<std::string> error = ErrorOf([&] {
+    FileStream stream(Vell::String(std::string_view(path)), Vell::IO::Mode::kReadText);
+    try {
+      read(stream);
+    } catch (const Vell::Exceptions::Exception&) {
+      offset = stream.Tell();
+      throw;
+    }
+  });
+  if (!error.has_value()) {
+    return std::nullopt;
+  }
+  return Stop{offset, std::move(*error)};
+}
+
+/// The cell in which a reader of numbers stopped.
+struct Cell {
+  Place place;
+  std::size_t field = 0;  // from 0
+  std::string text;
+  std::string record;
+};
+
+/// Finds the cell. Reading a number passes over line ends before it, so a reader that stopped in
+/// the first fields of a line, which hold no numbers, looked for the last field of the line before.
+Cell CellAt(const std::string& path, std::int64_t offset, QuoteUse quotes,
+            std::size_t firstNumber) {
+  LineAt line = LineOf(path, offset);
+  const auto fieldAt = [&](std::int64_t place) {
+    const auto within = static_cast<std::size_t>(std::max<std::int64_t>(place - line.offset, 0));
+    return FieldStarts(std::string_view(line.text).substr(0, within), quotes).size() - 1;
+  };
+  std::size_t field = fieldAt(offset);
+  if (field < firstNumber && line.offset > 0) {
+    offset = line.offset - 1;
+    line = LineOf(path, offset);
+    field = fieldAt(offset);
+  }
+  Cell cell;
+  const std::vector<std::size_t> starts = FieldStarts(line.text, quotes);
+  cell.field = std::min(field, starts.size() - 1);
+  cell.place = PlaceOf(path, line.offset + static_cast<std::int64_t>(starts[cell.field]));
+  cell.text = std::string(FieldOf(line.text, cell.field, quotes));
+  cell.record = std::move(line.text);
+  return cell;
+}
+
+std::string FieldNumber(std::size_t field) { return "Field " + std::to_string(field + 1); }
+
+std::string Holds(std::string_view cell) {
+  return cell.empty() ? " is empty" : " holds " + Quoted(cell);
+}
+
+/// An error that all tables share, or one that has no words of its own.
+void AddCommonError(Findings& findings, const std::string& path, const Stop& stop) {
+  if (stop.error == "Invalid CSV format") {
+    const std::optional<std::int64_t> open = OpenQuoteIn(path);
+    if (open.has_value()) {
+      findings.AddError(path, PlaceOf(path, *open),
+                        "A double quote is opened here and never closed. Close it, or remove it.");
+      return;
+    }
+    const std::int64_t wrong = std::max<std::int64_t>(stop.offset - 1, 0);
+    findings.AddError(
+        path, PlaceOf(path, wrong),
+        "A double quote breaks the rules of CSV near here. Put quotes round the whole "
+        "field and write each one inside twice; a key must not hold a comma.");
+    return;
+  }
+  if (stop.error == "Invalid input string") {
+    findings.AddError(path, PlaceOf(path, std::max<std::int64_t>(stop.offset - 1, 0)),
+                      "The file holds a NUL byte. Save it as text without NUL bytes.");
+    return;
+  }
+  findings.AddError(path, PlaceOf(path, stop.offset),
+                    "The program would end here in " + Quoted(stop.error) + '.');
+}
+
+void WarnOfByteOrderMark(Findings& findings, const std::string& path, const FileTraits& traits) {
+  if (traits.hasByteOrderMark) {
+    findings.AddWarning(path, {},
+                        "The file begins with a byte order mark, which becomes part of its first "
+                        "field. Save it as UTF-8 without one.");
+  }
+}
+
+// The data file.
+
+/// What the field at an index is, with its name from the header.
+std::string RoleOf(const RunPlan& plan, const std::string& header, std::size_t field) {
+  const auto index = static_cast<std::int64_t>(field);
+  const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
+  const std::int64_t variables = (fields - kLeadingFields - plan.poaCount) / 2;
+  std::string role = "X";
+  if (index < kLeadingFields) {
+    role = index == 0 ? "key" : index == 1 ? "hospital ID" : "Y";
+  } else if (index < kLeadingFields + plan.poaCount) {
+    role = "POA indicator";
+  } else if (index < kLeadingFields + plan.poaCount + variables) {
+    role = "Z";
+  }
+  const std::string_view name = FieldOf(header, field, QuoteUse::kHonour);
+  return " (" + role + (name.empty() ? "" : ", " + Quoted(name)) + ')';
+}
+
+void AddCellError(Findings& findings, const RunPlan& plan, const Stop& stop) {
+  const Cell cell = CellAt(plan.data, stop.offset, QuoteUse::kHonour, 2);
+  const std::string role = RoleOf(plan, HeaderOf(plan.data), cell.field);
+  const bool mayBeMissing = role.starts_with(" (X") || role.starts_with(" (POA");
+  findings.AddError(plan.data, cell.place,
+                    FieldNumber(cell.field) + role + Holds(cell.text) +
+                        (mayBeMissing ? ". Write 0 or 1, or leave it empty where it is missing."
+                                      : ". Write 0 or 1; it may not be missing."));
+}
+
+void AddShapeError(Findings& findings, const std::string& path) {
+  RecordWalker walker(path);
+  std::size_t wanted = 0;
+  while (walker.Next()) {
+    const std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
+    if (wanted == 0) {
+      wanted = starts.size();
+    } else if (starts.size() != wanted) {
+      const std::size_t within = starts.size() > wanted ? starts[wanted] : walker.Record().size();
+      findings.AddError(path, PlaceOf(path, walker.Offset() + static_cast<std::int64_t>(within)),
+                        walker.Record().empty()
+                            ? "The line is empty. Remove it."
+                            : "The line has " +
+                                  Counted(static_cast<std::int64_t>(starts.size()), "field") +
+                                  ", the header has " + std::to_string(wanted) +
+                                  ". Give every line the same number of fields.");
+      return;
+    }
+  }
+}
+
+/// What fields the definition's number of indicators leaves for X and Z.
+void AddIndicatorError(Findings& findings, const RunPlan& plan) {
+  const auto fields =
+      static_cast<std::int64_t>(FieldStarts(HeaderOf(plan.data), QuoteUse::kHonour).size());
+  findings.AddError(plan.definition, plan.PlaceOfValue("Input/NumberOfPoaIndicators"),
+                    "The lines of " + Quoted(plan.data) + " have " + Counted(fields, "field") +
+                        "; behind key, hospital, Y and " + Counted(plan.poaCount, "POA indicator") +
+                        " that leaves " + std::to_string(fields - kLeadingFields - plan.poaCount) +
+                        " for Z and X, which come in pairs. Correct the number of indicators.");
+}
+
+void AddSizeError(Findings& findings, const RunPlan& plan, const Stop& stop) {
+  const std::string header = HeaderOf(plan.data);
+  const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
+  if (TraitsOf(plan.data).length == 0) {
+    findings.AddError(plan.data, {}, "The data file is empty. Give it a header and records.");
+  } else if (plan.poaCount < 0 || fields < kLeadingFields + plan.poaCount) {
+    AddIndicatorError(findings, plan);
+  } else if (!LineOf(plan.data, 0).text.empty() &&
+             header.size() == static_cast<std::size_t>(TraitsOf(plan.data).length)) {
+    findings.AddError(plan.data, PlaceOf(plan.data, TraitsOf(plan.data).length),
+                      "The header does not end with a line feed. End every line with one.");
+  } else {
+    AddCommonError(findings, plan.data, stop);
+  }
+}
+
+void AddLastLineError(Findings& findings, const std::string& path) {
+  const FileTraits traits = TraitsOf(path);
+  findings.AddError(path, PlaceOf(path, traits.length),
+                    traits.endsWithLineFeed
+                        ? "The records do not end where the lines do. Look for a key that holds a "
+                          "comma or a line feed."
+                        : "The last line does not end with a line feed. Add one.");
+}
+
+/// Finds the record at which a hospital's ID comes again after another hospital.
+void AddGroupingError(Findings& findings, const std::string& path) {
+  std::unordered_set<std::string> earlier;
+  std::string last;
+  RecordWalker walker(path);
+  walker.Next();  // the header
+  while (walker.Next()) {
+    const std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
+    std::string id(FieldOf(walker.Record(), 1, QuoteUse::kHonour));
+    if (id.size() >= 2 && id.front() == '"') {
+      id = id.substr(1, id.size() - 2);  // quoted or not, it is the same hospital
+    }
+    if (!earlier.empty() && id == last) {
+      continue;
+    }
+    if (!earlier.insert(id).second && starts.size() > 1) {
+      findings.AddError(path, PlaceOf(path, walker.Offset() + static_cast<std::int64_t>(starts[1])),
+                        "The hospital " + Quoted(id) +
+                            " comes again after another one. Sort the records by hospital.");
+      return;
+    }
+    last = std::move(id);
+  }
+}
+
+void AddDataError(Findings& findings, const RunPlan& plan, const Stop& stop) {
+  if (stop.error == "Variable number of fields") {
+    AddShapeError(findings, plan.data);
+  } else if (stop.error == "Wrong number of POA indicators in definition file") {
+    AddIndicatorError(findings, plan);
+  } else if (stop.error == "Data wrong format") {
+    AddLastLineError(findings, plan.data);
+  } else if (stop.error == "Data must be grouped by hospital ID") {
+    AddGroupingError(findings, plan.data);
+  } else if (stop.error == "Invalid input" || stop.error == "IO Exception" ||
+             stop.error == "Unexpected end of stream") {
+    AddCellError(findings, plan, stop);
+  } else if (stop.error == "Invalid argument" || stop.error == "Index out of range") {
+    AddSizeError(findings, plan, stop);
+  } else {
+    AddCommonError(findings, plan.data, stop);
+  }
+}
+
+void WarnOfCarriageReturn(Findings& findings, const std::string& path, const FileTraits& traits) {
+  if (traits.firstCarriageReturnLineFeed >= 0) {
+    findings.AddWarning(path, PlaceOf(path, traits.firstCarriageReturnLineFeed),
+                        "The line ends with a carriage return and a line feed. End lines with line "
+                        "feeds alone: on Linux the last name of the header keeps the carriage "
+                        "return.");
+  }
+}
+
+// The files of coefficients and predictions.
+
+void AddNumberError(Findings& findings, const std::string& path, const Stop& stop, QuoteUse quotes,
+                    std::size_t firstNumber) {
+  const Cell cell = CellAt(path, stop.offset, quotes, firstNumber);
+  const std::string header = HeaderOf(path);
+  const std::string_view name = FieldOf(header, cell.field, QuoteUse::kHonour);
+  const bool isShort =
+      FieldStarts(cell.record, quotes).size() < FieldStarts(header, QuoteUse::kHonour).size();
+  findings.AddError(path, cell.place,
+                    FieldNumber(cell.field) +
+                        (name.empty() ? std::string() : " (" + std::string(name) + ')') +
+                        Holds(cell.text) + " where a number is due" +
+                        (isShort ? ", and its line has fewer fields than the header" : "") +
+                        ". Use the file as the program wrote it.");
+}
+
+template <typename Read>
+bool CheckTable(Findings& findings, const std::string& path, QuoteUse quotes,
+                std::size_t firstNumber, Read read) {
+  const std::optional<Stop> stop = StopOf(path, read);
+  if (!stop.has_value()) {
+    return true;
+  }
+  if (stop->error == "Unexpected end of stream") {
+    AddNumberError(findings, path, *stop, quotes, firstNumber);
+  } else if (stop->error == "Invalid argument") {
+    findings.AddError(path, {}, "The file has no complete line. Use it as the program wrote it.");
+  } else {
+    AddCommonError(findings, path, *stop);
+  }
+  return false;
+}
+
+/// The names of the coefficient file that the data set lacks, for a sentence.
+std::string MissingVariables(const DataSet& dataSet, const RegressionResults& results) {
+  constexpr int kMost = 5;
+  std::string names;
+  int count = 0;
+  for (std::int32_t r = 0; r < results.VariableCount(); ++r) {
+    bool isFound = false;
+    for (std::int32_t j = 0; j < dataSet.variableCount && !isFound; ++j) {
+      isFound = dataSet.xNames[j].View() == results.xNames[r].View() &&
+                dataSet.zNames[j].View() == results.zNames[r].View();
+    }
+    if (!isFound && ++count <= kMost) {
+      names += (names.empty() ? "" : ", ") + Quoted(results.xNames[r].View());
+    }
+  }
+  return count > kMost ? names + " and " + std::to_string(count - kMost) + " more" : names;
+}
+
+/// Warns when the variables, which are matched by position, do not stand in the same order.
+void WarnOfOrder(Findings& findings, const RunPlan& plan, const DataSet& dataSet,
+                 const RegressionResults& results) {
+  for (std::int32_t j = 0; j < dataSet.variableCount; ++j) {
+    const std::string_view ofData = dataSet.xNames[j].View();
+    const std::string_view ofFile = results.xNames[j].View();
+    if (ofData != ofFile || dataSet.zNames[j].View() != results.zNames[j].View()) {
+      findings.AddWarning(
+          plan.coefficients, {j + 2, 1},
+          "The coefficients of " + Quoted(ofFile) + " would serve for " + Quoted(ofData) +
+              " of the data: variables are matched by position. Bring the columns of the data "
+              "into the order of the coefficient file.");
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+bool CheckDataFile(Findings& findings, const RunPlan& plan, DataSet& dataSet) {
+  const std::optional<Stop> stop = StopOf(
+      plan.data, [&](Vell::IO::Stream& stream) { ReadDataFile(dataSet, stream, plan.poaCount); });
+  if (stop.has_value()) {
+    AddDataError(findings, plan, *stop);
+  }
+  const FileTraits traits = TraitsOf(plan.data);
+  WarnOfByteOrderMark(findings, plan.data, traits);
+  WarnOfCarriageReturn(findings, plan.data, traits);
+  return !stop.has_value();
+}
+
+bool CheckCoefficientFile(Findings& findings, const RunPlan& plan, RegressionResults& results) {
+  const std::string& path = plan.coefficients;
+  const FileTraits traits = TraitsOf(path);
+  if (!traits.endsWithLineFeed) {
+    findings.AddWarning(path, PlaceOf(path, traits.length),
+                        "The last line does not end with a line feed, so its variable is lost. Add "
+                        "a line feed.");
+  }
+  WarnOfByteOrderMark(findings, path, traits);
+  WarnOfCarriageReturn(findings, path, traits);
+  return CheckTable(findings, path, QuoteUse::kHonour, 2,
+                    [&results](Vell::IO::Stream& stream) { ReadCoefficientFile(results, stream); });
+}
+
+bool CheckIndividualPredictions(Findings& findings, const RunPlan& plan,
+                                IndividualPredictions& predictions) {
+  const std::string& path = plan.individualPredictions;
+  const FileTraits traits = TraitsOf(path);
+  WarnOfByteOrderMark(findings, path, traits);
+  return CheckTable(findings, path, QuoteUse::kIgnore, 3, [&predictions](Vell::IO::Stream& stream) {
+    ReadIndividualPredictions(predictions, stream);
+  });
+}
+
+bool CheckVariables(Findings& findings, const RunPlan& plan, DataSet& dataSet,
+                    const RegressionResults& results) {
+  if (ErrorOf([&] { ReconcileVariables(dataSet, results); }).has_value()) {
+    const std::string missing = MissingVariables(dataSet, results);
+    findings.AddError(plan.coefficients, {},
+                      "The data have " + Counted(dataSet.variableCount - 1, "variable") +
+                          " of the " + std::to_string(results.VariableCount() - 1) +
+                          " in the coefficient file" +
+                          (missing.empty() ? std::string() : "; missing: " + missing) +
+                          ". Use the coefficient file of an Analysis of the same variables.");
+    return false;
+  }
+  WarnOfOrder(findings, plan, dataSet, results);
+  return true;
+}
+
+}  // namespace Hovar

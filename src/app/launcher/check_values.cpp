@@ -1,0 +1,166 @@
+#include "app/launcher/check_values.h"
+
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+
+#include "app/launcher/check_places.h"
+#include "mcmc/mcmc_model.h"
+
+namespace Hovar {
+namespace {
+
+class ValueCheck {
+ public:
+  ValueCheck(Findings& findings, const RunPlan& plan) : findings_(findings), plan_(plan) {}
+
+  void Error(std::string_view element, std::string text) {
+    findings_.AddError(plan_.definition, plan_.PlaceOfValue(element), std::move(text));
+  }
+  void Warning(std::string_view element, std::string text) {
+    findings_.AddWarning(plan_.definition, plan_.PlaceOfValue(element), std::move(text));
+  }
+
+  void Count(std::string_view element, std::int32_t value) {
+    if (value < 0) {
+      Warning(element, "The count " + std::to_string(value) +
+                           " is negative and does the same as none. Write 0 or more.");
+    }
+  }
+
+  void Tolerance(std::string_view element, double value) {
+    if (!(value > 0) || std::isinf(value)) {
+      Warning(element,
+              "A tolerance is above 0 and finite; with this one the test does not work "
+              "as meant. Write a small number, such as 1e-8.");
+    }
+  }
+
+  void Fit(const std::string& element, const RegressionParameters& parameters) {
+    Tolerance(element + "/Tolerance", parameters.tolerance);
+    if (parameters.maxIterations < 1) {
+      Warning(element + "/MaxIterations",
+              "The first step is always made, so this does the same as 1. Write 1 or more.");
+    }
+    if (!(parameters.priorPrecision >= 0) || std::isinf(parameters.priorPrecision)) {
+      Warning(element + "/PriorPrecision",
+              "A precision is 0 or more and finite. Write 0 for no prior.");
+    }
+  }
+
+ private:
+  Findings& findings_;
+  const RunPlan& plan_;
+};
+
+bool IsSpaced(std::string_view text) noexcept {
+  return !text.empty() && (text.front() == ' ' || text.back() == ' ' || text.front() == '\t' ||
+                           text.back() == '\t' || text.find('\n') != std::string_view::npos);
+}
+
+bool HasEntity(std::string_view text) noexcept {
+  const std::size_t start = text.find('&');
+  return start != std::string_view::npos && text.find(';', start) != std::string_view::npos;
+}
+
+/// Paths and names, which are taken as they stand.
+void CheckTexts(ValueCheck& check, const RunPlan& plan) {
+  constexpr std::array<std::string_view, 12> kTexts = {
+      "Input/Data",         "Input/RegressionCoefficients",  "Input/IndividualPredictions",
+      "Output/Folder",      "Output/RegressionCoefficients", "Output/McmcSubFolder",
+      "Output/LogFile",     "Output/IndividualPredictions",  "Output/HospitalPredictions",
+      "Output/CStatistics", "Simulations/Simulation",        ""};
+  for (const std::string_view element : kTexts) {
+    const std::string& text = plan.Value(element).text;
+    if (IsSpaced(text)) {
+      check.Warning(element,
+                    "White space round the text belongs to the name. Write the name "
+                    "directly between the tags.");
+    }
+    if (HasEntity(text)) {
+      check.Warning(element,
+                    "Entities such as &amp; are not decoded but belong to the name. "
+                    "Rename the file.");
+    }
+  }
+}
+
+/// Whole numbers of which only the low 32 bits are kept, without a message.
+void CheckWholeNumbers(Findings& findings, const RunPlan& plan) {
+  constexpr std::array<std::string_view, 6> kNames = {
+      "NumberOfPoaIndicators", "MaxIterations", "Thinning", "Burnin", "Steps", "Element"};
+  for (const DefinedValue& value : plan.values) {
+    const std::string_view name =
+        std::string_view(value.element).substr(value.element.find_last_of('/') + 1);
+    const bool isWord = name == "Element";
+    bool isWhole = false;
+    for (const std::string_view whole : kNames) {
+      isWhole = isWhole || name == whole;
+    }
+    errno = 0;
+    const long long number = isWhole ? std::strtoll(value.text.c_str(), nullptr, 10) : 0;
+    const bool isOutside =
+        isWord ? number < 0 || number > UINT32_MAX : number < INT32_MIN || number > INT32_MAX;
+    if (errno == ERANGE || isOutside) {
+      findings.AddWarning(
+          plan.definition, PlaceOf(plan.definition, value.offset),
+          "The number is outside its range and would be read as another one. "
+          "Write one from " +
+              std::string(isWord ? "0 to 4294967295." : "-2147483648 to 2147483647."));
+    }
+  }
+}
+
+void CheckChain(ValueCheck& check, const McmcSettings& mcmc) {
+  Vell::Mcmc::McmcRunParameters parameters;
+  parameters.thinning = mcmc.thinning;
+  parameters.burnin = mcmc.burnin;
+  parameters.steps = mcmc.steps;
+  if (mcmc.thinning == 0) {
+    check.Error("Mcmc/Thinning", "Every 0th step cannot be kept. Write 1 or more.");
+  } else if (Vell::Mcmc::LongestChain(parameters) < 0) {
+    check.Error(mcmc.thinning < 0 ? "Mcmc/Thinning" : "Mcmc/Steps",
+                "The chain would have a negative size. Write 1 or more for Thinning, 0 or more for "
+                "Burnin and Steps.");
+  } else if (mcmc.thinning > 0 && mcmc.steps >= 0 && mcmc.steps / mcmc.thinning < 2) {
+    check.Warning("Mcmc/Steps", "The chain keeps " + Counted(mcmc.steps / mcmc.thinning, "draw") +
+                                    ", too few for standard errors of the fifth block. Write "
+                                    "at least twice the Thinning.");
+  }
+}
+
+}  // namespace
+
+void CheckValues(Findings& findings, const RunPlan& plan) {
+  ValueCheck check(findings, plan);
+  CheckTexts(check, plan);
+  CheckWholeNumbers(findings, plan);
+  check.Count("Mcmc/Burnin", plan.mcmc.burnin);
+  check.Count("Mcmc/Steps", plan.mcmc.steps);
+  check.Count("Mcmc/Thinning", plan.mcmc.thinning);
+  if (plan.Value("Mcmc/Seed/Seed").element.empty()) {
+    findings.AddWarning(plan.definition, plan.PlaceOfTag("Mcmc/Seed"),
+                        "The seed is taken from the clock, so the run cannot be repeated. Write a "
+                        "Seed of the type Vector with two numbers.");
+  }
+  if (plan.kind == RunKind::kAnalysis) {
+    check.Tolerance("Regression/LinearDependence/Tolerance",
+                    plan.analysis.linearDependenceTolerance);
+    check.Fit("Regression/Parameters", plan.analysis.parameters);
+    check.Fit("Regression/ParametersMcmc", plan.analysis.parametersMcmc);
+    CheckChain(check, plan.mcmc);
+  }
+}
+
+void CheckDefinitionText(Findings& findings, const RunPlan& plan) {
+  const FileTraits traits = TraitsOf(plan.definition);
+  if (traits.firstCarriageReturnLineFeed >= 0) {
+    findings.AddWarning(
+        plan.definition, PlaceOf(plan.definition, traits.firstCarriageReturnLineFeed),
+        "The line ends with a carriage return and a line feed. Between tags that does no harm; in "
+        "a path or a name it would belong to it. End lines with line feeds alone.");
+  }
+}
+
+}  // namespace Hovar

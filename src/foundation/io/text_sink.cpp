@@ -1,0 +1,24 @@
+#include "foundation/io/text_sink.h"
+
+#include "foundation/exceptions/exceptions.h"
+#include "foundation/io/number_text.h"
+
+namespace Vell::IO {
+
+void TextSink::Unget(int /*byte*/) { throw Exceptions::IOException("IO Exception"); }
+
+void TextSink::Write(const void* buffer, std::size_t count) {
+  if (use_ == Use::kKeep) {
+    text_.Append(std::string_view(static_cast<const char*>(buffer), count));
+  }
+}
+
+int TextSink::Print(const char* format, const void* value, std::size_t size) {
+  return PrintNumber(*this, format, value, size);
+}
+
+void TextSink::Seek(std::int64_t /*offset*/, int /*origin*/) {
+  throw Exceptions::IOException("IO Exception");
+}
+
+}  // namespace Vell::IO

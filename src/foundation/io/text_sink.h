@@ -1,0 +1,44 @@
+#pragma once
+
+#include "foundation/io/stream.h"
+#include "foundation/string.h"
+
+namespace Vell::IO {
+
+/// A stream for writing that leads nowhere: it keeps in memory what is written, or drops it.
+/// Reading from it gives the end at once; seeking is "IO Exception".
+class TextSink final : public Stream {
+ public:
+  enum class Use { kKeep, kDrop };
+
+  explicit TextSink(Use use) : Stream(Mode::kWriteText, String()), use_(use) {}
+
+  /// What was written and kept.
+  std::string_view Text() const noexcept { return text_; }
+
+  void Flush() override {}
+  void Close() override {}
+  int Peek() override { return kEndOfStream; }
+  void Unget(int byte) override;
+  void WriteByte(char byte) override { Write(&byte, 1); }
+  std::size_t Read(void* /*buffer*/, std::size_t /*count*/) override { return 0; }
+  void Write(const void* buffer, std::size_t count) override;
+  int Scan(const char* /*format*/, void* /*destination*/, std::size_t /*size*/) override {
+    return kEndOfStream;
+  }
+  int Print(const char* format, const void* value, std::size_t size) override;
+  bool IsEof() const noexcept override { return true; }
+  std::int64_t Length() override { return text_.Length(); }
+  std::int64_t Tell() override { return text_.Length(); }
+  void Seek(std::int64_t offset, int origin) override;
+  using Stream::Seek;
+
+ protected:
+  int ReadByteOfNextBlock() override { return kEndOfStream; }
+
+ private:
+  Use use_;
+  String text_;
+};
+
+}  // namespace Vell::IO
