@@ -1,0 +1,520 @@
+// `hovar --check` beside the program: over one table of good and bad files both must come to the
+// same verdict, and the check must name the place. A place is the line and the column that an
+// editor would show, worked out by hand from the texts of the tiny study, one element a line.
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "runs.h"
+#include "support/definition_tags.h"
+#include "tiny_study.h"
+
+namespace Testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+ProcessResult RunCheck(const ScratchFolder& folder, const std::vector<std::string>& arguments) {
+  Command command;
+  command.program = HOVAR_LAUNCHER;
+  command.folder = folder.Path();
+  command.arguments = {HOVAR_LAUNCHER, "--check"};
+  command.arguments.insert(command.arguments.end(), arguments.begin(), arguments.end());
+  return RunProcess(command);
+}
+
+/// Everything below a folder: the files with their contents, and the folders.
+std::map<std::string, std::string> Snapshot(const ScratchFolder& folder) {
+  std::map<std::string, std::string> entries;
+  for (const auto& entry : fs::recursive_directory_iterator(folder.Path())) {
+    entries[entry.path().string()] =
+        entry.is_regular_file() ? ReadFile(entry.path()) : std::string("no file");
+  }
+  return entries;
+}
+
+/// Checks d.xml, which must change nothing and leave nothing on standard error, and returns what
+/// stands on standard output.
+ProcessResult CheckDefinition(const ScratchFolder& folder,
+                              const std::vector<std::string>& arguments = {"d.xml"}) {
+  const std::map<std::string, std::string> before = Snapshot(folder);
+  ProcessResult result = RunCheck(folder, arguments);
+  EXPECT_EQ(Snapshot(folder), before);
+  EXPECT_EQ(result.error, "");
+  return result;
+}
+
+/// Runs the check and then the program; both must end alike. Returns what the check printed.
+std::string ExpectAgreement(const ScratchFolder& folder) {
+  const ProcessResult check = CheckDefinition(folder);
+  const ProcessResult run = RunHovar(folder, {"d.xml"});
+  EXPECT_EQ(check.exitStatus, run.exitStatus) << check.output << "the program:\n"
+                                              << run.output << run.error;
+  return check.output;
+}
+
+bool HasError(const std::string& output) { return output.find(": error: ") != std::string::npos; }
+
+/// A change of the tiny study.
+struct Row {
+  std::string what;
+  std::string definition;
+  std::vector<std::pair<std::string, std::string>> files;
+  /// How the line of the first error begins; nothing for a run that is good.
+  std::string error;
+};
+
+void ExpectRows(const std::vector<Row>& rows) {
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what + "\n" + row.definition);
+    const TinyStudy study;
+    study.Write("d.xml", row.definition);
+    for (const auto& [name, content] : row.files) {
+      study.Write(name, content);
+    }
+    const std::string output = ExpectAgreement(study);
+    EXPECT_EQ(HasError(output), !row.error.empty()) << output;
+    const std::string expected = row.error + (row.error.empty() ? "" : ": error: ");
+    EXPECT_TRUE(("\n" + output).find("\n" + expected) != std::string::npos) << output;
+  }
+}
+
+Row Changed(const std::string& text, const std::string& from, const std::string& to,
+            const std::string& error = "") {
+  return {from + " -> " + to, Replaced(text, from, to), {}, error};
+}
+
+TEST(CheckAgreementTest, GoodDefinitionsOfAllKinds) {
+  ExpectRows({
+      {"analysis", AnalysisText(), {}, ""},
+      {"prediction", PredictionText(), {}, ""},
+      {"validation", ValidationText(), {}, ""},
+      {"empty batch", BatchText({}), {}, ""},
+      {"batch", BatchText({"analysis.xml", "prediction.xml", "validation.xml"}), {}, ""},
+      {"declaration", "<?xml version=\"1.0\"?>\n" + AnalysisText(), {}, ""},
+      {"carriage returns", Replaced(AnalysisText(), "<Input>\n", "<Input>\r\n"), {}, ""},
+  });
+}
+
+TEST(CheckAgreementTest, AttributesOfTheRootMeanNothing) {
+  for (const std::string& text :
+       {AnalysisText(), PredictionText(), ValidationText(), BatchText({"prediction.xml"})}) {
+    const std::string schema =
+        " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+        "xsi:noNamespaceSchemaLocation=\"../../share/hovar/hovar-definition.xsd\">";
+    ExpectRows({{"schema", Replaced(text, ">", schema), {}, ""}});
+  }
+}
+
+TEST(CheckAgreementTest, Grammar) {
+  const std::string analysis = AnalysisText();
+  const std::string batch = BatchText({"prediction.xml"});
+  ExpectRows({
+      {"byte order mark", "\xEF\xBB\xBF" + analysis, {}, "d.xml:1:1"},
+      {"empty", "", {}, "d.xml:1:1"},
+      {"no XML", "Key,Hospital\n", {}, "d.xml:1:1"},
+      {"a declaration alone", "<?xml version=\"1.0\"?>\n", {}, "d.xml:2:1"},
+      Changed(analysis, "<Analysis>", "<analysis>", "d.xml:1:1"),
+      Changed(analysis, "<Analysis>", "<Analysis a='b'>", "d.xml:1:13"),
+      Changed(analysis, "<Analysis>", "<Analysis a>", "d.xml:1:12"),
+      Changed(analysis, "<Analysis>", "<Analysis a=\"1\" a=\"2\">", "d.xml:1:1"),
+      Changed(analysis, "</Analysis>", "</Analyses>", "d.xml:39:1"),
+      Changed(analysis, "</Analysis>", "", "d.xml:39:1"),
+      Changed(analysis, "<Data>", "<data>", "d.xml:3:1"),
+      Changed(analysis, "<Data>", "<DataFile>", "d.xml:3:1"),
+      Changed(analysis, "<Data>", "<Data a=\"b\">", "d.xml:3:7"),
+      Changed(analysis, "<Data>data.csv</Data>", "<Data/>", "d.xml:3:1"),
+      Changed(analysis, "<Data>data.csv</Data>", "<Data />", "d.xml:3:1"),
+      Changed(analysis, "<Data>data.csv</Data>\n", "", "d.xml:3:1"),
+      Changed(analysis, "</Data>", "", "d.xml:4:1"),
+      Changed(analysis, "</Data>", "</Date>", "d.xml:3:15"),
+      Changed(analysis, "<Data>", "<Title>x</Title>\n<Data>", "d.xml:3:1"),
+      Changed(analysis, "<Input>\n", "<Input>\n  text\n", "d.xml:3:3"),
+      Changed(analysis, "<Input>\n", "<Input><!-- fine -->\n"),
+      Changed(analysis, "<Input>", "<Input <!-- no -->>", "d.xml:2:8"),
+      Changed(analysis, ">1<", ">many<", "d.xml:4:24"),
+      Changed(analysis, ">1<", "><", "d.xml:4:24"),
+      Changed(analysis, ">1<", ">1.5<", "d.xml:4:24"),
+      Changed(analysis, ">1<", ">1e3<", "d.xml:4:24"),
+      Changed(analysis, ">1<", "> 1 <"),
+      Changed(analysis, ">1e-9<", ">1,5<", "d.xml:15:12"),
+      Changed(analysis, ">1e-9<", ">small<", "d.xml:15:12"),
+      Changed(analysis, ">false<", ">False<", "d.xml:13:35"),
+      Changed(analysis, ">false<", "> false<", "d.xml:13:35"),
+      Changed(analysis, ">false<", "><", "d.xml:13:35"),
+      Changed(analysis, "xsi:type=\"Vector\"", "xsi:type=\"Other\"", "d.xml:29:1"),
+      Changed(analysis, " xsi:type=\"Vector\"", "", "d.xml:29:1"),
+      Changed(analysis, "<Seed xsi:type=\"Vector\">", "<Seed xsi:type=\"Vector\" />", "d.xml:29:1"),
+      Changed(analysis, "<Element>3</Element>", "<Element>x</Element>", "d.xml:31:10"),
+      Changed(analysis, "<Element>3</Element>", "<Element>3x</Element>", "d.xml:31:10"),
+      Changed(analysis, "<Element>3</Element>\n", "", "d.xml:32:1"),
+      {"the file ends in a number",
+       analysis.substr(0, analysis.find("0</Steps>") + 1),
+       {},
+       "d.xml:37:9"},
+      {"NUL in a text", Replaced(analysis, "data.csv", std::string("da\0ta", 5)), {}, "d.xml:3:9"},
+      {"no Mcmc", Replaced(PredictionText(), "<Mcmc>", "</Prediction>"), {}, "d.xml:12:1"},
+      Changed(batch, "<Simulations>", "<Simulation>", "d.xml:2:1"),
+      Changed(batch, "<Simulation>", "<Run>", "d.xml:3:1"),
+      Changed(batch, "<Simulation>prediction.xml</Simulation>", "<Simulation />", "d.xml:3:1"),
+      Changed(batch, "</Simulation>", "", "d.xml:4:1"),
+      Changed(batch, "<Simulation>", "<Simulation a=\"b\">"),
+  });
+}
+
+TEST(CheckAgreementTest, InputFilesOfADefinition) {
+  ExpectRows({
+      Changed(AnalysisText(), "data.csv", "missing.csv", "d.xml:3:7"),
+      Changed(AnalysisText(), ">data.csv", "> data.csv", "d.xml:3:7"),
+      Changed(AnalysisText(), ">data.csv<", "><", "d.xml:3:7"),
+      Changed(AnalysisText(), "data.csv", ".", "d.xml:3:7"),
+      Changed(AnalysisText(), "data.csv", "/dev/null", "d.xml:3:7"),
+      Changed(AnalysisText(), "data.csv", "./data.csv"),
+      Changed(AnalysisText(), "data.csv", ".\\data.csv"),
+      Changed(PredictionText(), "coefficients.csv", "missing.csv", "d.xml:5:25"),
+      Changed(PredictionText(), "coefficients.csv", ".", "d.xml:5:25"),
+      Changed(ValidationText(), "individual.csv", "missing.csv", "d.xml:6:24"),
+      Changed(BatchText({"prediction.xml"}), "prediction.xml", "missing.xml", "d.xml:3:13"),
+      Changed(BatchText({"prediction.xml"}), "prediction.xml", ".", "d.xml:3:13"),
+      Changed(BatchText({"prediction.xml"}), "prediction.xml", " prediction.xml", "d.xml:3:13"),
+      Changed(BatchText({"prediction.xml"}), "prediction.xml", "data.csv", "data.csv:1:1"),
+  });
+  const ScratchFolder empty;
+  EXPECT_TRUE(ExpectAgreement(empty).starts_with("d.xml:1:1: error: ")) << "no definition";
+  fs::create_directory(empty.Path() / "d.xml");
+  EXPECT_TRUE(ExpectAgreement(empty).starts_with("d.xml:1:1: error: ")) << "a folder";
+}
+
+TEST(CheckAgreementTest, OutputFoldersAndFiles) {
+  ExpectRows({
+      Changed(AnalysisText(), "<Folder>out<", "<Folder>a/b<", "d.xml:7:9"),
+      Changed(AnalysisText(), "<Folder>out<", "<Folder>a\\b<", "d.xml:7:9"),
+      Changed(AnalysisText(), "<Folder>out<", "<Folder>data.csv<", "d.xml:7:9"),
+      Changed(AnalysisText(), "<Folder>out<", "<Folder>out/<"),
+      Changed(AnalysisText(), "<Folder>out<", "<Folder>out/.<", "d.xml:7:9"),
+      Changed(AnalysisText(), "<Folder>out<", "<Folder>.<"),
+      Changed(AnalysisText(), "<Folder>out<", "<Folder>" + std::string(300, 'x') + "<",
+              "d.xml:7:9"),
+      {"there", Replaced(AnalysisText(), "<Folder>out<", "<Folder>a\\b<"), {{"a/x", ""}}, ""},
+      Changed(AnalysisText(), ">analysis.log<", ">logs/a.log<", "d.xml:10:10"),
+      Changed(AnalysisText(), ">analysis.log<", "><", "d.xml:10:10"),
+      Changed(AnalysisText(), ">analysis.log<", ">..<", "d.xml:10:10"),
+      Changed(AnalysisText(), ">analysis.log<", ">../a.log<"),
+      Changed(AnalysisText(), ">analysis.log<", ">" + std::string(256, 'x') + "<", "d.xml:10:10"),
+      Changed(AnalysisText(), ">mcmc<", ">a/b<", "d.xml:9:16"),
+      Changed(AnalysisText(), ">mcmc<", "><"),
+      Changed(AnalysisText(), ">mcmc<", ">..<"),
+      Changed(AnalysisText(), ">mcmc<", ">analysis.log<", "d.xml:9:16"),
+      Changed(AnalysisText(), ">fitted.csv<", ">mcmc<", "d.xml:8:25"),
+      Changed(AnalysisText(), ">fitted.csv<", ">mcmc/Chain.csv<"),
+      Changed(AnalysisText(), ">fitted.csv<", ">analysis.log<"),
+      {"a file as the chain's folder", AnalysisText(), {{"out/mcmc", ""}}, "d.xml:9:16"},
+      {"a folder as the chain", AnalysisText(), {{"out/mcmc/Chain.csv/x", ""}}, "d.xml:9:16"},
+      {"a folder as the log", AnalysisText(), {{"out/analysis.log/x", ""}}, "d.xml:10:10"},
+      {"a folder as an output", PredictionText(), {{"out/hospital.csv/x", ""}}, "d.xml:10:22"},
+      {"a folder as an output", ValidationText(), {{"out/cstatistics.csv/x", ""}}, "d.xml:10:14"},
+      {"a file as the folder", ValidationText(), {{"out", ""}}, "d.xml:9:9"},
+      {"earlier files", AnalysisText(), {{"out/mcmc/Chain.csv", "x"}, {"out/fitted.csv", "x"}}, ""},
+  });
+}
+
+TEST(CheckAgreementTest, OutputsThatAreInputs) {
+  const auto in = [](const std::string& text, const std::string& from, const std::string& to) {
+    return Replaced(Replaced(text, "<Folder>out<", "<Folder>.<"), from, to);
+  };
+  ExpectRows({
+      {"log and data", in(AnalysisText(), ">analysis.log<", ">data.csv<"), {}, "d.xml:10:10"},
+      {"log and no data", in(AnalysisText(), "data.csv", "analysis.log"), {}, "d.xml:3:7"},
+      {"log and coefficients",
+       in(PredictionText(), ">prediction.log<", ">coefficients.csv<"),
+       {},
+       "d.xml:11:10"},
+      {"log and predictions",
+       in(ValidationText(), ">validation.log<", ">individual.csv<"),
+       {},
+       "d.xml:11:10"},
+      {"log and definition", in(AnalysisText(), ">analysis.log<", ">d.xml<"), {}, ""},
+      {"coefficients and data", in(AnalysisText(), ">fitted.csv<", ">data.csv<"), {}, ""},
+      {"predictions and data", in(PredictionText(), ">predicted.csv<", ">data.csv<"), {}, ""},
+      {"statistics and predictions",
+       in(ValidationText(), ">cstatistics.csv<", ">individual.csv<"),
+       {},
+       ""},
+  });
+}
+
+const std::string kHeader = "Key,Hospital,Y,POA,Z,X\n";
+
+/// A prediction of a data file with one variable.
+Row Data(const std::string& what, const std::string& indicators, const std::string& data,
+         const std::string& error = "") {
+  return {what,
+          Replaced(PredictionText(), "Indicators>1<", "Indicators>" + indicators + "<"),
+          {{"data.csv", data},
+           {"coefficients.csv", std::string(kCoefficientHeader) + kModelRow +
+                                    "X,Z,0.5,0.5,0.5,0.5,0,,,0,,,0,,,0,,,0,,\n"}},
+          error};
+}
+
+TEST(CheckAgreementTest, ShapeOfTheDataFile) {
+  const std::string first = "a,A,1,0,1,1\n";
+  ExpectRows({
+      Data("good", "1", kHeader + first),
+      Data("a field less", "1", kHeader + "a,A,1,0,1\n", "data.csv:2:10"),
+      Data("a field more", "1", kHeader + first + "b,A,1,0,1,1,\n", "data.csv:3:13"),
+      Data("a blank line", "1", kHeader + first + "\n", "data.csv:3:1"),
+      Data("a blank line between", "1", kHeader + "\n" + first, "data.csv:2:1"),
+      Data("a header of its own size", "1", "Key\n" + first, "data.csv:2:3"),
+      Data("an indicator more", "2", kHeader + first, "d.xml:4:24"),
+      Data("an indicator less", "0", kHeader + first, "d.xml:4:24"),
+      Data("negative", "-1", kHeader + first, "d.xml:4:24"),
+      Data("far too many", "2147483647", kHeader + first, "d.xml:4:24"),
+      Data("two too many", "4", kHeader + first, "d.xml:4:24"),
+      Data("empty", "1", "", "data.csv:1:1"),
+      Data("no line end", "1", "Key,Hospital,Y,POA,Z,X", "data.csv:1:23"),
+      Data("a header alone", "1", kHeader),
+      Data("last line feed missing", "1", kHeader + first + "b,A,1,0,1,1", "data.csv:3:12"),
+      Data("a blank at the end", "1", kHeader + first + " ", "data.csv:3:2"),
+      Data("two fields", "1", "Key,Hospital\n", "d.xml:4:24"),
+      Data("carriage returns", "1", "Key,Hospital,Y,POA,Z,Q,X,Q\r\na,A,1,0,1,1,0,0\r\n"),
+      Data("byte order mark", "1", "\xEF\xBB\xBF" + kHeader + first),
+      Data("byte order mark before a quote", "1",
+           "\xEF\xBB\xBF\"Key\",Hospital,Y,POA,Z,X\n" + first, "data.csv:1:2"),
+  });
+}
+
+TEST(CheckAgreementTest, CellsOfTheDataFile) {
+  const std::string first = kHeader + "a,A,1,0,1,1\n";
+  ExpectRows({
+      Data("Y 2", "1", first + "b,A,2,0,1,1\n", "data.csv:3:5"),
+      Data("Y empty", "1", first + "b,A,,0,1,1\n", "data.csv:3:5"),
+      Data("Y text", "1", first + "b,A,yes,0,1,1\n", "data.csv:3:5"),
+      Data("Y quoted", "1", first + "b,A,\"1\",0,1,1\n", "data.csv:3:5"),
+      Data("POA 2", "1", first + "b,A,1,2,1,1\n", "data.csv:3:7"),
+      Data("POA text", "1", first + "b,A,1,NA,1,1\n", "data.csv:3:7"),
+      Data("POA empty", "1", first + "b,A,1,,1,1\n"),
+      Data("Z empty", "1", first + "b,A,1,0,,1\n", "data.csv:3:9"),
+      Data("Z -1", "1", first + "b,A,1,0,-1,1\n", "data.csv:3:9"),
+      Data("Z -", "1", first + "b,A,1,0,-,1\n", "data.csv:3:9"),
+      Data("X 10", "1", first + "b,A,1,0,1,10\n", "data.csv:3:11"),
+      Data("X text", "1", first + "b,A,1,0,1,x\n", "data.csv:3:11"),
+      Data("X empty", "1", first + "b,A,1,0,1,\n"),
+      Data("text behind numbers", "1", first + "b,A,1 yes,0\t,1.5,1abc\n"),
+      Data("beyond ASCII", "1", first + "b,Z\xC3\xBCrich,7,0,1,1\n", "data.csv:3:10"),
+      Data("quoted hospital", "1", first + "b,\"Q, R\",7,0,1,1\n", "data.csv:3:10"),
+      Data("grouping", "1", first + "b,B,1,0,1,1\nc,A,1,0,1,1\n", "data.csv:4:3"),
+      Data("grouping with quotes", "1", first + "b,B,1,0,1,1\nc,\"A\",1,0,1,1\n", "data.csv:4:3"),
+      Data("quoted or not", "1", first + "b,\"A\",1,0,1,1\n"),
+      Data("a quote within", "1", first + "a\"b,A,1,0,1,1\n", "data.csv:3:2"),
+      Data("a quote not closed", "1", first + "b,\"A,1,0,1,1\n", "data.csv:3:3"),
+      Data("text behind a quote", "1", first + "b,\"A\"x,1,0,1,1\n", "data.csv:3:6"),
+      Data("a comma in a key", "1", first + "\"a,b\",A,1,0,1,1\n", "data.csv:3:5"),
+      Data("NUL", "1", first + std::string("\0,A,1,0,1,1\n", 12), "data.csv:3:1"),
+  });
+}
+
+TEST(CheckAgreementTest, EmptyOutcomesAtTheEndOfALine) {
+  const auto row = [](const std::string& data, const std::string& error) {
+    Row made = Data(data, "0", data, error);
+    made.files[1].second = std::string(kCoefficientHeader) + kModelRow;
+    return made;
+  };
+  ExpectRows({
+      row("Key,Hospital,Y\na,A,1\nb,A,0\n", ""),
+      row("Key,Hospital,Y\na,A,\nb,A,1\n", "data.csv:2:5"),
+      row("Key,Hospital,Y\na,A,1\nb,A,\n", "data.csv:3:5"),
+  });
+}
+
+/// An analysis of a data file with one variable.
+Row Fit(const std::string& what, const std::string& records, const std::string& error = "") {
+  Row row{what, AnalysisText(), {{"data.csv", kHeader + records}}, error};
+  row.definition = Replaced(row.definition, "<PriorPrecision>0<", "<PriorPrecision>1<");
+  return row;
+}
+
+TEST(CheckAgreementTest, DataThatAnAnalysisCannotUse) {
+  ExpectRows({
+      Fit("good", "a,A,1,0,1,1\nb,A,0,0,0,0\nc,A,1,0,0,1\nd,A,0,0,1,0\ne,A,1,1,1,1\n"),
+      Fit("no complete record", "a,A,1,0,1,\nb,A,0,,0,0\n", "data.csv:1:1"),
+      Fit("P is 1 everywhere", "a,A,1,1,1,1\nb,A,1,1,0,0\n", "data.csv:1:1"),
+      Fit("no records", "", "data.csv:1:1"),
+      Fit("X known with one Z", "a,A,1,0,1,1\nb,A,0,0,1,0\nc,A,1,0,0,\nd,A,0,0,1,1\n",
+          "data.csv:1:1"),
+      Changed(AnalysisText(), "<Tolerance>1e-9<", "<Tolerance>1<", "d.xml:15:12"),
+      Changed(AnalysisText(), "<Tolerance>1e-9<", "<Tolerance>nan<", "d.xml:15:12"),
+      Changed(AnalysisText(), "<Tolerance>1e-9<", "<Tolerance>inf<", "d.xml:15:12"),
+      Changed(AnalysisText(), "<Tolerance>1e-9<", "<Tolerance>0<"),
+      Changed(AnalysisText(), "<Tolerance>1e-9<", "<Tolerance>-1<"),
+  });
+}
+
+std::string WithChain(std::string text, const char* thinning, const char* burnin,
+                      const char* steps) {
+  text = Replaced(text, "<Thinning>1<", "<Thinning>" + std::string(thinning) + "<");
+  text = Replaced(text, "<Burnin>0<", "<Burnin>" + std::string(burnin) + "<");
+  return Replaced(text, "<Steps>0<", "<Steps>" + std::string(steps) + "<");
+}
+
+TEST(CheckAgreementTest, LengthOfAChain) {
+  struct Chain {
+    const char* thinning;
+    const char* burnin;
+    const char* steps;
+    const char* place;  // in an analysis
+  };
+  for (const Chain& chain : {Chain{"0", "0", "0", "d.xml:35:11"},
+                             {"0", "2", "3", "d.xml:35:11"},
+                             {"-1", "0", "5", "d.xml:35:11"},
+                             {"1", "-2", "-1", "d.xml:37:8"},
+                             {"-2", "4", "0", "d.xml:35:11"},
+                             {"1", "2", "-5", ""},
+                             {"1", "-5", "2", ""},
+                             {"-9", "2", "3", ""},
+                             {"-1", "0", "0", ""},
+                             {"9", "2", "3", ""},
+                             {"3", "-2", "-1", ""}}) {
+    ExpectRows(
+        {{"chain",
+          WithChain(AnalysisText(), chain.thinning, chain.burnin, chain.steps),
+          {},
+          chain.place},
+         {"passes", WithChain(PredictionText(), chain.thinning, chain.burnin, chain.steps), {}, ""},
+         {"passes",
+          WithChain(ValidationText(), chain.thinning, chain.burnin, chain.steps),
+          {},
+          ""}});
+  }
+}
+
+Row Model(const std::string& what, const std::string& coefficients, const std::string& error = "") {
+  return {what, PredictionText(), {{"coefficients.csv", coefficients}}, error};
+}
+
+TEST(CheckAgreementTest, CoefficientFiles) {
+  const std::string header = kCoefficientHeader;
+  const std::string prefix = header + "XIntercept,ZIntercept,,,,,";
+  const std::string more = "X1,Z1,0.5,0.5,0.5,0.5,0,,,0,,,0,,,0,,,0,,\n";
+  ExpectRows({
+      Model("no estimate", prefix + ",,,0,,,0,,,0,,,0,,\n", "coefficients.csv:2:27"),
+      Model("text", prefix + "x,,,0,,,0,,,0,,,0,,\n", "coefficients.csv:2:27"),
+      Model("text further on", prefix + "0,,,0,,,NA,,,0,,,0,,\n", "coefficients.csv:2:35"),
+      Model("last estimate", prefix + "0,,,0,,,0,,,0,,,,,\n", "coefficients.csv:2:39"),
+      Model("a sign", prefix + "0,,,0,,,0,,,0,,,-,,\n", "coefficients.csv:2:39"),
+      Model("short row", prefix + "0,,,0,,,0,,\n", "coefficients.csv:2:37"),
+      Model("standard errors", prefix + "0,x,,0,-1,nan,0,,,0,,,0,,NA\n"),
+      Model("any header", "anything\n" + std::string(kModelRow)),
+      Model("empty", "", "coefficients.csv:1:1"),
+      Model("header alone", header, "coefficients.csv:1:1"),
+      Model("no line end", header.substr(0, header.size() - 1), "coefficients.csv:1:1"),
+      Model("more variables", header + kModelRow + more, "coefficients.csv:1:1"),
+      Model("row without its end", header + kModelRow + more.substr(0, more.size() - 1)),
+      Model("intercept without its end", prefix + "0,,,0,,,0,,,0,,,0,,", "coefficients.csv:1:1"),
+      Model("a quote", prefix + "0,,,0,,,0,,,0,,,0,\",\n", "coefficients.csv:2:46"),
+      Model("no [X|Z]", header + kModelRow + "X1,Z1,0.5,,0.5,0.5,0,,,0,,,0,,,0,,,0,,\n",
+            "coefficients.csv:3:11"),
+      {"more variables, validation",
+       ValidationText(),
+       {{"coefficients.csv", header + kModelRow + more}},
+       "coefficients.csv:1:1"},
+      {"a table that is none",
+       PredictionText(),
+       {{"coefficients.csv", kTinyData}},
+       "coefficients.csv:2:8"},
+  });
+}
+
+TEST(CheckAgreementTest, IndividualPredictions) {
+  const auto row = [](const std::string& what, const std::string& from, const std::string& to,
+                      const std::string& error) {
+    const std::string text = std::string(kIndividualHeader) + kIndividualRows;
+    return Row{what, ValidationText(), {{"individual.csv", Replaced(text, from, to)}}, error};
+  };
+  const std::string header = kIndividualHeader;
+  ExpectRows({
+      row("text", "a,A,1,0.9", "a,A,1,x", "individual.csv:2:7"),
+      row("empty", "a,A,1,0.9,0.75", "a,A,1,0.9,", "individual.csv:2:11"),
+      row("last value", "0.3,1\nb", "0.3,e\nb", "individual.csv:2:29"),
+      row("a short line", "a,A,1,0.9,0.75,0,0,0,1,0.3,1", "a,A,1,0.9,0.75,0",
+          "individual.csv:2:16"),
+      row("a comma in a key", "a,A,1", "\"a,b\",A,1", "individual.csv:2:13"),
+      row("unused columns", "a,A,1,0.9", "\"x \"\"y\"\"\",,7, 0.9 z", ""),
+      row("one line less", "f,B,0,0.3,0.75,0,0.3,0.3,0,0.5,0\n", "", "individual.csv:7:1"),
+      row("no last line feed", "0.5,0\n", "0.5,0", "individual.csv:7:33"),
+      row("one line more", "0.5,0\n", "0.5,0\ng,C,1,0,0,0,0,0,0,0,0\n", ""),
+      {"none", ValidationText(), {{"individual.csv", ""}}, "individual.csv:1:1"},
+      {"header alone", ValidationText(), {{"individual.csv", header}}, "individual.csv:2:1"},
+  });
+}
+
+TEST(CheckAgreementTest, Batches) {
+  const std::string predict = Replaced(PredictionText(), "coefficients.csv", "out\\fitted.csv");
+  const std::string validate =
+      Replaced(Replaced(ValidationText(), "coefficients.csv", "out/fitted.csv"), "individual.csv",
+               "out/predicted.csv");
+  const std::vector<std::pair<std::string, std::string>> chain = {{"predict.xml", predict},
+                                                                  {"validate.xml", validate}};
+  const std::string bad = Replaced(PredictionText(), "<Data>", "<data>");
+  ExpectRows({
+      {"each uses what the one before wrote",
+       BatchText({"analysis.xml", "predict.xml", "validate.xml"}), chain, ""},
+      {"in the wrong order", BatchText({"predict.xml", "analysis.xml"}), chain, "predict.xml:5:25"},
+      {"nested",
+       BatchText({"b.xml", "b.xml"}),
+       {{"b.xml", BatchText({"c.xml", "validation.xml"})},
+        {"c.xml", BatchText({"prediction.xml"})}},
+       ""},
+      {"a fault in the last one",
+       BatchText({"validation.xml", "bad.xml"}),
+       {{"bad.xml", bad}},
+       "bad.xml:3:1"},
+      {"a folder that the first one makes",
+       BatchText({"prediction.xml", "deep.xml"}),
+       {{"deep.xml", Replaced(PredictionText(), "<Folder>out<", "<Folder>out/deep<")}},
+       ""},
+      {"a folder that the last one makes",
+       BatchText({"deep.xml", "prediction.xml"}),
+       {{"deep.xml", Replaced(PredictionText(), "<Folder>out<", "<Folder>out/deep<")}},
+       "deep.xml:8:9"},
+      {"a log as input",
+       BatchText({"prediction.xml", "p.xml"}),
+       {{"p.xml", Replaced(PredictionText(), "coefficients.csv", "out/prediction.log")}},
+       "p.xml:5:25"},
+      {"a definition that was overwritten",
+       BatchText({"p.xml", "analysis.xml"}),
+       {{"p.xml", Replaced(Replaced(PredictionText(), "<Folder>out<", "<Folder>.<"),
+                           "predicted.csv", "analysis.xml")}},
+       "d.xml:4:13"},
+      {"the same run twice", BatchText({"analysis.xml", "analysis.xml"}), {}, ""},
+  });
+}
+
+/// Every definition with one change at every tag, and cut at many places.
+TEST(CheckAgreementTest, ChangedAndCutDefinitions) {
+  const TinyStudy study;
+  for (const std::string& text :
+       {AnalysisText(), PredictionText(), ValidationText(), BatchText({"prediction.xml"})}) {
+    std::vector<std::string> variants;
+    for (const DefinitionTag& tag : NamedTags(text)) {
+      std::string misspelt = text;
+      misspelt[tag.NamePlace()] = 'Q';
+      std::string missing = text;
+      missing.erase(tag.place, tag.end - tag.place);
+      std::string longer = text;
+      longer.insert(tag.end - 1, "s");
+      variants.insert(variants.end(), {misspelt, missing, longer});
+    }
+    for (std::size_t length = 0; length < text.size() - 1; length += 17) {
+      variants.push_back(text.substr(0, length));
+    }
+    for (const std::string& variant : variants) {
+      SCOPED_TRACE(variant);
+      study.Write("d.xml", variant);
+      EXPECT_TRUE(HasError(ExpectAgreement(study)));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace Testing
