@@ -49,11 +49,11 @@ void NoteZeroColumns(std::vector<VariableCounts>& variables, const DataSet& data
   NoteRemoved(variables, all, FindZeroColumns(dataSet.z), Removal::kZeroZ);
 }
 
-void AddEliminationError(Findings& findings, const RunPlan& plan, const DataSet& dataSet,
+void AddEliminationError(Findings& findings, const RunPlan& plan, std::int32_t completeP0Count,
                          const std::string& error) {
   const double tolerance = plan.analysis.linearDependenceTolerance;
   const std::string element = "Regression/LinearDependence/Tolerance";
-  if (dataSet.completeP0Count == 0) {
+  if (completeP0Count == 0) {
     findings.AddError(plan.data, {},
                       "No record without missing values has P = 0, and an Analysis fits such "
                       "records. Fill in missing values, or check the POA indicators.");
@@ -191,11 +191,12 @@ std::vector<VariableCounts> CountVariables(const DataSet& dataSet) {
 void CheckColumns(Findings& findings, const RunPlan& plan, DataSet& dataSet,
                   std::vector<VariableCounts>& variables) {
   NoteZeroColumns(variables, dataSet);
+  const std::int32_t completeP0Count = dataSet.completeP0Count;  // before cells are removed
   const std::optional<std::string> error =
       ErrorOf([&] { EliminateColumns(dataSet, plan.analysis.linearDependenceTolerance); });
   NoteDependent(variables, dataSet);
   if (error.has_value() || dataSet.variableCount == 0) {
-    AddEliminationError(findings, plan, dataSet, error.value_or("Invalid argument"));
+    AddEliminationError(findings, plan, completeP0Count, error.value_or("Invalid argument"));
     return;
   }
   CheckXzTables(findings, plan, dataSet, variables);

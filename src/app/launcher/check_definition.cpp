@@ -30,9 +30,9 @@ class Outputs {
   void Add(const char* element, const char* what, const Vell::String& name) {
     plan_.outputs.push_back({element, what, Text(Vell::JoinPath(plan_.folder, name))});
   }
-  void AddChainFile(const char* name) {
-    plan_.outputs.push_back({"Output/McmcSubFolder", std::string("file ") + name,
-                             Text(Vell::JoinPath(plan_.chainFolder, name))});
+  void AddChainFile(const char* what, const char* name) {
+    plan_.outputs.push_back(
+        {"Output/McmcSubFolder", what, Text(Vell::JoinPath(plan_.chainFolder, name))});
   }
 
  private:
@@ -50,8 +50,8 @@ void Store(RunPlan& plan, const AnalysisDefinition& definition) {
   plan.analysis = definition;
   Outputs outputs(plan);
   outputs.Add("Output/LogFile", "log file", definition.logFile);
-  outputs.AddChainFile("Summary.csv");
-  outputs.AddChainFile("Chain.csv");
+  outputs.AddChainFile("summary of the chain", "Summary.csv");
+  outputs.AddChainFile("chain", "Chain.csv");
   outputs.Add("Output/RegressionCoefficients", "coefficient file",
               definition.regressionCoefficients);
 }

@@ -172,7 +172,8 @@ GrammarError WrongByte(const Surroundings& around, const Mismatch& mismatch) {
     case '>':
       return WrongTagEnd(around, mismatch.current.front());
     case '=':
-      return {around.Offset(wrong), "An attribute has no value. Write name=\"value\"."};
+      return {around.Offset(around.TagStart(wrong)),
+              "An attribute of this tag has no value. Write name=\"value\"."};
     case '"':
       return {around.Offset(wrong),
               "An attribute's value does not stand in double quotes. Write name=\"value\"."};

@@ -149,7 +149,27 @@ PathKind OutputCheck::KindOf(const std::string& path) const {
   if (files_.contains(normal)) {
     return PathKind::kFile;
   }
-  return folders_.contains(normal) ? PathKind::kFolder : Platform::KindOf(path.c_str());
+  if (folders_.contains(normal)) {
+    return PathKind::kFolder;
+  }
+  return Platform::KindOf(OnDisk(path).c_str());
+}
+
+/// The path as the system can follow it: a folder that does not exist yet hides from it where ".."
+/// leads from there.
+std::string OutputCheck::OnDisk(const std::string& path) const {
+  const std::string_view text = path;
+  for (std::size_t i = text.find(".."); i != std::string_view::npos; i = text.find("..", i + 1)) {
+    if (i > 0 && IsSeparator(text[i - 1]) && folders_.contains(NormalPath(text.substr(0, i - 1)))) {
+      return NormalPath(path);
+    }
+  }
+  return path;
+}
+
+bool OutputCheck::MayWriteIn(const std::string& folder) const {
+  return folders_.contains(NormalPath(folder)) ||
+         Platform::FolderIsWritable(OnDisk(folder).c_str());
 }
 
 /// Makes a folder in memory; false when that gives an error. A folder that cannot be made is none
@@ -175,7 +195,7 @@ bool OutputCheck::MakeFolder(Findings& findings, const RunPlan& plan, const std:
     return addError(" cannot be made: " + Quoted(parent) +
                     " is no folder. Make it first; only the last folder of a path is made.");
   }
-  if (!folders_.contains(NormalPath(parent)) && !Platform::FolderIsWritable(parent.c_str())) {
+  if (!MayWriteIn(parent)) {
     return addError(" cannot be made: nothing may be written in " + Quoted(parent) +
                     ". Choose another folder.");
   }
@@ -196,7 +216,7 @@ bool OutputCheck::CanMake(Findings& findings, const RunPlan& plan,
     case PathKind::kFolder:
       return addError(" is a folder. Give the file a name of its own.");
     case PathKind::kFile:
-      return files_.contains(NormalPath(output.path)) || IsWritable(output.path) ||
+      return files_.contains(NormalPath(output.path)) || IsWritable(OnDisk(output.path)) ||
              addError(" cannot be written. Ask for the right to write it.");
     case PathKind::kOther:
       return true;
@@ -208,7 +228,7 @@ bool OutputCheck::CanMake(Findings& findings, const RunPlan& plan,
     return addError(" cannot be made: " + Quoted(parent) +
                     " is no folder. Make it first, or name a file in the output folder.");
   }
-  if (!folders_.contains(NormalPath(parent)) && !Platform::FolderIsWritable(parent.c_str())) {
+  if (!MayWriteIn(parent)) {
     return addError(" cannot be made: nothing may be written in " + Quoted(parent) +
                     ". Choose another folder.");
   }
@@ -231,7 +251,7 @@ void OutputCheck::WarnOfMeeting(Findings& findings, const RunPlan& plan,
                             ". Give each file a name of its own.");
     return;
   }
-  if (Platform::KindOf(output.path.c_str()) == PathKind::kFile) {
+  if (Platform::KindOf(OnDisk(output.path).c_str()) == PathKind::kFile) {
     findings.AddWarning(plan.definition, place,
                         Subject(output) +
                             " exists and would be overwritten. Move it away if it is still "

@@ -41,6 +41,8 @@ class OutputCheck {
   using PathKind = Vell::IO::Platform::PathKind;
 
   PathKind KindOf(const std::string& path) const;
+  std::string OnDisk(const std::string& path) const;
+  bool MayWriteIn(const std::string& folder) const;
   bool MakeFolder(Findings& findings, const RunPlan& plan, const std::string& path,
                   std::string_view element);
   void MakeFile(Findings& findings, const RunPlan& plan, const PlannedOutput& output);

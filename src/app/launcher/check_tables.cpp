@@ -52,6 +52,18 @@ struct Cell {
   std::string record;
 };
 
+/// True for a text that begins like "nan" or "inf" and is neither. Reading such a word, as the C
+/// library reads it, also takes the first byte that is wrong, the comma behind the cell perhaps.
+bool IsBrokenWord(std::string_view cell) {
+  std::string word(cell.substr(0, 4));
+  word.erase(0, word.find_first_not_of(" \t+-"));
+  for (char& c : word) {
+    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return (word.starts_with('n') && !word.starts_with("nan")) ||
+         (word.starts_with('i') && !word.starts_with("inf"));
+}
+
 /// Finds the cell. Reading a number passes over line ends before it, so a reader that stopped in
 /// the first fields of a line, which hold no numbers, looked for the last field of the line before.
 Cell CellAt(const std::string& path, std::int64_t offset, QuoteUse quotes,
@@ -66,6 +78,9 @@ Cell CellAt(const std::string& path, std::int64_t offset, QuoteUse quotes,
     offset = line.offset - 1;
     line = LineOf(path, offset);
     field = fieldAt(offset);
+  }
+  if (field > 0 && IsBrokenWord(FieldOf(line.text, field - 1, quotes))) {
+    --field;
   }
   Cell cell;
   const std::vector<std::size_t> starts = FieldStarts(line.text, quotes);
@@ -256,36 +271,81 @@ void WarnOfCarriageReturn(Findings& findings, const std::string& path, const Fil
 
 // The files of coefficients and predictions.
 
-void AddNumberError(Findings& findings, const std::string& path, const Stop& stop, QuoteUse quotes,
-                    std::size_t firstNumber) {
-  const Cell cell = CellAt(path, stop.offset, quotes, firstNumber);
+/// One of these files: how its reader passes over fields, and what its lines hold.
+struct TableForm {
+  QuoteUse quotes;
+  std::size_t firstNumber;
+  std::size_t fields;
+};
+constexpr TableForm kCoefficientForm = {QuoteUse::kHonour, 2, 21};
+constexpr TableForm kPredictionForm = {QuoteUse::kIgnore, 3, 11};
+
+/// The first line before the stop that has too few fields, which lets a reader go astray.
+bool AddShortLineError(Findings& findings, const std::string& path, std::int64_t stop,
+                       const TableForm& form) {
+  RecordWalker walker(path);
+  walker.Next();  // the header, which is passed over
+  while (walker.Next() && walker.Offset() <= stop) {
+    const std::size_t fields = FieldStarts(walker.Record(), QuoteUse::kHonour).size();
+    if (fields < form.fields) {
+      const auto length = static_cast<std::int64_t>(walker.Record().size());
+      findings.AddError(path, PlaceOf(path, walker.Offset() + length),
+                        "The line has " + Counted(static_cast<std::int64_t>(fields), "field") +
+                            " of " + std::to_string(form.fields) +
+                            ". Use the file as the program wrote it.");
+      return true;
+    }
+  }
+  return false;
+}
+
+void AddNumberError(Findings& findings, const std::string& path, const Stop& stop,
+                    const TableForm& form) {
+  if (AddShortLineError(findings, path, stop.offset, form)) {
+    return;
+  }
+  const Cell cell = CellAt(path, stop.offset, form.quotes, form.firstNumber);
   const std::string header = HeaderOf(path);
   const std::string_view name = FieldOf(header, cell.field, QuoteUse::kHonour);
-  const bool isShort =
-      FieldStarts(cell.record, quotes).size() < FieldStarts(header, QuoteUse::kHonour).size();
-  findings.AddError(path, cell.place,
-                    FieldNumber(cell.field) +
-                        (name.empty() ? std::string() : " (" + std::string(name) + ')') +
-                        Holds(cell.text) + " where a number is due" +
-                        (isShort ? ", and its line has fewer fields than the header" : "") +
-                        ". Use the file as the program wrote it.");
+  findings.AddError(
+      path, cell.place,
+      FieldNumber(cell.field) + (name.empty() ? std::string() : " (" + std::string(name) + ')') +
+          Holds(cell.text) + " where a number is due. Use the file as the program wrote it.");
 }
 
 template <typename Read>
-bool CheckTable(Findings& findings, const std::string& path, QuoteUse quotes,
-                std::size_t firstNumber, Read read) {
+bool CheckTable(Findings& findings, const std::string& path, const TableForm& form, Read read) {
   const std::optional<Stop> stop = StopOf(path, read);
   if (!stop.has_value()) {
     return true;
   }
   if (stop->error == "Unexpected end of stream") {
-    AddNumberError(findings, path, *stop, quotes, firstNumber);
+    AddNumberError(findings, path, *stop, form);
   } else if (stop->error == "Invalid argument") {
     findings.AddError(path, {}, "The file has no complete line. Use it as the program wrote it.");
   } else {
     AddCommonError(findings, path, *stop);
   }
   return false;
+}
+
+/// Warns of commas within quotes, which separate for the reader of this file.
+void WarnOfQuotedCommas(Findings& findings, const std::string& path) {
+  RecordWalker walker(path);
+  walker.Next();
+  while (walker.Next()) {
+    const std::string& record = walker.Record();
+    if (record.find('"') != std::string::npos &&
+        FieldStarts(record, QuoteUse::kIgnore).size() !=
+            FieldStarts(record, QuoteUse::kHonour).size()) {
+      const auto quote = static_cast<std::int64_t>(record.find('"'));
+      findings.AddWarning(path, PlaceOf(path, walker.Offset() + quote),
+                          "A key or hospital ID holds a comma, which separates here in spite of "
+                          "the quotes: values would be taken from wrong columns. Use IDs without "
+                          "commas.");
+      return;
+    }
+  }
 }
 
 /// The names of the coefficient file that the data set lacks, for a sentence.
@@ -347,7 +407,7 @@ bool CheckCoefficientFile(Findings& findings, const RunPlan& plan, RegressionRes
   }
   WarnOfByteOrderMark(findings, path, traits);
   WarnOfCarriageReturn(findings, path, traits);
-  return CheckTable(findings, path, QuoteUse::kHonour, 2,
+  return CheckTable(findings, path, kCoefficientForm,
                     [&results](Vell::IO::Stream& stream) { ReadCoefficientFile(results, stream); });
 }
 
@@ -356,9 +416,13 @@ bool CheckIndividualPredictions(Findings& findings, const RunPlan& plan,
   const std::string& path = plan.individualPredictions;
   const FileTraits traits = TraitsOf(path);
   WarnOfByteOrderMark(findings, path, traits);
-  return CheckTable(findings, path, QuoteUse::kIgnore, 3, [&predictions](Vell::IO::Stream& stream) {
-    ReadIndividualPredictions(predictions, stream);
-  });
+  const bool isRead = CheckTable(
+      findings, path, kPredictionForm,
+      [&predictions](Vell::IO::Stream& stream) { ReadIndividualPredictions(predictions, stream); });
+  if (isRead) {
+    WarnOfQuotedCommas(findings, path);
+  }
+  return isRead;
 }
 
 bool CheckVariables(Findings& findings, const RunPlan& plan, DataSet& dataSet,
@@ -372,6 +436,11 @@ bool CheckVariables(Findings& findings, const RunPlan& plan, DataSet& dataSet,
                           (missing.empty() ? std::string() : "; missing: " + missing) +
                           ". Use the coefficient file of an Analysis of the same variables.");
     return false;
+  }
+  if (results.VariableCount() == 0) {
+    findings.AddWarning(plan.coefficients, {},
+                        "No complete line stands behind the header, so all predictions would be "
+                        "one half. Use the file as the program wrote it.");
   }
   WarnOfOrder(findings, plan, dataSet, results);
   return true;
