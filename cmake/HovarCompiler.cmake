@@ -23,5 +23,11 @@ if(HOVAR_BUILD_FUZZERS)
   target_compile_options(hovar_compiler INTERFACE -fsanitize=fuzzer-no-link)
   target_link_options(hovar_compiler INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+# For targets that use std::string. g++ 12 sees an overlapping copy inside it where a literal stands
+# before a `+` (GCC bug 105651); the warning is right nowhere there and stays on everywhere else.
+add_library(hovar_standard_strings INTERFACE)
+target_compile_options(
+  hovar_standard_strings
+  INTERFACE $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)

@@ -8,8 +8,8 @@
 
 namespace Hovar {
 
-/// ROOT: the launcher's own folder if the program is found there, else the one above; the empty text
-/// when it cannot be told.
+/// ROOT: the launcher's own folder if the program is found there, else the one above; the empty
+/// text when it cannot be told.
 Vell::String InstallationFolder();
 
 /// The program's file below ROOT.
