@@ -89,7 +89,7 @@ std::int64_t SeekFile(FileHandle file, std::int64_t offset, Origin origin) noexc
   const int whence = origin == Origin::kCurrent ? SEEK_CUR
                      : origin == Origin::kEnd   ? SEEK_END
                                                 : SEEK_SET;
-  return lseek(Descriptor(file), offset, whence);
+  return WithoutInterruption([&] { return lseek(Descriptor(file), offset, whence); });
 }
 
 std::int64_t FileLength(FileHandle file) noexcept {
@@ -105,7 +105,7 @@ bool CloseFile(FileHandle file) noexcept {
 void CreateFolder(const char* path) noexcept {
   const NativePath native(path);
   if (native.Get() != nullptr) {
-    mkdir(native.Get(), S_IRWXU | S_IRWXG | S_IRWXO);
+    WithoutInterruption([&] { return mkdir(native.Get(), S_IRWXU | S_IRWXG | S_IRWXO); });
   }
 }
 
