@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kSampledRuns = 1500;
 
 /// How `result` differs from what it must be; nothing when it does not.
-std::string Difference(const ForkedResult& result, const DamageEnd& end) {
+std::string Difference(const RunResult& result, const DamageEnd& end) {
   const bool isOrderly = result.output.starts_with(kBanner) && result.end.signal == -1;
   if (!isOrderly) {
     return "no orderly end";
@@ -56,7 +56,7 @@ TEST(DamagedFilesTest, EachEndsAsTheRulesSay) {
         const std::string content = Damaged(original, table.change, offset);
         study.Write(table.file, content);
         const DamageEnd end(range.end, table.definition, content);
-        const ForkedResult result = runs.Run(study.Path(), table.definition);
+        const RunResult result = runs.Run(study.Path(), table.definition);
         valid += end.IsValid() ? 1 : 0;
         if (const std::string difference = Difference(result, end);
             !difference.empty() && ++different < 20) {

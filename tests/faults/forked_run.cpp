@@ -36,7 +36,7 @@ bool Ends(const std::string& text, const std::string& end) { return text.ends_wi
 
 }  // namespace
 
-std::string ForkedResult::Text() const {
+std::string RunResult::Text() const {
   return "exit status " + std::to_string(end.exitStatus) + ", signal " +
          std::to_string(end.signal) + "\nstandard error: <" + error + ">\nstandard output: <" +
          output + ">";
@@ -49,11 +49,11 @@ ForkedRuns::~ForkedRuns() {
   close(error_);
 }
 
-ForkedResult ForkedRuns::Run(const std::filesystem::path& folder, const std::string& definition,
-                             const std::function<void()>& prepare) {
+RunResult ForkedRuns::Run(const std::filesystem::path& folder, const std::string& definition,
+                          const std::function<void()>& prepare) {
   Empty(output_);
   Empty(error_);
-  ForkedResult result;
+  RunResult result;
   result.end = RunInChild([&] {
     alarm(kPatienceSeconds);
     ReplaceHandle(0, "/dev/null");
@@ -77,13 +77,13 @@ int RunHere(const std::string& definition) {
   return Hovar::RunProgram(2, arguments);
 }
 
-void ExpectFailed(const ForkedResult& result, const std::string& line) {
+void ExpectFailed(const RunResult& result, const std::string& line) {
   const bool isRight = result.end == ProcessEnd{1} && result.error == "Error: " + line + "\n" &&
                        result.output.starts_with(kBanner) && Ends(result.output, kPrompt);
   EXPECT_TRUE(isRight) << "expected: " << line << "\n" << result.Text();
 }
 
-void ExpectSucceeded(const ForkedResult& result) {
+void ExpectSucceeded(const RunResult& result) {
   const bool isRight = result.end == ProcessEnd{0} && result.error.empty() &&
                        result.output.starts_with(kBanner) && !Ends(result.output, kPrompt);
   EXPECT_TRUE(isRight) << "expected success\n" << result.Text();

@@ -14,7 +14,7 @@ namespace Testing {
 inline constexpr char kBanner[] = "Target platform: 64-bit\n";
 inline constexpr char kPrompt[] = "Press any button to continue . . .\n";
 
-struct ForkedResult {
+struct RunResult {
   ProcessEnd end;
   std::string output;
   std::string error;
@@ -33,8 +33,8 @@ class ForkedRuns {
 
   /// Runs `definition` in `folder`, with an empty standard input; `prepare` is called in the copy
   /// before the program begins.
-  ForkedResult Run(const std::filesystem::path& folder, const std::string& definition,
-                   const std::function<void()>& prepare = {});
+  RunResult Run(const std::filesystem::path& folder, const std::string& definition,
+                const std::function<void()>& prepare = {});
 
  private:
   int output_;
@@ -45,9 +45,9 @@ class ForkedRuns {
 int RunHere(const std::string& definition);
 
 /// Expects the end of a run that failed with one line on standard error.
-void ExpectFailed(const ForkedResult& result, const std::string& line);
+void ExpectFailed(const RunResult& result, const std::string& line);
 
 /// Expects a run without an error.
-void ExpectSucceeded(const ForkedResult& result);
+void ExpectSucceeded(const RunResult& result);
 
 }  // namespace Testing

@@ -37,7 +37,7 @@ TEST(IntegerLimitTest, AChainThatDoesNotFitIntoMemoryIsOutOfMemory) {
     text = Replaced(text, from + "<", from.substr(0, from.find('>')) + ">2147483647<");
     study.Write("d.xml", text);
     ForkedRuns runs;
-    const ForkedResult result =
+    const RunResult result =
         runs.Run(study.Path(), "d.xml", [] { Vell::SetAllocationFunction(AllocateLittle); });
     ExpectFailed(result, "Out of memory");
     EXPECT_FALSE(study.Has("out/mcmc"));

@@ -24,7 +24,7 @@ constexpr int kAllMoments = 2000;
 class KilledRunTest : public testing::Test {
  protected:
   KilledRunTest() {
-    const ForkedResult whole = runs_.Run(study_.Path(), "batch.xml");
+    const RunResult whole = runs_.Run(study_.Path(), "batch.xml");
     EXPECT_EQ(whole.end, ProcessEnd{0});
     complete_ = study_.Output();
     study_.RemoveOutput();
@@ -54,8 +54,8 @@ TEST_F(KilledRunTest, BeforeAndBehindEverySystemCall) {
       if (sample.Takes()) {
         SCOPED_TRACE("call " + std::to_string(call));
         faults.Clear();
-        const ForkedResult killed = runs_.Run(study_.Path(), "batch.xml",
-                                              [&] { faults.Arm({.kind = kind, .failing = call}); });
+        const RunResult killed = runs_.Run(study_.Path(), "batch.xml",
+                                           [&] { faults.Arm({.kind = kind, .failing = call}); });
         EXPECT_EQ(killed.end.signal, SIGKILL);
         ExpectGoodRerun();
       }

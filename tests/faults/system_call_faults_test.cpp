@@ -3,10 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <filesystem>
+#include <iostream>
+#include <optional>
 
+#include "faults/fault_answers.h"
 #include "faults/fault_study.h"
 #include "faults/forked_run.h"
 #include "faults/sample.h"
@@ -16,22 +19,21 @@ namespace Testing {
 namespace {
 
 constexpr std::size_t kSampledWrites = 150;
-constexpr int kStandardError = 2;
 
 class SystemCallFaultTest : public testing::TestWithParam<const char*> {
  protected:
   SystemCallFaultTest() { study_.Enlarge(); }
 
-  ForkedResult RunWith(const SystemCallFault& fault) {
+  RunResult RunWith(const SystemCallFault& fault) {
     faults_.Clear();
     return runs_.Run(study_.Path(), GetParam(), [&] { faults_.Arm(fault); });
   }
 
-  /// A run without a fault, whose output is the measure of all others.
+  /// A run without a fault, which is the measure of all others.
   void RunWhole() {
-    whole_ = RunWith({});
-    ASSERT_EQ(whole_.end, ProcessEnd{0}) << whole_.Text();
-    complete_ = study_.Output();
+    const RunResult whole = RunWith({});
+    ASSERT_EQ(whole.end, ProcessEnd{0}) << whole.Text();
+    answers_.emplace(GetParam(), whole, study_.Output());
     calls_ = faults_.Report().count;
     ASSERT_GT(calls_, 50);
   }
@@ -43,96 +45,27 @@ class SystemCallFaultTest : public testing::TestWithParam<const char*> {
     return faults_.Report().count;
   }
 
-  void ExpectWhole(const ForkedResult& result) {
-    EXPECT_EQ(result.end, ProcessEnd{0}) << result.Text();
-    EXPECT_EQ(result.error, whole_.error);
-    EXPECT_EQ(study_.Output(), complete_);
-  }
+  void ExpectWhole(const RunResult& result) { answers_->ExpectWhole(result, study_.Output()); }
 
-  /// The name of a file in an error line: as it was written, with a backslash where it was joined.
-  static std::string WithoutBackslashes(std::string text) {
-    std::replace(text.begin(), text.end(), '\\', '/');
-    return text;
-  }
-
-  /// A run that must fail with this line; lines of earlier, answered errors may stand before it.
-  void ExpectBroken(const ForkedResult& result, const std::string& line, bool hasPrompt) {
-    EXPECT_EQ(result.end, ProcessEnd{1}) << result.Text();
-    const std::string last = "Error: " + line + "\n";
-    const std::string error = WithoutBackslashes(result.error);
-    EXPECT_TRUE(error.ends_with(last) &&
-                whole_.error.starts_with(error.substr(0, error.size() - last.size())))
-        << "expected: " << last << result.Text();
-    EXPECT_TRUE(!hasPrompt || result.output.ends_with(kPrompt)) << result.Text();
-    ExpectBrokenOff(study_.Output(), complete_);
-  }
-
-  void ExpectAnswer(const ForkedResult& result, const SystemCallFault& fault) {
+  void ExpectAnswer(const RunResult& result, const SystemCallFault& fault) {
     const SystemCallReport& report = faults_.Report();
     ASSERT_TRUE(report.hasFired);
-    SCOPED_TRACE(NameOf(report.call) + " of <" + report.path + ">");
     if (fault.error == EINTR) {
       ExpectWhole(result);
-      return;
+    } else if (!fault.isFromThenOn) {
+      answers_->ExpectAnswer(report, result, study_.Output());
+    } else if (result.end == ProcessEnd{0}) {
+      ExpectWhole(result);  // only what cannot lose anything came last
+    } else {
+      // Neither an error line nor a prompt may have been written.
+      answers_->ExpectBroken(result, study_.Output());
     }
-    if (fault.isFromThenOn || report.file == kStandardError) {
-      // Neither an error line nor a prompt can be written any more; or an error line could not.
-      if (result.end == ProcessEnd{0}) {
-        // Only what cannot lose anything came last.
-        ExpectWhole(result);
-      } else {
-        EXPECT_EQ(result.end, ProcessEnd{1}) << result.Text();
-        ExpectBrokenOff(study_.Output(), complete_);
-      }
-      return;
-    }
-    switch (report.call) {
-      case SystemCall::kOpen:
-        ExpectBroken(result, "File \"" + std::string(report.path) + "\" can not be opened", true);
-        break;
-      case SystemCall::kMakeFolder:
-        if (report.isThere) {
-          ExpectWhole(result);
-          break;
-        }
-        // That it failed is not told: the folder is missing when its first file is opened.
-        ExpectBroken(result,
-                     "File \"" + std::string(report.path) + "/" +
-                         (std::string_view(report.path) == "out" ? FirstLog() : "Summary.csv") +
-                         "\" can not be opened",
-                     true);
-        break;
-      case SystemCall::kClose:
-        // Closing a file that was only read loses nothing.
-        if (!report.isOpenForWriting) {
-          ExpectWhole(result);
-          break;
-        }
-        [[fallthrough]];
-      case SystemCall::kRead:
-      case SystemCall::kWrite:
-      case SystemCall::kSeek:
-      case SystemCall::kLength:
-        if (report.call == SystemCall::kSeek && report.file <= kStandardError) {
-          ExpectWhole(result);  // a pipe or a terminal has no position
-        } else {
-          ExpectBroken(result, "IO Exception", true);
-        }
-        break;
-    }
-  }
-
-  static std::string FirstLog() {
-    const std::string definition = GetParam();
-    return definition == "batch.xml" ? "analysis.log"
-                                     : definition.substr(0, definition.find('.')) + ".log";
   }
 
   FaultStudy study_;
   ForkedRuns runs_;
   SystemCallFaults faults_;
-  ForkedResult whole_;
-  OutputFiles complete_;
+  std::optional<FaultAnswers> answers_;
   int calls_ = 0;
 };
 
@@ -183,6 +116,18 @@ TEST_P(SystemCallFaultTest, MakingAFolderThatIsThereMayFail) {
       ExpectWhole(
           RunWith({SystemCallFault::Kind::kError, SystemCall::kMakeFolder, failing, error}));
     }
+  }
+}
+
+TEST_P(SystemCallFaultTest, AFullDiskUnderAnyOutputFileIsAnError) {
+  RunWhole();
+  for (const auto& [name, content] : answers_->Complete()) {
+    SCOPED_TRACE(name);
+    study_.RemoveOutput();
+    const std::filesystem::path file = study_.Path() / "out" / name;
+    std::filesystem::create_directories(file.parent_path());
+    std::filesystem::create_symlink("/dev/full", file);
+    answers_->ExpectFailed("IO Exception", RunWith({}), study_.Output());
   }
 }
 

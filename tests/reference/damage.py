@@ -12,7 +12,7 @@ validity.py finds it from the rules of the formats, below a line for each table 
     > definition, damaged file, change
     last offset, end
 
-`end` is `ok` (exit status 0), `numeric` (valid input but no full study any more: exit status 0 or
+`end` is `ok` (exit status 0), `numeric` (valid input but not the full study any more: exit status 0 or
 one of the errors of a computation) or the error line (exit status 1), with \\xNN for unusual bytes.
 `expected "X" at N` stands for the line `Invalid input in file "definition": expected "X", current
 "Y"`, where Y are the bytes of the damaged definition from offset N on, as many as X has. Ends that
@@ -149,10 +149,11 @@ def shown(end, name):
 
 
 def write_ends(files):
+    study = validity.study_of(files, b"analysis.xml", b"data.csv")
     with open(os.path.join(FOLDER, "ends.csv"), "w", newline="") as out:
         for definition, names in RUNS:
             run = definition.encode()
-            assert validity.outcome(files, run, RECORDS) == {validity.OK}
+            assert validity.outcome(files, run, study) == {validity.OK}
             for name in names:
                 content = files[name.encode()]
                 for change, byte in CHANGES:
@@ -160,7 +161,7 @@ def write_ends(files):
                     ends = []
                     for offset in range(len(content)):
                         changed = {**files, name.encode(): damaged(content, byte, offset)}
-                        ends.append(shown(validity.outcome(changed, run, RECORDS), run))
+                        ends.append(shown(validity.outcome(changed, run, study), run))
                     for offset, end in enumerate(ends):
                         if offset + 1 == len(ends) or ends[offset + 1] != end:
                             out.write("%d,%s\n" % (offset, end))

@@ -5,8 +5,8 @@ definition, the data file, the coefficient file and the individual predictions f
 to bytes) byte by byte, by the rules of the formats. It computes nothing; it shares no code with the
 program and none with the other scripts, which take valid input for granted.
 
-The result is a set of ends that are right: OK, NUMERIC (the input is valid, but no full study any
-more; exit status 0 or one of the errors of a computation) or the bytes of an error line (see
+The result is a set of ends that are right: OK, NUMERIC (the input is valid, but not the full study
+any more; exit status 0 or one of the errors of a computation) or the bytes of an error line (see
 `mismatch` for one of them). There is more than one only where the rules leave the order of two
 errors open.
 """
@@ -115,6 +115,7 @@ class Tag:
 class Xml:
     def __init__(self, content, name):
         self.stream = Stream(content, name)
+        self.numbers = []
 
     def skip(self):
         """White space and comments."""
@@ -218,7 +219,9 @@ class Xml:
 
     def number(self, name, scanner):
         self.start(name)
+        begin = self.stream.at
         result = scanner(self.stream)
+        self.numbers.append(self.stream.content[begin:self.stream.at].strip())
         value = 0
         if isinstance(result, tuple):
             result, value = result
@@ -325,6 +328,7 @@ def read_definition(content, name):
         root = xml.tag()
     d = Definition()
     d.root = root.name
+    d.numbers = xml.numbers
     if root.name == b"Analysis":
         read_analysis(xml, d)
     elif root.name == b"Prediction":
@@ -532,14 +536,14 @@ def opened(files, path):
     return files[path]
 
 
-def run(files, path, full_records):
+def run(files, path, study):
     d = read_definition(opened(files, path), path)
     if d.root == b"Batch":
-        ends = [run(files, entry, full_records) for entry in d.list]
+        ends = [run(files, entry, study) for entry in d.list]
         return NUMERIC if NUMERIC in ends else OK
     z_names, x_names, records = read_data(opened(files, d.data), d.indicators)
     if d.root == b"Analysis":
-        return OK if records == full_records else NUMERIC
+        return OK if (d.numbers, records) == study else NUMERIC
     file_x, file_z = read_coefficients(opened(files, d.coefficients))
     matched = sum(x in file_x and z in file_z for x, z in zip(x_names, z_names))
     if matched != len(file_x):
@@ -549,10 +553,16 @@ def run(files, path, full_records):
     return OK
 
 
-def outcome(files, path, full_records):
-    """`full_records`: so many records make the full study, on which every computation succeeds."""
+def study_of(files, analysis, data):
+    """What makes a full study, on which every computation succeeds."""
+    d = read_definition(files[analysis], analysis)
+    return d.numbers, read_data(files[data], d.indicators)[2]
+
+
+def outcome(files, path, study):
+    """`study` is the study_of the files before any damage."""
     try:
-        return frozenset([run(files, path, full_records)])
+        return frozenset([run(files, path, study)])
     except Failure as failure:
         return failure.lines
 
