@@ -1,5 +1,7 @@
 #include "app/program.h"
 
+#include <cstdlib>
+#include <exception>
 #include <utility>
 
 #include "app/dispatch.h"
@@ -44,9 +46,25 @@ void EndAfterError() {
   Vell::IO::Platform::WaitForKey();
 }
 
+/// Ends the process where an error could not be raised. The runtime keeps memory for exceptions
+/// aside, but a machine that had none when the process started leaves nothing to throw with.
+[[noreturn]] void EndWithoutException() {
+  static bool isEnding = false;
+  if (std::current_exception() != nullptr) {
+    std::abort();  // something else is wrong
+  }
+  if (!std::exchange(isEnding, true)) {
+    // An error from here on leads back to this function.
+    static_cast<void>(Vell::Exceptions::OutOfMemoryException("Out of memory"));
+    EndAfterError();
+  }
+  std::_Exit(kFailure);
+}
+
 }  // namespace
 
 int RunProgram(int argumentCount, const char* const* arguments) {
+  std::set_terminate(EndWithoutException);
   try {
     try {
       Run(argumentCount, arguments);
