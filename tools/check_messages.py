@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks that docs/messages.md has every message of the program, and none that it has not.
 
-    tools/check_messages.py [--list] [--root FOLDER]
+    tools/check_messages.py [--list | --missing] [--root FOLDER]
 
 Messages are found where they are made. In src/ these are
 
@@ -13,8 +13,9 @@ Parts that are not literals become a placeholder, written <so> in the document; 
 that return literals, and the two sides of a `?:` are followed. A throw or a use of a writer that
 this script does not understand is a fault of its own, so that no message can slip through.
 
-The launcher puts its lines together more freely. There every literal of two words or more must be
-part of a line of the document's section about it, and each such line must be made of its literals.
+The launcher puts its lines together more freely, with `+` and `?:`. There every text of two words or
+more must be a line of the document or a part of one, and each line of the document's section about
+the launcher must be made of its literals.
 
 In the document a message is the code at the beginning of a `### ` heading, or of a row of a table
 whose first column is headed "line". Each section's messages are in the order of their letters and
@@ -52,6 +53,7 @@ WRITERS = {"StandardOutput", "StandardError", "Log"}
 WRITING = {"Write", "WriteLine"}
 NOT_WRITING = {"Attach", "AttachFile", "Clear", "Close", "Target"}
 OWN_TEXT = {"FileOpenException", "MatchException"}
+SILENT = re.compile(r"throw std :: bad_alloc \( \) ;")  # the launcher catches it and says so
 
 TOKEN = re.compile(
     r"""(?P<space>\s+|//[^\n]*|/\*.*?\*/|\#[^\n]*)
@@ -60,11 +62,16 @@ TOKEN = re.compile(
       | '(?P<char>(?:\\.|[^'\\\n])+)'
       | (?P<word>[A-Za-z_]\w*)
       | (?P<number>\.?\d(?:[\w.]|'\w|[eEpP][+-])*)
-      | (?P<sign>::|->|\.\.\.|.)""",
+      | (?P<sign>::|->|\.\.\.|[=!<>+]=|<<|.)""",
     re.VERBOSE | re.DOTALL,
 )
 ESCAPES = {"n": "\n", "t": "\t", "r": "\r", "0": "\0", "f": "\f", "v": "\v", "a": "\a", "b": "\b"}
 CLOSING = {"(": ")", "[": "]", "{": "}"}
+
+# How the launcher handles texts.
+COMPARING = {"==", "!=", "<", ">"}
+MAKING_STRINGS = {"string", "string_view", "String"}
+SAYING = {"Say", "Fail", "Print", "Add", "AddError", "AddWarning"}
 
 
 class Token:
@@ -131,7 +138,7 @@ class Source:
     def __init__(self, root):
         self.faults = []
         self.messages = {}  # text, with PART for its placeholders: where it is made
-        self.fragments = {}  # of the launcher: text: where
+        self.lines = {}  # of the launcher, whole or in part: text: where
         self.launcher_literals = set()
         self.files = {}
         for path in sorted((root / "src").rglob("*")):
@@ -146,7 +153,7 @@ class Source:
             self.find_written(name, tokens)
         for name, tokens in self.files.items():
             if name.startswith(LAUNCHER_FOLDER + "/"):
-                self.find_fragments(name, tokens)
+                self.find_lines(name, tokens)
 
     def fault(self, name, token, text):
         self.faults.append(f"{name}:{token.line}: {text}")
@@ -246,6 +253,8 @@ class Source:
                 continue
             if token.kind != "word" or token.text != "throw" or tokens[i + 1].text == ";":
                 continue
+            if SILENT.match(" ".join(t.text for t in tokens[i : i + 7])):
+                continue
             opening = next((j for j in range(i, len(tokens)) if tokens[j].text in "(;{"), None)
             classes = [t.text for t in tokens[i + 1 : opening] if t.text.endswith("Exception")]
             if opening is None or tokens[opening].text != "(" or len(classes) != 1:
@@ -286,30 +295,133 @@ class Source:
         elif member not in NOT_WRITING:
             self.fault(name, token, f"a use of {token.text} that check_messages.py does not know")
 
-    def find_fragments(self, name, tokens):
-        i = 0
-        while i < len(tokens):
-            first = i
-            while i < len(tokens) and tokens[i].is_text():
-                i += 1
-            if i == first:
-                i += 1
+    def find_lines(self, name, tokens):
+        """The texts that a file of the launcher puts together, whole or in part."""
+        for i, token in enumerate(tokens):
+            if not token.is_text():
                 continue
-            for line in "".join(t.text for t in tokens[first:i]).split("\n"):
-                text = normalised(line)
-                if not text:
+            self.launcher_literals.update(
+                normalised(line) for line in joined_text(tokens, i).split("\n") if line.strip())
+            if token.used:
+                continue
+            start, end = bounds_of_expression(tokens, i)
+            expression = tokens[start:end]
+            for each in expression:
+                each.used = True
+            if any(t.text in COMPARING for t in expression if t.kind == "other"):
+                if not any(t.text == "?" for t in expression if t.kind == "other"):
                     continue
-                self.launcher_literals.add(text)
-                words = re.findall(r"[A-Za-z]{2,}", text)
-                is_message = " " in text and len(words) > 1 and text not in NO_MESSAGES
-                if is_message and not tokens[first].used:
-                    self.fragments.setdefault(text, f"{name}:{tokens[first].line}")
+            is_said = start > 1 and tokens[start - 1].text == "(" and tokens[start - 2].text in SAYING
+            for text in texts_of(expression):
+                for line in text.split("\n"):
+                    line = re.sub(PART + "+", PART, normalised(line)).strip(PART + " ")
+                    if is_sentence(line, is_said):
+                        self.lines.setdefault(line, f"{name}:{token.line}")
+
+
+def joined_text(tokens, first):
+    """The literals that stand side by side from here on."""
+    text = ""
+    while first < len(tokens) and tokens[first].is_text():
+        text += tokens[first].text
+        first += 1
+    return text
+
+
+def is_other(token, *texts):
+    return token.kind == "other" and token.text in texts
+
+
+def bounds_of_expression(tokens, at):
+    """The widest row of tokens round `at` that makes one text."""
+    start, end = at, at
+    while True:
+        depth = 0
+        while start > 0:  # to the left, up to what cannot belong to it
+            token = tokens[start - 1]
+            if is_other(token, ")", "]", "}"):
+                depth += 1
+            elif is_other(token, "(", "[", "{"):
+                if depth == 0:
+                    break
+                depth -= 1
+            elif depth == 0 and (is_other(token, ",", ";", "=", "+=", "<<") or token.text == "return"):
+                break
+            start -= 1
+        while end < len(tokens):
+            if is_other(tokens[end], "(", "[", "{"):
+                end = end_of_group(tokens, end) + 1
+            elif is_other(tokens[end], ")", "]", "}", ",", ";"):
+                break
+            else:
+                end += 1
+        # Out of brackets that only group, or only make a string of a text.
+        if start < 2 or end >= len(tokens) or not is_other(tokens[start - 1], "("):
+            return start, end
+        before = tokens[start - 2]
+        groups = before.kind == "other" and before.text not in (")", "]", ">")
+        if not (groups or before.text in MAKING_STRINGS) or not is_other(tokens[end], ")"):
+            return start, end
+        start, end = start - 1, end + 1
+
+
+def texts_of(tokens):
+    """The texts that an expression of strings may give, with PART for what is not a literal."""
+    choice = split_at(tokens, {"?"})
+    if len(choice) > 1:
+        rest = tokens[len(choice[0]) + 1 :]
+        depth, i = 0, 0
+        while i < len(rest):  # the ":" of this "?", not of one within
+            if is_other(rest[i], *CLOSING):
+                i = end_of_group(rest, i)
+            elif is_other(rest[i], "?"):
+                depth += 1
+            elif is_other(rest[i], ":"):
+                if depth == 0:
+                    break
+                depth -= 1
+            i += 1
+        return texts_of(rest[:i]) + texts_of(rest[i + 1 :])
+    parts = []
+    for operand in split_at(tokens, {"+"}):
+        if operand and all(t.is_text() for t in operand):
+            parts.append(["".join(t.text for t in operand)])
+        elif operand and is_other(operand[0], "(") and end_of_group(operand, 0) == len(operand) - 1:
+            parts.append(texts_of(operand[1:-1]))
+        elif makes_string(operand):
+            opening = next(i for i, t in enumerate(operand) if is_other(t, "("))
+            parts.append(texts_of(operand[opening + 1 : -1]))
+        else:
+            parts.append([PART])
+    return ["".join(combination) for combination in itertools.product(*parts)]
+
+
+def makes_string(operand):
+    """Whether this is std::string(...), with one argument that holds a literal."""
+    opening = next((i for i, t in enumerate(operand) if is_other(t, "(")), None)
+    return (opening is not None and opening > 0 and operand[opening - 1].text in MAKING_STRINGS
+            and end_of_group(operand, opening) == len(operand) - 1
+            and any(t.is_text() for t in operand[opening:])
+            and len(split_at(operand[opening + 1 : -1], {","})) == 1)
+
+
+def is_sentence(line, is_said):
+    """Whether a text is a line, or a part of one, that somebody must be able to look up."""
+    words = re.findall(r"[A-Za-z]{2,}", line)
+    if len(words) < 2 or " " not in line or line in NO_MESSAGES or re.search(r"<!--|=\"|@", line):
+        return False
+    is_name = PART not in line and re.fullmatch(r"[a-z -]+", line) and len(words) < 4
+    return is_said or not is_name
 
 
 def normalised(text):
     """Without blanks at the ends, and with parts in angle brackets taken for placeholders."""
-    text = re.sub(r"<[A-Za-z][^<>]*>", PART, text)
+    text = re.sub(r"<(?:[A-Za-z][^<>]*|\.\.\.)>", PART, text)
     return re.sub(r"\s+", " ", text).strip()
+
+
+def sort_key(text):
+    return re.sub(r"[^a-z0-9]", "", text.replace(PART, "").casefold())
 
 
 def shown(text):
@@ -340,7 +452,7 @@ class Document:
             if text in where:
                 self.faults.append(f"{DOCUMENT}:{number}: {written} stands there twice")
             where[text] = number
-            key = re.sub(r"[^a-z0-9]", "", text.replace(PART, "").casefold())
+            key = sort_key(text)
             if previous and key < previous:
                 self.faults.append(f"{DOCUMENT}:{number}: {written} is out of order")
             previous = key
@@ -368,8 +480,8 @@ def faults_of(root):
     for text, number in document.messages.items():
         if text not in source.messages:
             faults.append(f"{DOCUMENT}:{number}: the program has no message `{shown(text)}`")
-    for text, where in sorted(source.fragments.items()):
-        if not any(text in line for line in document.launcher_lines):
+    for text, where in sorted(source.lines.items()):
+        if not any(text in line for line in known):
             faults.append(
                 f"missing in {DOCUMENT}, section \"{LAUNCHER_SECTION}\": "
                 f"a line with `{shown(text)}`, see {where}")
@@ -386,17 +498,24 @@ def faults_of(root):
 def main():
     parser = argparse.ArgumentParser(description="Compares docs/messages.md with the sources.")
     parser.add_argument("--list", action="store_true", help="print the messages of the sources")
+    parser.add_argument("--missing", action="store_true",
+                        help="print what is missing, in order, as rows for a table of the document")
     parser.add_argument("--root", type=Path, default=Path(__file__).resolve().parent.parent)
     arguments = parser.parse_args()
     source, faults = faults_of(arguments.root)
     if arguments.list:
-        for text, where in sorted({**source.messages, **source.fragments}.items()):
+        for text, where in sorted({**source.messages, **source.lines}.items()):
             print(f"{shown(text)}    ({where})")
+        return 0
+    if arguments.missing:
+        missing = [fault.split("`")[1] for fault in faults if fault.startswith("missing")]
+        for text in sorted(missing, key=lambda text: sort_key(normalised(text))):
+            print("| `" + text.replace("|", "\\|") + "` | |")
         return 0
     for fault in faults:
         print(fault, file=sys.stderr)
     if not faults:
-        print(f"{len(source.messages)} messages and {len(source.fragments)} texts of the launcher "
+        print(f"{len(source.messages)} messages and {len(source.lines)} texts of the launcher "
               f"are described in {DOCUMENT}")
     return 1 if faults else 0
 

@@ -123,6 +123,35 @@ class LauncherTest(unittest.TestCase):
         self.assertEqual(len(found), 1)
         self.assertIn("the launcher has no line `hovar: cannot start <...>`", found[0])
 
+    def assert_texts(self, code, *texts):
+        found = self.launcher_faults(code)
+        self.assertEqual([fault.split("`")[1] for fault in found], sorted(texts), found)
+
+    def test_texts_are_put_together(self):
+        self.assert_texts('text = "The value " + Quoted(value) + " of " + Tag(name, "x") + " is bad. "\n'
+                          '"Write " + std::to_string(n) + " or more.\\n";',
+                          "The value <...> of <...> is bad. Write <...> or more.")
+
+    def test_choices_within_a_text(self):
+        self.assert_texts('Add(place, Name() + (full ? " is full" : a ? " is open" : " ends") +\n'
+                          '    std::string(b ? "; close it" : "; leave it"));',
+                          "ends; close it", "ends; leave it", "is full; close it",
+                          "is full; leave it", "is open; close it", "is open; leave it")
+
+    def test_comparisons_and_names_are_no_messages(self):
+        self.assert_texts('if (text == "No such thing here") { what = "log file"; }\n'
+                          'return isLog ? "log file" : "file of the chain";',
+                          "file of the chain")
+
+    def test_what_is_said_is_a_message(self):
+        self.assert_texts('Say("out of memory");', "out of memory")
+
+    def test_lines_that_the_program_writes_may_be_read(self):
+        found = self.launcher_faults('const lines[] = {"Reading data file...", "None at all"};\n'
+                                     'StandardOutput().WriteLine("Reading data file...");',
+                                     "### `None at all`", "### `Reading data file...`")
+        self.assertEqual(found, [])
+
     def test_answers_and_single_words_are_no_messages(self):
         self.assertEqual(self.launcher_faults(
             'constexpr char kHelpText[] =\n"Usage: hovar X\\n"\n"More help\\n";\n'
