@@ -1,81 +1,147 @@
 #!/bin/sh
-# Shows that every build of the program writes the same bytes: builds it with g++ and clang, without
-# and with optimisation, for any x86-64 and for one with AVX2 and FMA, and under sanitizers; runs the
-# batches of the examples and ten seeded data sets with each; and compares all files and the standard
-# output with those of the first build. Only the seconds of a chain may differ.
+# Shows that every build of the program writes the same bytes on every processor: builds it with g++
+# and clang, without and with optimisation, for any x86-64 and for one with AVX2 and FMA, with narrow
+# vectors only, statically, and under sanitizers; runs the batches of the examples and of twenty seeded
+# data sets with each, some also with a C library that is told to do without newer instructions; and
+# compares all files and the standard output with those of the first build. Only the seconds of a chain
+# may differ.
 #
-#     tools/same_bytes.sh [FOLDER]
+#     tools/same_bytes.sh [--windows PROGRAM] [FOLDER]
 #
-# builds and runs below FOLDER (build/same_bytes) and ends with status 1 at a difference.
+#     --windows PROGRAM   also run this Windows program (build/windows/libexec/hovar/hovar.exe), under
+#                         Wine
+#     FOLDER              where to build and run (build/same_bytes)
+#
+# Ends with status 1 at a difference.
 set -eu
 cd "$(dirname "$0")/.."
 source_folder=$(pwd)
+windows=
+if [ "${1:-}" = --windows ]; then
+  windows=$(cd "$(dirname "$2")" && pwd)/$(basename "$2")
+  shift 2
+fi
 folder=${1:-build/same_bytes}
 tools/install_packages.sh cmake g++ make clang libclang-rt-14-dev
 mkdir -p "$folder"
 folder=$(cd "$folder" && pwd)
-jobs=$(nproc)
+jobs=${JOBS:-$(nproc)}
+wine=/usr/lib/wine/wine64
 
-build() {  # NAME COMPILER TYPE [FLAGS]
-  cmake -S "$source_folder" -B "$folder/$1" -DCMAKE_CXX_COMPILER="$2" -DCMAKE_BUILD_TYPE="$3" \
-    -DCMAKE_CXX_FLAGS="${4:-}" -DHOVAR_BUILD_TOOLS=ON > "$folder/$1.log"
-  cmake --build "$folder/$1" -j "$jobs" --target hovar_program hovar_simulate >> "$folder/$1.log"
+build() {  # NAME COMPILER FLAGS [OPTION...]
+  name=$1 compiler=$2 flags=$3
+  shift 3
+  # The flags stand alone, so that -O0 and -O3 are all that the compiler is told.
+  cmake -S "$source_folder" -B "$folder/$name" -DCMAKE_CXX_COMPILER="$compiler" \
+    -DCMAKE_BUILD_TYPE=Plain -DCMAKE_CXX_FLAGS="$flags" "$@" > "$folder/$name.log"
+  cmake --build "$folder/$name" -j "$jobs" --target hovar_program >> "$folder/$name.log"
+  builds="$builds $name"
 }
 
-builds="gxx-release gxx-debug gxx-v3 clang-release clang-debug clang-v3 clang-sanitized"
-build gxx-release g++ Release
-build gxx-debug g++ Debug
-build gxx-v3 g++ Release "-O3 -march=x86-64-v3"
-build clang-release clang++ Release
-build clang-debug clang++ Debug
-build clang-v3 clang++ Release "-O3 -march=x86-64-v3"
-build clang-sanitized clang++ RelWithDebInfo "-fsanitize=address,undefined"
+builds=
+for compiler in g++ clang++; do
+  build $compiler-O3 $compiler "-O3 -DNDEBUG" -DHOVAR_BUILD_TOOLS=ON
+  build $compiler-O0 $compiler "-O0"
+  build $compiler-v3 $compiler "-O3 -DNDEBUG -march=x86-64-v3"
+  build $compiler-avx2 $compiler "-O3 -DNDEBUG" -DHOVAR_VECTOR_WIDTH=Avx2
+  build $compiler-portable $compiler "-O3 -DNDEBUG" -DHOVAR_VECTOR_WIDTH=Portable
+done
+build g++-static g++ "-O3 -DNDEBUG" -DHOVAR_STATIC=ON
+build clang++-sanitized clang++ "-O1 -g" -DHOVAR_SANITIZE=ON
+first=g++-O3
+cmake --build "$folder/$first" -j "$jobs" --target hovar_simulate >> "$folder/$first.log"
 
-# The studies: the examples, and seeded data with definitions of the quick start's kind.
+# The studies: the examples, and seeded data with definitions of the quick start's kind. There are
+# twice as many hospitals as columns: with fewer, rounding may decide whether a covariance is singular.
 rm -rf "$folder/studies"
 mkdir -p "$folder/studies"
-cp -r examples/quickstart examples/gee "$folder/studies"
+for example in quickstart gee; do
+  cp -r "examples/$example" "$folder/studies"
+  rm -rf "$folder/studies/$example/results"
+done
 seed=1
-while [ "$seed" -le 10 ]; do
+while [ "$seed" -le 20 ]; do
   study=$folder/studies/seed$seed
   mkdir "$study"
   gee=false
   [ $((seed % 2)) -eq 0 ] && gee=true
-  "$folder/gxx-release/tools/simulate/hovar_simulate" --records $((600 + 300 * seed)) \
-    --hospitals $((20 + seed)) --variables $((2 + seed)) --indicators 2 --missing-x 0.03 \
-    --missing-p 0.05 --seed "$seed" --output "$study/data.csv"
+  missing=0.0$((seed % 5))  # a fifth of the data sets is complete
+  indicators=$((1 + seed % 3))
+  dependent=
+  [ $((seed % 4)) -ne 3 ] || dependent=--dependent-column
+  # shellcheck disable=SC2086
+  "$folder/$first/tools/simulate/hovar_simulate" --records $((600 + 300 * seed)) \
+    --hospitals $((10 + 2 * (3 + seed))) --variables $((2 + seed)) --indicators "$indicators" \
+    --missing-x "$missing" --missing-p "$missing" $dependent --seed "$seed" --output "$study/data.csv"
   for name in batch analysis prediction validation; do
-    sed -e "s/<NumberOfPoaIndicators>[0-9]*</<NumberOfPoaIndicators>2</" \
+    sed -e "s/<NumberOfPoaIndicators>[0-9]*</<NumberOfPoaIndicators>$indicators</" \
       -e "s/\(EstimatingEquations>\)[a-z]*</\1$gee</" "examples/quickstart/$name.xml" > "$study/$name.xml"
   done
   seed=$((seed + 1))
 done
 
+# Runs all studies with a command, `start`, that takes the definition.
 run_all() {  # NAME
   for study in "$folder"/studies/*; do
     result=$folder/results/$1/$(basename "$study")
     mkdir -p "$(dirname "$result")"
     cp -r "$study" "$result"
-    # The program wants a backslash in the name by which it is started. A run that ends in an error
-    # must do so with every build.
+    # A run that ends in an error must do so with every build.
     run_status=0
-    (cd "$result" && bash -c 'exec -a "x\\hovar" "$0" batch.xml' \
-      "$folder/$1/libexec/hovar/hovar" < /dev/null > output.txt 2> errors.txt) || run_status=$?
+    (cd "$result" && start batch.xml < /dev/null > output.txt 2> errors.txt) || run_status=$?
     echo "$run_status" > "$result/status.txt"
-    sed -i "s/^\\(MCMC: .* in\\) .* seconds/\\1 T seconds/" "$result/output.txt" $(find "$result" -name '*.log')
+    sed -i "s/^\\(MCMC: .* in\\) .* seconds/\\1 T seconds/" "$result/output.txt"
   done
+}
+
+compare() {  # NAME
+  if diff -r "$folder/results/$first" "$folder/results/$1" > "$folder/$1.diff"; then
+    echo "$1: same bytes in $(find "$folder/results/$1" -type f | wc -l) files," \
+      "$(cat "$folder/results/$1"/*/status.txt | grep -c '^0$') runs without an error"
+  else
+    echo "$1: different, see $folder/$1.diff"
+    status=1
+  fi
+}
+
+# The program wants a backslash in the name by which it is started.
+start() {
+  bash -c 'exec -a "x\\hovar" "$0" "$@"' "$program" "$@"
 }
 
 rm -rf "$folder/results"
 status=0
 for name in $builds; do
+  program=$folder/$name/libexec/hovar/hovar
   run_all "$name"
-  if diff -r "$folder/results/gxx-release" "$folder/results/$name" > "$folder/$name.diff"; then
-    echo "$name: same bytes in $(find "$folder/results/$name" -type f | wc -l) files," \
-      "$(cat "$folder/results/$name"/*/status.txt | grep -c '^0$') runs without an error"
-  else
-    echo "$name: different, see $folder/$name.diff"
-    status=1
-  fi
+  compare "$name"
 done
+
+# The C library chooses its functions, the exponential among them, by the processor. It is told that
+# the processor lacks something; whether that had an effect is asked of the loader.
+features() { /lib64/ld-linux-x86-64.so.2 --list-diagnostics | grep '^x86.cpu_features.*active'; }
+for without in -AVX512F,-AVX512VL,-AVX512BW,-AVX512DQ,-AVX512CD \
+  -FMA,-FMA4 -AVX2,-FMA,-FMA4,-AVX512F,-AVX512VL,-AVX512BW,-AVX512DQ,-AVX512CD \
+  -AVX,-AVX2,-FMA,-FMA4,-SSE4_1,-SSE4_2,-BMI1,-BMI2,-ERMS,-AVX512F,-AVX512VL,-AVX512BW,-AVX512DQ; do
+  tunables=glibc.cpu.hwcaps=$without
+  if [ "$(GLIBC_TUNABLES=$tunables features)" = "$(features)" ]; then
+    echo "GLIBC_TUNABLES=$tunables: skipped, no effect on this processor"
+    continue
+  fi
+  for name in g++-O3 clang++-O3; do
+    program=$folder/$name/libexec/hovar/hovar
+    start() { GLIBC_TUNABLES=$tunables bash -c 'exec -a "x\\hovar" "$0" "$@"' "$program" "$@"; }
+    run_all "$name$without"
+    compare "$name$without"
+  done
+done
+
+if [ -n "$windows" ]; then
+  [ -x "$wine" ] || { echo "Running a Windows program needs the package wine64" >&2; exit 2; }
+  export WINEPREFIX="$folder/wine" WINEDEBUG=-all
+  start() { "$wine" "$windows" "$@"; }
+  start none.xml < /dev/null > /dev/null 2>&1 || true  # makes the prefix, and says so
+  run_all windows
+  compare windows
+fi
 exit $status

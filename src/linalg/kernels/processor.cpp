@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "built_width.h"
+
 namespace Vell {
 namespace {
 
@@ -18,7 +20,7 @@ VectorWidth WidestOfProcessor() noexcept {
   return VectorWidth::kPortable;
 }
 
-VectorWidth limit = VectorWidth::kAvx512;
+VectorWidth limit = kBuiltWidth;
 
 }  // namespace
 

@@ -14,7 +14,8 @@ inline constexpr bool kHasAvx512Forms = true;
 inline constexpr bool kHasAvx512Forms = false;
 #endif
 
-/// The widest that this processor has and LimitVectorWidth allows.
+/// The widest that this processor has and that this build and LimitVectorWidth allow. Nothing that
+/// a user sets takes part.
 VectorWidth BestVectorWidth() noexcept;
 
 /// Limits the width from now on. For tests and benchmarks.
