@@ -29,9 +29,8 @@ pack() {  # PRESET
 
 pack package-deb
 pack package-static
-if cmake --list-presets | grep -q '"windows"' &&
-  command -v x86_64-w64-mingw32-g++-posix > /dev/null; then
-  pack windows
+if command -v x86_64-w64-mingw32-g++-posix > /dev/null; then
+  pack package-windows
 else
   echo "No ZIP: that needs the package g++-mingw-w64-x86-64-posix"
 fi
