@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 
 #include "runs.h"
@@ -243,6 +244,8 @@ TEST(CheckAgreementTest, OutputsThatAreInputs) {
        ""},
   });
 }
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 const std::string kHeader = "Key,Hospital,Y,POA,Z,X\n";
 
@@ -514,6 +517,433 @@ TEST(CheckAgreementTest, ChangedAndCutDefinitions) {
       EXPECT_TRUE(HasError(ExpectAgreement(study)));
     }
   }
+}
+
+/// An analysis that leaves nothing to say.
+std::string QuietAnalysis() { return WithChain(AnalysisText(), "1", "2", "4"); }
+
+struct Warning {
+  std::string definition;
+  std::vector<std::pair<std::string, std::string>> files;
+  /// How the line of the warning begins, and what it says.
+  std::string place;
+  std::string words;
+};
+
+/// Each definition must give this one warning and nothing else, run, and fail under --strict.
+void ExpectWarnings(const std::vector<Warning>& rows) {
+  for (const Warning& row : rows) {
+    SCOPED_TRACE(row.definition);
+    const TinyStudy study;
+    study.Write("d.xml", row.definition);
+    for (const auto& [name, content] : row.files) {
+      study.Write(name, content);
+    }
+    const ProcessResult check = CheckDefinition(study);
+    EXPECT_EQ(check.exitStatus, 0);
+    EXPECT_TRUE(check.output.starts_with(row.place + ": warning: ")) << check.output;
+    EXPECT_NE(check.output.find(row.words), std::string::npos) << check.output;
+    EXPECT_TRUE(check.output.ends_with("\n0 errors, 1 warning\n")) << check.output;
+    const ProcessResult strict = CheckDefinition(study, {"--strict", "d.xml"});
+    EXPECT_EQ(strict.exitStatus, 1);
+    EXPECT_EQ(strict.output, check.output);
+    EXPECT_EQ(RunHovar(study, {"d.xml"}).exitStatus, 0);
+  }
+}
+
+TEST(CheckWarningTest, NothingToSay) {
+  const TinyStudy study;
+  study.Write("d.xml", QuietAnalysis());
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"d.xml"},
+                                                    {"--strict", "d.xml"},
+                                                    {"d.xml", "--strict"},
+                                                    {"--strict", "prediction.xml"},
+                                                    {"--strict", "validation.xml"}}) {
+    const ProcessResult check = CheckDefinition(study, arguments);
+    EXPECT_EQ(check.output, "0 errors, 0 warnings\n");
+    EXPECT_EQ(check.exitStatus, 0);
+  }
+}
+
+Warning Surprising(const std::string& from, const std::string& to, const std::string& place,
+                   const std::string& words) {
+  return {Replaced(QuietAnalysis(), from, to), {}, place, words};
+}
+
+TEST(CheckWarningTest, Values) {
+  ExpectWarnings({
+      Surprising("<Tolerance>1e-9<", "<Tolerance>0<", "d.xml:15:12", "A tolerance is above 0"),
+      Surprising("<Tolerance>1e-9<", "<Tolerance>-1<", "d.xml:15:12", "A tolerance is above 0"),
+      Surprising("<Tolerance>1e-8<", "<Tolerance>0<", "d.xml:18:12", "A tolerance is above 0"),
+      Surprising("<Tolerance>1e-8<", "<Tolerance>inf<", "d.xml:18:12", "A tolerance is above 0"),
+      Surprising("<MaxIterations>50<", "<MaxIterations>0<", "d.xml:19:16", "does the same as 1"),
+      Surprising("<MaxIterations>50<", "<MaxIterations>-3<", "d.xml:19:16", "does the same as 1"),
+      Surprising("<PriorPrecision>0<", "<PriorPrecision>-0.01<", "d.xml:20:17",
+                 "A precision is 0 or more"),
+      Surprising("<Burnin>2<", "<Burnin>-2<", "d.xml:36:9", "The count -2 is negative"),
+      Surprising("<Steps>4<", "<Steps>-4<", "d.xml:37:8", "The count -4 is negative"),
+      Surprising("<Steps>4<", "<Steps>1<", "d.xml:37:8", "The chain keeps 1 draw, too few"),
+      Surprising("<Thinning>1<", "<Thinning>3<", "d.xml:37:8", "The chain keeps 1 draw, too few"),
+      Surprising("<Thinning>1<", "<Thinning>9<", "d.xml:37:8", "The chain keeps 0 draws, too few"),
+      Surprising("<Burnin>2<", "<Burnin>4294967298<", "d.xml:36:9", "outside its range"),
+      Surprising("<Element>5<", "<Element>-5<", "d.xml:32:10", "outside its range"),
+      {Replaced(PredictionText(), "<Thinning>1<", "<Thinning>-1<"),
+       {},
+       "d.xml:20:11",
+       "The thinning -1 is negative"},
+  });
+  const std::string vector = QuietAnalysis();
+  const std::size_t first = vector.find("<Seed ");
+  const std::size_t last = vector.find("<Thinning>");
+  ExpectWarnings(
+      {{vector.substr(0, first) + "<Seed xsi:type=\"Randomize\" />\n" + vector.substr(last),
+        {},
+        "d.xml:29:1",
+        "The seed is taken from the clock"}});
+}
+
+TEST(CheckWarningTest, Texts) {
+  ExpectWarnings({
+      Surprising(">fitted.csv<", "> fitted.csv<", "d.xml:8:25", "White space round the text"),
+      Surprising(">fitted.csv<", ">fitted.csv\n<", "d.xml:8:25", "White space round the text"),
+      Surprising(">fitted.csv<", ">a&amp;b.csv<", "d.xml:8:25", "Entities such as &amp;"),
+      {Replaced(QuietAnalysis(), "<Input>\n", "<Input>\r\n"), {}, "d.xml:2:8", "carriage return"},
+  });
+}
+
+TEST(CheckWarningTest, TheRootOfTheFileSystem) {
+  const TinyStudy study;
+  study.Write("d.xml", Replaced(QuietAnalysis(), "<Folder>out<", "<Folder><"));
+  const ProcessResult check = CheckDefinition(study);
+  EXPECT_TRUE(
+      check.output.starts_with("d.xml:7:9: warning: The output folder is empty, which "
+                               "means the root of the file system. Write a point"))
+      << check.output;
+}
+
+TEST(CheckWarningTest, OutputsThatExist) {
+  ExpectWarnings({
+      {QuietAnalysis(),
+       {{"out/analysis.log", ""}},
+       "d.xml:10:10",
+       "The log file \"out\\analysis.log\" exists and would be overwritten."},
+      {QuietAnalysis(), {{"out/fitted.csv", ""}}, "d.xml:8:25", "exists and would be overwritten"},
+      {QuietAnalysis(), {{"out/mcmc/Chain.csv", ""}}, "d.xml:9:16", "The chain "},
+      {QuietAnalysis(), {{"out/mcmc/Summary.csv", ""}}, "d.xml:9:16", "The summary of the chain "},
+      {PredictionText(), {{"out/predicted.csv", ""}}, "d.xml:9:24", "exists"},
+      {PredictionText(), {{"out/hospital.csv", ""}}, "d.xml:10:22", "exists"},
+      {ValidationText(), {{"out/cstatistics.csv", ""}}, "d.xml:10:14", "exists"},
+  });
+}
+
+TEST(CheckWarningTest, NamesThatMeet) {
+  const std::string here = Replaced(QuietAnalysis(), "<Folder>out<", "<Folder>.<");
+  ExpectWarnings({
+      Surprising(">fitted.csv<", ">analysis.log<", "d.xml:8:25",
+                 "is also the log file of this run"),
+      Surprising(">fitted.csv<", ">./mcmc\\Chain.csv<", "d.xml:8:25",
+                 "is also the chain of this run"),
+      Surprising(">fitted.csv<", ">Analysis.LOG<", "d.xml:8:25",
+                 "differs from \"out\\analysis.log\" in capital letters alone"),
+      {Replaced(here, ">fitted.csv<", ">Data.csv<"),
+       {},
+       "d.xml:8:25",
+       "differs from the data file in capital letters alone"},
+  });
+  // These exist, so that is said too.
+  for (const auto& [name, words] : std::map<std::string, std::string>{
+           {"data.csv",
+            "d.xml:8:25: warning: The coefficient file \".\\data.csv\" is the data file "
+            "of this run, which would be overwritten."},
+           {"d.xml",
+            "d.xml:8:25: warning: The coefficient file \".\\d.xml\" is the definition file "
+            "of this run, which would be overwritten."}}) {
+    const TinyStudy study;
+    study.Write("d.xml", Replaced(here, ">fitted.csv<", ">" + name + "<"));
+    const ProcessResult check = CheckDefinition(study);
+    EXPECT_EQ(check.exitStatus, 0);
+    EXPECT_NE(check.output.find(words), std::string::npos) << check.output;
+  }
+  const TinyStudy study;
+  fs::create_hard_link(study.File("data.csv"), study.File("linked.csv"));
+  study.Write("d.xml", Replaced(here, ">fitted.csv<", ">linked.csv<"));
+  EXPECT_NE(CheckDefinition(study).output.find("is the data file of this run"), std::string::npos);
+}
+
+TEST(CheckWarningTest, TextsOfInputFiles) {
+  const std::string header = kCoefficientHeader;
+  const std::string two = "Key,Hospital,Y,POA,Z1,Z2,X1,X2\na,A,1,0,1,0,1,0\n";
+  const auto row = [](const std::string& name) {
+    return "X" + name + ",Z" + name + ",0.5,0.5,0.5,0.5,0,,,0,,,0,,,0,,,0,,\n";
+  };
+  std::string predictions = std::string(kIndividualHeader) + kIndividualRows;
+  ExpectWarnings({
+      {PredictionText(),
+       {{"data.csv", std::string(kByteOrderMark) + kTinyData}},
+       "data.csv:1:1",
+       "byte order mark"},
+      {PredictionText(),
+       {{"data.csv", Replaced(kTinyData, "POA\n", "POA\r\n")}},
+       "data.csv:1:19",
+       "carriage return"},
+      {PredictionText(),
+       {{"coefficients.csv", std::string(kByteOrderMark) + header + kModelRow}},
+       "coefficients.csv:1:1",
+       "byte order mark"},
+      {PredictionText(),
+       {{"coefficients.csv", header + kModelRow + "X1,Z1,0"}},
+       "coefficients.csv:3:8",
+       "The last line does not end with a line feed, so its variable is "
+       "lost."},
+      {PredictionText(),
+       {{"coefficients.csv", header}},
+       "coefficients.csv:1:1",
+       "No complete line stands behind the header"},
+      {PredictionText(),
+       {{"data.csv", two}, {"coefficients.csv", header + kModelRow + row("2") + row("1")}},
+       "coefficients.csv:3:1",
+       "The coefficients of \"X2\" would serve for \"X1\" of the data"},
+      {ValidationText(),
+       {{"individual.csv", predictions + "g,C,1,0,0,0,0,0,0,0,0\n"}},
+       "individual.csv:9:1",
+       "The file has 7 complete lines for the 6 records of \"data.csv\""},
+      {ValidationText(),
+       {{"individual.csv", Replaced(predictions, "a,A,1", "\"a,b\",A,1")}},
+       "individual.csv:2:1",
+       "A key or hospital ID holds a comma"},
+  });
+}
+
+TEST(CheckWarningTest, BatchesThatNameThemselves) {
+  const TinyStudy study;
+  study.Write("d.xml", BatchText({"prediction.xml", "d.xml"}));
+  const std::string again = "again within itself, without end.";
+  ProcessResult check = CheckDefinition(study);
+  EXPECT_EQ(check.exitStatus, 0);
+  EXPECT_TRUE(
+      check.output.starts_with("d.xml:4:13: warning: The batch would start \"d.xml\" " + again))
+      << check.output;
+  EXPECT_TRUE(check.output.ends_with("\n0 errors, 1 warning\n")) << check.output;
+  // Through another one, by another spelling, and by a link.
+  study.Write("inner.xml", BatchText({".\\d.xml"}));
+  study.Write("d.xml", BatchText({"inner.xml"}));
+  check = CheckDefinition(study);
+  EXPECT_TRUE(check.output.starts_with("inner.xml:3:13: warning: ")) << check.output;
+  EXPECT_TRUE(check.output.ends_with("\n0 errors, 1 warning\n")) << check.output;
+  fs::create_symlink("d.xml", study.Path() / "link.xml");
+  study.Write("d.xml", BatchText({"link.xml"}));
+  check = CheckDefinition(study);
+  EXPECT_TRUE(check.output.starts_with("d.xml:3:13: warning: ")) << check.output;
+}
+
+TEST(CheckWarningTest, ManyNestedBatchesAreCheckedOnce) {
+  // Each of 40 batches names the next one twice: 2 to the 40 runs of the last.
+  const TinyStudy study;
+  study.Write("d.xml", BatchText({"0.xml", "0.xml"}));
+  for (int i = 0; i < 40; ++i) {
+    const std::string next = std::to_string(i + 1) + ".xml";
+    study.Write(std::to_string(i) + ".xml", BatchText({next, next}));
+  }
+  study.Write("40.xml", BatchText({}));
+  EXPECT_EQ(CheckDefinition(study).output, "0 errors, 0 warnings\n");
+}
+
+TEST(CheckWarningTest, RunsOfABatchThatMeet) {
+  ExpectWarnings({
+      {BatchText({"prediction.xml", "v.xml"}),
+       {{"v.xml", Replaced(ValidationText(), "validation.log", "prediction.log")}},
+       "v.xml:11:10",
+       "The log file \"out\\prediction.log\" is also the log file of \"prediction.xml\", which "
+       "goes "
+       "on writing at its old place in it."},
+      {BatchText({"prediction.xml", "v.xml"}),
+       {{"v.xml", Replaced(ValidationText(), "cstatistics.csv", "predicted.csv")}},
+       "v.xml:10:14",
+       "is also the file of individual predictions of \"prediction.xml\", which would be "
+       "overwritten."},
+      {BatchText({"prediction.xml", "v.xml"}),
+       {{"v.xml", Replaced(ValidationText(), "individual.csv", "out/predicted.csv")},
+        {"out/predicted.csv", "from an earlier batch"}},
+       "prediction.xml:9:24",
+       "exists and would be overwritten"},
+  });
+  // What another kind of file would be read as cannot be told before.
+  const TinyStudy study;
+  study.Write("d.xml", BatchText({"prediction.xml", "p.xml"}));
+  study.Write("p.xml", Replaced(Replaced(PredictionText(), "coefficients.csv", "out/hospital.csv"),
+                                "<Folder>out<", "<Folder>two<"));
+  const ProcessResult check = CheckDefinition(study);
+  EXPECT_TRUE(
+      check.output.starts_with("p.xml:5:25: warning: The coefficient file "
+                               "\"out/hospital.csv\" is written before by "
+                               "\"prediction.xml\" as its file of hospital predictions."))
+      << check.output;
+}
+
+TEST(CheckFindingTest, SentencesSayWhatToDo) {
+  struct Exact {
+    std::string definition;
+    std::string data;
+    std::string lines;
+  };
+  const std::string good = kTinyData;
+  for (const Exact& row : std::vector<Exact>{
+           {Replaced(QuietAnalysis(), "<LogFile>analysis.log</LogFile>\n", ""), good,
+            "d.xml:10:1: error: <LogFile> is due here, but \"</Output>\" stands here. Every "
+            "element "
+            "is required, in a fixed order and nothing between.\n"},
+           {Replaced(QuietAnalysis(), "<Steps>4<", "<Steps>12abc<"), good,
+            "d.xml:37:8: error: The value \"12abc\" of <Steps> is no whole number. Write digits "
+            "alone.\n"},
+           {Replaced(QuietAnalysis(), "<Thinning>1<", "<Thinning>0<"), good,
+            "d.xml:35:11: error: Every 0th step cannot be kept. Write 1 or more.\n"},
+           {Replaced(QuietAnalysis(), "<Folder>out<", "<Folder>new/deep<"), good,
+            "d.xml:7:9: error: The folder \"new/deep\" cannot be made: \"new\" is no folder. Make "
+            "it "
+            "first; only the last folder of a path is made.\n"},
+           {QuietAnalysis(), Replaced(good, "c,A,0,0", "c,A,NA,0"),
+            "data.csv:4:5: error: Field 3 (Y, \"Y\") holds \"NA\". Write 0 or 1; it may not be "
+            "missing.\n"},
+           {QuietAnalysis(), Replaced(good, "c,A,0,0", "c,A,0,2"),
+            "data.csv:4:7: error: Field 4 (POA indicator, \"POA\") holds \"2\". Write 0 or 1, or "
+            "leave it empty where it is missing.\n"},
+           {QuietAnalysis(), Replaced(good, "c,A,0,0", "c,B,0,0") + "g,A,0,0\n",
+            "data.csv:8:3: error: The hospital \"A\" comes again after another one. Sort the "
+            "records "
+            "by hospital.\n"},
+           {Replaced(QuietAnalysis(), "Indicators>1<", "Indicators>2<"), good,
+            "d.xml:4:24: error: The lines of \"data.csv\" have 4 fields; behind key, hospital, Y "
+            "and "
+            "2 POA indicators that leaves -1 for Z and X, which come in pairs. Correct the number "
+            "of indicators.\n"},
+           // Both are told: the check does not stop at the first one.
+           {Replaced(Replaced(QuietAnalysis(), "<Thinning>1<", "<Thinning>0<"), "data.csv",
+                     "none.csv"),
+            good,
+            "d.xml:3:7: error: The data file \"none.csv\" does not exist. Correct the name, or the "
+            "folder that you start in: paths are taken from there.\n"
+            "d.xml:35:11: error: Every 0th step cannot be kept. Write 1 or more.\n"}}) {
+    const TinyStudy study;
+    study.Write("d.xml", row.definition);
+    study.Write("data.csv", row.data);
+    const ProcessResult check = CheckDefinition(study);
+    const auto count = std::count(row.lines.begin(), row.lines.end(), '\n');
+    EXPECT_EQ(check.output, row.lines + std::to_string(count) +
+                                (count == 1 ? " error" : " errors") + ", 0 warnings\n");
+    EXPECT_EQ(check.exitStatus, 1);
+  }
+}
+
+TEST(CheckFindingTest, AFindingStaysOnItsLine) {
+  const TinyStudy study;
+  study.Write("d.xml", Replaced(AnalysisText(), "data.csv", "a\nb\x01"));
+  const std::string output = CheckDefinition(study).output;
+  EXPECT_TRUE(output.starts_with("d.xml:3:7: error: The data file \"a\\nb\\x01\" does not exist."))
+      << output;
+}
+
+TEST(CheckCommandTest, AWrongCommandLineIsAnError) {
+  const TinyStudy study;
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{},
+                                                    {"--strict"},
+                                                    {"--data"},
+                                                    {"--all", "prediction.xml"},
+                                                    {"prediction.xml", "analysis.xml"}}) {
+    const ProcessResult result = RunCheck(study, arguments);
+    EXPECT_EQ(result.output, "");
+    EXPECT_TRUE(result.error.starts_with("hovar: ")) << result.error;
+    EXPECT_EQ(result.exitStatus, 1);
+  }
+}
+
+TEST(CheckCommandTest, OutputThatCannotBeWrittenIsAnError) {
+  const TinyStudy study;
+  for (const Output output : {Output::kFull, Output::kClosed}) {
+    Command command;
+    command.program = HOVAR_LAUNCHER;
+    command.folder = study.Path();
+    command.arguments = {HOVAR_LAUNCHER, "--check", "prediction.xml"};
+    command.output = output;
+    EXPECT_EQ(RunProcess(command).exitStatus, 1);
+  }
+}
+
+// Eight records. Missing: P in d and e, XA in b, XC in c; complete are a, f, g and h. ZC is 0
+// everywhere. XB is 1 in b and c alone, which are not complete.
+constexpr char kDescribedData[] =
+    "Key,Hospital,Y,POA,ZA,ZB,ZC,ZD,XA,XB,XC,XD\n"
+    "a,H1,1,0,1,0,0,1,1,0,0,1\n"
+    "b,H1,0,0,0,1,0,1,,1,0,1\n"
+    "c,H1,1,1,1,1,0,0,1,1,,0\n"
+    "d,H2,0,,0,0,0,1,0,0,0,1\n"
+    "e,H2,1,,1,0,0,1,1,0,0,1\n"
+    "f,H3,0,0,0,1,0,0,0,0,0,1\n"
+    "g,H3,1,0,1,0,0,0,0,0,0,0\n"
+    "h,H3,0,0,0,0,0,0,0,0,0,0\n";
+
+// Y: 4 of 8. P: 1 of the 6 known. Z: 4, 3, 0 and 4 of 8. X: 3 of 7, 2 of 8, 0 of 7, 5 of 8.
+constexpr char kDescription[] =
+    "\"data.csv\": 8 records, 3 hospitals, 4 variables, 1 POA indicator\n"
+    "  Y = 1: 4 (50.00 %)\n"
+    "  P = 1: 1 (16.67 % of the known), missing: 2 (25.00 %)\n"
+    "  complete records: 4 (50.00 %), with P = 0: 4\n"
+    "  hospitals without a complete record: 1\n"
+    "    \"H2\", 2 records\n"
+    "  variables (Z, X): Z = 1; X = 1 of the known; X missing\n"
+    "    \"ZA\", \"XA\": 50.00 %; 42.86 %; 12.50 %\n"
+    "    \"ZB\", \"XB\": 37.50 %; 25.00 %; 0.00 %\n"
+    "    \"ZC\", \"XC\": 0.00 %; 0.00 %; 12.50 %\n"
+    "    \"ZD\", \"XD\": 50.00 %; 62.50 %; 0.00 %\n";
+constexpr char kDescribedRemoval[] =
+    "  removed by column elimination:\n"
+    "    \"ZB\", \"XB\": X is 0 in all complete records\n"
+    "    \"ZC\", \"XC\": Z is 0 everywhere\n";
+constexpr char kDescribedClasses[] =
+    "  empty [X|Z] classes:\n"
+    "    \"ZC\", \"XC\": no record with Z = 1 and a known X\n";
+
+TEST(CheckDescriptionTest, FiguresWorkedByHand) {
+  const TinyStudy study;
+  study.Write("data.csv", kDescribedData);
+  study.Write("d.xml", QuietAnalysis());
+  ProcessResult check = CheckDefinition(study, {"--data", "d.xml"});
+  EXPECT_EQ(check.output, std::string(kDescription) + kDescribedRemoval + kDescribedClasses +
+                              "0 errors, 0 warnings\n");
+  EXPECT_EQ(check.exitStatus, 0);
+  // A prediction removes nothing. Data that several runs read are described once.
+  study.Write("d.xml", BatchText({"prediction.xml", "prediction.xml"}));
+  check = CheckDefinition(study, {"d.xml", "--data"});
+  EXPECT_NE(check.output.find("\n" + std::string(kDescription) + kDescribedClasses + "0 errors, "),
+            std::string::npos)
+      << check.output;
+  EXPECT_EQ(check.output.find(kDescription), check.output.rfind(kDescription));
+}
+
+TEST(CheckDescriptionTest, DependentColumnsOfTheExample) {
+  // ZConfirmed depends on the three tests and XNeverSeen is 0: so the example was made.
+  const fs::path example = fs::path(HOVAR_EXAMPLES) / "quickstart";
+  const ScratchFolder folder;
+  for (const char* name :
+       {"data.csv", "analysis.xml", "prediction.xml", "validation.xml", "batch.xml"}) {
+    fs::copy_file(example / name, folder.Path() / name);
+  }
+  const ProcessResult check = CheckDefinition(folder, {"--strict", "--data", "batch.xml"});
+  EXPECT_NE(check.output.find("  removed by column elimination:\n"
+                              "    \"ZNeverSeen\", \"XNeverSeen\": X is 0 in all complete records\n"
+                              "    \"ZConfirmed\", \"XConfirmed\": depends on other variables\n"
+                              "  empty [X|Z] classes: none\n"
+                              "0 errors, 0 warnings\n"),
+            std::string::npos)
+      << check.output;
+  EXPECT_EQ(check.exitStatus, 0);
+}
+
+TEST(CheckDescriptionTest, DataThatCannotBeReadAreNotDescribed) {
+  const TinyStudy study;
+  study.Write("d.xml", Replaced(QuietAnalysis(), "Indicators>1<", "Indicators>2<"));
+  const ProcessResult check = CheckDefinition(study, {"--data", "d.xml"});
+  EXPECT_TRUE(check.output.starts_with("d.xml:4:24: error: ")) << check.output;
+  EXPECT_TRUE(check.output.ends_with(".\n1 error, 0 warnings\n")) << check.output;
 }
 
 }  // namespace

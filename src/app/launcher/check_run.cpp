@@ -18,7 +18,7 @@ void RunCheckup::CheckDefinition(const std::string& path, std::string_view named
   // A second time shows what its outputs overwrite; further ones show nothing new, and nested
   // batches would make them many.
   constexpr int kMostChecks = 2;
-  if (checks_[NormalPath(path)]++ == kMostChecks) {
+  if (checks_[NormalPath(path)]++ >= kMostChecks) {
     return;
   }
   if (const WrittenFile* const written = outputs_.Written(path)) {

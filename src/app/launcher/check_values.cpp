@@ -73,7 +73,8 @@ void CheckTexts(ValueCheck& check, const RunPlan& plan) {
       "Output/CStatistics", "Simulations/Simulation",        ""};
   for (const std::string_view element : kTexts) {
     const std::string& text = plan.Value(element).text;
-    if (IsSpaced(text)) {
+    const bool isOutput = element.starts_with("Output/");  // an input of this name is missing
+    if (isOutput && IsSpaced(text)) {
       check.Warning(element,
                     "White space round the text belongs to the name. Write the name "
                     "directly between the tags.");
@@ -138,7 +139,10 @@ void CheckValues(Findings& findings, const RunPlan& plan) {
   CheckWholeNumbers(findings, plan);
   check.Count("Mcmc/Burnin", plan.mcmc.burnin);
   check.Count("Mcmc/Steps", plan.mcmc.steps);
-  check.Count("Mcmc/Thinning", plan.mcmc.thinning);
+  if (plan.mcmc.thinning < 0) {
+    check.Warning("Mcmc/Thinning", "The thinning " + std::to_string(plan.mcmc.thinning) +
+                                       " is negative and has no meaning. Write 1 or more.");
+  }
   if (plan.Value("Mcmc/Seed/Seed").element.empty()) {
     findings.AddWarning(plan.definition, plan.PlaceOfTag("Mcmc/Seed"),
                         "The seed is taken from the clock, so the run cannot be repeated. Write a "
