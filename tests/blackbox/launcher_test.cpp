@@ -4,6 +4,7 @@
 
 #include <csignal>
 
+#include "launcher_runs.h"
 #include "runs.h"
 #include "tiny_study.h"
 
@@ -11,22 +12,6 @@ namespace Testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// The launcher in a folder, called by its path as a shell would.
-Command LauncherIn(const ScratchFolder& folder, const std::vector<std::string>& arguments,
-                   const std::string& launcher = HOVAR_LAUNCHER) {
-  Command command;
-  command.program = launcher;
-  command.folder = folder.Path();
-  command.arguments = {launcher};
-  command.arguments.insert(command.arguments.end(), arguments.begin(), arguments.end());
-  return command;
-}
-
-ProcessResult RunLauncher(const ScratchFolder& folder, const std::vector<std::string>& arguments,
-                          const std::string& launcher = HOVAR_LAUNCHER) {
-  return RunProcess(LauncherIn(folder, arguments, launcher));
-}
 
 const std::string kPredictionProgress = std::string(kTinyReading) +
                                         "Calculating individual predictions\n"
@@ -37,15 +22,6 @@ void ExpectPredicts(const TinyStudy& study, const std::string& launcher) {
   fs::remove_all(study.Path() / "out");
   ExpectSuccess(RunLauncher(study, {"prediction.xml"}, launcher), kPredictionProgress);
   EXPECT_TRUE(study.Has("out/predicted.csv"));
-}
-
-/// A copy of bin/ and libexec/ below a folder; returns the launcher.
-std::string CopyTreeTo(const fs::path& root) {
-  fs::create_directories(root / "bin");
-  fs::create_directories(root / "libexec/hovar");
-  fs::copy_file(HOVAR_LAUNCHER, root / "bin/hovar");
-  fs::copy_file(HOVAR_PROGRAM, root / "libexec/hovar/hovar");
-  return (root / "bin/hovar").string();
 }
 
 TEST(LauncherTest, RunsTheProgramInTheWorkingFolder) {

@@ -20,7 +20,8 @@
 // Source: A. Vehtari, A. Gelman, D. Simpson, B. Carpenter, P.-C. Buerkner, Rank-normalization,
 // folding, and localization: an improved R-hat for assessing convergence of MCMC, Bayesian Analysis
 // 16 (2021), pages 667-718. It recommends to use draws only with R-hat < 1.01 and, with four
-// chains, both sample sizes above 400. The results are those of R's package posterior.
+// chains, both sample sizes above 400. The results are those of R's package posterior,
+// except that an infinite draw leaves nothing to judge.
 
 #include <span>
 #include <vector>

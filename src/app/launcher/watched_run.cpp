@@ -102,6 +102,8 @@ class Bar {
     display_.Clear();
     if (!run.Lines().Error().empty()) {
       display_.Print(run.Lines().Error());
+    } else if (Platform::StopRequest() == 0) {
+      Say("the program ended with status " + std::to_string(run.ExitStatus()));
     }
   }
 

@@ -1,0 +1,104 @@
+#include "app/launcher/verdict.h"
+
+#include <gtest/gtest.h>
+
+#include "support/files.h"
+
+namespace Hovar {
+namespace {
+
+/// Chains of one coefficient each, made of a fixed sequence: chain c is `draws` numbers of it.
+std::vector<ChainDraws> ChainsOf(std::size_t chains, std::size_t draws, double shiftOfFirst = 0) {
+  std::uint64_t state = 20240601;
+  std::vector<ChainDraws> result(chains, {{"BetaYX[0]"}, {{}}});
+  for (std::size_t c = 0; c < chains; ++c) {
+    for (std::size_t i = 0; i < draws; ++i) {
+      state = state * 6364136223846793005U + 1442695040888963407U;
+      result[c].columns[0].push_back(static_cast<double>(state >> 33) / 1e9 +
+                                     (c == 0 ? shiftOfFirst : 0));
+    }
+  }
+  return result;
+}
+
+void ExpectHolds(const std::string& text, const std::string& part) {
+  EXPECT_NE(text.find(part), std::string::npos) << text;
+}
+
+TEST(VerdictTest, GoodChainsHaveConverged) {
+  const std::string text = VerdictText(ChainsOf(4, 1000), {"XIntercept"});
+  ExpectHolds(text, "4 chains of 1000 draws, 1 coefficient. ");
+  ExpectHolds(text, "The chains have converged. Largest R-hat: 1.00");
+  ExpectHolds(text, "(XIntercept)");
+}
+
+TEST(VerdictTest, ChainsApartHaveNotConverged) {
+  const std::string text = VerdictText(ChainsOf(4, 1000, 5), {"XIntercept"});
+  ExpectHolds(text,
+              "The chains have NOT converged: 1 of 1 coefficient do not pass.\n"
+              "  XIntercept: R-hat ");
+  ExpectHolds(text, "Raise Burnin and Steps");
+}
+
+TEST(VerdictTest, TooFewDrawsAreTold) {
+  const std::string text = VerdictText(ChainsOf(4, 60), {"XIntercept"});
+  ExpectHolds(text, "1 coefficient");
+  EXPECT_EQ(text.find("have converged"), std::string::npos) << text;
+}
+
+TEST(VerdictTest, WhatCannotBeJudgedIsTold) {
+  const std::string text = VerdictText(ChainsOf(2, 3), {"XIntercept"});
+  ExpectHolds(text, "cannot be told: 1 of 1 coefficient");
+  ExpectHolds(text, "  XIntercept: cannot be judged\n");
+}
+
+TEST(VerdictTest, OneChainIsNotEnough) {
+  ExpectHolds(VerdictText(ChainsOf(1, 1000), {"XIntercept"}),
+              "One chain can only be compared with itself");
+}
+
+TEST(VerdictTest, NamesThatDoNotFitAreNotUsed) {
+  const std::string text = VerdictText(ChainsOf(4, 1000), {"XIntercept", "XAge"});
+  ExpectHolds(text, "another number of rows");
+  ExpectHolds(text, "(BetaYX[0])");
+}
+
+TEST(ChainFileTest, IsReadAsItWasWritten) {
+  const Testing::ScratchFolder folder;
+  const std::optional<ChainDraws> draws =
+      ReadChainFile(folder.Write("c.csv", "Step,BetaYX[0],BetaYX[1]\n5,-2.5,1e-05\n10,inf,nan\n"));
+  ASSERT_TRUE(draws);
+  EXPECT_EQ(draws->names, (std::vector<std::string>{"BetaYX[0]", "BetaYX[1]"}));
+  ASSERT_EQ(draws->columns.size(), 2U);
+  ASSERT_EQ(draws->columns[0].size(), 2U);
+  EXPECT_EQ(draws->columns[0][0], -2.5);
+  EXPECT_EQ(draws->columns[1][0], 1e-5);
+  EXPECT_TRUE(ReadChainFile(folder.Write("header.csv", "Step,BetaYX[0]\n")));
+}
+
+TEST(ChainFileTest, DamageIsNoticed) {
+  const Testing::ScratchFolder folder;
+  for (const char* text :
+       {"", "Step,a", "Name,a\n1,2\n", "Step,a\n1\n", "Step,a\n1,\n", "Step,a\n1,2,3\n",
+        "Step,a\n1,x\n", "Step,a\n1,2x\n", "Step,a\n1,2\n3,"}) {
+    EXPECT_FALSE(ReadChainFile(folder.Write("c.csv", text))) << text;
+  }
+  EXPECT_FALSE(ReadChainFile(folder.File("none.csv")));
+}
+
+TEST(ChainFileTest, ALongFileIsReadInBlocks) {
+  const Testing::ScratchFolder folder;
+  std::string text("Step,a\n");
+  for (int i = 1; i <= 200'000; ++i) {
+    text += std::to_string(i) + "," + std::to_string(i) + ".5\n";
+  }
+  const std::optional<ChainDraws> draws = ReadChainFile(folder.Write("c.csv", text));
+  ASSERT_TRUE(draws);
+  ASSERT_EQ(draws->columns[0].size(), 200'000U);
+  for (std::size_t i = 0; i < 200'000; ++i) {
+    ASSERT_EQ(draws->columns[0][i], static_cast<double>(i + 1) + 0.5);
+  }
+}
+
+}  // namespace
+}  // namespace Hovar

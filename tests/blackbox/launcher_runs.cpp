@@ -1,0 +1,68 @@
+#include "launcher_runs.h"
+
+#include <chrono>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "tiny_study.h"
+
+namespace Testing {
+
+namespace fs = std::filesystem;
+
+Command LauncherIn(const ScratchFolder& folder, const std::vector<std::string>& arguments,
+                   const std::string& launcher) {
+  Command command;
+  command.program = launcher;
+  command.folder = folder.Path();
+  command.arguments = {launcher};
+  command.arguments.insert(command.arguments.end(), arguments.begin(), arguments.end());
+  return command;
+}
+
+ProcessResult RunLauncher(const ScratchFolder& folder, const std::vector<std::string>& arguments,
+                          const std::string& launcher) {
+  return RunProcess(LauncherIn(folder, arguments, launcher));
+}
+
+std::string CopyTreeTo(const fs::path& root) {
+  fs::create_directories(root / "bin");
+  fs::create_directories(root / "libexec/hovar");
+  fs::copy_file(HOVAR_LAUNCHER, root / "bin/hovar");
+  fs::copy_file(HOVAR_PROGRAM, root / "libexec/hovar/hovar");
+  return (root / "bin/hovar").string();
+}
+
+std::string CopyTreeWithPageTo(const fs::path& root) {
+  fs::create_directories(root / "share/hovar");
+  std::ofstream(root / "share/hovar/report.html")
+      << kPageHead << "<!-- hovar:files -->" << kPageTail;
+  return CopyTreeTo(root);
+}
+
+std::string ChainedAnalysisText(int burnin, int steps) {
+  return Replaced(Replaced(AnalysisText(), "<Burnin>0<", "<Burnin>" + std::to_string(burnin) + "<"),
+                  "<Steps>0<", "<Steps>" + std::to_string(steps) + "<");
+}
+
+bool WaitForText(const fs::path& file, std::string_view text) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (std::chrono::steady_clock::now() < deadline) {
+    std::ifstream stream(file, std::ios::binary);
+    const std::string content{std::istreambuf_iterator<char>(stream), {}};
+    if (content.find(text) != std::string::npos) {
+      return true;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return false;
+}
+
+bool HasStoppedGrowing(const fs::path& file) {
+  const auto size = fs::file_size(file);
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  return fs::file_size(file) == size;
+}
+
+}  // namespace Testing
