@@ -1,6 +1,8 @@
 #include "app/batch_runner.h"
 
 #include "app/dispatch.h"
+#include "foundation/exceptions/exceptions.h"
+#include "foundation/io/platform/stack.h"
 
 namespace Hovar {
 
@@ -8,6 +10,10 @@ BatchRunner::BatchRunner(Vell::XmlReader& reader) : definition_(ReadBatchDefinit
 
 void BatchRunner::Run() {
   for (const Vell::String& path : definition_) {
+    // Nothing limits the depth of batches but the memory that nesting takes, which is the stack's.
+    if (Vell::IO::Platform::StackIsNearlyUsed()) {
+      throw Vell::Exceptions::OutOfMemoryException("Out of memory");
+    }
     DispatchDefinition(path)->Run();
   }
 }

@@ -13,6 +13,8 @@ class BatchRunner final : public Runner {
   /// Reads the definition behind the root's start tag. Errors: those of ReadBatchDefinition.
   explicit BatchRunner(Vell::XmlReader& reader);
 
+  /// Errors: those of the runs; "Out of memory" when batches are nested so deeply that the stack is
+  ///         used up, as by a batch that names itself.
   void Run() override;
 
  private:

@@ -59,6 +59,25 @@ TEST(BatchTest, MayHoldBatches) {
       kPredictionProgress + kValidationProgress + kPredictionProgress + kAnalysisProgress);
 }
 
+TEST(BatchTest, MayBeNestedAThousandLevelsDeep) {
+  const TinyStudy study;
+  constexpr int kLevels = 1000;
+  for (int level = 1; level < kLevels; ++level) {
+    study.Write(std::to_string(level) + ".xml", BatchText({std::to_string(level + 1) + ".xml"}));
+  }
+  study.Write(std::to_string(kLevels) + ".xml", BatchText({"prediction.xml"}));
+  ExpectSuccess(RunBatch(study, {"1.xml", "prediction.xml"}),
+                kPredictionProgress + kPredictionProgress);
+}
+
+TEST(BatchTest, OneThatNamesItselfEndsWhenTheMemoryForNestingIsUsedUp) {
+  const TinyStudy study;
+  ExpectError(RunBatch(study, {"batch.xml"}), "Out of memory");
+  study.Write("other.xml", BatchText({"batch.xml"}));
+  ExpectError(RunBatch(study, {"other.xml", "prediction.xml"}), "Out of memory");
+  EXPECT_FALSE(study.Has("out"));
+}
+
 TEST(BatchTest, AMissingDefinitionEndsItAfterTheEarlierOnesAreComplete) {
   const TinyStudy study;
   ExpectError(RunBatch(study, {"analysis.xml", "none.xml", "prediction.xml"}),
