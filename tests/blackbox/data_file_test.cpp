@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "progress.h"
 #include "runs.h"
 #include "tiny_study.h"
 
@@ -14,26 +15,6 @@ const std::string kHeader = "Key,Hospital,Y,POA,Z,X\n";
 const std::string kFirst = "a,A,1,0,1,1\n";
 
 const std::string kStart = "Reading data file...\n";
-
-std::string Sizes(int records, int variables) {
-  return "Number of records: " + std::to_string(records) +
-         "\nNumber of variables: " + std::to_string(variables) + "\n";
-}
-
-std::string Shape(int records, int variables) {
-  return kStart + Sizes(records, variables) + "Reading data...\n";
-}
-
-std::string Hospital(const std::string& id, int record, int records) {
-  return "Hospital: " + id + " record: " + std::to_string(record) + " / " +
-         std::to_string(records) + "\n";
-}
-
-std::string Counts(int complete, int completeP0) {
-  return "Counting non missing records:\nNumber of non-missing records: " +
-         std::to_string(complete) +
-         "\nNumber of non-missing records with P = 0: " + std::to_string(completeP0) + "\n";
-}
 
 struct Row {
   std::string what;
@@ -86,13 +67,13 @@ TEST(DataFileTest, FieldsBehindTheIndicatorsComeInPairs) {
 TEST(DataFileTest, AFileWithoutItsColumnsIsRejected) {
   Expect({
       // Nothing at all: 0 lines, 0 fields, 0 - 1 - 3 = -4 behind the indicator, -4 / 2 + 1 = -1.
-      {"empty", "1", "", kStart + Sizes(-1, -1), "Invalid argument"},
-      {"a header without its end", "1", "Key,Hospital,Y,POA", kStart + Sizes(-1, -1),
+      {"empty", "1", "", kStart + SizeLines(-1, -1), "Invalid argument"},
+      {"a header without its end", "1", "Key,Hospital,Y,POA", kStart + SizeLines(-1, -1),
        "Invalid argument"},
-      {"two fields", "1", "Key,Hospital\n", kStart + Sizes(0, 0), "Index out of range"},
-      {"two fields, three indicators", "3", "Key,Hospital\n", kStart + Sizes(0, -1),
+      {"two fields", "1", "Key,Hospital\n", kStart + SizeLines(0, 0), "Index out of range"},
+      {"two fields, three indicators", "3", "Key,Hospital\n", kStart + SizeLines(0, -1),
        "Invalid argument"},
-      {"many indicators", "2147483647", kHeader + kFirst, kStart + Sizes(1, -1073741821),
+      {"many indicators", "2147483647", kHeader + kFirst, kStart + SizeLines(1, -1073741821),
        "Invalid argument"},
   });
 }
@@ -108,37 +89,47 @@ TEST(DataFileTest, ANegativeNumberOfIndicatorsIsRejected) {
 TEST(DataFileTest, TheLastRecordEndsWithALineFeed) {
   const std::string error = "Data wrong format";
   Expect({
-      {"two records", "1", kHeader + kFirst + "b,A,1,0,1,1", Shape(1, 2) + Hospital("A", 0, 1),
-       error},
-      {"one record", "1", kHeader + "a,A,1,0,1,1", Shape(0, 2), error},
-      {"a blank behind the end", "1", kHeader + kFirst + " ", Shape(1, 2) + Hospital("A", 0, 1),
-       error},
+      {"two records", "1", kHeader + kFirst + "b,A,1,0,1,1",
+       ReadingLines(1, 2) + HospitalLine("A", 0, 1), error},
+      {"one record", "1", kHeader + "a,A,1,0,1,1", ReadingLines(0, 2), error},
+      {"a blank behind the end", "1", kHeader + kFirst + " ",
+       ReadingLines(1, 2) + HospitalLine("A", 0, 1), error},
   });
 }
 
 TEST(DataFileTest, RecordsAreGroupedByHospital) {
   const std::string three = kHeader + "a,A,1,0,1,1\nb,B,1,0,1,1\nc,A,1,0,1,1\n";
   Expect({{"A comes again", "1", three,
-           Shape(3, 2) + Hospital("A", 0, 3) + Hospital("B", 1, 3) + Hospital("A", 2, 3),
+           ReadingLines(3, 2) + HospitalLine("A", 0, 3) + HospitalLine("B", 1, 3) +
+               HospitalLine("A", 2, 3),
            "Data must be grouped by hospital ID"}});
 }
 
 TEST(DataFileTest, HospitalsAreToldApartByTheirExactBytes) {
   ExpectRead(
       {{"like numbers", "1", kHeader + "a,1,1,0,1,1\nb,01,1,0,1,1\nc, 1,1,0,1,1\n",
-        Shape(3, 2) + Hospital("1", 0, 3) + Hospital("01", 1, 3) + Hospital(" 1", 2, 3) +
-            "Number of hospitals: 3\n" + Counts(3, 3),
+        ReadingLines(3, 2) + HospitalLine("1", 0, 3) + HospitalLine("01", 1, 3) +
+            HospitalLine(" 1", 2, 3) + "Number of hospitals: 3\n" + CountLines(3, 3),
         ""},
        {"quoted or not", "1", kHeader + "a,A,1,0,1,1\nb,\"A\",1,0,1,1\nc,\"a,\"\"b\",1,0,1,1\n",
-        Shape(3, 2) + Hospital("A", 0, 3) + Hospital("a,\"b", 2, 3) + "Number of hospitals: 2\n" +
-            Counts(3, 3),
+        ReadingLines(3, 2) + HospitalLine("A", 0, 3) + HospitalLine("a,\"b", 2, 3) +
+            "Number of hospitals: 2\n" + CountLines(3, 3),
+        ""},
+       {"a line feed in quotes", "1", kHeader + "a,\"A\nB\",1,0,1,1\nb,\"A\nB\",0,0,0,0\n",
+        ReadingLines(2, 2) + HospitalLine("A\nB", 0, 2) + "Number of hospitals: 1\n" +
+            CountLines(2, 2),
+        ""},
+       {"a carriage return", "0", "Key,Hospital,Y\r\na,A\r,1\r\nb,A,0\r\n",
+        ReadingLines(2, 1) + HospitalLine("A\r", 0, 2) + HospitalLine("A", 1, 2) +
+            "Number of hospitals: 2\n" + CountLines(2, 2),
         ""},
        {"an empty one", "1", kHeader + "a,,1,0,1,1\n",
-        Shape(1, 2) + Hospital("", 0, 1) + "Number of hospitals: 1\n" + Counts(1, 1), ""}});
+        ReadingLines(1, 2) + HospitalLine("", 0, 1) + "Number of hospitals: 1\n" + CountLines(1, 1),
+        ""}});
 }
 
 TEST(DataFileTest, CellsHoldZeroOrOne) {
-  const std::string reading = Shape(2, 2) + Hospital("A", 0, 2);
+  const std::string reading = ReadingLines(2, 2) + HospitalLine("A", 0, 2);
   std::vector<Row> rows;
   for (const char* number : {"2", "-1", "10", "4294967298"}) {
     for (const char* record :
@@ -158,26 +149,29 @@ TEST(DataFileTest, CellsHoldZeroOrOne) {
 }
 
 TEST(DataFileTest, OutcomeAndZAreNeverMissing) {
-  const std::string reading = Shape(2, 2) + Hospital("A", 0, 2);
+  const std::string reading = ReadingLines(2, 2) + HospitalLine("A", 0, 2);
   Expect({
       {"Y", "1", kHeader + kFirst + "b,A,,0,1,1\n", reading, "IO Exception"},
       {"a blank Y", "1", kHeader + kFirst + "b,A, ,0,1,1\n", reading, "IO Exception"},
       {"Z", "1", kHeader + kFirst + "b,A,1,0,,1\n", reading, "IO Exception"},
       // A number may stand behind white space, line feeds included, so the search for Y goes on in
       // the next line: to its key, or to the end of the file.
-      {"Y before a key", "0", "Key,Hospital,Y\na,A,\nb,A,1\n", Shape(2, 1) + Hospital("A", 0, 2),
-       "IO Exception"},
-      {"Y at the end", "0", "Key,Hospital,Y\na,A,1\nb,A,\n", Shape(2, 1) + Hospital("A", 0, 2),
-       "Unexpected end of stream"},
+      {"Y before a key", "0", "Key,Hospital,Y\na,A,\nb,A,1\n",
+       ReadingLines(2, 1) + HospitalLine("A", 0, 2), "IO Exception"},
+      {"Y at the end", "0", "Key,Hospital,Y\na,A,1\nb,A,\n",
+       ReadingLines(2, 1) + HospitalLine("A", 0, 2), "Unexpected end of stream"},
+      {"a line of two commas", "0", "Key,Hospital,Y\n,,\n",
+       ReadingLines(1, 1) + HospitalLine("", 0, 1), "Unexpected end of stream"},
       {"Y before a key that is a number", "0", "Key,Hospital,Y\na,A,\n1,A,1\n",
-       Shape(2, 1) + Hospital("A", 0, 2) + Hospital("1", 1, 2), "Unexpected end of stream"},
+       ReadingLines(2, 1) + HospitalLine("A", 0, 2) + HospitalLine("1", 1, 2),
+       "Unexpected end of stream"},
   });
 }
 
 TEST(DataFileTest, EmptyIndicatorsAndXCellsAreMissing) {
   const auto read = [](int complete, int completeP0) {
-    return Shape(3, 2) + Hospital("A", 0, 3) + "Number of hospitals: 1\n" +
-           Counts(complete, completeP0);
+    return ReadingLines(3, 2) + HospitalLine("A", 0, 3) + "Number of hospitals: 1\n" +
+           CountLines(complete, completeP0);
   };
   const std::string second = kHeader + kFirst + "b,A,1,1,0,1\n";
   ExpectRead({
@@ -189,35 +183,65 @@ TEST(DataFileTest, EmptyIndicatorsAndXCellsAreMissing) {
   });
 }
 
+// Blanks and tabs are an empty cell; other white space is searched for a number, line feeds
+// included.
+TEST(DataFileTest, OtherWhiteSpaceIsNoEmptyCell) {
+  const std::string reading = ReadingLines(1, 2) + HospitalLine("A", 0, 1);
+  Expect({
+      {"POA", "1", kHeader + "a,A,1,\f,1,1\n", reading, "IO Exception"},
+      {"X", "1", kHeader + "a,A,1,0,1,\f\n", reading, "Unexpected end of stream"},
+      {"X before a carriage return alone", "1", kHeader + "a,A,1,0,1,\r", ReadingLines(0, 2),
+       "Data wrong format"},
+  });
+}
+
+// Numbers are clamped to 64 bits, of which the low 32 count.
+TEST(DataFileTest, CellsBeyond32BitsAreTakenByTheirLowBits) {
+  ExpectRead({{"2^32 + 1 and 2^32", "1", kHeader + "a,A,4294967297,4294967296,4294967297,1\n",
+               ReadingLines(1, 2) + HospitalLine("A", 0, 1) + "Number of hospitals: 1\n" +
+                   CountLines(1, 1),
+               ""}});
+  Expect({{"clamped to 2^63 - 1", "1", kHeader + "a,A,99999999999999999999,0,1,1\n",
+           ReadingLines(1, 2) + HospitalLine("A", 0, 1), "Invalid input"}});
+}
+
 TEST(DataFileTest, WhatFollowsANumberInItsCellIsPassedOver) {
   ExpectRead({{"text behind numbers", "1", kHeader + "a,A,1 yes,0\t,1.5,1abc\n",
-               Shape(1, 2) + Hospital("A", 0, 1) + "Number of hospitals: 1\n" + Counts(1, 1), ""},
+               ReadingLines(1, 2) + HospitalLine("A", 0, 1) + "Number of hospitals: 1\n" +
+                   CountLines(1, 1),
+               ""},
               {"carriage returns", "1", "Key,Hospital,Y,POA,Z,X\r\na,A,1,0,1,1\r\nb,A,1,0,0,0\r\n",
-               Shape(2, 2) + Hospital("A", 0, 2) + "Number of hospitals: 1\n" + Counts(2, 2), ""}});
+               ReadingLines(2, 2) + HospitalLine("A", 0, 2) + "Number of hospitals: 1\n" +
+                   CountLines(2, 2),
+               ""}});
 }
 
 TEST(DataFileTest, AConditionPresentWithoutTheOutcomeIsSetToZero) {
   const std::string header = "Key,Hospital,Y,P1,P2\n";
   ExpectRead({
       {"one of two indicators", "2", header + "a,A,1,1,0\nb,A,0,0,1\nc,A,0,1,1\nd,A,0,0,0\n",
-       Shape(4, 1) + Hospital("A", 0, 4) + "Number of hospitals: 1\n" +
+       ReadingLines(4, 1) + HospitalLine("A", 0, 4) + "Number of hospitals: 1\n" +
            "Warning: Y == 0 && P == 1 data in record: 1 - setting P equal to 0\n" +
-           "Warning: Y == 0 && P == 1 data in record: 2 - setting P equal to 0\n" + Counts(4, 3),
+           "Warning: Y == 0 && P == 1 data in record: 2 - setting P equal to 0\n" +
+           CountLines(4, 3),
        ""},
       // With one indicator missing P is missing, and nothing is corrected.
       {"the other indicator missing", "2", header + "a,A,0,1,\nb,A,1,,1\nc,A,0,,0\n",
-       Shape(3, 1) + Hospital("A", 0, 3) + "Number of hospitals: 1\n" + Counts(0, 0), ""},
+       ReadingLines(3, 1) + HospitalLine("A", 0, 3) + "Number of hospitals: 1\n" + CountLines(0, 0),
+       ""},
   });
 }
 
 TEST(DataFileTest, WithoutIndicatorsNothingIsPresentOnAdmission) {
   ExpectRead({{"no indicators", "0", "Key,Hospital,Y\na,A,1\nb,A,0\n",
-               Shape(2, 1) + Hospital("A", 0, 2) + "Number of hospitals: 1\n" + Counts(2, 2), ""}});
+               ReadingLines(2, 1) + HospitalLine("A", 0, 2) + "Number of hospitals: 1\n" +
+                   CountLines(2, 2),
+               ""}});
 }
 
 TEST(DataFileTest, AHeaderAloneIsAFileWithoutRecords) {
-  ExpectRead(
-      {{"no records", "1", kHeader, Shape(0, 2) + "Number of hospitals: 0\n" + Counts(0, 0), ""}});
+  ExpectRead({{"no records", "1", kHeader,
+               ReadingLines(0, 2) + "Number of hospitals: 0\n" + CountLines(0, 0), ""}});
 }
 
 TEST(DataFileTest, QuotesFollowTheirRules) {
@@ -228,7 +252,7 @@ TEST(DataFileTest, QuotesFollowTheirRules) {
       {"text behind", "1", kHeader + "\"a\"x,A,1,0,1,1\n", kStart, error},
       {"in the header", "1", "Ke\"y,Hospital,Y,POA,Z,X\n", kStart, error},
       // Fields that are passed over end at the next comma, quoted or not.
-      {"a comma in a key", "1", kHeader + "\"a,b\",A,1,0,1,1\n", Shape(1, 2), error},
+      {"a comma in a key", "1", kHeader + "\"a,b\",A,1,0,1,1\n", ReadingLines(1, 2), error},
   });
 }
 

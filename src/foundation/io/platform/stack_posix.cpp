@@ -1,9 +1,9 @@
-#include "foundation/io/platform/stack.h"
-
 #include <sys/resource.h>
 
 #include <algorithm>
 #include <cstdint>
+
+#include "foundation/io/platform/stack.h"
 
 namespace Vell::IO::Platform {
 namespace {
