@@ -70,14 +70,6 @@ TEST(BatchTest, MayBeNestedAThousandLevelsDeep) {
                 kPredictionProgress + kPredictionProgress);
 }
 
-TEST(BatchTest, OneThatNamesItselfEndsWhenTheMemoryForNestingIsUsedUp) {
-  const TinyStudy study;
-  ExpectError(RunBatch(study, {"batch.xml"}), "Out of memory");
-  study.Write("other.xml", BatchText({"batch.xml"}));
-  ExpectError(RunBatch(study, {"other.xml", "prediction.xml"}), "Out of memory");
-  EXPECT_FALSE(study.Has("out"));
-}
-
 TEST(BatchTest, AMissingDefinitionEndsItAfterTheEarlierOnesAreComplete) {
   const TinyStudy study;
   ExpectError(RunBatch(study, {"analysis.xml", "none.xml", "prediction.xml"}),

@@ -13,6 +13,10 @@ namespace {
 
 using Files = std::map<std::string, std::string>;
 
+constexpr const char* kBatchFiles[] = {"analysis.log",   "prediction.log",   "validation.log",
+                                       "individual.csv", "coefficients.csv", "hospital.csv",
+                                       "cstatistics.csv"};
+
 /// A study of the reference data in a folder of its own.
 class StudyCopy : public ScratchFolder {
  public:
@@ -50,27 +54,28 @@ class StudyCopy : public ScratchFolder {
     return ReadFile(source_ / "expected" / name);
   }
 
+  /// What the batch of an analysis, a prediction and a validation must leave below out/.
+  Files ExpectedOfBatch() const {
+    Files files;
+    for (const char* name : kBatchFiles) {
+      files[name] = Expected(name);
+    }
+    for (const char* name : {"Chain.csv", "Summary.csv"}) {
+      files[std::string("mcmc/") + name] = Expected(name);
+    }
+    return files;
+  }
+
  private:
   std::filesystem::path source_;
 };
-
-constexpr const char* kBatchFiles[] = {"analysis.log",   "prediction.log",   "validation.log",
-                                       "individual.csv", "coefficients.csv", "hospital.csv",
-                                       "cstatistics.csv"};
 
 class WholeStudyTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(WholeStudyTest, TheBatchWritesTheExpectedFiles) {
   const StudyCopy study(GetParam());
   EXPECT_EQ(study.Run("batch.xml"), study.Expected("stdout.txt"));
-  Files expected;
-  for (const char* name : kBatchFiles) {
-    expected[name] = study.Expected(name);
-  }
-  for (const char* name : {"Chain.csv", "Summary.csv"}) {
-    expected[std::string("mcmc/") + name] = study.Expected(name);
-  }
-  EXPECT_EQ(study.Output(), expected);
+  EXPECT_EQ(study.Output(), study.ExpectedOfBatch());
 }
 
 TEST_P(WholeStudyTest, EachDefinitionAloneWritesTheSameFilesAndItsOwnLog) {
@@ -144,6 +149,27 @@ TEST_P(WholeStudyTest, ALocaleWithADecimalCommaChangesNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Studies, WholeStudyTest, testing::Values("study_plain", "study_gee"),
+                         [](const auto& study) { return study.param; });
+
+// Data on which a method has no proper answer, but the program a documented one.
+class FaultStudyTest : public testing::TestWithParam<std::string> {};
+
+TEST_P(FaultStudyTest, TheBatchEndsAsDocumented) {
+  const StudyCopy study("faults/" + GetParam());
+  const ProcessResult result = RunHovar(study, {"batch.xml"});
+  EXPECT_EQ(WithoutSeconds(result.output), study.Expected("stdout.txt"));
+  EXPECT_EQ(result.error, study.Expected("stderr.txt"));
+  EXPECT_EQ(result.exitStatus, 0) << "signal " << result.signal;
+  EXPECT_EQ(study.Output(), study.ExpectedOfBatch());
+}
+
+INSTANTIATE_TEST_SUITE_P(Studies, FaultStudyTest,
+                         testing::Values("separation", "separation_with_prior", "all_respond",
+                                         "none_responds", "one_record", "one_record_gee",
+                                         "one_hospital", "one_hospital_gee", "empirical_variance",
+                                         "single_records_gee", "infinite_correlation",
+                                         "correlation_not_a_number",
+                                         "hospital_without_usable_records"),
                          [](const auto& study) { return study.param; });
 
 constexpr const char* kTwoAnalysesFiles[] = {

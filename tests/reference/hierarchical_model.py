@@ -10,6 +10,11 @@ from regression import (NonPositiveMatrix, cholesky, empirical_covariance, exp, 
 from text_files import join, lg, open_for_writing, system_path
 
 
+def ratio(a, b):
+    """a / b as IEEE arithmetic has it: 0 / 0 is not a number, which no draw is below."""
+    return float(np.float64(a) / np.float64(b))
+
+
 def row_predictor(row, beta):
     eta = 0.0
     for cell, b in zip(row, beta):
@@ -45,22 +50,24 @@ def impute_record(y, p, p_missing, row, x_missing, z_row, beta_y, beta_p, prior,
             l1 = likelihood(y, p, row, beta_y, beta_p)
             row[j] = False
             l0 = likelihood(y, p, row, beta_y, beta_p)
-            posterior = l1 * q / (l0 * (1 - q) + l1 * q)
+            posterior = ratio(l1 * q, l0 * (1 - q) + l1 * q)
             row[j] = posterior > generator.uniform()
     if y and p_missing:
         p1 = logistic(row_predictor(row, beta_p))
         p0 = logistic(row_predictor(row, beta_y))
-        posterior = p1 / (p0 * (1 - p1) + p1)
+        posterior = ratio(p1, p0 * (1 - p1) + p1)
         p = posterior > generator.uniform()
     return p
 
 
 def imputation_sweep(data, beta_y, beta_p, prior, generator):
-    for i in np.flatnonzero(data.incomplete):
-        row = [bool(cell) for cell in data.x[i]]
-        data.p[i] = impute_record(bool(data.y[i]), bool(data.p[i]), bool(data.p_missing[i]), row,
-                                  data.x_missing[i], data.z[i], beta_y, beta_p, prior, generator)
-        data.x[i] = row
+    with np.errstate(all="ignore"):
+        for i in np.flatnonzero(data.incomplete):
+            row = [bool(cell) for cell in data.x[i]]
+            data.p[i] = impute_record(bool(data.y[i]), bool(data.p[i]), bool(data.p_missing[i]),
+                                      row, data.x_missing[i], data.z[i], beta_y, beta_p, prior,
+                                      generator)
+            data.x[i] = row
 
 
 class Chain:
