@@ -1,0 +1,159 @@
+// Observed over expected of each hospital, with its interval and where it lies in the funnel.
+//
+// The files hold means; times the number of records they are counts. Where the expectation is of what
+// arose in hospital, a record with P = 1 cannot add to it, so the cases are the records that remain:
+// records x (1 - E[P|YPXZ]), rounded.
+import { adjustedLimits, funnelLimits, observedToExpectedInterval, overdispersion } from '../statistics/funnel';
+import { kExpectations, kPredictionColumns } from '../model';
+import type { CalibrationColumn, CoefficientFile, HospitalFile, HospitalRow, PredictionColumn, Report } from '../model';
+
+export type Position = 'above998' | 'above95' | 'inside' | 'below95' | 'below998' | 'unknown';
+
+export const kPositionText: Record<Position, string> = {
+  above998: 'above 99.8 %', above95: 'above 95 %', inside: 'within 95 %',
+  below95: 'below 95 %', below998: 'below 99.8 %', unknown: 'not known',
+};
+
+export interface Limits {
+  lower: number;
+  upper: number;
+}
+
+export interface HospitalRatio {
+  row: HospitalRow;
+  /** Counts, not rates. */
+  observed: number;
+  expected: number;
+  cases: number;
+  ratio: number;
+  /** 95 % interval of the ratio. */
+  interval: Limits;
+  limits95: Limits;
+  limits998: Limits;
+  position: Position;
+}
+
+export interface HospitalJudgement {
+  pair: CalibrationColumn;
+  ratios: HospitalRatio[];
+  /** How much more the hospitals differ than chance lets them; 1 is chance alone. */
+  dispersion: ReturnType<typeof overdispersion> | null;
+  adjusted: boolean;
+}
+
+export const meanOf = (row: HospitalRow, column: PredictionColumn): number =>
+  row.means[kPredictionColumns.indexOf(column)].value;
+
+export const pairOf = (expected: PredictionColumn): CalibrationColumn =>
+  kExpectations.find((pair) => pair.expected === expected) ?? kExpectations[0];
+
+/**
+ * With generalized estimating equations the fifth block has its standard error under `ese` and none
+ * under `mse`.
+ */
+export function usesGee(file: CoefficientFile): boolean {
+  const fifth = file.blocks[file.blocks.length - 1];
+  const filled = (cells: { text: string }[]) => cells.some((cell) => cell.text.trim() !== '');
+  return filled(fifth.ese) && !filled(fifth.mse);
+}
+
+/** Whether any coefficient file, or else any definition of an Analysis, tells of clustering. */
+export function runUsesGee(report: Report): boolean {
+  if (report.coefficients.length > 0) return report.coefficients.some(usesGee);
+  return report.definitions.some((definition) => definition.entries.some(([path, text]) =>
+    path.endsWith('UseGeneralizedEstimatingEquations') && text === 'true'));
+}
+
+export function defaultExpectation(report: Report): { column: PredictionColumn; reason: string } {
+  if (runUsesGee(report)) {
+    return {
+      column: 'E[Y|X,P=0]',
+      reason: 'The run used generalized estimating equations. The draws of the fifth block are then much too wide, ' +
+        'and the expectations made from them (E[Y|X,P=0]-MCMC) are off. So the fourth block, E[Y|X,P=0], is the ' +
+        'expectation here.',
+    };
+  }
+  return {
+    column: 'E[Y|X,P=0]-MCMC',
+    reason: 'E[Y|X,P=0]-MCMC has learned from all records, with missing values filled in; E[Y|X,P=0] has learned ' +
+      'from the complete records alone and misleads when these are not like the others.',
+  };
+}
+
+export function judgeHospitals(file: HospitalFile, pair: CalibrationColumn, adjusted: boolean): HospitalJudgement {
+  const counted = file.rows.map((row) => countsOf(row, pair));
+  const usable = counted.filter((counts) => counts.expected > 0);
+  const dispersion = usable.length > 1 ? overdispersion(usable) : null;
+  const ratios = counted.map((counts) => {
+    if (!(counts.expected > 0)) return unknown(counts);
+    const limits = (level: 0.95 | 0.998) => adjusted && dispersion
+      ? adjustedLimits(counts.cases, counts.expected, level, dispersion)
+      : funnelLimits(counts.cases, counts.expected, level);
+    const ratio = counts.observed / counts.expected;
+    const [limits95, limits998] = [limits(0.95), limits(0.998)];
+    return {
+      ...counts, ratio, limits95, limits998,
+      interval: observedToExpectedInterval(counts.observed, counts.expected, counts.cases, 0.95),
+      position: positionOf(ratio, limits95, limits998),
+    };
+  });
+  return { pair, ratios, dispersion, adjusted };
+}
+
+interface Counts {
+  row: HospitalRow;
+  observed: number;
+  expected: number;
+  cases: number;
+}
+
+function countsOf(row: HospitalRow, pair: CalibrationColumn): Counts {
+  const observed = row.records * meanOf(row, pair.observed);
+  const expected = row.records * meanOf(row, pair.expected);
+  const atRisk = pair.observed === 'E[Y|P=0]' ? row.records * (1 - meanOf(row, 'E[P|YPXZ]')) : row.records;
+  // Six digits of the means must not leave fewer cases than outcomes.
+  const cases = Math.max(Math.round(atRisk), Math.ceil(observed - 1e-3), Math.ceil(expected));
+  return { row, observed, expected, cases };
+}
+
+function unknown(counts: Counts): HospitalRatio {
+  const none = { lower: NaN, upper: NaN };
+  return { ...counts, ratio: NaN, interval: none, limits95: none, limits998: none, position: 'unknown' };
+}
+
+function positionOf(ratio: number, limits95: Limits, limits998: Limits): Position {
+  if (Number.isNaN(ratio)) return 'unknown';
+  if (ratio > limits998.upper) return 'above998';
+  if (ratio < limits998.lower) return 'below998';
+  if (ratio > limits95.upper) return 'above95';
+  if (ratio < limits95.lower) return 'below95';
+  return 'inside';
+}
+
+export interface FunnelCurve {
+  expected: number;
+  limits95: Limits;
+  limits998: Limits;
+}
+
+/**
+ * The limits as curves over the expected count, for a hospital whose cases have the mean risk of all.
+ * A hospital is judged by its own limits, which differ a little from these when its risk does.
+ */
+export function funnelCurves(judgement: HospitalJudgement, points = 120): FunnelCurve[] {
+  const known = judgement.ratios.filter((ratio) => ratio.expected > 0);
+  if (known.length === 0) return [];
+  const sum = (value: (ratio: HospitalRatio) => number) => known.reduce((total, ratio) => total + value(ratio), 0);
+  const risk = sum((ratio) => ratio.expected) / Math.max(sum((ratio) => ratio.cases), 1);
+  const largest = Math.max(...known.map((ratio) => ratio.expected));
+  const smallest = Math.min(...known.map((ratio) => ratio.expected));
+  const from = Math.max(Math.min(smallest, largest / 50) * 0.8, 0.05);
+  return Array.from({ length: points }, (_, i) => {
+    const expected = from * (largest * 1.03 / from) ** (i / (points - 1));
+    const cases = Math.max(Math.round(expected / risk), Math.ceil(expected));
+    const limits = (level: 0.95 | 0.998) => judgement.adjusted && judgement.dispersion
+      ? adjustedLimits(cases, expected, level, judgement.dispersion)
+      : funnelLimits(cases, expected, level);
+    return { expected, limits95: limits(0.95), limits998: limits(0.998) };
+  });
+}

@@ -1,0 +1,241 @@
+// What the run says, in words. Each finding answers one question; the sections below show the evidence.
+import type { Calibration, IndividualDigest, Report } from '../model';
+import { count, fixed, list, number, percent, plural } from '../view/format';
+import { kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary } from './diagnostics';
+import { runUsesGee, type HospitalJudgement, type HospitalRatio, type Position } from './hospital_ratios';
+
+/** good: nothing to do. look: worth a look. act: not to be relied on as it is. plain: a fact. */
+export type Level = 'good' | 'look' | 'act' | 'plain' | 'wait';
+
+export interface Finding {
+  question: string;
+  level: Level;
+  answer: string;
+  details: string[];
+  /** Section with the evidence. */
+  section: string;
+}
+
+export function convergenceFinding(report: Report, groups: GroupDiagnostics[] | null): Finding | null {
+  if (report.chains.length === 0) return null;
+  const question = 'Did the chains converge?';
+  if (!groups) return { question, level: 'wait', answer: 'The chains are being judged.', details: [], section: 'chains' };
+  const findings = groups.map((group) => judgeGroup(report, group));
+  const worst = findings.find((f) => f.level === 'act') ?? findings.find((f) => f.level === 'look') ?? findings[0];
+  if (findings.length === 1) return { question, section: 'chains', ...findings[0] };
+  return {
+    question, section: 'chains', level: worst.level,
+    answer: `The folder holds ${findings.length} groups of chains with different coefficients. ${findings[0].answer}`,
+    details: [...findings[0].details, ...findings.slice(1).map((f, i) => `Group ${i + 2}: ${f.answer}`)],
+  };
+}
+
+type Judged = Pick<Finding, 'level' | 'answer' | 'details'>;
+
+function judgeGroup(report: Report, diagnostics: GroupDiagnostics): Judged {
+  const { group, draws, summaries } = diagnostics;
+  const chains = plural(group.chains.length, 'chain');
+  if (summaries.length === 0) {
+    return { level: 'act', answer: `Cannot be judged: ${plural(draws, 'kept draw')} a chain is too few.`, details: [] };
+  }
+  const failing = summaries.map((summary, index) => ({ summary, index })).filter(({ summary }) => !reaches(summary));
+  const name = (index: number) => group.names[index] ?? group.columns[index];
+  const details = [...remarks(report, diagnostics)];
+  if (failing.length === 0) {
+    const one = group.chains.length === 1;
+    return {
+      level: one ? 'look' : 'good',
+      answer: one
+        ? `As far as one chain can tell, yes: all ${count(summaries.length)} coefficients have R-hat at most ` +
+          `${kLargestRhat} between its halves and effective sample sizes of ${kSmallestEss} or more.`
+        : `Yes. In ${chains} all ${count(summaries.length)} coefficients have R-hat at most ${kLargestRhat} and ` +
+          `bulk and tail effective sample sizes of ${kSmallestEss} or more.`,
+      details,
+    };
+  }
+  const mixing = failing.filter(({ summary }) => !(summary.rhat <= kLargestRhat));
+  const described = failing.sort((a, b) => severity(b.summary) - severity(a.summary)).map(({ summary, index }) =>
+    `${name(index)} (R-hat ${fixed(summary.rhat, 3)}, ESS bulk ${fixed(summary.essBulk, 0)}, tail ${fixed(summary.essTail, 0)})`);
+  return {
+    level: mixing.length > 0 ? 'act' : 'look',
+    answer: mixing.length > 0
+      ? `Not yet: ${count(mixing.length)} of ${count(summaries.length)} coefficients have R-hat above ${kLargestRhat}.`
+      : `No sign against it, but there are too few effective draws: ${count(failing.length)} of ` +
+        `${count(summaries.length)} coefficients have an effective sample size below ${kSmallestEss}.`,
+    details: [`Short of the thresholds: ${list(described, 5)}.`, adviceFor(diagnostics, mixing.length > 0), ...details],
+  };
+}
+
+function severity(summary: Summary): number {
+  const ess = Math.min(summary.essBulk, summary.essTail);
+  return (summary.rhat > kLargestRhat ? 1000 * summary.rhat : 0) + 1 / Math.max(ess, 1e-3);
+}
+
+function adviceFor(diagnostics: GroupDiagnostics, mixing: boolean): string {
+  const smallest = Math.min(...diagnostics.summaries.map((s) => Math.min(s.essBulk, s.essTail)));
+  const factor = Math.ceil(kSmallestEss / Math.max(smallest, 1));
+  const total = diagnostics.draws * diagnostics.group.chains.length;
+  const steps = Number.isFinite(factor) && factor > 1
+    ? `At this rate about ${factor} times as many kept draws are needed as the ${count(total)} here: raise Steps.`
+    : 'Raise Steps.';
+  return mixing
+    ? `What to do: raise Burnin and Steps and run again; if R-hat stays above ${kLargestRhat}, look at the traces below for a ` +
+      `trend or for chains that stay apart. ${steps}`
+    : `What to do: ${steps.charAt(0).toLowerCase()}${steps.slice(1)}`;
+}
+
+function remarks(report: Report, { group, cut, identical, draws }: GroupDiagnostics): string[] {
+  const result: string[] = [];
+  if (group.chains.length === 1) {
+    result.push('One chain cannot show that chains from different starts agree. Run several, with different seeds ' +
+      '(hovar --chains 4), and drop all their folders here.');
+  }
+  if (identical.length > 0) {
+    const pairs = identical.map(([a, b]) => `${a + 1} and ${b + 1}`);
+    result.push(`Chains ${list(pairs)} hold the same draws: the same seed, or the same folder twice. They count as one.`);
+  }
+  if (cut) result.push(`The chains differ in length; the first ${count(draws)} draws of each are judged.`);
+  if (runUsesGee(report)) {
+    result.push('With generalized estimating equations the draws are far too wide, so even chains that agree are not fit ' +
+      'for inference. Use the fourth block.');
+  }
+  return result;
+}
+
+export function hospitalFinding(judgement: HospitalJudgement | null): Finding | null {
+  if (!judgement) return null;
+  const at = (...positions: Position[]) => judgement.ratios.filter((ratio) => positions.includes(ratio.position));
+  const known = judgement.ratios.filter((ratio) => ratio.position !== 'unknown');
+  const far = at('above998', 'below998');
+  const near = at('above95', 'below95');
+  const details: string[] = [];
+  const line = (text: string, found: HospitalRatio[]) => {
+    if (found.length > 0) details.push(`${text}: ${list(sortedRatios(found), 12)}.`);
+  };
+  line('More outcomes than expected, outside 99.8 %', at('above998'));
+  line('Fewer than expected, outside 99.8 %', at('below998'));
+  line('More than expected, outside 95 % only', at('above95'));
+  line('Fewer than expected, outside 95 % only', at('below95'));
+  const chance95 = fixed(0.05 * known.length, known.length < 20 ? 1 : 0);
+  const chance998 = number(0.002 * known.length, 2);
+  details.push(`By chance alone about ${chance95} of ${count(known.length)} hospitals lie outside 95 % and ${chance998} outside 99.8 %. ` +
+    `Expectation: ${judgement.pair.expected}.`);
+  return {
+    question: 'Which hospitals stand out?', section: 'hospitals',
+    level: far.length > 0 ? 'look' : 'plain',
+    answer: far.length + near.length === 0
+      ? `None: all ${count(known.length)} lie within the 95 % limits.`
+      : `${count(far.length)} of ${count(known.length)} ${far.length === 1 ? 'lies' : 'lie'} outside the 99.8 % limits, ` +
+        `${count(near.length)} more outside the 95 % limits.`,
+    details,
+  };
+}
+
+function sortedRatios(ratios: HospitalRatio[]): string[] {
+  return [...ratios].sort((a, b) => Math.abs(Math.log(b.ratio || 1e-9)) - Math.abs(Math.log(a.ratio || 1e-9)))
+    .map((ratio) => `${ratio.row.id} (${fixed(ratio.ratio, 2)})`);
+}
+
+/** An adverb for a C-statistic of at least 0.5. */
+export function separationWord(value: number): string {
+  if (value < 0.6) return 'barely';
+  if (value < 0.7) return 'modestly';
+  if (value < 0.8) return 'clearly';
+  if (value < 0.9) return 'strongly';
+  return 'very strongly';
+}
+
+export function fitFinding(report: Report, expected: string): Finding | null {
+  const statistic = (name: string) => report.cStatistics[0]?.rows.find((row) => row.estimate === name)?.value.value ??
+    report.individuals[0]?.calibrations.find((calibration) => calibration.expected === name)?.cStatistic;
+  const value = statistic(expected);
+  const calibration = report.individuals[0]?.calibrations.find((c) => c.expected === expected);
+  if (value === undefined && !calibration) return null;
+  const details: string[] = [];
+  const others = ['E[Y|Z]', 'E[Y|X]', 'E[P|X]'].map((name) => ({ name, value: statistic(name) }))
+    .filter((entry) => entry.value !== undefined);
+  if (others.length > 0) {
+    details.push(`C-statistics of the other models: ${list(others.map((o) => `${o.name} ${fixed(o.value ?? NaN, 3)}`))}. 0.5 is a coin, 1 is perfect.`);
+  }
+  const [calibrated, sentence] = calibration ? calibrationSentence(calibration) : [true, ''];
+  if (sentence) details.push(sentence);
+  const separated = value === undefined ? '' :
+    value < 0 ? 'There is no pair of records to compare.' :
+      value < 0.5 ? `${expected} orders records with and without the outcome worse than chance would (C-statistic ${fixed(value, 3)}).` :
+        `${expected} ${separationWord(value)} separates records with the outcome from those without (C-statistic ${fixed(value, 3)}).`;
+  const agreement = !calibration ? '' : calibrated
+    ? ' Predicted and observed rates agree.' : ' Predicted and observed rates differ in places.';
+  return {
+    question: 'How well do the models predict?', section: 'calibration',
+    level: !calibrated || (value !== undefined && value >= 0 && value < 0.5) ? 'look' : 'plain',
+    answer: `${separated}${agreement}`.trim(), details,
+  };
+}
+
+/** With ten intervals of 95 %, one miss is within chance. */
+function calibrationSentence(calibration: Calibration): [boolean, string] {
+  const missed = calibration.bins.filter((bin) => bin.meanPredicted < bin.lower || bin.meanPredicted > bin.upper);
+  const total = `${count(calibration.meanObserved * calibration.records)} observed, ` +
+    `${count(calibration.meanPredicted * calibration.records)} expected`;
+  const ratio = calibration.meanObserved / calibration.meanPredicted;
+  const good = missed.length <= 1 && Math.abs(ratio - 1) < 0.05;
+  return [good, `Over all records: ${total} (ratio ${fixed(ratio, 2)}). In ${missed.length} of ${calibration.bins.length} groups of ` +
+    'risk the mean prediction lies outside the 95 % interval of the observed rate.'];
+}
+
+export function missingFinding(report: Report): Finding | null {
+  const log = report.logs.find((candidate) => candidate.analysis) ?? report.logs[0];
+  const hospitals = report.hospitals.find((file) => !file.derived);
+  const individual: IndividualDigest | undefined = report.individuals[0];
+  const details: string[] = [];
+  let records = NaN;
+  let complete = NaN;
+  if (hospitals) {
+    records = hospitals.rows.reduce((sum, row) => sum + row.records, 0);
+    complete = hospitals.rows.reduce((sum, row) => sum + row.complete, 0);
+  } else if (log) {
+    records = log.records;
+    complete = log.completeLast;
+  }
+  if (individual) {
+    details.push(`Present on admission (P) is missing in ${count(individual.missingP)} of ${count(individual.records)} records ` +
+      `(${percent(individual.missingP / individual.records, 1)}).`);
+  }
+  if (log && log.completeFirst !== log.completeLast && !Number.isNaN(log.completeFirst)) {
+    details.push(`${count(log.completeFirst)} records were complete as read; without the removed variables ${count(log.completeLast)} are.`);
+  }
+  if (Number.isNaN(complete) && details.length === 0) return null;
+  const share = 1 - complete / records;
+  return {
+    question: 'How much was missing?', section: hospitals ? 'hospitals' : 'run', level: share > 0.4 ? 'look' : 'plain',
+    answer: Number.isNaN(share)
+      ? details.shift() ?? ''
+      : `${count(records - complete)} of ${count(records)} records (${percent(share)}) lack a value somewhere and were filled in.` +
+        (share > 0.4 ? ' That is much: intervals of the fifth block come out too narrow.' : ''),
+    details,
+  };
+}
+
+export function runFinding(report: Report): Finding | null {
+  if (report.logs.length === 0) return null;
+  const log = report.logs.find((candidate) => candidate.analysis) ?? report.logs[0];
+  const unfinished = Math.max(...report.logs.map((candidate) => candidate.unfinishedFits));
+  const details: string[] = [];
+  if (log.removed.length > 0) {
+    details.push(`${plural(log.removed.length, 'variable was', 'variables were')} removed, because nothing can be learned from ` +
+      `${log.removed.length === 1 ? 'it' : 'them'} beside the others: ${list(log.removed.map((pair) => pair.replace(/^.*, /, '')))}.`);
+  }
+  if (log.contradictions > 0) {
+    details.push(`${plural(log.contradictions, 'record')} with an outcome that was present on admission and not found: P was taken as 0.`);
+  }
+  const warned = unfinished > 0;
+  return {
+    question: 'Did the run warn of anything?', section: 'run',
+    level: warned ? 'act' : details.length > 0 ? 'plain' : 'good',
+    answer: warned
+      ? `Yes: ${plural(unfinished, 'fit')} stopped at the largest number of iterations, so the estimates are not those of the model. ` +
+        'Raise MaxIterations, or PriorPrecision where a variable decides the outcome alone.'
+      : details.length > 0 ? 'Every fit came to its end. The log tells of changes to the data.' : 'No. Every fit came to its end.',
+    details,
+  };
+}

@@ -1,0 +1,108 @@
+// The work that takes time, as a conversation: files in, then progress, the report and the diagnostics
+// of its chains out. The same code answers from a worker and, where there is none, from the page.
+import { groupChains } from './analysis/chain_groups';
+import { diagnose, type GroupDiagnostics } from './analysis/diagnostics';
+import { deriveHospitals, loadReport } from './read/load';
+import type { Report, SourceFile } from './model';
+
+export type EngineMessage =
+  | { type: 'progress'; share: number; text: string }
+  | { type: 'report'; report: Report }
+  | { type: 'diagnostics'; groups: GroupDiagnostics[] }
+  | { type: 'failure'; text: string };
+
+export async function runEngine(
+  sources: SourceFile[], post: (message: EngineMessage) => void | Promise<void>,
+): Promise<void> {
+  try {
+    const total = sources.reduce((sum, source) => sum + source.blob.size, 0);
+    let done = 0;
+    const report = await loadReport(sources, async (count) => {
+      done += count;
+      await post({ type: 'progress', share: done / Math.max(total, 1), text: `${megabytes(done)} of ${megabytes(total)} MB read` });
+    });
+    deriveHospitals(report);
+    await post({ type: 'report', report });
+    await post({ type: 'diagnostics', groups: await diagnoseAll(report, post) });
+  } catch (error) {
+    await post({ type: 'failure', text: String(error) });
+  }
+}
+
+async function diagnoseAll(
+  report: Report, post: (message: EngineMessage) => void | Promise<void>,
+): Promise<GroupDiagnostics[]> {
+  const groups = groupChains(report);
+  const total = groups.reduce((sum, group) => sum + group.columns.length, 0);
+  let done = 0;
+  const diagnostics: GroupDiagnostics[] = [];
+  for (const group of groups) {
+    diagnostics.push(await diagnose(report, group, () =>
+      post({ type: 'progress', share: ++done / total, text: `${done} of ${total} coefficients judged` })));
+  }
+  return diagnostics;
+}
+
+const megabytes = (bytes: number) => (bytes / 1e6).toFixed(bytes < 1e7 ? 1 : 0);
+
+/** Answers the page from within a worker. */
+export function serve(scope: {
+  onmessage: ((event: MessageEvent<SourceFile[]>) => void) | null;
+  postMessage(message: EngineMessage): void;
+}): void {
+  scope.onmessage = (event) => void runEngine(event.data, (message) => scope.postMessage(message));
+}
+
+/**
+ * Starts the engine on files. `scriptText` is the page's own script, which a worker runs again: it
+ * then finds no document and serves. Without workers the engine runs here and lets the page breathe
+ * between two steps.
+ */
+export function startEngine(
+  sources: SourceFile[], scriptText: string, onMessage: (message: EngineMessage) => void,
+): void {
+  let worker: Worker;
+  try {
+    worker = new Worker(workerAddress(scriptText));
+  } catch {
+    runHere(sources, onMessage);
+    return;
+  }
+  let heard = false;
+  worker.onmessage = (event: MessageEvent<EngineMessage>) => {
+    heard = true;
+    onMessage(event.data);
+    if (event.data.type === 'diagnostics' || event.data.type === 'failure') worker.terminate();
+  };
+  worker.onerror = (event) => {
+    worker.terminate();
+    if (heard) onMessage({ type: 'failure', text: event.message || 'out of memory' });
+    else runHere(sources, onMessage);
+  };
+  worker.postMessage(sources);
+}
+
+function runHere(sources: SourceFile[], onMessage: (message: EngineMessage) => void): void {
+  void runEngine(sources, (message) => {
+    onMessage(message);
+    return new Promise((resolve) => setTimeout(resolve, 0));
+  });
+}
+
+interface AddressPolicy {
+  createScriptURL(address: string): string;
+}
+
+interface TrustedTypes {
+  createPolicy(name: string, rules: AddressPolicy): AddressPolicy;
+}
+
+let addressPolicy: AddressPolicy | undefined;
+
+/** The policy of the page allows one kind of script address: that of this worker. */
+function workerAddress(scriptText: string): string {
+  const address = URL.createObjectURL(new Blob([scriptText], { type: 'text/javascript' }));
+  const trusted = (globalThis as { trustedTypes?: TrustedTypes }).trustedTypes;
+  addressPolicy ??= trusted?.createPolicy('hovar-worker', { createScriptURL: (text) => text });
+  return addressPolicy?.createScriptURL(address) ?? address;
+}

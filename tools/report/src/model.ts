@@ -1,0 +1,206 @@
+// What the page knows of the files that it was given. Everything here can be sent from the worker
+// that reads to the page that draws.
+//
+// Numbers of small tables are kept as the text of the file beside their value, so that the page can
+// show them to the last digit as written.
+
+/** A file as a door hands it over. `path` is relative to its folder and has slashes. */
+export interface SourceFile {
+  folder: number;
+  folderName: string;
+  path: string;
+  blob: Blob;
+}
+
+export type FileKind =
+  | 'coefficients' | 'chain' | 'summary' | 'individual' | 'hospitals' | 'cStatistics'
+  | 'log' | 'definition' | 'runRecord' | 'unused';
+
+export interface FileEntry {
+  folder: number;
+  folderName: string;
+  path: string;
+  bytes: number;
+  kind: FileKind;
+  /** Why the file is not used, or what was odd in it; empty otherwise. */
+  note: string;
+}
+
+/** Where a table came from. */
+export interface Origin {
+  folder: number;
+  folderName: string;
+  path: string;
+}
+
+export interface NumberCell {
+  text: string;
+  /** NaN for an empty cell and for text that is no number. */
+  value: number;
+}
+
+/** One of the five fits: a cell per variable. */
+export interface CoefficientBlock {
+  name: string;
+  estimate: NumberCell[];
+  mse: NumberCell[];
+  ese: NumberCell[];
+}
+
+export interface CoefficientFile {
+  origin: Origin;
+  xNames: string[];
+  zNames: string[];
+  blocks: CoefficientBlock[];
+}
+
+export interface ChainFile {
+  origin: Origin;
+  /** Headers of the columns without `Step`. */
+  columns: string[];
+  steps: Float64Array;
+  /** One array per column, a number per kept draw. */
+  draws: Float64Array[];
+}
+
+export interface SummaryRow {
+  variable: string;
+  mean: NumberCell;
+  variance: NumberCell;
+  acceptance: NumberCell;
+}
+
+export interface SummaryFile {
+  origin: Origin;
+  rows: SummaryRow[];
+}
+
+/** The nine columns that individual and hospital predictions share, in the order of the files. */
+export const kPredictionColumns = [
+  'Y', 'E[Y|Z]', 'E[Y|X]', 'E[Y|P=0]', 'E[Y|X,P=0]', 'E[Y|X,P=0]-MCMC', 'P', 'E[P|X]', 'E[P|YPXZ]',
+] as const;
+export type PredictionColumn = (typeof kPredictionColumns)[number];
+
+export interface HospitalRow {
+  id: string;
+  records: number;
+  /** Complete records; NaN when the row was made from individual predictions. */
+  complete: number;
+  completeP0: number;
+  /** Means over the hospital's records, in the order of kPredictionColumns. */
+  means: NumberCell[];
+}
+
+export interface HospitalFile {
+  origin: Origin;
+  /** True when the rows were summed up here from individual predictions. */
+  derived: boolean;
+  rows: HospitalRow[];
+}
+
+/** A column of expectations and the column that it is an expectation of. */
+export interface CalibrationColumn {
+  expected: PredictionColumn;
+  observed: PredictionColumn;
+}
+
+export interface CalibrationBin {
+  count: number;
+  meanPredicted: number;
+  observedRate: number;
+  lower: number;
+  upper: number;
+}
+
+export interface Calibration extends CalibrationColumn {
+  records: number;
+  meanPredicted: number;
+  meanObserved: number;
+  bins: CalibrationBin[];
+  /** From the individual predictions; NaN when there is no pair to compare. */
+  cStatistic: number;
+}
+
+export interface IndividualDigest {
+  origin: Origin;
+  records: number;
+  missingP: number;
+  calibrations: Calibration[];
+  hospitals: HospitalRow[];
+}
+
+export interface CStatisticFile {
+  origin: Origin;
+  rows: { estimate: string; value: NumberCell }[];
+}
+
+export interface LogDigest {
+  origin: Origin;
+  /** True for the log of an Analysis. */
+  analysis: boolean;
+  records: number;
+  variables: number;
+  hospitals: number;
+  /** Complete records as read and after the last removal of variables. */
+  completeFirst: number;
+  completeLast: number;
+  removed: string[];
+  /** Records with Y = 0 and P = 1. */
+  contradictions: number;
+  /** Fits that reached their largest number of iterations. */
+  unfinishedFits: number;
+}
+
+export interface DefinitionDigest {
+  origin: Origin;
+  root: string;
+  /** Element name and text, in the order of the file. */
+  entries: [string, string][];
+}
+
+export interface RunRecord {
+  origin: Origin;
+  entries: [string, string][];
+}
+
+export interface Report {
+  files: FileEntry[];
+  coefficients: CoefficientFile[];
+  chains: ChainFile[];
+  summaries: SummaryFile[];
+  hospitals: HospitalFile[];
+  individuals: IndividualDigest[];
+  cStatistics: CStatisticFile[];
+  logs: LogDigest[];
+  definitions: DefinitionDigest[];
+  runRecords: RunRecord[];
+}
+
+export function emptyReport(): Report {
+  return {
+    files: [], coefficients: [], chains: [], summaries: [], hospitals: [], individuals: [],
+    cStatistics: [], logs: [], definitions: [], runRecords: [],
+  };
+}
+
+/** The text of a cell and its number, as the program writes numbers. */
+export function numberCell(text: string): NumberCell {
+  const plain = text.trim();
+  if (plain === 'inf') return { text, value: Infinity };
+  if (plain === '-inf') return { text, value: -Infinity };
+  return { text, value: plain === '' ? NaN : Number(plain) };
+}
+
+/** "folder/path" of a file for a reader. */
+export function originText(origin: Origin): string {
+  return origin.folderName ? `${origin.folderName}/${origin.path}` : origin.path;
+}
+
+/** The columns of expectations with what was observed of them. */
+export const kExpectations: readonly (CalibrationColumn & { title: string })[] = [
+  { expected: 'E[Y|X,P=0]-MCMC', observed: 'E[Y|P=0]', title: 'outcomes that arose in hospital' },
+  { expected: 'E[Y|X,P=0]', observed: 'E[Y|P=0]', title: 'outcomes that arose in hospital' },
+  { expected: 'E[Y|X]', observed: 'Y', title: 'outcomes' },
+  { expected: 'E[Y|Z]', observed: 'Y', title: 'outcomes' },
+  { expected: 'E[P|X]', observed: 'E[P|YPXZ]', title: 'conditions present on admission' },
+];

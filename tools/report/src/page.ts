@@ -1,0 +1,168 @@
+// Puts the report together: the doors, the progress, then the sections as their contents arrive.
+import { filesOfDrop, filesOfPicker } from './doors/dropped';
+import { hasInlinedFiles, inlinedFiles } from './doors/inlined';
+import type { GroupDiagnostics } from './analysis/diagnostics';
+import type { HospitalJudgement } from './analysis/hospital_ratios';
+import {
+  convergenceFinding, fitFinding, hospitalFinding, missingFinding, runFinding, type Finding,
+} from './analysis/verdict';
+import { startEngine, type EngineMessage } from './engine';
+import type { Report, SourceFile } from './model';
+import { calibrationSection } from './view/calibration_section';
+import { chainSection } from './view/chain_section';
+import { startCharts } from './view/chart';
+import { coefficientSection } from './view/coefficient_section';
+import { byId, h } from './view/dom';
+import { count, list } from './view/format';
+import { hospitalSection } from './view/hospital_section';
+import { runSection } from './view/run_section';
+import { startTheme } from './view/theme';
+import { verdictSection } from './view/verdict_section';
+
+/** Counts the loads, so that messages of an earlier one are not taken for those of the latest. */
+let latestLoad = 0;
+
+export function startPage(scriptText: string): void {
+  startTheme(byId('theme'));
+  startCharts();
+  connectDoors((files) => void load(files, scriptText));
+  if (hasInlinedFiles(document)) void loadInlined(scriptText);
+}
+
+async function loadInlined(scriptText: string): Promise<void> {
+  byId('doors').hidden = true;
+  const breathe = () => new Promise<void>((resolve) => setTimeout(resolve, 0));
+  try {
+    await load(inlinedFiles(document, (share) => {
+      showProgress('Unpacking the files of this page', share);
+      return breathe();
+    }), scriptText);
+  } catch (error) {
+    showFailure(String(error));
+  }
+}
+
+function connectDoors(take: (files: SourceFile[] | Promise<SourceFile[]>) => void): void {
+  const folderInput = byId<HTMLInputElement>('folder-input');
+  const filesInput = byId<HTMLInputElement>('files-input');
+  byId('pick-folder').addEventListener('click', () => folderInput.click());
+  byId('pick-files').addEventListener('click', () => filesInput.click());
+  for (const input of [folderInput, filesInput]) {
+    input.addEventListener('change', () => {
+      take(filesOfPicker(input.files ?? []));
+      input.value = '';
+    });
+  }
+  addEventListener('dragover', (event) => {
+    event.preventDefault();
+    document.body.classList.add('dragging');
+  });
+  addEventListener('dragleave', (event) => {
+    if (!event.relatedTarget) document.body.classList.remove('dragging');
+  });
+  addEventListener('drop', (event) => {
+    event.preventDefault();
+    document.body.classList.remove('dragging');
+    if (event.dataTransfer) take(filesOfDrop(event.dataTransfer));
+  });
+}
+
+async function load(files: SourceFile[] | Promise<SourceFile[]>, scriptText: string): Promise<void> {
+  const ticket = ++latestLoad;
+  byId('failure').hidden = true;
+  let report: Report | null = null;
+  showProgress('Looking for files', 0);
+  try {
+    const sources = await files;
+    if (sources.length === 0) throw new Error('there are no files in it');
+    startEngine(sources, scriptText, (message) => {
+      if (ticket === latestLoad) report = receive(message, report);
+    });
+  } catch (error) {
+    showFailure(`The files could not be read: ${error instanceof Error ? error.message : String(error)}`);
+  }
+}
+
+function receive(message: EngineMessage, report: Report | null): Report | null {
+  switch (message.type) {
+    case 'progress': showProgress(message.text, message.share); break;
+    case 'report':
+      showReport(message.report);
+      return message.report;
+    case 'diagnostics':
+      byId('loading').hidden = true;
+      if (report) showDiagnostics(report, message.groups);
+      document.body.dataset.state = 'done';
+      break;
+    case 'failure': showFailure(`The files could not be read: ${message.text}`); break;
+  }
+  return report;
+}
+
+function showProgress(text: string, share: number): void {
+  document.body.dataset.state = 'loading';
+  byId('loading').hidden = false;
+  byId('loading-text').textContent = text;
+  byId<HTMLProgressElement>('loading-bar').value = share;
+}
+
+function showFailure(text: string): void {
+  byId('loading').hidden = true;
+  byId('failure').textContent = text;
+  byId('failure').hidden = false;
+  document.body.dataset.state = 'failed';
+}
+
+let judgement: HospitalJudgement | null = null;
+
+function showReport(report: Report): void {
+  byId('doors').hidden = true;
+  judgement = null;
+  const sections: HTMLElement[] = [];
+  if (report.hospitals.some((file) => file.rows.length > 0)) {
+    const hospitals = hospitalSection(report);
+    judgement = hospitals.judgement;
+    sections.push(hospitals.element);
+  }
+  if (report.individuals.length > 0 || report.cStatistics.length > 0) sections.push(calibrationSection(report));
+  if (report.coefficients.some((file) => file.xNames.length > 0)) sections.push(coefficientSection(report));
+  if (report.chains.length > 0) sections.push(chainSection(report, null));
+  sections.push(runSection(report));
+  byId('report').replaceChildren(verdict(report, null), ...sections);
+  document.title = `Hovar report: ${folderNames(report)}`;
+  showNavigation();
+}
+
+function showDiagnostics(report: Report, diagnostics: GroupDiagnostics[]): void {
+  document.getElementById('verdict')?.replaceWith(verdict(report, diagnostics));
+  document.getElementById('chains')?.replaceWith(chainSection(report, diagnostics));
+}
+
+function folderNames(report: Report): string {
+  const names = [...new Set(report.files.map((file) => file.folderName).filter(Boolean))];
+  return names.length > 0 ? list(names, 6) : 'picked files';
+}
+
+function verdict(report: Report, diagnostics: GroupDiagnostics[] | null): HTMLElement {
+  const findings: (Finding | null)[] = [
+    convergenceFinding(report, diagnostics), hospitalFinding(judgement),
+    fitFinding(report, judgement?.pair.expected ?? 'E[Y|X,P=0]-MCMC'), missingFinding(report), runFinding(report),
+  ];
+  const used = report.files.filter((file) => file.kind !== 'unused').length;
+  const about = `${folderNames(report)}: ${count(used)} of ${count(report.files.length)} files used.`;
+  const present = findings.filter((finding): finding is Finding => finding !== null);
+  if (used === 0) {
+    present.push({
+      question: 'Is this the output of a run?', level: 'act', section: 'run', details: [],
+      answer: 'None of these files is one that Hovar writes. Drop the folder that the definition names under Folder.',
+    });
+  }
+  return verdictSection(present, about);
+}
+
+function showNavigation(): void {
+  const nav = byId('sections');
+  nav.replaceChildren(...[...document.querySelectorAll('#report > section')].map((section) =>
+    h('a', { href: `#${section.id}` }, section.querySelector('h2')?.textContent ?? '')));
+  nav.hidden = false;
+}

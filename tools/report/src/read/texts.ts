@@ -1,0 +1,90 @@
+// Readers of logs, definitions and run records.
+import type { DefinitionDigest, LogDigest, Origin, RunRecord } from '../model';
+
+/** Files of text are small; a larger one is cut, so that nothing can fill the memory. */
+const kLargestText = 16 << 20;
+const kLargestEntry = 500;
+
+async function textOf(blob: Blob): Promise<string> {
+  const bytes = await blob.slice(0, kLargestText).arrayBuffer();
+  try {
+    return new TextDecoder('utf-8', { fatal: true }).decode(bytes);
+  } catch {
+    return new TextDecoder('windows-1252').decode(bytes);
+  }
+}
+
+/**
+ * In a batch the log of an earlier run also receives the lines of the later ones, so only the lines up
+ * to a second count of records belong to the run.
+ */
+export async function readLog(blob: Blob, origin: Origin): Promise<LogDigest> {
+  const digest: LogDigest = {
+    origin, analysis: false, records: NaN, variables: NaN, hospitals: NaN, completeFirst: NaN,
+    completeLast: NaN, removed: [], contradictions: 0, unfinishedFits: 0,
+  };
+  let removing = false;
+  for (const line of (await textOf(blob)).split(/\r?\n/)) {
+    const count = /^(Number of [^:]+): (-?\d+)$/.exec(line);
+    if (count?.[1] === 'Number of records' && !Number.isNaN(digest.records)) break;
+    if (count) {
+      removing = false;
+      addCount(digest, count[1], Number(count[2]));
+    } else if (line === 'Eliminating columns:') {
+      removing = true;
+    } else if (line.startsWith('Warning: Y == 0 && P == 1')) {
+      digest.contradictions++;
+    } else if (line === 'Warning: Maximum number of iterations reached') {
+      digest.unfinishedFits++;
+    } else if (line === 'Eliminating Z zero columns') {
+      digest.analysis = true;
+    } else if (removing && line !== '') {
+      digest.removed.push(line);
+    }
+  }
+  return digest;
+}
+
+function addCount(digest: LogDigest, name: string, value: number): void {
+  if (name === 'Number of records') digest.records = value;
+  if (name === 'Number of variables') digest.variables = value;
+  if (name === 'Number of hospitals') digest.hospitals = value;
+  if (name === 'Number of non-missing records') {
+    if (Number.isNaN(digest.completeFirst)) digest.completeFirst = value;
+    digest.completeLast = value;
+  }
+}
+
+export async function readDefinition(blob: Blob, origin: Origin): Promise<DefinitionDigest> {
+  const text = (await textOf(blob)).replace(/<!-{2}[^]*?-->/g, '').replace(/<\?[^]*?\?>/g, '');
+  const root = /<(\w+)/.exec(text)?.[1] ?? '';
+  const entries: [string, string][] = [];
+  const groups: string[] = [];
+  for (const match of text.matchAll(/<(\/?)([\w.:-]+)([^>]*?)(\/?)>([^<]*)/g)) {
+    const [, closing, name, attributes, empty, content] = match;
+    if (closing) {
+      groups.pop();
+      continue;
+    }
+    const path = [...groups.slice(1), name].join(' / ');
+    const type = /xsi:type="([^"]*)"/.exec(attributes)?.[1];
+    if (type) entries.push([path, type.slice(0, kLargestEntry)]);
+    if (!empty) groups.push(name);
+    if (content.trim()) entries.push([path, content.trim().slice(0, kLargestEntry)]);
+  }
+  return { origin, root, entries };
+}
+
+/** A record of a run is a JSON object; its plain values are shown, whatever their names. */
+export async function readRunRecord(blob: Blob, origin: Origin): Promise<RunRecord> {
+  const entries: [string, string][] = [];
+  const walk = (path: string, value: unknown): void => {
+    if (value !== null && typeof value === 'object') {
+      for (const [key, inner] of Object.entries(value)) walk(path ? `${path} / ${key}` : key, inner);
+    } else if (entries.length < 200) {
+      entries.push([path, String(value).slice(0, kLargestEntry)]);
+    }
+  };
+  walk('', JSON.parse(await textOf(blob)));
+  return { origin, entries };
+}

@@ -1,0 +1,246 @@
+// Hospitals: funnel, caterpillar and table over one expectation.
+import {
+  defaultExpectation, funnelCurves, judgeHospitals, kPositionText, meanOf, pairOf,
+  type HospitalJudgement, type HospitalRatio, type Position,
+} from '../analysis/hospital_ratios';
+import { kExpectations, kPredictionColumns, originText } from '../model';
+import type { HospitalFile, PredictionColumn, Report } from '../model';
+import { chart, legend, type Chart } from './chart';
+import { checkbox, choice, h, section } from './dom';
+import { count, fixed, number, shorten } from './format';
+import { plot, Plot } from './plots';
+import { dataTable, type Column } from './table';
+
+/** More hospitals than this are drawn as a band with those that stand out on it. */
+const kMostIntervals = 1500;
+const kMostLabels = 14;
+
+const kColours: Record<Position, string> = {
+  above998: 'var(--bad)', below998: 'var(--bad)', above95: 'var(--warn)', below95: 'var(--warn)',
+  inside: 'var(--muted)', unknown: 'var(--muted)',
+};
+const kSymbols: Record<Position, Plot.SymbolType> = {
+  above998: 'diamond', below998: 'diamond', above95: 'triangle', below95: 'triangle2',
+  inside: 'circle', unknown: 'circle',
+};
+
+export function hospitalSection(report: Report): { element: HTMLElement; judgement: HospitalJudgement } {
+  const preset = defaultExpectation(report);
+  let file = report.hospitals[0];
+  let column: PredictionColumn = preset.column;
+  let adjusted = false;
+  let searched = '';
+  let judgement = judgeHospitals(file, pairOf(column), adjusted);
+  const first = judgement;
+
+  const reason = h('p', { class: 'note' });
+  const dispersion = h('p', { class: 'note' });
+  const found = h('p', { class: 'note', role: 'status' });
+  const funnel = funnelChart(() => judgement, () => searched);
+  const caterpillar = caterpillarChart(() => judgement, () => searched);
+  const table = dataTable<HospitalRatio>({
+    caption: 'Hospitals with observed and expected outcomes', columns: columnsOf(column, file), rows: judgement.ratios,
+    csvName: 'hospitals.csv', rowName: ['hospital', 'hospitals'], rowClass: (row) => row.position,
+  });
+
+  function refresh(): void {
+    judgement = judgeHospitals(file, pairOf(column), adjusted);
+    table.setColumns(columnsOf(column, file));
+    search(searched);
+    explain();
+    funnel.update();
+    caterpillar.update();
+  }
+
+  function search(text: string): void {
+    searched = text;
+    const matching = matches(judgement.ratios, text);
+    table.setRows(matching);
+    found.textContent = text === '' ? '' : matching.length === 0 ? `No hospital ID holds “${text}”.`
+      : `${count(matching.length)} of ${count(judgement.ratios.length)} hospitals, ringed in the plots.`;
+  }
+
+  function explain(): void {
+    reason.textContent = column === preset.column ? preset.reason
+      : `Chosen by hand; the default is ${preset.column}. ${preset.reason}`;
+    dispersion.textContent = dispersionText(judgement);
+  }
+
+  const searchBox = h('input', {
+    type: 'search', placeholder: 'Hospital ID', autocomplete: 'off', spellcheck: 'false',
+    oninput: () => {
+      search(searchBox.value);
+      funnel.update();
+      caterpillar.update();
+    },
+  });
+  const files = report.hospitals.length > 1 && choice('File', report.hospitals.map((candidate, index) =>
+    [String(index), originText(candidate.origin)]), '0', (value) => {
+    file = report.hospitals[Number(value)];
+    refresh();
+  });
+  explain();
+  const element = section('hospitals', 'Hospitals',
+    'Observed over expected outcomes: 1 is what an average hospital would have had with the same patients.',
+    h('div', { class: 'controls' }, files,
+      choice('Expectation', kExpectations.map((pair) => [pair.expected, `${pair.expected} (against ${pair.observed})`]), column,
+        (value) => {
+          column = value as PredictionColumn;
+          refresh();
+        }),
+      checkbox('Widen the limits for overdispersion', false, (checked) => {
+        adjusted = checked;
+        refresh();
+      }),
+      h('label', { class: 'control' }, h('span', {}, 'Find'), searchBox)),
+    reason, found,
+    legend([
+      { name: 'within the 95 % limits', colour: kColours.inside, shape: 'circle' },
+      { name: 'outside 95 %', colour: kColours.above95, shape: 'triangle' },
+      { name: 'outside 99.8 %', colour: kColours.above998, shape: 'diamond' },
+    ]),
+    h('div', { class: 'pair' }, funnel.element, caterpillar.element),
+    dispersion, table.element);
+  return { element, judgement: first };
+}
+
+const matches = (ratios: HospitalRatio[], text: string): HospitalRatio[] =>
+  text === '' ? ratios : ratios.filter((ratio) => ratio.row.id.toLowerCase().includes(text.toLowerCase()));
+
+function dispersionText(judgement: HospitalJudgement): string {
+  if (!judgement.dispersion) return '';
+  const { phi, tau2 } = judgement.dispersion;
+  const spread = `Overdispersion: phi = ${number(phi)} (1 is chance alone), between-hospital variance tau² = ${number(tau2)}. `;
+  return spread + (judgement.adjusted
+    ? 'The limits are widened by it (D. J. Spiegelhalter 2005, random effects).'
+    : phi > 1.5 ? 'The hospitals differ more than chance lets them; with the limits widened, fewer stand out.'
+      : 'The hospitals differ about as much as chance lets them.');
+}
+
+function columnsOf(column: PredictionColumn, file: HospitalFile): Column<HospitalRatio>[] {
+  const pair = pairOf(column);
+  const cell = (name: PredictionColumn) => (ratio: HospitalRatio) => ratio.row.means[kPredictionColumns.indexOf(name)].text;
+  const counts: Column<HospitalRatio>[] = [
+    { head: 'Hospital', text: (r) => r.row.id, free: true, node: (r) => h('span', { class: 'name' }, r.row.id) },
+    { head: 'Records', numeric: true, text: (r) => String(r.row.records), order: (r) => r.row.records },
+  ];
+  const complete: Column<HospitalRatio>[] = file.derived ? [] : [
+    { head: 'Complete', hint: 'Records without a missing value', numeric: true, text: (r) => String(r.row.complete), order: (r) => r.row.complete },
+  ];
+  return [...counts, ...complete,
+    { head: 'Observed', hint: `Records x ${pair.observed}`, numeric: true, text: (r) => fixed(r.observed, 1), order: (r) => r.observed },
+    { head: 'Expected', hint: `Records x ${pair.expected}`, numeric: true, text: (r) => fixed(r.expected, 1), order: (r) => r.expected },
+    { head: 'O/E', hint: 'Observed over expected', numeric: true, text: (r) => fixed(r.ratio, 2), order: (r) => r.ratio },
+    { head: 'From', group: '95 % interval', numeric: true, text: (r) => fixed(r.interval.lower, 2), order: (r) => r.interval.lower },
+    { head: 'to', group: '95 % interval', numeric: true, text: (r) => fixed(r.interval.upper, 2), order: (r) => r.interval.upper },
+    { head: 'Position', hint: 'Against the limits of the funnel', text: (r) => kPositionText[r.position],
+      order: (r) => ['below998', 'below95', 'inside', 'above95', 'above998', 'unknown'].indexOf(r.position),
+      node: (r) => h('span', { class: `position ${r.position}` }, kPositionText[r.position]) },
+    { head: pair.observed, group: 'Rates as in the file', numeric: true, text: cell(pair.observed), order: (r) => meanOf(r.row, pair.observed) },
+    { head: pair.expected, group: 'Rates as in the file', numeric: true, text: cell(pair.expected), order: (r) => meanOf(r.row, pair.expected) },
+  ];
+}
+
+interface Drawn extends HospitalRatio {
+  label: string;
+  tip: string;
+}
+
+function drawable(judgement: HospitalJudgement): Drawn[] {
+  return judgement.ratios.filter((ratio) => ratio.position !== 'unknown').map((ratio) => ({
+    ...ratio,
+    label: shorten(ratio.row.id, 18),
+    tip: `${shorten(ratio.row.id, 60)}\n${fixed(ratio.observed, 1)} observed, ${fixed(ratio.expected, 1)} expected\n` +
+      `O/E ${fixed(ratio.ratio, 2)} (${fixed(ratio.interval.lower, 2)} to ${fixed(ratio.interval.upper, 2)})\n${kPositionText[ratio.position]}`,
+  }));
+}
+
+/** Those outside 99.8 % get their names, the farthest first, as many as stay legible. */
+function labelled(drawn: Drawn[], searched: string): Drawn[] {
+  const ringed = searched === '' ? [] : (matches(drawn, searched) as Drawn[]);
+  const far = drawn.filter((d) => d.position === 'above998' || d.position === 'below998')
+    .sort((a, b) => Math.abs(b.ratio - 1) * Math.sqrt(b.expected) - Math.abs(a.ratio - 1) * Math.sqrt(a.expected));
+  return [...new Set([...ringed, ...far])].slice(0, kMostLabels);
+}
+
+function ratioDomain(drawn: Drawn[]): [number, number] {
+  const largest = Math.max(2, ...drawn.map((d) => d.ratio));
+  return [0, largest * 1.08];
+}
+
+function funnelChart(judgement: () => HospitalJudgement, searched: () => string): Chart {
+  return chart({
+    title: 'Funnel: does the ratio differ from 1 by more than chance?', height: 400,
+    caption: ['Exact limits. Curves are for cases of average risk; each hospital is judged by its own limits, which is what colour, ' +
+      'symbol and table tell. The table below has the numbers.'],
+  }, (width) => {
+    const current = judgement();
+    const drawn = drawable(current);
+    const curves = funnelCurves(current);
+    const [bottom, top] = ratioDomain(drawn);
+    const clip = (value: number) => Math.min(value, top);
+    const rings = searched() === '' ? [] : matches(drawn, searched());
+    const outside = drawn.filter((d) => d.position !== 'inside').length;
+    return plot(`Funnel plot of ${drawn.length} hospitals, ${outside} outside the 95 % limits`, {
+      width, height: 400, marginLeft: 44, marginBottom: 46, marginRight: 56,
+      x: { label: 'Expected outcomes', labelAnchor: 'center', labelOffset: 36, labelArrow: 'none', domain: [0, Math.max(1, ...curves.map((c) => c.expected))], ticks: width < 500 ? 5 : 8 },
+      y: { label: 'Observed / expected', labelArrow: 'none', domain: [bottom, top], grid: true },
+      marks: [
+        Plot.areaY(curves, { x: 'expected', y1: (c) => c.limits998.lower, y2: (c) => clip(c.limits998.upper), fill: 'var(--muted)', fillOpacity: 0.08 }),
+        Plot.areaY(curves, { x: 'expected', y1: (c) => c.limits95.lower, y2: (c) => clip(c.limits95.upper), fill: 'var(--muted)', fillOpacity: 0.1 }),
+        ...(['lower', 'upper'] as const).flatMap((side) => [
+          Plot.line(curves, { x: 'expected', y: (c) => c.limits998[side], stroke: 'var(--bad)', strokeWidth: 1.25, clip: true }),
+          Plot.line(curves, { x: 'expected', y: (c) => c.limits95[side], stroke: 'var(--warn)', strokeWidth: 1.25, strokeDasharray: '5,4', clip: true }),
+        ]),
+        Plot.ruleY([1], { stroke: 'var(--ink)', strokeWidth: 1 }),
+        Plot.dot(drawn, { x: 'expected', y: 'ratio', stroke: (d: Drawn) => kColours[d.position], fill: (d: Drawn) => kColours[d.position],
+          fillOpacity: 0.55, symbol: (d: Drawn) => kSymbols[d.position], r: drawn.length > 500 ? 2.5 : 4 }),
+        Plot.dot(rings, { x: 'expected', y: 'ratio', r: 9, stroke: 'var(--accent)', strokeWidth: 2.5 }),
+        Plot.text(labelled(drawn, searched()), { x: 'expected', y: 'ratio', text: 'label', dx: 8, textAnchor: 'start', fill: 'var(--ink)', stroke: 'var(--paper)', strokeWidth: 4 }),
+        Plot.text(lastOf(curves), { x: 'expected', y: (c) => c.limits998.upper, text: () => '99.8 %', dx: 4, dy: -4, textAnchor: 'start', fill: 'var(--bad)' }),
+        Plot.text(lastOf(curves), { x: 'expected', y: (c) => c.limits95.upper, text: () => '95 %', dx: 4, dy: 6, textAnchor: 'start', fill: 'var(--warn)' }),
+        Plot.tip(drawn, Plot.pointer({ x: 'expected', y: 'ratio', title: 'tip', fill: 'var(--paper)', stroke: 'var(--line)' })),
+      ],
+      color: { type: 'identity' }, symbol: { type: 'identity' } as Plot.ScaleOptions,
+    });
+  });
+}
+
+const lastOf = <T>(items: T[]): T[] => items.slice(-1);
+
+function caterpillarChart(judgement: () => HospitalJudgement, searched: () => string): Chart {
+  return chart({
+    title: 'Caterpillar: ratios in order, with 95 % intervals', height: 400,
+    caption: ['Hospitals from the lowest to the highest ratio. An interval that leaves out 1 says that the ratio differs from 1, ' +
+      'hospital by hospital; among many, some do so by chance.'],
+  }, (width) => {
+    const drawn = drawable(judgement()).sort((a, b) => a.ratio - b.ratio);
+    const ranked = drawn.map((d, index) => ({ ...d, rank: index + 1 }));
+    const top = Math.max(ratioDomain(drawn)[1], Math.min(quantile(drawn.map((d) => d.interval.upper), 0.9), 8));
+    const clipped = (d: Drawn) => Math.min(d.interval.upper, top);
+    const rings = searched() === '' ? [] : matches(ranked, searched());
+    const wide = drawn.length > kMostIntervals;
+    return plot(`Caterpillar plot: observed over expected of ${drawn.length} hospitals in order, with 95 % intervals`, {
+      width, height: 400, marginLeft: 44, marginBottom: 46, marginRight: 16,
+      x: { label: 'Hospitals by rank', labelAnchor: 'center', labelOffset: 36, labelArrow: 'none', domain: [0, Math.max(ranked.length, 1) + 1], ticks: Math.min(8, Math.max(ranked.length, 1)), tickFormat: (v: number) => (Number.isInteger(v) && v > 0 ? String(v) : '') },
+      y: { label: 'Observed / expected', labelArrow: 'none', domain: [0, top], grid: true },
+      marks: [
+        Plot.ruleY([1], { stroke: 'var(--ink)' }),
+        wide
+          ? Plot.areaY(ranked, { x: 'rank', y1: (d) => d.interval.lower, y2: clipped, fill: 'var(--muted)', fillOpacity: 0.3 })
+          : Plot.ruleX(ranked, { x: 'rank', y1: (d) => d.interval.lower, y2: clipped, stroke: (d) => kColours[d.position as Position], strokeWidth: drawn.length > 200 ? 1 : 2 }),
+        Plot.dot(wide ? ranked.filter((d) => d.position !== 'inside') : ranked, { x: 'rank', y: 'ratio', fill: (d) => kColours[d.position as Position],
+          symbol: (d: Drawn) => kSymbols[d.position], r: drawn.length > 200 ? 1.8 : 3.4 }),
+        Plot.dot(rings, { x: 'rank', y: 'ratio', r: 9, stroke: 'var(--accent)', strokeWidth: 2.5 }),
+        Plot.tip(ranked, Plot.pointer({ x: 'rank', y: 'ratio', title: 'tip', fill: 'var(--paper)', stroke: 'var(--line)' })),
+      ],
+      color: { type: 'identity' }, symbol: { type: 'identity' } as Plot.ScaleOptions,
+    });
+  });
+}
+
+function quantile(values: number[], share: number): number {
+  const sorted = values.filter(Number.isFinite).sort((a, b) => a - b);
+  return sorted[Math.floor(share * (sorted.length - 1))] ?? 1;
+}
+
