@@ -3,6 +3,7 @@ import {
   defaultExpectation, funnelCurves, judgeHospitals, kPositionText, meanOf, pairOf,
   type HospitalJudgement, type HospitalRatio, type Position,
 } from '../analysis/hospital_ratios';
+import { kIntervalMethod, kLimitsMethod, kOverdispersionMethod } from '../statistics/funnel';
 import { kExpectations, kPredictionColumns, originText } from '../model';
 import type { HospitalFile, PredictionColumn, Report } from '../model';
 import { chart, legend, type Chart } from './chart';
@@ -112,7 +113,7 @@ function dispersionText(judgement: HospitalJudgement): string {
   const { phi, tau2 } = judgement.dispersion;
   const spread = `Overdispersion: phi = ${number(phi)} (1 is chance alone), between-hospital variance tau² = ${number(tau2)}. `;
   return spread + (judgement.adjusted
-    ? 'The limits are widened by it (D. J. Spiegelhalter 2005, random effects).'
+    ? `The limits are widened by it: ${kOverdispersionMethod}.`
     : phi > 1.5 ? 'The hospitals differ more than chance lets them; with the limits widened, fewer stand out.'
       : 'The hospitals differ about as much as chance lets them.');
 }
@@ -171,8 +172,8 @@ function ratioDomain(drawn: Drawn[]): [number, number] {
 function funnelChart(judgement: () => HospitalJudgement, searched: () => string): Chart {
   return chart({
     title: 'Funnel: does the ratio differ from 1 by more than chance?', height: 400,
-    caption: ['Exact limits. Curves are for cases of average risk; each hospital is judged by its own limits, which is what colour, ' +
-      'symbol and table tell. The table below has the numbers.'],
+    caption: [`Limits: ${kLimitsMethod}. Curves are for cases of average risk; each hospital is judged by its own limits, which is what ` +
+      'colour, symbol and table tell. The table below has the numbers.'],
   }, (width) => {
     const current = judgement();
     const drawn = drawable(current);
@@ -211,7 +212,7 @@ const lastOf = <T>(items: T[]): T[] => items.slice(-1);
 function caterpillarChart(judgement: () => HospitalJudgement, searched: () => string): Chart {
   return chart({
     title: 'Caterpillar: ratios in order, with 95 % intervals', height: 400,
-    caption: ['Hospitals from the lowest to the highest ratio. An interval that leaves out 1 says that the ratio differs from 1, ' +
+    caption: [`Intervals: ${kIntervalMethod}. ` + 'An interval that leaves out 1 says that the ratio differs from 1, ' +
       'hospital by hospital; among many, some do so by chance.'],
   }, (width) => {
     const drawn = drawable(judgement()).sort((a, b) => a.ratio - b.ratio);

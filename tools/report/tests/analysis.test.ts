@@ -1,0 +1,162 @@
+// What the page concludes: groups of chains, ratios of hospitals, the verdict.
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import { groupChains } from '../src/analysis/chain_groups';
+import { diagnose } from '../src/analysis/diagnostics';
+import { defaultExpectation, judgeHospitals, pairOf, usesGee } from '../src/analysis/hospital_ratios';
+import { convergenceFinding, fitFinding, hospitalFinding, missingFinding, runFinding } from '../src/analysis/verdict';
+import type { Report, SourceFile } from '../src/model';
+import { loadReport } from '../src/read/load';
+import { chainText, coefficientText, hospitalText, kHospitalHeader, kStatisticsText, type ChainShape } from './support/study';
+
+const kNames = ['XIntercept', 'XA', 'XB'];
+
+function source(folder: number, path: string, text: string): SourceFile {
+  return { folder, folderName: `run${folder}`, path, blob: new Blob([text]) };
+}
+
+const load = (...files: SourceFile[]): Promise<Report> => loadReport(files, () => {});
+
+function chain(folder: number, shape: Partial<ChainShape> = {}, path = 'mcmc/Chain.csv'): SourceFile {
+  return source(folder, path, chainText({ draws: 500, coefficients: 3, seed: folder + 1, ...shape }));
+}
+
+const judged = async (report: Report) =>
+  Promise.all(groupChains(report).map((group) => diagnose(report, group, () => {})));
+
+test('chains of several folders with the same variables are judged together', async () => {
+  const report = await load(...[0, 1, 2].flatMap((folder) => [chain(folder), source(folder, 'coefficients.csv', coefficientText(kNames))]));
+  const groups = groupChains(report);
+  assert.equal(groups.length, 1);
+  assert.deepEqual(groups[0].chains, [0, 1, 2]);
+  assert.deepEqual(groups[0].names, kNames);
+  assert.equal(groups[0].note, '');
+});
+
+test('chains of different variables are judged apart', async () => {
+  const report = await load(chain(0), source(0, 'coefficients.csv', coefficientText(kNames)),
+    chain(1), source(1, 'coefficients.csv', coefficientText(['XIntercept', 'XA', 'XOther'])));
+  assert.equal(groupChains(report).length, 2);
+});
+
+test('with different counts the columns get no names, and the note says why', async () => {
+  const report = await load(chain(0), source(0, 'coefficients.csv', coefficientText([...kNames, 'XC'])));
+  const [group] = groupChains(report);
+  assert.deepEqual(group.names, []);
+  assert.match(group.note, /Chain\.csv has 3 columns and run0\/coefficients\.csv has 4 rows/);
+});
+
+test('a chain takes its names from the nearest folder above', async () => {
+  const report = await load(
+    source(0, 'coefficients.csv', coefficientText(['X0', 'X1', 'X2'])), source(0, 'deep/c.csv', coefficientText(kNames)), chain(0, {}, 'deep/mcmc/Chain.csv'));
+  assert.deepEqual(groupChains(report)[0].names, kNames);
+});
+
+test('a chain without a coefficient file joins the only group of its width', async () => {
+  const report = await load(chain(0), source(0, 'c.csv', coefficientText(kNames)), source(1, 'c.csv', coefficientText([...kNames, 'XC'])),
+    chain(2), chain(1, { coefficients: 4 }));
+  assert.deepEqual(groupChains(report).map((group) => group.columns.length), [3, 4]);
+  assert.equal(groupChains(report)[0].chains.length, 2);
+});
+
+test('four independent chains have converged', async () => {
+  const report = await load(...[0, 1, 2, 3].map((folder) => chain(folder)), source(0, 'c.csv', coefficientText(kNames)));
+  const finding = convergenceFinding(report, await judged(report));
+  assert.equal(finding?.level, 'good');
+  assert.match(finding?.answer ?? '', /^Yes\. In 4 chains all 3 coefficients/);
+});
+
+test('a chain that stays apart is named with what to do', async () => {
+  const report = await load(...[0, 1, 2].map((folder) => chain(folder)), chain(3, { shift: 0.5 }), source(0, 'c.csv', coefficientText(kNames)));
+  const finding = convergenceFinding(report, await judged(report));
+  assert.equal(finding?.level, 'act');
+  assert.match(finding?.answer ?? '', /1 of 3 coefficients have R-hat above 1\.01/);
+  assert.match(finding?.details.join(' ') ?? '', /XIntercept \(R-hat [1-9]/);
+  assert.match(finding?.details.join(' ') ?? '', /raise Burnin and Steps/);
+});
+
+test('one chain is never called converged without a remark', async () => {
+  const report = await load(chain(0, { draws: 4000 }));
+  const finding = convergenceFinding(report, await judged(report));
+  assert.equal(finding?.level, 'look');
+  assert.match(finding?.details.join(' ') ?? '', /One chain cannot show/);
+});
+
+test('chains with the same draws are told', async () => {
+  const report = await load(chain(0, { seed: 9 }), chain(1, { seed: 9 }), chain(2));
+  const [group] = await judged(report);
+  assert.deepEqual(group.identical, [[0, 1]]);
+  assert.match(convergenceFinding(report, [group])?.details.join(' ') ?? '', /Chains 1 and 2 hold the same draws/);
+});
+
+test('chains of different lengths are cut to the shortest', async () => {
+  const report = await load(chain(0, { draws: 500 }), chain(1, { draws: 300 }));
+  const [group] = await judged(report);
+  assert.equal(group.draws, 300);
+  assert.ok(group.cut);
+});
+
+test('a chain with its header alone cannot be judged', async () => {
+  const report = await load(chain(0, { draws: 0 }));
+  assert.match(convergenceFinding(report, await judged(report))?.answer ?? '', /^Cannot be judged: 0 kept draws/);
+});
+
+test('the fifth block with ese and no mse tells of estimating equations and changes the expectation', async () => {
+  const [plain, gee] = [await load(source(0, 'c', coefficientText(kNames))), await load(source(0, 'c', coefficientText(kNames, true)))];
+  assert.equal(usesGee(plain.coefficients[0]), false);
+  assert.equal(usesGee(gee.coefficients[0]), true);
+  assert.equal(defaultExpectation(plain).column, 'E[Y|X,P=0]-MCMC');
+  assert.equal(defaultExpectation(gee).column, 'E[Y|X,P=0]');
+  assert.match(defaultExpectation(gee).reason, /draws of the fifth block are then much too wide/);
+});
+
+test('counts are records times means, and cases those that are not present on admission', async () => {
+  const row = 'A,200,150,120,0.25,0.2,0.25,0.15,0.1,0.12,0.1,0.1,0.1';
+  const report = await load(source(0, 'h', `${kHospitalHeader}\n${row}\n`));
+  const inHospital = judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), false).ratios[0];
+  assert.equal(inHospital.observed, 30);
+  assert.equal(inHospital.expected, 24);
+  assert.equal(inHospital.ratio, 1.25);
+  assert.equal(inHospital.cases, 180);
+  const all = judgeHospitals(report.hospitals[0], pairOf('E[Y|X]'), false).ratios[0];
+  assert.equal(all.observed, 50);
+  assert.equal(all.expected, 50);
+  assert.equal(all.cases, 200);
+});
+
+// 1000 records with 100 expected: the standard deviation is 9.5, so 100 +- 19 is inside, 125 outside
+// 95 % and 140 outside 99.8 %.
+test('hospitals are placed by their own limits', async () => {
+  const row = (id: string, rate: number) => `${id},1000,900,900,${rate},0.1,0.1,${rate},0.1,0.1,0,0,0`;
+  const report = await load(source(0, 'h', [kHospitalHeader, row('a', 0.1), row('b', 0.125), row('c', 0.14), row('d', 0.075), row('e', 0.06), ''].join('\n')));
+  const judgement = judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), false);
+  assert.deepEqual(judgement.ratios.map((ratio) => ratio.position), ['inside', 'above95', 'above998', 'below95', 'below998']);
+  const finding = hospitalFinding(judgement);
+  assert.equal(finding?.answer, '2 of 5 lie outside the 99.8 % limits, 2 more outside the 95 % limits.');
+  assert.equal(finding?.details[0], 'More outcomes than expected, outside 99.8 %: c (1.40).');
+  const wider = judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), true);
+  assert.ok(wider.ratios.every((ratio, i) => ratio.limits95.upper > judgement.ratios[i].limits95.upper));
+});
+
+test('a hospital without expectation is not placed', async () => {
+  const report = await load(source(0, 'h', `${kHospitalHeader}\nA,20,1,1,0,0,0,0,0,0,,0,0\n`));
+  assert.equal(judgeHospitals(report.hospitals[0], pairOf('E[Y|X]'), false).ratios[0].position, 'unknown');
+});
+
+test('C-statistics are put in words, and -1 is none', async () => {
+  const report = await load(source(0, 's', kStatisticsText));
+  assert.match(fitFinding(report, 'E[Y|X,P=0]-MCMC')?.answer ?? '', /modestly separates .*0\.660/);
+  assert.match(fitFinding(report, 'E[P|X]')?.answer ?? '', /no pair of records/);
+});
+
+test('missing records are counted over hospitals', async () => {
+  const report = await load(source(0, 'h', hospitalText(['A', 'B'])));
+  const [records, complete] = [0, 1].map((what) => report.hospitals[0].rows.reduce((sum, row) => sum + (what === 0 ? row.records : row.complete), 0));
+  assert.ok(missingFinding(report)?.answer.startsWith(`${records - complete} of ${records} records`));
+});
+
+test('a fit that reached its limit is to be acted on', async () => {
+  const report = await load(source(0, 'l', 'Number of records: 9\nEliminating Z zero columns\nWarning: Maximum number of iterations reached\n'));
+  assert.equal(runFinding(report)?.level, 'act');
+  assert.match(runFinding(report)?.answer ?? '', /^Yes: 1 fit stopped/);
+});

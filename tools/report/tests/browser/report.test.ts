@@ -1,0 +1,321 @@
+// The page in Chromium, over the files of real runs: the examples of the project, in the folder that
+// EXAMPLES names (quickstart/results and gee/results).
+import assert from 'node:assert/strict';
+import { mkdirSync, readFileSync, readdirSync } from 'node:fs';
+import { join } from 'node:path';
+import { after, before, test } from 'node:test';
+import type { Browser, ElementHandle } from 'puppeteer-core';
+import Papa from 'papaparse';
+import { inlineFolders } from '../support/inline';
+import {
+  chooseIn, drop, kPageFile, kScratch, openPage, tableOf, textOf, untilDone, withBrowser, type Watched,
+} from '../support/browser';
+import { freshFolder } from '../support/study';
+
+const kExamples = process.env.EXAMPLES ?? join(kScratch, 'examples');
+const kQuickstart = join(kExamples, 'quickstart/results');
+const kGee = join(kExamples, 'gee/results');
+const kShots = join(kScratch, 'screenshots');
+
+let browser: Browser;
+let closed: Promise<void>;
+let finish: () => void;
+
+before(async () => {
+  mkdirSync(kShots, { recursive: true });
+  await new Promise<void>((ready) => {
+    closed = withBrowser(async (opened) => {
+      browser = opened;
+      ready();
+      await new Promise<void>((resolve) => { finish = resolve; });
+    });
+  });
+});
+
+after(async () => {
+  finish();
+  await closed;
+});
+
+const csvOf = (folder: string, name: string): string[][] =>
+  (Papa.parse(readFileSync(join(folder, name), 'utf8').trimEnd(), { delimiter: ',' }).data as string[][]);
+
+async function dropped(...folders: string[]): Promise<Watched> {
+  const watched = await openPage(browser);
+  await drop(watched.page, folders);
+  await untilDone(watched.page);
+  return watched;
+}
+
+async function closeClean(watched: Watched): Promise<void> {
+  assert.deepEqual(watched.complaints, []);
+  assert.deepEqual(watched.requests, []);
+  await watched.page.close();
+}
+
+test('a folder dropped on the page opened as a file is read, without an error or a request', async () => {
+  const watched = await dropped(kQuickstart);
+  const sections = await watched.page.$$eval('#report > section', (all) => all.map((section) => section.id));
+  assert.deepEqual(sections, ['verdict', 'hospitals', 'calibration', 'coefficients', 'chains', 'run']);
+  const files = await tableOf(watched.page, 'Files');
+  assert.equal(files.length - 1, 9);
+  assert.ok(files.slice(1).every((row) => row[1] !== 'not used'));
+  await closeClean(watched);
+});
+
+test('the hospital table has the rates of the file and their multiples', async () => {
+  const watched = await dropped(kQuickstart);
+  const [, ...file] = csvOf(kQuickstart, 'hospital.csv');
+  const [, ...shown] = await tableOf(watched.page, 'Hospitals with observed and expected outcomes');
+  assert.equal(shown.length, file.length);
+  for (const [i, row] of file.entries()) {
+    const [id, records, complete, , , , , observed, , expected] = row;
+    const cells = shown[i];
+    assert.deepEqual([cells[0], cells[1], cells[2], cells[9], cells[10]], [id, records, complete, observed, expected]);
+    const [o, e] = [Number(records) * Number(observed), Number(records) * Number(expected)];
+    assert.deepEqual([cells[3], cells[4], cells[5]], [o.toFixed(1), e.toFixed(1), (o / e).toFixed(2)]);
+    assert.ok(Number(cells[6]) <= o / e && o / e <= Number(cells[7]) + 0.005, `interval of ${id}`);
+  }
+  await closeClean(watched);
+});
+
+test('another expectation shows its own columns', async () => {
+  const watched = await dropped(kQuickstart);
+  await chooseIn(watched.page, 'hospitals', 'Expectation', 'E[Y|Z]');
+  const [header, ...shown] = await tableOf(watched.page, 'Hospitals with observed and expected outcomes');
+  assert.deepEqual(header.slice(9), ['Y', 'E[Y|Z]']);
+  const [, ...file] = csvOf(kQuickstart, 'hospital.csv');
+  assert.deepEqual(shown.map((row) => row.slice(9)), file.map((row) => [row[4], row[5]]));
+  await closeClean(watched);
+});
+
+test('the coefficient table has the estimates and standard errors of the file', async () => {
+  for (const [folder, error] of [[kQuickstart, 0], [kGee, 1]] as const) {
+    const watched = await dropped(folder);
+    const [, ...file] = csvOf(folder, 'coefficients.csv');
+    const [, ...shown] = await tableOf(watched.page, 'Coefficients of the five fits');
+    assert.deepEqual(shown.map((row) => row[0]), file.map((row) => row[0]));
+    for (const [i, row] of file.entries()) {
+      for (let block = 0; block < 5; block++) {
+        const [estimate, standardError] = [row[6 + 3 * block], row[7 + 3 * block + error]];
+        assert.deepEqual(shown[i].slice(1 + 4 * block, 3 + 4 * block), [estimate, standardError]);
+        const lower = Number(estimate) - 1.959963984540054 * Number(standardError);
+        assert.ok(Math.abs(Number(shown[i][3 + 4 * block]) - lower) <= 0.005 * Math.abs(lower) + 1e-9);
+      }
+    }
+    await closeClean(watched);
+  }
+});
+
+test('the summary is shown as written and agrees with what the page computes from the chain', async () => {
+  const watched = await dropped(kQuickstart);
+  const file = csvOf(kQuickstart, 'mcmc/Summary.csv');
+  assert.deepEqual(await tableOf(watched.page, 'results/mcmc/Summary.csv'), file);
+  const [, ...shown] = await tableOf(watched.page, 'Coefficients of the chains');
+  const names = csvOf(kQuickstart, 'coefficients.csv').slice(1).map((row) => row[0]);
+  assert.deepEqual(shown.map((row) => row[0]), names);
+  for (const [i, [variable, mean, variance]] of file.slice(2).entries()) {
+    assert.equal(shown[i][1], variable);
+    assert.ok(Math.abs(Number(shown[i][2]) - Number(mean)) <= 1e-4 * Math.max(1, Math.abs(Number(mean))), variable);
+    assert.ok(Math.abs(Number(shown[i][3]) - Math.sqrt(Number(variance))) <= 1e-3 * Math.sqrt(Number(variance)), variable);
+  }
+  await closeClean(watched);
+});
+
+test('C-statistics are those of the file, and the page finds the same from known values', async () => {
+  const watched = await dropped(kQuickstart);
+  const [, ...file] = csvOf(kQuickstart, 'cstatistics.csv');
+  const [, ...shown] = await tableOf(watched.page, 'C-statistics');
+  assert.deepEqual(shown.map((row) => [row[0], row[2]]), file);
+  // Y is always known, so these two are the same calculation from numbers of six digits.
+  for (const row of shown.slice(0, 2)) assert.ok(Math.abs(Number(row[2]) - Number(row[3])) < 2e-5, row.join(' '));
+  await closeClean(watched);
+});
+
+test('the calibration counts every record', async () => {
+  const watched = await dropped(kQuickstart);
+  await chooseIn(watched.page, 'calibration', 'Prediction', 'E[Y|X]');
+  const [, ...shown] = await tableOf(watched.page, 'The same in numbers: tenths of the records by prediction');
+  const [, ...file] = csvOf(kQuickstart, 'individual.csv');
+  const counts = shown.map((row) => Number(row[1].replace(',', '')));
+  assert.equal(counts.reduce((sum, count) => sum + count, 0), file.length);
+  const observed = shown.reduce((sum, row, i) => sum + counts[i] * Number(row[3]), 0);
+  assert.ok(Math.abs(observed - file.reduce((sum, row) => sum + Number(row[2]), 0)) < 0.5);
+  await closeClean(watched);
+});
+
+test('with estimating equations the fourth block is the expectation, and the page says why', async () => {
+  const watched = await dropped(kGee);
+  const chosen = await watched.page.$eval('#hospitals select', (select) => (select as HTMLSelectElement).value);
+  assert.equal(chosen, 'E[Y|X,P=0]');
+  assert.match(await textOf(watched.page, '#hospitals'), /draws of the fifth block are then much too wide/);
+  assert.match(await textOf(watched.page, '#coefficients'), /fifth block is not fit for inference/);
+  await closeClean(watched);
+});
+
+test('a page with the files in it shows the same as dropped files, also in small parts', async () => {
+  const inlined = join(kScratch, 'inlined.html');
+  inlineFolders(kPageFile, [kQuickstart], inlined, 1000);
+  const watched = await openPage(browser, inlined);
+  await untilDone(watched.page);
+  const same = await dropped(kQuickstart);
+  for (const label of ['Hospitals with observed and expected outcomes', 'Coefficients of the five fits', 'Coefficients of the chains', 'Files']) {
+    assert.deepEqual(await tableOf(watched.page, label), await tableOf(same.page, label));
+  }
+  assert.equal(await watched.page.$$eval('script[type="text/hovar"]', (all) => all.length), 0);
+  await closeClean(watched);
+  await closeClean(same);
+});
+
+test('a picked folder and picked files are read', async () => {
+  const names = readdirSync(kQuickstart, { recursive: true, withFileTypes: true }).filter((e) => e.isFile())
+    .map((e) => join(e.parentPath, e.name));
+  for (const [input, paths] of [['#folder-input', [kQuickstart]], ['#files-input', names]] as const) {
+    const watched = await openPage(browser);
+    const element = (await watched.page.$(input)) as ElementHandle<HTMLInputElement> | null;
+    await element?.uploadFile(...paths);
+    await untilDone(watched.page);
+    assert.equal((await tableOf(watched.page, 'Files')).length - 1, 9, input);
+    assert.equal((await tableOf(watched.page, 'Coefficients of the chains'))[1][0], 'XIntercept', input);
+    await closeClean(watched as Watched);
+  }
+});
+
+test('a second drop replaces the first', async () => {
+  const watched = await dropped(kQuickstart);
+  await drop(watched.page, [kGee]);
+  await watched.page.waitForFunction(() => document.querySelectorAll('#coefficients tbody tr').length === 7);
+  await untilDone(watched.page);
+  assert.equal((await tableOf(watched.page, 'Coefficients of the chains')).length - 1, 7);
+  await closeClean(watched);
+});
+
+test('search narrows the table and rings the hospital; sorting works from the keyboard', async () => {
+  const watched = await dropped(kQuickstart);
+  const { page } = watched;
+  await page.type('#hospitals input[type="search"]', 'h000');
+  assert.equal((await tableOf(page, 'Hospitals with observed and expected outcomes')).length - 1, 9);
+  await page.type('#hospitals input[type="search"]', '2');
+  const one = await tableOf(page, 'Hospitals with observed and expected outcomes');
+  assert.deepEqual(one.slice(1).map((row) => row[0]), ['H0002']);
+  await page.$eval('#hospitals input[type="search"]', (input) => {
+    (input as HTMLInputElement).value = '';
+    input.dispatchEvent(new Event('input'));
+  });
+  const ratio = (await page.$$('#hospitals thead tr:last-child button'))[5];
+  await ratio.focus();
+  await page.keyboard.press('Enter');
+  await page.keyboard.press('Enter');
+  const sorted = (await tableOf(page, 'Hospitals with observed and expected outcomes')).slice(1).map((row) => Number(row[5]));
+  assert.deepEqual(sorted, [...sorted].sort((a, b) => b - a));
+  assert.equal(await page.$eval('#hospitals thead tr:last-child th:nth-child(6)', (th) => th.getAttribute('aria-sort')), 'descending');
+  await closeClean(watched);
+});
+
+test('everything that acts can be reached by the Tab key and has a name', async () => {
+  const watched = await dropped(kQuickstart);
+  const { page } = watched;
+  const problems = await page.evaluate(() => {
+    const nameOf = (e: Element) => e.getAttribute('aria-label') || e.textContent?.trim() || e.closest('label')?.textContent?.trim() || '';
+    const visible = (e: Element) => (e as HTMLElement).offsetParent !== null;
+    const acting = [...document.querySelectorAll('button, a, select, input, summary, [tabindex="0"]')].filter(visible);
+    const drawings = [...document.querySelectorAll('svg[role="img"], .plot svg, .plot [role="img"]')].filter((e) => !e.parentElement?.closest('svg') && !e.closest('.plot [role="img"] *'));
+    return [
+      ...acting.filter((e) => (e as HTMLElement).tabIndex < 0 || nameOf(e) === '').map((e) => e.outerHTML.slice(0, 80)),
+      ...drawings.filter((e) => !e.getAttribute('aria-label')).map((e) => `no text: ${e.outerHTML.slice(0, 80)}`),
+    ];
+  });
+  assert.deepEqual(problems, []);
+  await page.evaluate(() => (document.activeElement as HTMLElement | null)?.blur());
+  await page.keyboard.press('Tab');
+  assert.equal(await page.evaluate(() => document.activeElement?.className), 'skip');
+  await page.keyboard.press('Enter');
+  assert.equal(await page.evaluate(() => document.activeElement?.id), 'content');
+  await closeClean(watched);
+});
+
+test('headings follow each other without a gap and every section is named', async () => {
+  const watched = await dropped(kQuickstart);
+  const levels = await watched.page.$$eval('#report h1, #report h2, #report h3', (all) => all.map((heading) => Number(heading.tagName[1])));
+  levels.forEach((level, i) => assert.ok(i === 0 || level <= levels[i - 1] + 1, levels.join(' ')));
+  assert.equal(await watched.page.$$eval('#report > section:not([aria-labelledby])', (all) => all.length), 0);
+  await closeClean(watched);
+});
+
+test('an Analysis alone and a Prediction alone show what they have', async () => {
+  const only = (names: string[]) => names.map((name) => join(kQuickstart, name));
+  const analysis = await dropped(...only(['coefficients.csv', 'mcmc', 'analysis.log']));
+  assert.deepEqual(await analysis.page.$$eval('#report > section', (all) => all.map((s) => s.id)), ['verdict', 'coefficients', 'chains', 'run']);
+  await closeClean(analysis);
+  const prediction = await dropped(...only(['individual.csv', 'hospital.csv', 'prediction.log']));
+  assert.deepEqual(await prediction.page.$$eval('#report > section', (all) => all.map((s) => s.id)), ['verdict', 'hospitals', 'calibration', 'run']);
+  await closeClean(prediction);
+});
+
+test('individual predictions alone give the hospitals of the hospital file', async () => {
+  const watched = await dropped(join(kQuickstart, 'individual.csv'));
+  const [, ...shown] = await tableOf(watched.page, 'Hospitals with observed and expected outcomes');
+  const [, ...file] = csvOf(kQuickstart, 'hospital.csv');
+  for (const [i, row] of shown.entries()) {
+    assert.equal(row[0], file[i][0]);
+    assert.ok(Math.abs(Number(row[8]) - Number(file[i][7])) < 2e-6, row.join(' '));
+    assert.ok(Math.abs(Number(row[9]) - Number(file[i][9])) < 2e-6, row.join(' '));
+  }
+  await closeClean(watched);
+});
+
+test('a table is saved as CSV', async () => {
+  const watched = await dropped(kQuickstart);
+  const folder = freshFolder(join(kScratch, 'downloads'));
+  const session = await watched.page.createCDPSession();
+  await session.send('Browser.setDownloadBehavior', { behavior: 'allow', downloadPath: folder });
+  await watched.page.evaluate(() => {
+    const buttons = [...document.querySelectorAll<HTMLElement>('#hospitals .table-foot button')];
+    buttons.find((button) => button.textContent === 'Download as CSV')?.click();
+  });
+  for (let tries = 0; !readdirSync(folder).includes('hospitals.csv'); tries++) {
+    assert.ok(tries < 100, 'no download');
+    await new Promise((resolve) => setTimeout(resolve, 100));
+  }
+  const saved = csvOf(folder, 'hospitals.csv');
+  assert.deepEqual(saved.map((row) => row[0]).slice(1), csvOf(kQuickstart, 'hospital.csv').slice(1).map((row) => row[0]));
+  await closeClean(watched);
+});
+
+test('prints in light colours with every drawing made', async () => {
+  const watched = await dropped(kQuickstart);
+  await watched.page.emulateMediaFeatures([{ name: 'prefers-color-scheme', value: 'dark' }]);
+  await watched.page.evaluate(() => {
+    addEventListener('beforeprint', () => {
+      document.body.dataset.printed = [getComputedStyle(document.documentElement).getPropertyValue('--paper').trim(),
+        [...document.querySelectorAll('.plot')].filter((plot) => plot.childElementCount === 0).length].join(' ');
+    });
+  });
+  const pdf = await watched.page.pdf({ path: join(kShots, 'print.pdf'), preferCSSPageSize: true, printBackground: true });
+  assert.ok(pdf.length > 20_000);
+  assert.equal(await watched.page.evaluate(() => document.body.dataset.printed), '#ffffff 0');
+  await closeClean(watched);
+});
+
+for (const [name, width, scheme] of [['light', 1280, 'light'], ['dark', 1280, 'dark'], ['narrow', 390, 'light']] as const) {
+  test(`nothing sticks out of a ${name} screen; pictures are taken`, async () => {
+    for (const [study, folder] of [['quickstart', kQuickstart], ['gee', kGee]] as const) {
+      const watched = await openPage(browser);
+      const { page } = watched;
+      await page.setViewport({ width, height: 900 });
+      await page.emulateMediaFeatures([{ name: 'prefers-color-scheme', value: scheme }, { name: 'prefers-reduced-motion', value: 'reduce' }]);
+      if (study === 'quickstart') await page.screenshot({ path: join(kShots, `${name}-empty.png`) });
+      await drop(page, [folder]);
+      await untilDone(page);
+      for (const section of await page.$$('#report > section')) {
+        await section.evaluate((element) => element.scrollIntoView());
+        await page.evaluate(() => new Promise((resolve) => requestAnimationFrame(() => requestAnimationFrame(resolve))));
+        const id = await section.evaluate((element) => element.id);
+        await section.screenshot({ path: join(kShots, `${name}-${study}-${id}.png`) });
+      }
+      const [content, screen] = await page.evaluate(() => [document.documentElement.scrollWidth, innerWidth]);
+      assert.ok(content <= screen, `${study}: ${content} of ${screen} pixels`);
+      await closeClean(watched);
+    }
+  });
+}

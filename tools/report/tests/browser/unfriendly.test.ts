@@ -1,0 +1,208 @@
+// The page in Chromium over files that are large, broken or meant to harm.
+import assert from 'node:assert/strict';
+import { mkdirSync } from 'node:fs';
+import { join } from 'node:path';
+import { test } from 'node:test';
+import { inlineFolders } from '../support/inline';
+import { drop, kPageFile, kScratch, openPage, tableOf, textOf, untilDone, withBrowser } from '../support/browser';
+import {
+  chainText, coefficientText, field, freshFolder, hospitalText, kHospitalHeader, kIndividualHeader, kStatisticsText, summaryText, write, writeIndividual,
+} from '../support/study';
+
+const kShots = join(kScratch, 'screenshots');
+mkdirSync(kShots, { recursive: true });
+
+const kAttacks = [
+  '<script>window.harmed=1</script>', '<img src=x onerror="window.harmed=1">', '"><svg onload=window.harmed=1>',
+  "javascript:window.harmed=1", '</script><script>window.harmed=1</script>', '<!--<script>', '=HYPERLINK("http://example.com";"x")',
+  '{{constructor.constructor("window.harmed=1")()}}', '${window.harmed=1}', '<iframe srcdoc="<script>parent.harmed=1</script>">',
+  '<style>*{display:none}</style>', '\u202Egnp.exe',
+];
+
+function writeAttacks(folder: string): void {
+  const rows = '0,0.1,0.1,0,0.1,0.1,0,0.1,0';
+  write(folder, 'coefficients.csv', coefficientText(['XIntercept', ...kAttacks]));
+  write(folder, 'mcmc/Chain.csv', chainText({ draws: 200, coefficients: kAttacks.length + 1, seed: 1 }));
+  write(folder, 'mcmc/Summary.csv', `Variable,Mean,Variance,Acceptance\n${kAttacks.map((a) => `${field(a)},${field(a)},1,${field(a)}`).join('\n')}\n`);
+  write(folder, 'hospital.csv', hospitalText(kAttacks));
+  write(folder, 'individual.csv', `${kIndividualHeader}\n${kAttacks.map((a) => `${field(a)},${field(a)},${rows}`).join('\n')}\n`);
+  write(folder, 'cstatistics.csv', `Estimate,C-Statistics\n${kAttacks.map((a) => `${field(a)},${field(a)}`).join('\n')}\n`);
+  write(folder, 'analysis.log', `Number of records: 9\nEliminating Z zero columns\nEliminating columns:\n${kAttacks.join('\n')}\nNumber of variables: 2\n`);
+  write(folder, 'analysis.xml', `<Analysis><Input><Data>${kAttacks.join(' ').replace(/</g, '<x>').replace(/--/g, '')}</Data></Input></Analysis>`);
+  write(folder, 'record.json', JSON.stringify(Object.fromEntries(kAttacks.map((a) => [a, a]))));
+  write(folder, '<img src=x onerror=window.harmed=1>.csv', 'a,b\n');
+  write(folder, 'broken.csv', `${kHospitalHeader}\n<b>x</b>,1\n`);
+}
+
+test('markup and script in every text cell are shown as text and nothing runs', async () => {
+  const folder = join(freshFolder(join(kScratch, 'attack')), '<svg onload=window.harmed=1>');
+  writeAttacks(folder);
+  const inlined = join(kScratch, 'attack.html');
+  inlineFolders(kPageFile, [folder], inlined);
+  await withBrowser(async (browser) => {
+    for (const file of [kPageFile, inlined]) {
+      const watched = await openPage(browser, file);
+      if (file === kPageFile) await drop(watched.page, [folder]);
+      await untilDone(watched.page);
+      for (const label of ['Hospitals with observed and expected outcomes', 'Coefficients of the five fits', 'Coefficients of the chains']) {
+        const cells = (await tableOf(watched.page, label)).map((row) => row[0]);
+        for (const attack of kAttacks) assert.ok(cells.includes(attack), `${label}: ${attack}`);
+      }
+      // Every drawing is made and every list chosen from, then the page is looked over.
+      await watched.page.evaluate(async () => {
+        for (const details of document.querySelectorAll('details')) details.open = true;
+        for (const section of document.querySelectorAll('#report > section')) {
+          section.scrollIntoView();
+          await new Promise((resolve) => setTimeout(resolve, 100));
+        }
+        for (const button of document.querySelectorAll<HTMLElement>('#chains .viewer button')) button.click();
+      });
+      const found = await watched.page.evaluate(() => ({
+        harmed: 'harmed' in window,
+        elements: document.querySelectorAll('#report script, #report img, #report iframe, #report [onerror], #report [onload], #report b, a[href^="javascript"]').length,
+        styles: [...document.querySelectorAll('#report style')].filter((style) => style.textContent?.includes('display:none')).length,
+        hidden: getComputedStyle(document.body).display,
+      }));
+      assert.deepEqual(found, { harmed: false, elements: 0, styles: 0, hidden: 'block' });
+      assert.deepEqual(watched.complaints, []);
+      assert.deepEqual(watched.requests, []);
+      await watched.page.close();
+    }
+  });
+});
+
+test('the policy of the page stops script, markup and requests', async () => {
+  await withBrowser(async (browser) => {
+    const { page, requests } = await openPage(browser);
+    const stopped = await page.evaluate(async () => {
+      const result: Record<string, boolean> = {};
+      const script = document.createElement('script');
+      try {
+        script.textContent = 'window.harmed = 1';
+        document.body.append(script);
+      } catch { /* refused at once */ }
+      result.script = !('harmed' in window);
+      try {
+        document.body.insertAdjacentHTML('beforeend', '<b>x</b>');
+        result.markup = false;
+      } catch {
+        result.markup = true;
+      }
+      result.fetch = await fetch('https://example.com/').then(() => false, () => true);
+      result.picture = await new Promise<boolean>((resolve) => {
+        const image = new Image();
+        image.onload = () => resolve(false);
+        image.onerror = () => resolve(true);
+        image.src = 'https://example.com/x.png';
+      });
+      return result;
+    });
+    assert.deepEqual(stopped, { script: true, markup: true, fetch: true, picture: true });
+    assert.deepEqual(requests.filter((address) => !address.startsWith('https://example.com/')), []);
+  });
+});
+
+test('files that are no results, and an empty folder, are told so', async () => {
+  const folder = freshFolder(join(kScratch, 'other'));
+  write(folder, 'letter.txt', 'Dear all\n');
+  write(folder, 'Summary.csv', '');
+  await withBrowser(async (browser) => {
+    const watched = await openPage(browser);
+    await drop(watched.page, [folder]);
+    await untilDone(watched.page);
+    assert.match(await textOf(watched.page, '#verdict'), /None of these files is one that Hovar writes/);
+    assert.deepEqual((await tableOf(watched.page, 'Files')).slice(1).map((row) => row[3]), ['not a file of a run', 'empty file']);
+    const empty = await openPage(browser);
+    await drop(empty.page, [freshFolder(join(kScratch, 'empty'))]);
+    await assert.rejects(untilDone(empty.page), /there are no files in it/);
+    assert.deepEqual([...watched.complaints, ...empty.complaints], []);
+  });
+});
+
+const kNames = (count: number) => ['XIntercept', ...Array.from({ length: count - 1 }, (_, i) => `XVariable${i + 1}`)];
+
+test('four chains, one of which stays apart, are judged together with their names', async () => {
+  const folders = [1, 2, 3, 4].map((chain) => {
+    const folder = freshFolder(join(kScratch, `chains/chain${chain}`));
+    write(folder, 'coefficients.csv', coefficientText(kNames(8)));
+    write(folder, 'mcmc/Chain.csv', chainText({ draws: 1000, coefficients: 8, seed: chain, shift: chain === 4 ? 0.1 : 0, memory: 0.3 }));
+    write(folder, 'mcmc/Summary.csv', summaryText(8));
+    return folder;
+  });
+  await withBrowser(async (browser) => {
+    const watched = await openPage(browser);
+    await drop(watched.page, folders);
+    await untilDone(watched.page);
+    assert.match(await textOf(watched.page, '#verdict'), /Not yet: 1 of 8 coefficients have R.hat above 1\.01/);
+    assert.match(await textOf(watched.page, '#verdict'), /XIntercept \(R.hat 1\.\d+/);
+    assert.match(await textOf(watched.page, '#chains'), /4 chains with 1,000 kept draws each: chain1\/mcmc, chain2\/mcmc, chain3\/mcmc and chain4\/mcmc/);
+    assert.deepEqual((await tableOf(watched.page, 'Coefficients of the chains')).slice(1).map((row) => row[0]), kNames(8));
+    await watched.page.emulateMediaFeatures([{ name: 'prefers-reduced-motion', value: 'reduce' }]);
+    await (await watched.page.$('#chains'))?.evaluate((element) => element.scrollIntoView());
+    await new Promise((resolve) => setTimeout(resolve, 300));
+    await (await watched.page.$('#chains'))?.screenshot({ path: join(kShots, 'light-four-chains.png') });
+    assert.deepEqual(watched.complaints, []);
+  });
+});
+
+test('chain and coefficient file of different counts are not joined, and the page says so', async () => {
+  const folder = freshFolder(join(kScratch, 'counts'));
+  write(folder, 'coefficients.csv', coefficientText(kNames(5)));
+  write(folder, 'mcmc/Chain.csv', chainText({ draws: 100, coefficients: 4, seed: 1 }));
+  await withBrowser(async (browser) => {
+    const watched = await openPage(browser);
+    await drop(watched.page, [folder]);
+    await untilDone(watched.page);
+    assert.match(await textOf(watched.page, '#chains'), /Chain\.csv has 4 columns and counts\/coefficients\.csv has 5 rows/);
+    assert.deepEqual((await tableOf(watched.page, 'Coefficients of the chains')).slice(1).map((row) => row[0]),
+      [0, 1, 2, 3].map((i) => `BetaYX[${i}]`));
+  });
+});
+
+/** A page that is drawn at least this often answers to its user. */
+const kLongestPauseMs = Number(process.env.LONGEST_PAUSE_MS ?? 1000);
+
+test('a million records, 5,000 hospitals and chains of 4 x 10,000 x 60 do not freeze the page', async () => {
+  const folder = freshFolder(join(kScratch, 'large'));
+  writeIndividual(join(folder, 'individual.csv'), 1_000_000, 5000);
+  write(folder, 'hospital.csv', hospitalText(Array.from({ length: 5000 }, (_, i) => `H${i}`)));
+  write(folder, 'coefficients.csv', coefficientText(kNames(60)));
+  write(folder, 'cstatistics.csv', kStatisticsText);
+  for (const chain of [1, 2, 3, 4]) {
+    write(folder, `chain${chain}/Chain.csv`, chainText({ draws: 10_000, coefficients: 60, seed: chain, memory: 0.2 }));
+  }
+  await withBrowser(async (browser) => {
+    const watched = await openPage(browser);
+    const { page } = watched;
+    await page.evaluate(() => {
+      const beat = window as unknown as { longest: number; started: number };
+      let last = performance.now();
+      beat.longest = 0;
+      beat.started = last;
+      const tick = (): void => {
+        const now = performance.now();
+        beat.longest = Math.max(beat.longest, now - last);
+        last = now;
+        setTimeout(tick, 0);
+      };
+      tick();
+    });
+    await drop(page, [folder]);
+    await page.waitForSelector('#hospitals', { timeout: 120_000 });
+    const shown = await page.evaluate(() => performance.now() - (window as unknown as { started: number }).started);
+    await untilDone(page, 120_000);
+    const { done, longest } = await page.evaluate(() => {
+      const beat = window as unknown as { longest: number; started: number };
+      return { done: performance.now() - beat.started, longest: beat.longest };
+    });
+    console.log(`first sections after ${(shown / 1000).toFixed(1)} s, everything after ${(done / 1000).toFixed(1)} s, longest pause ${Math.round(longest)} ms`);
+    assert.ok(longest < kLongestPauseMs, `longest pause ${longest} ms`);
+    assert.equal((await tableOf(page, 'Coefficients of the chains')).length - 1, 60);
+    assert.match(await textOf(page, '#calibration'), /950,\d\d\d records|9\d\d,\d\d\d records/);
+    await page.$eval('#hospitals', (element) => element.scrollIntoView());
+    await new Promise((resolve) => setTimeout(resolve, 500));
+    await page.screenshot({ path: join(kShots, 'light-large.png') });
+    assert.deepEqual(watched.complaints, []);
+    assert.deepEqual(watched.requests, []);
+  });
+});

@@ -1,0 +1,155 @@
+// Files are known by their contents, and read into what the page shows.
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import type { SourceFile } from '../src/model';
+import { decodeBase64 } from '../src/doors/inlined';
+import { identify } from '../src/read/identify';
+import { readIndividual } from '../src/read/individual_predictions';
+import { deriveHospitals, loadReport } from '../src/read/load';
+import { readDefinition, readLog, readRunRecord } from '../src/read/texts';
+import { chainText, coefficientText, hospitalText, kIndividualHeader, kStatisticsText, summaryText } from './support/study';
+
+const kOrigin = { folder: 0, folderName: 'out', path: 'file' };
+const source = (path: string, text: string, folder = 0): SourceFile => ({ folder, folderName: `run${folder}`, path, blob: new Blob([text]) });
+
+const kinds: [string, string][] = [
+  [coefficientText(['XIntercept', 'XA']), 'coefficients'],
+  [chainText({ draws: 3, coefficients: 2, seed: 1 }), 'chain'],
+  ['Step\n', 'chain'],
+  [summaryText(2), 'summary'],
+  [`${kIndividualHeader}\n`, 'individual'],
+  [hospitalText(['H1']), 'hospitals'],
+  [kStatisticsText, 'cStatistics'],
+  ['Number of records: 12\nNumber of variables: 3\n', 'log'],
+  ['<?xml version="1.0"?>\n<!-- mine -->\n<Analysis xmlns:xsi="x">\n</Analysis>', 'definition'],
+  ['<Batch>\n</Batch>', 'definition'],
+  ['{"version": "1"}', 'runRecord'],
+  // Not of a run: a data file, a page, another XML file, a header with a column more.
+  ['Key,Hospital ID,Y,POA1,ZA,XA\nR1,H1,0,0,0,0\n', 'unused'],
+  ['<html><body></body></html>', 'unused'],
+  [`${kIndividualHeader},More\n`, 'unused'],
+  ['', 'unused'],
+];
+for (const [text, kind] of kinds) {
+  test(`"${text.slice(0, 30).replace(/\n/g, ' ')}" is ${kind}`, async () => {
+    assert.equal((await identify(new Blob([text]))).kind, kind);
+  });
+}
+
+test('a byte order mark does not hide what a file is', async () => {
+  assert.equal((await identify(new Blob(['\uFEFF', '{"a": 1}']))).kind, 'runRecord');
+});
+
+test('a file that breaks off is listed with the reason and the others are read', async () => {
+  const report = await loadReport([
+    source('coefficients.csv', `${coefficientText(['XIntercept', 'XA'])}XB,ZB,1\n`), source('cstatistics.csv', kStatisticsText),
+    source('record.json', '{"version": '),
+  ], () => {});
+  assert.deepEqual(report.files.map((file) => [file.path, file.kind]),
+    [['coefficients.csv', 'unused'], ['cstatistics.csv', 'cStatistics'], ['record.json', 'unused']]);
+  assert.equal(report.files[0].note, 'row 4 has 3 cells, the header 21');
+  assert.match(report.files[2].note, /^could not be read: SyntaxError/);
+});
+
+test('a chain is read by column', async () => {
+  const report = await loadReport([source('Chain.csv', 'Step,BetaYX[0],BetaYX[1]\n2,0.5,-1e-05\n4,nan,3\n')], () => {});
+  assert.deepEqual([...report.chains[0].steps], [2, 4]);
+  assert.deepEqual(report.chains[0].draws.map((draws) => [...draws]), [[0.5, NaN], [-1e-5, 3]]);
+});
+
+// Four records of two hospitals:   Y  Z    X    Y|P=0  X,P=0  MCMC  P  P|X  P|YPXZ
+const kFour = `${kIndividualHeader}
+a,"H, 1",1,0.5,0.4,0,0,0,1,0.2,1
+b,"H, 1",0,0.1,0.2,0,0.1,0.3,0,0.1,0
+c,H2,1,0.9,0.6,0.6,0.2,0.4,,0.3,0.4
+d,H2,0,0.3,0.4,0,0.3,0.1,0,0.2,0
+`;
+
+test('individual predictions are summed by hospital, P where it is known', async () => {
+  const digest = await readIndividual(new Blob([kFour]), kOrigin, () => {});
+  assert.equal(digest.records, 4);
+  assert.equal(digest.missingP, 1);
+  assert.deepEqual(digest.hospitals.map((row) => [row.id, row.records, ...row.means.map((mean) => mean.value)]), [
+    ['H, 1', 2, 0.5, 0.3, 0.3, 0, 0.05, 0.15, 0.5, 0.15, 0.5],
+    ['H2', 2, 0.5, 0.6, 0.5, 0.3, 0.25, 0.25, 0, 0.25, 0.2],
+  ]);
+});
+
+test('calibration leaves out known P = 1 for outcomes in hospital and missing P for P', async () => {
+  const digest = await readIndividual(new Blob([kFour]), kOrigin, () => {});
+  const of = (name: string) => digest.calibrations.find((c) => c.expected === name);
+  assert.equal(of('E[Y|X]')?.records, 4);
+  assert.equal(of('E[Y|X]')?.meanPredicted, 1.6 / 4);
+  assert.equal(of('E[Y|X]')?.meanObserved, 0.5);
+  assert.equal(of('E[Y|X,P=0]')?.records, 3);
+  assert.ok(Math.abs((of('E[Y|X,P=0]')?.meanPredicted ?? 0) - 0.2) < 1e-15);
+  assert.equal(of('E[Y|X,P=0]')?.meanObserved, 0.6 / 3);
+  assert.equal(of('E[P|X]')?.records, 3);
+});
+
+test('C-statistics are over pairs of known responses', async () => {
+  const digest = await readIndividual(new Blob([kFour]), kOrigin, () => {});
+  const of = (name: string) => digest.calibrations.find((c) => c.expected === name)?.cStatistic;
+  // Y: positives a 0.4, c 0.6 against negatives b 0.2, d 0.4: 1, 1/2, 1, 1 of four pairs.
+  assert.equal(of('E[Y|X]'), 3.5 / 4);
+  // P: positive a 0.2 against b 0.1, d 0.2: 1 and 1/2 of two pairs.
+  assert.equal(of('E[P|X]'), 0.75);
+});
+
+test('hospitals are made from individual predictions only where their folder has no file of them', async () => {
+  const report = await loadReport([
+    source('individual.csv', kFour), source('hospital.csv', hospitalText(['A', 'B'])), source('individual.csv', kFour, 1),
+  ], () => {});
+  deriveHospitals(report);
+  assert.deepEqual(report.hospitals.map((file) => [file.origin.folder, file.derived, file.rows.length]), [[0, false, 2], [1, true, 2]]);
+});
+
+const kLog = `Number of records: 100
+Number of variables: 5
+Number of hospitals: 7
+Warning: Y == 0 && P == 1 data in record: 3 - setting P equal to 0
+Counting non missing records:
+Number of non-missing records: 60
+Number of non-missing records with P = 0: 50
+Eliminating Z zero columns
+Eliminating X zero columns
+Eliminating columns:
+ZNever, XNever
+"Z, odd", XOdd
+Number of variables: 3
+Counting non missing records:
+Number of non-missing records: 64
+Number of non-missing records with P = 0: 52
+Eliminating dependent Z columns
+Warning: Maximum number of iterations reached
+Number of records: 999
+Warning: Maximum number of iterations reached
+`;
+
+test('a log is read up to the run that follows in a batch', async () => {
+  const log = await readLog(new Blob([kLog]), kOrigin);
+  assert.deepEqual({ ...log, origin: null }, {
+    origin: null, analysis: true, records: 100, variables: 3, hospitals: 7, completeFirst: 60, completeLast: 64,
+    removed: ['ZNever, XNever', '"Z, odd", XOdd'], contradictions: 1, unfinishedFits: 1,
+  });
+});
+
+test('a definition gives its elements with their groups', async () => {
+  const text = '<?xml version="1.0"?><!-- <Old>1</Old> --><Analysis xmlns:xsi="u"><Input><Data>d.csv</Data></Input>' +
+    '<Mcmc><Seed xsi:type="Vector"><Seed><Element>7</Element></Seed></Seed><Steps>5</Steps></Mcmc></Analysis>';
+  const digest = await readDefinition(new Blob([text]), kOrigin);
+  assert.equal(digest.root, 'Analysis');
+  assert.deepEqual(digest.entries, [
+    ['Input / Data', 'd.csv'], ['Mcmc / Seed', 'Vector'], ['Mcmc / Seed / Seed / Element', '7'], ['Mcmc / Steps', '5'],
+  ]);
+});
+
+test('a record of a run gives its plain values', async () => {
+  const record = await readRunRecord(new Blob(['{"version":"1.2","data":{"sha256":"ab"},"warnings":["w"],"status":0}']), kOrigin);
+  assert.deepEqual(record.entries, [['version', '1.2'], ['data / sha256', 'ab'], ['warnings / 0', 'w'], ['status', '0']]);
+});
+
+test('base64 gives the bytes back', () => {
+  const bytes = Uint8Array.from({ length: 256 }, (_, i) => i);
+  assert.deepEqual([...decodeBase64(Buffer.from(bytes).toString('base64'))], [...bytes]);
+});
