@@ -2,12 +2,13 @@
 // of its chains out. The same code answers from a worker and, where there is none, from the page.
 import { groupChains } from './analysis/chain_groups';
 import { diagnose, type GroupDiagnostics } from './analysis/diagnostics';
+import { defaultExpectation, judgeHospitals, pairOf, type HospitalJudgement } from './analysis/hospital_ratios';
 import { deriveHospitals, loadReport } from './read/load';
 import type { Report, SourceFile } from './model';
 
 export type EngineMessage =
   | { type: 'progress'; share: number; text: string }
-  | { type: 'report'; report: Report }
+  | { type: 'report'; report: Report; judgement: HospitalJudgement | null }
   | { type: 'diagnostics'; groups: GroupDiagnostics[] }
   | { type: 'failure'; text: string };
 
@@ -22,11 +23,17 @@ export async function runEngine(
       await post({ type: 'progress', share: done / Math.max(total, 1), text: `${megabytes(done)} of ${megabytes(total)} MB read` });
     });
     deriveHospitals(report);
-    await post({ type: 'report', report });
+    await post({ type: 'report', report, judgement: firstJudgement(report) });
     await post({ type: 'diagnostics', groups: await diagnoseAll(report, post) });
   } catch (error) {
     await post({ type: 'failure', text: String(error) });
   }
+}
+
+/** The hospitals as they are shown first; with thousands of them it takes a moment. */
+function firstJudgement(report: Report): HospitalJudgement | null {
+  const file = report.hospitals.find((candidate) => candidate.rows.length > 0);
+  return file ? judgeHospitals(file, pairOf(defaultExpectation(report).column), false) : null;
 }
 
 async function diagnoseAll(

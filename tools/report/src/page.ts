@@ -19,6 +19,9 @@ import { runSection } from './view/run_section';
 import { startTheme } from './view/theme';
 import { verdictSection } from './view/verdict_section';
 
+/** Lets the browser draw and answer to its user between two steps. */
+const breathe = (): Promise<void> => new Promise((resolve) => setTimeout(resolve, 0));
+
 /** Counts the loads, so that messages of an earlier one are not taken for those of the latest. */
 let latestLoad = 0;
 
@@ -31,7 +34,6 @@ export function startPage(scriptText: string): void {
 
 async function loadInlined(scriptText: string): Promise<void> {
   byId('doors').hidden = true;
-  const breathe = () => new Promise<void>((resolve) => setTimeout(resolve, 0));
   try {
     await load(inlinedFiles(document, (share) => {
       showProgress('Unpacking the files of this page', share);
@@ -71,23 +73,27 @@ async function load(files: SourceFile[] | Promise<SourceFile[]>, scriptText: str
   const ticket = ++latestLoad;
   byId('failure').hidden = true;
   let report: Report | null = null;
+  // Messages wait for each other: a report is laid out in several steps.
+  let handled = Promise.resolve();
   showProgress('Looking for files', 0);
   try {
     const sources = await files;
     if (sources.length === 0) throw new Error('there are no files in it');
     startEngine(sources, scriptText, (message) => {
-      if (ticket === latestLoad) report = receive(message, report);
+      handled = handled.then(async () => {
+        if (ticket === latestLoad) report = await receive(message, report);
+      }).catch((error) => showFailure(`The report could not be laid out: ${String(error)}`));
     });
   } catch (error) {
     showFailure(`The files could not be read: ${error instanceof Error ? error.message : String(error)}`);
   }
 }
 
-function receive(message: EngineMessage, report: Report | null): Report | null {
+async function receive(message: EngineMessage, report: Report | null): Promise<Report | null> {
   switch (message.type) {
     case 'progress': showProgress(message.text, message.share); break;
     case 'report':
-      showReport(message.report);
+      await showReport(message.report, message.judgement);
       return message.report;
     case 'diagnostics':
       byId('loading').hidden = true;
@@ -115,20 +121,21 @@ function showFailure(text: string): void {
 
 let judgement: HospitalJudgement | null = null;
 
-function showReport(report: Report): void {
+async function showReport(report: Report, firstJudgement: HospitalJudgement | null): Promise<void> {
+  const place = byId('report');
+  const add = async (section: HTMLElement): Promise<void> => {
+    place.append(section);
+    await breathe();
+  };
   byId('doors').hidden = true;
-  judgement = null;
-  const sections: HTMLElement[] = [];
-  if (report.hospitals.some((file) => file.rows.length > 0)) {
-    const hospitals = hospitalSection(report);
-    judgement = hospitals.judgement;
-    sections.push(hospitals.element);
-  }
-  if (report.individuals.length > 0 || report.cStatistics.length > 0) sections.push(calibrationSection(report));
-  if (report.coefficients.some((file) => file.xNames.length > 0)) sections.push(coefficientSection(report));
-  if (report.chains.length > 0) sections.push(chainSection(report, null));
-  sections.push(runSection(report));
-  byId('report').replaceChildren(verdict(report, null), ...sections);
+  place.replaceChildren();
+  judgement = firstJudgement;
+  if (judgement) await add(hospitalSection(report, judgement));
+  place.prepend(verdict(report, null));
+  if (report.individuals.length > 0 || report.cStatistics.length > 0) await add(calibrationSection(report));
+  if (report.coefficients.some((file) => file.xNames.length > 0)) await add(coefficientSection(report));
+  if (report.chains.length > 0) await add(chainSection(report, null));
+  await add(runSection(report));
   document.title = `Hovar report: ${folderNames(report)}`;
   showNavigation();
 }

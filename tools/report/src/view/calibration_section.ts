@@ -29,7 +29,7 @@ function calibrationParts(report: Report): Child[] {
   const current = (): Calibration => digest.calibrations.find((c) => c.expected === name) ?? digest.calibrations[0];
   const note = h('p', { class: 'note' });
   const drawing = chart({
-    title: 'Observed rate against mean prediction', height: 380,
+    title: 'Observed rate against mean prediction', height: 380, half: true,
     caption: ['On the diagonal prediction and observation agree. Bars are 95 % intervals of the observed rate; the table has the numbers.'],
   }, (width) => drawCalibration(current(), width));
   const table = dataTable<CalibrationBin & { tenth: number }>({
@@ -81,7 +81,10 @@ function binColumns(): Column<CalibrationBin & { tenth: number }>[] {
 
 function drawCalibration(calibration: Calibration, width: number): Element {
   const bins = calibration.bins;
-  const top = 1.06 * Math.max(0.01, ...bins.map((bin) => Math.max(bin.upper, bin.meanPredicted)));
+  // A group of a few records has an interval that would leave no room for the others; it runs out of
+  // the drawing.
+  const sizable = bins.filter((bin) => bin.count >= 0.01 * calibration.records);
+  const top = 1.06 * Math.max(0.01, ...bins.map((bin) => bin.meanPredicted), ...sizable.map((bin) => bin.upper));
   const tip = (b: CalibrationBin) => `${count(b.count)} records\npredicted ${percent(b.meanPredicted, 1)}\n` +
     `observed ${percent(b.observedRate, 1)} (${percent(b.lower, 1)} to ${percent(b.upper, 1)})`;
   return plot(`Calibration of ${calibration.expected} in ${bins.length} groups`, {
@@ -90,8 +93,8 @@ function drawCalibration(calibration: Calibration, width: number): Element {
     y: { label: 'Observed rate', labelArrow: 'none', domain: [0, top], tickFormat: '.0%', grid: true, ticks: 6 },
     marks: [
       Plot.line([[0, 0], [top, top]], { stroke: 'var(--muted)', strokeDasharray: '5,4' }),
-      Plot.ruleX(bins, { x: 'meanPredicted', y1: 'lower', y2: 'upper', stroke: 'var(--accent)', strokeWidth: 2 }),
-      Plot.dot(bins, { x: 'meanPredicted', y: 'observedRate', fill: 'var(--accent)', r: 4 }),
+      Plot.ruleX(bins, { x: 'meanPredicted', y1: 'lower', y2: (b) => Math.min(b.upper, top), stroke: 'var(--accent)', strokeWidth: 2 }),
+      Plot.dot(bins.filter((b) => b.observedRate <= top), { x: 'meanPredicted', y: 'observedRate', fill: 'var(--accent)', r: 4 }),
       Plot.tip(bins, Plot.pointer({ x: 'meanPredicted', y: 'observedRate', title: tip, fill: 'var(--paper)', stroke: 'var(--line)' })),
     ],
   });
@@ -126,7 +129,7 @@ function statisticsTable(report: Report): HTMLElement {
     }] : []),
     { head: 'In words', text: (r) => inWords(r.value) },
   ];
-  const table = dataTable<StatisticRow>({ caption: 'C-statistics', columns, rows, csvName: 'c-statistics.csv' });
+  const table = dataTable<StatisticRow>({ caption: 'C-statistics', untitled: true, columns, rows, csvName: 'c-statistics.csv' });
   return h('div', { class: 'block' }, h('h3', {}, 'C-statistics'),
     h('p', { class: 'note' }, file
       ? `From ${originText(file.origin)}. 0.5 is a coin, 1 is perfect separation, -1 means that there was no pair to compare. `

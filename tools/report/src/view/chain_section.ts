@@ -108,14 +108,14 @@ function coefficientViewer(
   const summary = h('p', { class: 'note', role: 'status' });
 
   const charts: Chart[] = [
-    chart({ title: 'Trace', height: 260, caption: ['Should look like noise round one level, the same in every chain.'] }, (width) => lineChart({
+    chart({ title: 'Trace', height: 260, half: true, caption: ['Should look like noise round one level, the same in every chain.'] }, (width) => lineChart({
       width, height: 260, steps, yLabel: 'log-odds', thin: true, label: `Trace of ${label()} in ${plural(names.length, 'chain')}`,
       lines: lines().map((values, i) => ({ name: names[i], values })),
     })),
-    chart({ title: 'Density', height: 260, caption: ['Should be the same curve for every chain.'] }, (width) => drawDensity(label(), lines(), width)),
-    chart({ title: 'Autocorrelation', height: 260, caption: [`Of draws so many apart. Should be near 0 soon; slow decay calls for more Steps.`] },
+    chart({ title: 'Density', height: 260, half: true, caption: ['Should be the same curve for every chain.'] }, (width) => drawDensity(label(), lines(), width)),
+    chart({ title: 'Autocorrelation', height: 260, half: true, caption: [`Of draws so many apart. Should be near 0 soon; slow decay calls for more Steps.`] },
       (width) => drawAutocorrelation(label(), lines(), width)),
-    chart({ title: 'Running mean', height: 260, caption: ['Should settle, and on the same value in every chain.'] }, (width) => lineChart({
+    chart({ title: 'Running mean', height: 260, half: true, caption: ['Should settle, and on the same value in every chain.'] }, (width) => lineChart({
       width, height: 260, steps, yLabel: 'mean so far', thin: false, label: `Running mean of ${label()}`,
       lines: lines().map((values, i) => ({ name: names[i], values: runningMean(values) })),
     })),
@@ -188,7 +188,7 @@ function diagnosticsTable(diagnostics: GroupDiagnostics, show: (index: number, s
   const short = (v: number) => number(v, 4);
   const flag = (bad: (s: Summary) => boolean) => (r: Row) => (bad(r.summary) ? 'short' : '');
   const table = dataTable<Row>({
-    caption: 'Coefficients of the chains', rows, csvName: 'chains.csv', rowName: ['coefficient', 'coefficients'],
+    caption: 'Coefficients of the chains', untitled: true, rows, csvName: 'chains.csv', rowName: ['coefficient', 'coefficients'],
     columns: [
       { head: 'Variable', text: (r) => r.name || r.header, free: true, node: (r) => button(r.name || r.header, () => show(r.index, true), { class: 'link', title: 'Show the drawings' }) },
       { head: 'Column', text: (r) => r.header, order: (r) => r.index },
@@ -207,7 +207,7 @@ function diagnosticsTable(diagnostics: GroupDiagnostics, show: (index: number, s
 function summaryTables(report: Report): Node[] {
   return report.summaries.filter((file) => file.rows.length > 0).map((file) => {
     const table = dataTable<SummaryFile['rows'][number]>({
-      caption: originText(file.origin), rows: file.rows, csvName: 'summary.csv',
+      caption: originText(file.origin), untitled: true, rows: file.rows, csvName: 'summary.csv',
       columns: [
         { head: 'Variable', text: (r) => r.variable, free: true },
         { head: 'Mean', numeric: true, text: (r) => r.mean.text, order: (r) => r.mean.value },

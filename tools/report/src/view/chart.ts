@@ -3,7 +3,8 @@
 import { h, type Child } from './dom';
 import { endPrint, onThemeChange, useLightForPrint } from './theme';
 
-const kPrintWidth = 660;
+/** Widths on paper: A4 upright, half of it, and across. */
+const kPrintWidth = { full: 660, half: 318, across: 960 };
 
 export interface Chart {
   element: HTMLElement;
@@ -15,6 +16,7 @@ interface Place {
   drawn: boolean;
   draw(width: number): void;
   box: HTMLElement;
+  printWidth: number;
 }
 
 const places = new Set<Place>();
@@ -25,12 +27,13 @@ const observer = typeof IntersectionObserver === 'undefined' ? null : new Inters
     for (const entry of entries) {
       if (!entry.isIntersecting) continue;
       const place = [...places].find((candidate) => candidate.box === entry.target);
-      if (place && !place.drawn) drawPlace(place);
+      // One at a time, so that the page answers between two drawings.
+      if (place && !place.drawn) setTimeout(() => place.drawn || drawPlace(place), 0);
     }
   }, { rootMargin: '400px' });
 
 function drawPlace(place: Place): void {
-  const width = printing ? kPrintWidth : place.box.clientWidth;
+  const width = printing ? place.printWidth : place.box.clientWidth;
   if (width === 0) return;
   place.drawn = true;
   place.draw(width);
@@ -60,20 +63,20 @@ export function startCharts(): void {
 /**
  * A figure. `draw` returns what to show at a width in pixels; the caption says in words what is drawn
  * and where the same numbers stand as text. `smallest` is the width below which the figure scrolls
- * sideways rather than becoming illegible.
+ * sideways rather than becoming illegible; `half` figures stand in pairs.
  */
 export function chart(
-  options: { title: string; caption: Child[]; height: number; smallest?: number; class?: string },
+  options: { title: string; caption: Child[]; height: number; smallest?: number; half?: boolean },
   draw: (width: number) => Element,
 ): Chart {
   const smallest = options.smallest ?? 0;
   const box = h('div', { class: 'plot', ...(smallest > 0 ? { tabindex: 0, role: 'group', 'aria-label': `${options.title}, scrolls sideways` } : {}) });
   box.style.minHeight = `${options.height}px`;
-  const element = h('figure', { class: `chart ${options.class ?? ''}`.trim() },
+  const element = h('figure', { class: 'chart' },
     h('p', { class: 'chart-title' }, options.title), box, h('figcaption', {}, ...options.caption));
   let lastWidth = 0;
   const place: Place = {
-    drawn: false, box,
+    drawn: false, box, printWidth: kPrintWidth[options.half ? 'half' : smallest > 0 ? 'across' : 'full'],
     draw(width) {
       lastWidth = width;
       box.replaceChildren(draw(Math.max(width, printing ? 0 : smallest)));

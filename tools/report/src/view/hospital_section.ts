@@ -9,11 +9,11 @@ import type { HospitalFile, PredictionColumn, Report } from '../model';
 import { chart, legend, type Chart } from './chart';
 import { checkbox, choice, h, section } from './dom';
 import { count, fixed, number, shorten } from './format';
-import { plot, Plot } from './plots';
+import { cloud, plot, Plot } from './plots';
 import { dataTable, type Column } from './table';
 
-/** More hospitals than this are drawn as a band with those that stand out on it. */
-const kMostIntervals = 1500;
+/** More hospitals than this are drawn without a symbol each, and their intervals as a band. */
+const kMostSymbols = 1200;
 const kMostLabels = 14;
 
 const kColours: Record<Position, string> = {
@@ -25,14 +25,15 @@ const kSymbols: Record<Position, Plot.SymbolType> = {
   inside: 'circle', unknown: 'circle',
 };
 
-export function hospitalSection(report: Report): { element: HTMLElement; judgement: HospitalJudgement } {
+/** `first` is the judgement of the first file that has hospitals, by the default expectation. */
+export function hospitalSection(report: Report, first: HospitalJudgement): HTMLElement {
   const preset = defaultExpectation(report);
-  let file = report.hospitals[0];
+  const choices = report.hospitals.filter((candidate) => candidate.rows.length > 0);
+  let file = choices[0];
   let column: PredictionColumn = preset.column;
   let adjusted = false;
   let searched = '';
-  let judgement = judgeHospitals(file, pairOf(column), adjusted);
-  const first = judgement;
+  let judgement = first;
 
   const reason = h('p', { class: 'note' });
   const dispersion = h('p', { class: 'note' });
@@ -75,13 +76,13 @@ export function hospitalSection(report: Report): { element: HTMLElement; judgeme
       caterpillar.update();
     },
   });
-  const files = report.hospitals.length > 1 && choice('File', report.hospitals.map((candidate, index) =>
+  const files = choices.length > 1 && choice('File', choices.map((candidate, index) =>
     [String(index), originText(candidate.origin)]), '0', (value) => {
-    file = report.hospitals[Number(value)];
+    file = choices[Number(value)];
     refresh();
   });
   explain();
-  const element = section('hospitals', 'Hospitals',
+  return section('hospitals', 'Hospitals',
     'Observed over expected outcomes: 1 is what an average hospital would have had with the same patients.',
     h('div', { class: 'controls' }, files,
       choice('Expectation', kExpectations.map((pair) => [pair.expected, `${pair.expected} (against ${pair.observed})`]), column,
@@ -102,7 +103,6 @@ export function hospitalSection(report: Report): { element: HTMLElement; judgeme
     ]),
     h('div', { class: 'pair' }, funnel.element, caterpillar.element),
     dispersion, table.element);
-  return { element, judgement: first };
 }
 
 const matches = (ratios: HospitalRatio[], text: string): HospitalRatio[] =>
@@ -171,7 +171,7 @@ function ratioDomain(drawn: Drawn[]): [number, number] {
 
 function funnelChart(judgement: () => HospitalJudgement, searched: () => string): Chart {
   return chart({
-    title: 'Funnel: does the ratio differ from 1 by more than chance?', height: 400,
+    title: 'Funnel: does the ratio differ from 1 by more than chance?', height: 400, half: true,
     caption: [`Limits: ${kLimitsMethod}. Curves are for cases of average risk; each hospital is judged by its own limits, which is what ` +
       'colour, symbol and table tell. The table below has the numbers.'],
   }, (width) => {
@@ -194,8 +194,7 @@ function funnelChart(judgement: () => HospitalJudgement, searched: () => string)
           Plot.line(curves, { x: 'expected', y: (c) => c.limits95[side], stroke: 'var(--warn)', strokeWidth: 1.25, strokeDasharray: '5,4', clip: true }),
         ]),
         Plot.ruleY([1], { stroke: 'var(--ink)', strokeWidth: 1 }),
-        Plot.dot(drawn, { x: 'expected', y: 'ratio', stroke: (d: Drawn) => kColours[d.position], fill: (d: Drawn) => kColours[d.position],
-          fillOpacity: 0.55, symbol: (d: Drawn) => kSymbols[d.position], r: drawn.length > 500 ? 2.5 : 4 }),
+        ...points(drawn, 'expected', drawn.length > 500 ? 2.5 : 4),
         Plot.dot(rings, { x: 'expected', y: 'ratio', r: 9, stroke: 'var(--accent)', strokeWidth: 2.5 }),
         Plot.text(labelled(drawn, searched()), { x: 'expected', y: 'ratio', text: 'label', dx: 8, textAnchor: 'start', fill: 'var(--ink)', stroke: 'var(--paper)', strokeWidth: 4 }),
         Plot.text(lastOf(curves), { x: 'expected', y: (c) => c.limits998.upper, text: () => '99.8 %', dx: 4, dy: -4, textAnchor: 'start', fill: 'var(--bad)' }),
@@ -207,11 +206,22 @@ function funnelChart(judgement: () => HospitalJudgement, searched: () => string)
   });
 }
 
+function points(drawn: Drawn[], x: string, r: number): Plot.Dot[] {
+  if (drawn.length > kMostSymbols) {
+    const layers: Position[][] = [['inside'], ['above95', 'below95'], ['above998', 'below998']];
+    return layers.map((layer) => cloud(drawn.filter((d) => layer.includes(d.position)), { x, y: 'ratio', colour: kColours[layer[0]], r: 1.8 }));
+  }
+  return [Plot.dot(drawn, {
+    x, y: 'ratio', stroke: (d: Drawn) => kColours[d.position], fill: (d: Drawn) => kColours[d.position], fillOpacity: 0.55,
+    symbol: (d: Drawn) => kSymbols[d.position], r,
+  })];
+}
+
 const lastOf = <T>(items: T[]): T[] => items.slice(-1);
 
 function caterpillarChart(judgement: () => HospitalJudgement, searched: () => string): Chart {
   return chart({
-    title: 'Caterpillar: ratios in order, with 95 % intervals', height: 400,
+    title: 'Caterpillar: ratios in order, with 95 % intervals', height: 400, half: true,
     caption: [`Intervals: ${kIntervalMethod}. ` + 'An interval that leaves out 1 says that the ratio differs from 1, ' +
       'hospital by hospital; among many, some do so by chance.'],
   }, (width) => {
@@ -220,7 +230,7 @@ function caterpillarChart(judgement: () => HospitalJudgement, searched: () => st
     const top = Math.max(ratioDomain(drawn)[1], Math.min(quantile(drawn.map((d) => d.interval.upper), 0.9), 8));
     const clipped = (d: Drawn) => Math.min(d.interval.upper, top);
     const rings = searched() === '' ? [] : matches(ranked, searched());
-    const wide = drawn.length > kMostIntervals;
+    const wide = drawn.length > kMostSymbols;
     return plot(`Caterpillar plot: observed over expected of ${drawn.length} hospitals in order, with 95 % intervals`, {
       width, height: 400, marginLeft: 44, marginBottom: 46, marginRight: 16,
       x: { label: 'Hospitals by rank', labelAnchor: 'center', labelOffset: 36, labelArrow: 'none', domain: [0, Math.max(ranked.length, 1) + 1], ticks: Math.min(8, Math.max(ranked.length, 1)), tickFormat: (v: number) => (Number.isInteger(v) && v > 0 ? String(v) : '') },
@@ -230,8 +240,7 @@ function caterpillarChart(judgement: () => HospitalJudgement, searched: () => st
         wide
           ? Plot.areaY(ranked, { x: 'rank', y1: (d) => d.interval.lower, y2: clipped, fill: 'var(--muted)', fillOpacity: 0.3 })
           : Plot.ruleX(ranked, { x: 'rank', y1: (d) => d.interval.lower, y2: clipped, stroke: (d) => kColours[d.position as Position], strokeWidth: drawn.length > 200 ? 1 : 2 }),
-        Plot.dot(wide ? ranked.filter((d) => d.position !== 'inside') : ranked, { x: 'rank', y: 'ratio', fill: (d) => kColours[d.position as Position],
-          symbol: (d: Drawn) => kSymbols[d.position], r: drawn.length > 200 ? 1.8 : 3.4 }),
+        ...points(ranked, 'rank', drawn.length > 200 ? 1.8 : 3.4),
         Plot.dot(rings, { x: 'rank', y: 'ratio', r: 9, stroke: 'var(--accent)', strokeWidth: 2.5 }),
         Plot.tip(ranked, Plot.pointer({ x: 'rank', y: 'ratio', title: 'tip', fill: 'var(--paper)', stroke: 'var(--line)' })),
       ],

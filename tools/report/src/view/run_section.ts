@@ -35,7 +35,7 @@ function factsBlock(title: string, facts: [string, string][]): HTMLElement {
 
 function filesTable(files: FileEntry[]): HTMLElement {
   const table = dataTable<FileEntry>({
-    caption: 'Files', rows: files, rowName: ['file', 'files'],
+    caption: 'Files', untitled: true, rows: files, rowName: ['file', 'files'],
     columns: [
       { head: 'File', text: (f) => originText(f), free: true, node: (f) => h('span', { class: 'name' }, originText(f)) },
       { head: 'Taken for', text: (f) => kKindText[f.kind] },

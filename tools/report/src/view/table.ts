@@ -34,6 +34,8 @@ export function dataTable<Row>(options: {
   rows: Row[];
   csvName?: string;
   rowName?: [string, string];
+  /** No visible title, because a heading says it already. */
+  untitled?: boolean;
   rowClass?(row: Row): string;
 }): DataTable<Row> {
   let { columns, rows } = options;
@@ -49,7 +51,7 @@ export function dataTable<Row>(options: {
   const save = options.csvName !== undefined &&
     button('Download as CSV', () => saveCsv(options.csvName ?? 'table.csv', csvRows(columns, sorted())));
   const table = h('table', { 'aria-label': options.caption }, head, body);
-  const element = h('div', { class: 'data-table' }, h('p', { class: 'table-title' }, options.caption),
+  const element = h('div', { class: 'data-table' }, !options.untitled && h('p', { class: 'table-title' }, options.caption),
     h('div', { class: 'table-scroll', tabindex: 0, role: 'region', 'aria-label': options.caption }, table),
     h('div', { class: 'table-foot' }, status, more, all, save));
 
