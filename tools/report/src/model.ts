@@ -160,6 +160,10 @@ export interface DefinitionDigest {
 
 export interface RunRecord {
   origin: Origin;
+  /** NaN when the record does not say. */
+  exitStatus: number;
+  error: string;
+  warnings: { text: string; fit: string; count: number }[];
   entries: [string, string][];
 }
 

@@ -160,3 +160,15 @@ test('a fit that reached its limit is to be acted on', async () => {
   assert.equal(runFinding(report)?.level, 'act');
   assert.match(runFinding(report)?.answer ?? '', /^Yes: 1 fit stopped/);
 });
+
+test('a run that ended in an error is told first', async () => {
+  const record = JSON.stringify({ format: 'hovar run record', exitStatus: 1, error: 'Variables mismatch', runs: [] });
+  const report = await load(source(0, 'r.json', record), source(0, 'l', 'Number of records: 9\n'));
+  assert.match(runFinding(report)?.answer ?? '', /^No: it ended with status 1 \(Variables mismatch\)/);
+});
+
+test('warnings are told with the fit that they followed', async () => {
+  const record = JSON.stringify({ format: 'hovar run record', exitStatus: 0, runs: [{ warnings: [{ text: 'Slow', fit: '[Y|X]', count: 3 }] }] });
+  const report = await load(source(0, 'r.json', record), source(0, 'l', 'Number of records: 9\n'));
+  assert.deepEqual(runFinding(report)?.details, ['Slow after [Y|X], 3 times.']);
+});

@@ -23,11 +23,12 @@ const kinds: [string, string][] = [
   ['Number of records: 12\nNumber of variables: 3\n', 'log'],
   ['<?xml version="1.0"?>\n<!-- mine -->\n<Analysis xmlns:xsi="x">\n</Analysis>', 'definition'],
   ['<Batch>\n</Batch>', 'definition'],
-  ['{"version": "1"}', 'runRecord'],
+  ['{\n  "format": "hovar run record",\n  "formatVersion": 1}', 'runRecord'],
   // Not of a run: a data file, a page, another XML file, a header with a column more.
   ['Key,Hospital ID,Y,POA1,ZA,XA\nR1,H1,0,0,0,0\n', 'unused'],
   ['<html><body></body></html>', 'unused'],
   [`${kIndividualHeader},More\n`, 'unused'],
+  ['{"version": "1"}', 'unused'],
   ['', 'unused'],
 ];
 for (const [text, kind] of kinds) {
@@ -37,13 +38,13 @@ for (const [text, kind] of kinds) {
 }
 
 test('a byte order mark does not hide what a file is', async () => {
-  assert.equal((await identify(new Blob(['\uFEFF', '{"a": 1}']))).kind, 'runRecord');
+  assert.equal((await identify(new Blob(['\uFEFF', '{"format": "hovar run record"}']))).kind, 'runRecord');
 });
 
 test('a file that breaks off is listed with the reason and the others are read', async () => {
   const report = await loadReport([
     source('coefficients.csv', `${coefficientText(['XIntercept', 'XA'])}XB,ZB,1\n`), source('cstatistics.csv', kStatisticsText),
-    source('record.json', '{"version": '),
+    source('record.json', '{"format": "hovar run record", '),
   ], () => {});
   assert.deepEqual(report.files.map((file) => [file.path, file.kind]),
     [['coefficients.csv', 'unused'], ['cstatistics.csv', 'cStatistics'], ['record.json', 'unused']]);
@@ -144,9 +145,16 @@ test('a definition gives its elements with their groups', async () => {
   ]);
 });
 
-test('a record of a run gives its plain values', async () => {
-  const record = await readRunRecord(new Blob(['{"version":"1.2","data":{"sha256":"ab"},"warnings":["w"],"status":0}']), kOrigin);
-  assert.deepEqual(record.entries, [['version', '1.2'], ['data / sha256', 'ab'], ['warnings / 0', 'w'], ['status', '0']]);
+test('a record of a run gives its plain values, its status and its warnings', async () => {
+  const text = JSON.stringify({
+    format: 'hovar run record', data: { sha256: 'ab' }, exitStatus: 1, error: 'IO Exception', host: null,
+    runs: [{ kind: 'Analysis', warnings: [{ text: 'w', fit: '[Y|X]', count: 3, records: [1, 2] }] }],
+  });
+  const record = await readRunRecord(new Blob([text]), kOrigin);
+  assert.deepEqual(record.entries.slice(0, 3), [['format', 'hovar run record'], ['data / sha256', 'ab'], ['exitStatus', '1']]);
+  assert.equal(record.exitStatus, 1);
+  assert.equal(record.error, 'IO Exception');
+  assert.deepEqual(record.warnings, [{ text: 'w', fit: '[Y|X]', count: 3 }]);
 });
 
 test('base64 gives the bytes back', () => {

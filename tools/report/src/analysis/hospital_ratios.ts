@@ -148,9 +148,11 @@ export function funnelCurves(judgement: HospitalJudgement, points = 120): Funnel
   const largest = Math.max(...known.map((ratio) => ratio.expected));
   const smallest = Math.min(...known.map((ratio) => ratio.expected));
   const from = Math.max(Math.min(smallest, largest / 50) * 0.8, 0.05);
-  return Array.from({ length: points }, (_, i) => {
-    const expected = from * (largest * 1.03 / from) ** (i / (points - 1));
-    const cases = Math.max(Math.round(expected / risk), Math.ceil(expected));
+  // Whole numbers of cases, all of the same risk, give a smooth curve.
+  const caseCounts = Array.from({ length: points }, (_, i) =>
+    Math.max(1, Math.round(from * (largest * 1.03 / from) ** (i / (points - 1)) / risk)));
+  return [...new Set(caseCounts)].map((cases) => {
+    const expected = cases * risk;
     const limits = (level: 0.95 | 0.998) => judgement.adjusted && judgement.dispersion
       ? adjustedLimits(cases, expected, level, judgement.dispersion)
       : funnelLimits(cases, expected, level);

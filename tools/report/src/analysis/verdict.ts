@@ -88,7 +88,7 @@ function remarks(report: Report, { group, cut, identical, draws }: GroupDiagnost
   const result: string[] = [];
   if (group.chains.length === 1) {
     result.push('One chain cannot show that chains from different starts agree. Run several, with different seeds ' +
-      '(hovar --chains 4), and drop all their folders here.');
+      '(hovar --chains 4 definition.xml), and drop all their folders here.');
   }
   if (identical.length > 0) {
     const pairs = identical.map(([a, b]) => `${a + 1} and ${b + 1}`);
@@ -217,6 +217,13 @@ export function missingFinding(report: Report): Finding | null {
 }
 
 export function runFinding(report: Report): Finding | null {
+  const failed = report.runRecords.find((record) => record.exitStatus > 0);
+  if (failed) {
+    return {
+      question: 'Did the run end well?', section: 'run', level: 'act', details: [],
+      answer: `No: it ended with status ${failed.exitStatus}${failed.error ? ` (${failed.error})` : ''}. Files may be those of an earlier run.`,
+    };
+  }
   if (report.logs.length === 0) return null;
   const log = report.logs.find((candidate) => candidate.analysis) ?? report.logs[0];
   const unfinished = Math.max(...report.logs.map((candidate) => candidate.unfinishedFits));
@@ -228,6 +235,9 @@ export function runFinding(report: Report): Finding | null {
   if (log.contradictions > 0) {
     details.push(`${plural(log.contradictions, 'record')} with an outcome that was present on admission and not found: P was taken as 0.`);
   }
+  for (const { text, fit, count: times } of report.runRecords.flatMap((record) => record.warnings).slice(0, 8)) {
+    details.push(`${text}${fit ? ` after ${fit}` : ''}${times > 1 ? `, ${count(times)} times` : ''}.`);
+  }
   const warned = unfinished > 0;
   return {
     question: 'Did the run warn of anything?', section: 'run',
@@ -235,7 +245,7 @@ export function runFinding(report: Report): Finding | null {
     answer: warned
       ? `Yes: ${plural(unfinished, 'fit')} stopped at the largest number of iterations, so the estimates are not those of the model. ` +
         'Raise MaxIterations, or PriorPrecision where a variable decides the outcome alone.'
-      : details.length > 0 ? 'Every fit came to its end. The log tells of changes to the data.' : 'No. Every fit came to its end.',
+      : details.length > 0 ? 'The fits came to their end. The log tells of changes to the data.' : 'No.',
     details,
   };
 }

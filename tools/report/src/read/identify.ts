@@ -18,7 +18,7 @@ export async function identify(blob: Blob): Promise<{ kind: FileKind; note: stri
 }
 
 function kindOf(head: string): FileKind {
-  if (/^\s*\{/.test(head)) return 'runRecord';
+  if (/^\s*\{\s*"format"\s*:\s*"hovar run record"/.test(head)) return 'runRecord';
   if (kRoot.test(head)) return 'definition';
   if (/^Number of records: -?\d+\r?\n/.test(head)) return 'log';
   const row = (Papa.parse(head, { delimiter: ',', newline: '\n', preview: 1 }).data[0] ?? []) as string[];

@@ -75,8 +75,9 @@ export async function readDefinition(blob: Blob, origin: Origin): Promise<Defini
   return { origin, root, entries };
 }
 
-/** A record of a run is a JSON object; its plain values are shown, whatever their names. */
+/** What `hovar --json` writes. All plain values are shown, whatever their names. */
 export async function readRunRecord(blob: Blob, origin: Origin): Promise<RunRecord> {
+  const record = JSON.parse(await textOf(blob)) as Record<string, unknown>;
   const entries: [string, string][] = [];
   const walk = (path: string, value: unknown): void => {
     if (value !== null && typeof value === 'object') {
@@ -85,6 +86,17 @@ export async function readRunRecord(blob: Blob, origin: Origin): Promise<RunReco
       entries.push([path, String(value).slice(0, kLargestEntry)]);
     }
   };
-  walk('', JSON.parse(await textOf(blob)));
-  return { origin, entries };
+  walk('', record);
+  return {
+    origin, entries, exitStatus: typeof record.exitStatus === 'number' ? record.exitStatus : NaN,
+    error: typeof record.error === 'string' ? record.error.slice(0, kLargestEntry) : '', warnings: warningsOf(record.runs),
+  };
+}
+
+function warningsOf(runs: unknown): RunRecord['warnings'] {
+  const listOf = (value: unknown) => (Array.isArray(value) ? value : []) as Record<string, unknown>[];
+  return listOf(runs).flatMap((run) => listOf(run?.warnings)).map((warning) => ({
+    text: String(warning?.text ?? '').slice(0, kLargestEntry), fit: String(warning?.fit ?? '').slice(0, kLargestEntry),
+    count: Number(warning?.count ?? 1),
+  }));
 }

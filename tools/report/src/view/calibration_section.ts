@@ -1,4 +1,5 @@
 // Calibration by tenths, and how well the predictions separate.
+import { kCalibrationMethod } from '../statistics/calibration';
 import { defaultExpectation } from '../analysis/hospital_ratios';
 import { separationWord } from '../analysis/verdict';
 import { originText } from '../model';
@@ -8,6 +9,9 @@ import { choice, h, section, type Child } from './dom';
 import { count, fixed, number, percent } from './format';
 import { plot, Plot } from './plots';
 import { dataTable, type Column } from './table';
+
+/** Smallest share of the records that a drawn group has. */
+const kSmallestDrawn = 0.01;
 
 const kQuestions: Record<string, string> = {
   'E[Y|Z]': 'outcome, from Z', 'E[Y|X]': 'outcome, from X',
@@ -30,7 +34,8 @@ function calibrationParts(report: Report): Child[] {
   const note = h('p', { class: 'note' });
   const drawing = chart({
     title: 'Observed rate against mean prediction', height: 380, half: true,
-    caption: ['On the diagonal prediction and observation agree. Bars are 95 % intervals of the observed rate; the table has the numbers.'],
+    caption: [`On the diagonal prediction and observation agree. Method: ${kCalibrationMethod}. Records with the same prediction stay in ` +
+      'one group, so groups can differ in size; those with less than 1 % of the records stand in the table only.'],
   }, (width) => drawCalibration(current(), width));
   const table = dataTable<CalibrationBin & { tenth: number }>({
     caption: 'The same in numbers: tenths of the records by prediction', columns: binColumns(), rows: numbered(current()),
@@ -80,11 +85,9 @@ function binColumns(): Column<CalibrationBin & { tenth: number }>[] {
 }
 
 function drawCalibration(calibration: Calibration, width: number): Element {
-  const bins = calibration.bins;
-  // A group of a few records has an interval that would leave no room for the others; it runs out of
-  // the drawing.
-  const sizable = bins.filter((bin) => bin.count >= 0.01 * calibration.records);
-  const top = 1.06 * Math.max(0.01, ...bins.map((bin) => bin.meanPredicted), ...sizable.map((bin) => bin.upper));
+  // A group of a few records has an interval that would leave no room for the others.
+  const bins = calibration.bins.filter((bin) => bin.count >= kSmallestDrawn * calibration.records);
+  const top = 1.06 * Math.max(0.01, ...bins.map((bin) => Math.max(bin.upper, bin.meanPredicted)));
   const tip = (b: CalibrationBin) => `${count(b.count)} records\npredicted ${percent(b.meanPredicted, 1)}\n` +
     `observed ${percent(b.observedRate, 1)} (${percent(b.lower, 1)} to ${percent(b.upper, 1)})`;
   return plot(`Calibration of ${calibration.expected} in ${bins.length} groups`, {
@@ -93,8 +96,8 @@ function drawCalibration(calibration: Calibration, width: number): Element {
     y: { label: 'Observed rate', labelArrow: 'none', domain: [0, top], tickFormat: '.0%', grid: true, ticks: 6 },
     marks: [
       Plot.line([[0, 0], [top, top]], { stroke: 'var(--muted)', strokeDasharray: '5,4' }),
-      Plot.ruleX(bins, { x: 'meanPredicted', y1: 'lower', y2: (b) => Math.min(b.upper, top), stroke: 'var(--accent)', strokeWidth: 2 }),
-      Plot.dot(bins.filter((b) => b.observedRate <= top), { x: 'meanPredicted', y: 'observedRate', fill: 'var(--accent)', r: 4 }),
+      Plot.ruleX(bins, { x: 'meanPredicted', y1: 'lower', y2: 'upper', stroke: 'var(--accent)', strokeWidth: 2 }),
+      Plot.dot(bins, { x: 'meanPredicted', y: 'observedRate', fill: 'var(--accent)', r: 4 }),
       Plot.tip(bins, Plot.pointer({ x: 'meanPredicted', y: 'observedRate', title: tip, fill: 'var(--paper)', stroke: 'var(--line)' })),
     ],
   });

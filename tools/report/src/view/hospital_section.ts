@@ -156,12 +156,22 @@ function drawable(judgement: HospitalJudgement): Drawn[] {
   }));
 }
 
-/** Those outside 99.8 % get their names, the farthest first, as many as stay legible. */
-function labelled(drawn: Drawn[], searched: string): Drawn[] {
+/**
+ * Those outside 99.8 % get their names, the farthest first, where there is room: `place` gives the
+ * pixels of a point. Among thousands only those searched for do.
+ */
+function labelled(drawn: Drawn[], searched: string, place: (d: Drawn) => [number, number]): Drawn[] {
   const ringed = searched === '' ? [] : (matches(drawn, searched) as Drawn[]);
-  const far = drawn.filter((d) => d.position === 'above998' || d.position === 'below998')
+  const far = drawn.length > kMostSymbols ? [] : drawn.filter((d) => d.position === 'above998' || d.position === 'below998')
     .sort((a, b) => Math.abs(b.ratio - 1) * Math.sqrt(b.expected) - Math.abs(a.ratio - 1) * Math.sqrt(a.expected));
-  return [...new Set([...ringed, ...far])].slice(0, kMostLabels);
+  const kept: { item: Drawn; x: number; y: number }[] = [];
+  for (const item of new Set([...ringed, ...far])) {
+    const [x, y] = place(item);
+    const free = kept.every((other) => Math.abs(other.y - y) > 13 ||
+      (other.x < x ? x - other.x > 14 + 7 * other.item.label.length : other.x - x > 14 + 7 * item.label.length));
+    if (free && kept.length < kMostLabels) kept.push({ item, x, y });
+  }
+  return kept.map(({ item }) => item);
 }
 
 function ratioDomain(drawn: Drawn[]): [number, number] {
@@ -182,9 +192,11 @@ function funnelChart(judgement: () => HospitalJudgement, searched: () => string)
     const clip = (value: number) => Math.min(value, top);
     const rings = searched() === '' ? [] : matches(drawn, searched());
     const outside = drawn.filter((d) => d.position !== 'inside').length;
+    const right = Math.max(1, ...curves.map((c) => c.expected));
+    const place = (d: Drawn): [number, number] => [(d.expected / right) * (width - 100), (1 - d.ratio / top) * 326];
     return plot(`Funnel plot of ${drawn.length} hospitals, ${outside} outside the 95 % limits`, {
       width, height: 400, marginLeft: 44, marginBottom: 46, marginRight: 56,
-      x: { label: 'Expected outcomes', labelAnchor: 'center', labelOffset: 36, labelArrow: 'none', domain: [0, Math.max(1, ...curves.map((c) => c.expected))], ticks: width < 500 ? 5 : 8 },
+      x: { label: 'Expected outcomes', labelAnchor: 'center', labelOffset: 36, labelArrow: 'none', domain: [0, right], ticks: width < 500 ? 5 : 8 },
       y: { label: 'Observed / expected', labelArrow: 'none', domain: [bottom, top], grid: true },
       marks: [
         Plot.areaY(curves, { x: 'expected', y1: (c) => c.limits998.lower, y2: (c) => clip(c.limits998.upper), fill: 'var(--muted)', fillOpacity: 0.08 }),
@@ -196,7 +208,7 @@ function funnelChart(judgement: () => HospitalJudgement, searched: () => string)
         Plot.ruleY([1], { stroke: 'var(--ink)', strokeWidth: 1 }),
         ...points(drawn, 'expected', drawn.length > 500 ? 2.5 : 4),
         Plot.dot(rings, { x: 'expected', y: 'ratio', r: 9, stroke: 'var(--accent)', strokeWidth: 2.5 }),
-        Plot.text(labelled(drawn, searched()), { x: 'expected', y: 'ratio', text: 'label', dx: 8, textAnchor: 'start', fill: 'var(--ink)', stroke: 'var(--paper)', strokeWidth: 4 }),
+        Plot.text(labelled(drawn, searched(), place), { x: 'expected', y: 'ratio', text: 'label', dx: 8, textAnchor: 'start', fill: 'var(--ink)', stroke: 'var(--paper)', strokeWidth: 4 }),
         Plot.text(lastOf(curves), { x: 'expected', y: (c) => c.limits998.upper, text: () => '99.8 %', dx: 4, dy: -4, textAnchor: 'start', fill: 'var(--bad)' }),
         Plot.text(lastOf(curves), { x: 'expected', y: (c) => c.limits95.upper, text: () => '95 %', dx: 4, dy: 6, textAnchor: 'start', fill: 'var(--warn)' }),
         Plot.tip(drawn, Plot.pointer({ x: 'expected', y: 'ratio', title: 'tip', fill: 'var(--paper)', stroke: 'var(--line)' })),
