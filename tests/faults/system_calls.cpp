@@ -113,7 +113,10 @@ SystemCallFaults::SystemCallFaults() : report_(nullptr) {
   report_ = static_cast<SystemCallReport*>(shared);
 }
 
-SystemCallFaults::~SystemCallFaults() { munmap(report_, sizeof(SystemCallReport)); }
+SystemCallFaults::~SystemCallFaults() {
+  Disarm();
+  munmap(report_, sizeof(SystemCallReport));
+}
 
 void SystemCallFaults::Clear() { *report_ = {}; }
 
@@ -121,6 +124,8 @@ void SystemCallFaults::Arm(const SystemCallFault& fault) {
   armedFault = fault;
   armedReport = report_;
 }
+
+void SystemCallFaults::Disarm() { armedReport = nullptr; }
 
 std::string NameOf(SystemCall call) {
   constexpr std::array<const char*, kSystemCalls.size()> kNames = {

@@ -41,8 +41,9 @@ struct SystemCallReport {
   char path[512] = {};
 };
 
-/// A fault for one process: the calls of the process that arms it are counted. The report lies in
-/// memory that is shared with copies of the process, so the original can read it.
+/// A fault for one process: the calls of the process that arms it are counted, until it disarms it.
+/// The report lies in memory that is shared with copies of the process, so the original can read
+/// it.
 class SystemCallFaults {
  public:
   SystemCallFaults();
@@ -54,6 +55,7 @@ class SystemCallFaults {
   void Clear();
   /// From now on the calls of this process count.
   void Arm(const SystemCallFault& fault);
+  void Disarm();
   const SystemCallReport& Report() const { return *report_; }
 
  private:

@@ -3,10 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
+#include <filesystem>
 #include <iostream>
 #include <map>
 #include <string_view>
+#include <vector>
 
 #include "faults/fault_answers.h"
 #include "faults/fault_study.h"
@@ -23,9 +24,14 @@ constexpr int kStandardError = 2;
 constexpr std::string_view kInterrupted = "error=EINTR";
 constexpr std::string_view kPart = "retval=1";  // only the first byte is taken
 constexpr std::string_view kNothing = "retval=0";
-constexpr std::array kEffects = {std::string_view("error=EIO"), std::string_view("error=ENOSPC"),
-                                 kInterrupted};
-constexpr std::array kEffectsOnWrites = {kPart, kNothing};
+
+std::vector<std::string_view> EffectsOn(const TracedCall& call) {
+  std::vector<std::string_view> effects = {"error=EIO", "error=ENOSPC", kInterrupted};
+  if (call.name == "write") {
+    effects.insert(effects.end(), {kPart, kNothing});
+  }
+  return effects;
+}
 
 class TracedFaultTest : public testing::TestWithParam<const char*> {
  protected:
@@ -35,7 +41,6 @@ class TracedFaultTest : public testing::TestWithParam<const char*> {
     study_.Enlarge();
     whole_ = RunTraced(study_, GetParam());
     ASSERT_EQ(whole_.run.end, ProcessEnd{0}) << whole_.run.Text();
-    // Calls before the banner are those of the runtime, which looks for its libraries.
     const auto banner =
         std::find_if(whole_.calls.begin(), whole_.calls.end(), [](const TracedCall& traced) {
           return traced.name == "write" && traced.call.file == kStandardOutput;
@@ -43,6 +48,17 @@ class TracedFaultTest : public testing::TestWithParam<const char*> {
     ASSERT_NE(banner, whole_.calls.end());
     first_ = static_cast<std::size_t>(banner - whole_.calls.begin());
     ASSERT_GT(whole_.calls.size() - first_, 40U);
+  }
+
+  /// True for a call of the program. Those before the banner are the loader's, which looks for
+  /// libraries; the sanitizers open pipes of their own and read what the system tells of the
+  /// process.
+  bool IsOfProgram(std::size_t index) const {
+    const SystemCallReport& call = whole_.calls[index].call;
+    const std::string_view path(call.path);
+    return index >= first_ &&
+           (call.file < 0 ? !path.starts_with('/')
+                          : call.file <= kStandardError || path.starts_with(folder_));
   }
 
   /// Runs with a fault of call `index` of the whole run, and expects its answer.
@@ -101,6 +117,7 @@ class TracedFaultTest : public testing::TestWithParam<const char*> {
   }
 
   FaultStudy study_;
+  std::string folder_ = std::filesystem::canonical(study_.Path());
   TracedResult whole_;
   std::size_t first_ = 0;
 };
@@ -108,8 +125,8 @@ class TracedFaultTest : public testing::TestWithParam<const char*> {
 TEST_P(TracedFaultTest, EachFailingCallIsAnswered) {
   const FaultAnswers answers(GetParam(), whole_.run, study_.Output());
   std::size_t total = 0;
-  for (std::size_t i = first_; i < whole_.calls.size(); ++i) {
-    total += kEffects.size() + (whole_.calls[i].name == "write" ? kEffectsOnWrites.size() : 0);
+  for (std::size_t i = 0; i < whole_.calls.size(); ++i) {
+    total += IsOfProgram(i) ? EffectsOn(whole_.calls[i]).size() : 0;
   }
   Sample sample(kSampledRuns, total);
   std::map<std::string, int> numbers;
@@ -117,14 +134,10 @@ TEST_P(TracedFaultTest, EachFailingCallIsAnswered) {
   for (std::size_t i = 0; i < whole_.calls.size(); ++i) {
     const std::string& name = whole_.calls[i].name;
     const int number = ++numbers[name];
-    if (i < first_) {
+    if (!IsOfProgram(i)) {
       continue;
     }
-    std::vector<std::string_view> effects(kEffects.begin(), kEffects.end());
-    if (name == "write") {
-      effects.insert(effects.end(), kEffectsOnWrites.begin(), kEffectsOnWrites.end());
-    }
-    for (const std::string_view effect : effects) {
+    for (const std::string_view effect : EffectsOn(whole_.calls[i])) {
       if (sample.Takes()) {
         SCOPED_TRACE(name + " " + std::to_string(number) + ", " + std::string(effect));
         ++runs[name];

@@ -94,7 +94,8 @@ std::int64_t SeekFile(FileHandle file, std::int64_t offset, Origin origin) noexc
 
 std::int64_t FileLength(FileHandle file) noexcept {
   struct stat status;
-  return fstat(Descriptor(file), &status) == 0 ? status.st_size : -1;
+  const int result = WithoutInterruption([&] { return fstat(Descriptor(file), &status); });
+  return result == 0 ? status.st_size : -1;
 }
 
 bool CloseFile(FileHandle file) noexcept {
