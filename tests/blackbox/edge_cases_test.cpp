@@ -1,0 +1,204 @@
+// Runs at the edges of their rules that succeed all the same: columns that are removed or kept,
+// chains whose numbers are worked by hand. The last one loses its data file on the way.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <thread>
+
+#include "progress.h"
+#include "runs.h"
+#include "tiny_study.h"
+
+namespace Testing {
+namespace {
+
+ProcessResult RunText(const TinyStudy& study, const std::string& definition) {
+  study.Write("d.xml", definition);
+  return RunHovar(study, {"d.xml"});
+}
+
+std::string WithPrior(const std::string& precision) {
+  return Replaced(AnalysisText(), "<PriorPrecision>0<", "<PriorPrecision>" + precision + "<");
+}
+
+std::size_t LinesOf(const TinyStudy& study, const std::string& file) {
+  return ReadCsv(study.Path() / file).size();
+}
+
+// Columns
+
+TEST(EliminationRunTest, ZeroColumnsGoWithTheirPartnersInTheFirstTwoStages) {
+  // Z1 is 0 everywhere. X3 is 0 in all complete records, and missing in the other one, which is
+  // complete without it.
+  const TinyStudy study;
+  study.Write("data.csv",
+              "Key,Hospital,Y,POA,Z1,Z2,Z3,X1,X2,X3\n"
+              "a,A,1,1,0,1,0,1,0,0\n"
+              "b,A,1,0,0,0,1,0,1,0\n"
+              "c,A,0,0,0,1,1,1,0,0\n"
+              "d,A,0,0,0,0,0,0,0,0\n"
+              "e,A,1,0,0,1,0,0,1,\n"
+              "f,A,0,0,0,0,1,1,1,0\n");
+  ExpectSuccess(
+      RunText(study, WithPrior("1")),
+      OneHospital(6, 4, 5, 4) + "Eliminating Z zero columns\n" + RemovalLines("Z1, X1\n", 3, 5, 4) +
+          "Eliminating X zero columns\n" + RemovalLines("Z3, X3\n", 2, 6, 5) +
+          "Eliminating dependent Z columns\nEliminating dependent X columns P = 0\n" + kTinyFits);
+  EXPECT_EQ(LinesOf(study, "out/fitted.csv"), 3U);
+}
+
+// X is 1 exactly where P is.
+constexpr char kZeroWithoutP[] =
+    "Key,Hospital,Y,POA,Z1,X1\n"
+    "a,A,1,1,1,1\nb,A,1,1,0,1\nc,A,1,0,1,0\nd,A,0,0,0,0\ne,A,1,0,1,0\n";
+
+TEST(EliminationRunTest, AColumnThatIsZeroOnlyWithoutPGoesInTheLastStage) {
+  const TinyStudy study;
+  study.Write("data.csv", kZeroWithoutP);
+  ExpectSuccess(RunText(study, WithPrior("1")), OneHospital(5, 2, 5, 3) + kTinyElimination +
+                                                    RemovalLines("Z1, X1\n", 1, 5, 3) +
+                                                    "Check rank\n" + kTinyFits);
+  EXPECT_EQ(LinesOf(study, "out/fitted.csv"), 2U);
+}
+
+// Such a column has the prior alone: the estimate 0 and the error 1 / sqrt(4).
+TEST(EliminationRunTest, AToleranceBelowZeroKeepsAColumnThatThePriorEstimates) {
+  const TinyStudy study;
+  study.Write("data.csv", kZeroWithoutP);
+  ExpectSuccess(RunText(study, Replaced(WithPrior("4"), "<Tolerance>1e-9<", "<Tolerance>-1<")),
+                OneHospital(5, 2, 5, 3) + kTinyElimination + kTinyFits);
+  const std::string fitted = study.Read("out/fitted.csv");
+  EXPECT_NE(fitted.find(",0,0.5,,0,0,\n"), std::string::npos) << fitted;
+}
+
+TEST(EliminationRunTest, OneOfTwoEqualColumnsGoesAndNeverTheIntercept) {
+  const TinyStudy study;
+  study.Write("data.csv",
+              "Key,Hospital,Y,POA,Z1,Z2,X1,X2\n"
+              "a,A,1,0,1,0,1,1\nb,A,0,0,0,1,0,0\nc,A,1,0,1,1,0,0\nd,A,0,0,0,0,1,1\n"
+              "e,A,1,1,1,0,0,1\nf,A,0,0,0,0,1,1\n");
+  const auto progress = [](const std::string& names) {
+    return OneHospital(6, 3, 6, 5) + kTinyElimination + RemovalLines(names, 2, 6, 5) +
+           "Check rank\n" + kTinyFits;
+  };
+  // Which of them is a matter of rounding.
+  const ProcessResult result = RunText(study, WithPrior("1"));
+  const bool isFirst = result.output.find("\nZ1, X1\n") != std::string::npos;
+  ExpectSuccess(result, progress(isFirst ? "Z1, X1\n" : "Z2, X2\n"));
+}
+
+// Chains
+
+// Without missing values each iteration is one fit, which is the same each time, and one normal
+// deviate: log(2/3) + z / sqrt(6/5), with the deviates of the seed words 1 and 1.
+TEST(ChainRunTest, CompleteDataTakeOneNormalForEachCoefficientAndIteration) {
+  std::vector<double> deviates;
+  for (const auto& row : ReadCsv(ReferenceFile("normal_deviates.csv"))) {
+    if (row[0] == "1" && row[1] == "1") {
+      deviates.push_back(std::stod(row[3]));
+    }
+  }
+  const TinyStudy study;
+  std::string text = Replaced(AnalysisText(), "<Element>3<", "<Element>1<");
+  text = Replaced(text, "<Element>5<", "<Element>1<");
+  text = Replaced(text, "<Burnin>0<", "<Burnin>2<");
+  const ProcessResult result = RunText(study, Replaced(text, "<Steps>0<", "<Steps>8<"));
+  std::string chain = "Step,BetaYX[0]\n";
+  std::string progress = std::string(kTinyReading) + kTinyElimination + kTinyFits;
+  for (int i = 0; i < 10; ++i) {
+    std::array<char, 32> draw{};
+    std::snprintf(draw.data(), draw.size(), "%g",
+                  std::log(2.0 / 3) + deviates.at(static_cast<std::size_t>(i)) / std::sqrt(1.2));
+    const bool isBurnin = i < 2;
+    const std::string step = std::to_string(isBurnin ? i + 1 : i - 1);
+    progress += (isBurnin ? "Burnin: " : "Mcmc: ") + step + " Intercept: " + draw.data() + " \n";
+    if (i == 1) {
+      progress += "\nMCMC: 2 iterations in T seconds\n\n";
+    }
+    chain += isBurnin ? "" : step + "," + draw.data() + "\n";
+  }
+  EXPECT_EQ(WithoutSeconds(result.output),
+            kBanner + progress + "\nMCMC: 8 iterations in T seconds\n\n");
+  EXPECT_EQ(result.error, "");
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_EQ(study.Read("out/mcmc/Chain.csv"), chain);
+}
+
+TEST(ChainRunTest, TenStepsThinnedByThreeKeepThree) {
+  const TinyStudy study;
+  const std::string text = Replaced(AnalysisText(), "<Thinning>1<", "<Thinning>3<");
+  EXPECT_EQ(RunText(study, Replaced(text, "<Steps>0<", "<Steps>10<")).exitStatus, 0);
+  const auto chain = ReadCsv(study.Path() / "out/mcmc/Chain.csv");
+  ASSERT_EQ(chain.size(), 4U);
+  EXPECT_EQ(chain[1][0] + chain[2][0] + chain[3][0], "369");
+  // 10 accepted steps over 3 kept ones times 3.
+  EXPECT_EQ(ReadCsv(study.Path() / "out/mcmc/Summary.csv").at(2).at(3), "1.11111");
+}
+
+// Keys
+
+/// Reads what a process writes into a named pipe, but not before it is told to.
+class HeldPipe {
+ public:
+  explicit HeldPipe(const std::string& path) {
+    EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    // Open before the process is, so that neither waits for the other.
+    descriptor_ = ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
+    EXPECT_GE(descriptor_, 0);
+  }
+  ~HeldPipe() {
+    if (reader_.joinable()) {
+      reader_.join();
+    }
+    ::close(descriptor_);
+  }
+  HeldPipe(const HeldPipe&) = delete;
+  HeldPipe& operator=(const HeldPipe&) = delete;
+
+  void Drain() {
+    reader_ = std::thread([this] {
+      ::fcntl(descriptor_, F_SETFL, 0);
+      std::array<char, 4096> block{};
+      while (::read(descriptor_, block.data(), block.size()) > 0) {
+      }
+    });
+  }
+
+ private:
+  int descriptor_ = -1;
+  std::thread reader_;
+};
+
+// Keys in a file with quotes are read again when they are written. The log is a pipe that is full
+// of warnings, so that the run stands still between the two readings.
+TEST(KeyRunTest, ADataFileThatIsGoneWhenItsKeysAreDueIsNamed) {
+  constexpr int kRecords = 2000;
+  const TinyStudy study;
+  std::string data = "\"Key\",Hospital,Y,POA\n";
+  std::string warnings;
+  for (int i = 0; i < kRecords; ++i) {
+    data += "k,A,0,1\n";
+    warnings += "Warning: Y == 0 && P == 1 data in record: " + std::to_string(i) +
+                " - setting P equal to 0\n";
+  }
+  study.Write("data.csv", data);
+  study.Write("out/other", "");
+  HeldPipe log(study.File("out/prediction.log"));
+  Process process(HovarIn(study, {"prediction.xml"}));
+  EXPECT_TRUE(process.WaitForOutput("Number of hospitals: 1\n"));
+  std::filesystem::remove(study.Path() / "data.csv");
+  log.Drain();
+  ExpectError(process.Wait(), CannotOpen("data.csv"),
+              Replaced(OneHospital(kRecords, 1, kRecords, kRecords), "Number of hospitals: 1\n",
+                       "Number of hospitals: 1\n" + warnings) +
+                  "Calculating individual predictions\n");
+}
+
+}  // namespace
+}  // namespace Testing
