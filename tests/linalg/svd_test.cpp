@@ -510,6 +510,19 @@ TEST(SvdTest, EntriesThatAreNotFiniteComeToAnEnd) {
   }
 }
 
+// No comparison with a NaN holds, so nothing is ever split off or converges.
+TEST(SvdTest, ValueThatNeverConvergesIsGivenUpAfterThirtyIterations) {
+  for (const std::int32_t order : {2, 3, 7}) {
+    SCOPED_TRACE(order);
+    Matrix a(order, order);
+    a.Fill(kNaN);
+    SvdResult result;
+    result.tolerance = kTolerance;
+    Testing::ExpectRaises<Vell::Exceptions::NumericException>(
+        "Too many iterations in singular value decomposition", [&] { Vell::Decompose(result, a); });
+  }
+}
+
 TEST(SvdTest, EqualInputGivesEqualBits) {
   SeededRandom random(88);
   SCOPED_TRACE(random.Text());
