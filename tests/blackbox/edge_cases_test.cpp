@@ -141,6 +141,71 @@ TEST(ChainRunTest, TenStepsThinnedByThreeKeepThree) {
   EXPECT_EQ(ReadCsv(study.Path() / "out/mcmc/Summary.csv").at(2).at(3), "1.11111");
 }
 
+// Predictions and validations
+
+constexpr char kHospitalHeader[] =
+    "Hospital ID,Nr. records,Nr. non missing records,Nr. non missing records P=0,"
+    "Y,E[Y|Z],E[Y|X],E[Y|P=0],\"E[Y|X,P=0]\",\"E[Y|X,P=0]-MCMC\",P,E[P|X],E[P|YPXZ]\n";
+
+std::string WithPasses(const std::string& text, const std::string& burnin,
+                       const std::string& steps) {
+  return Replaced(Replaced(text, "<Burnin>0<", "<Burnin>" + burnin + "<"), "<Steps>0<",
+                  "<Steps>" + steps + "<");
+}
+
+// All X are missing and are imputed as what Z is, for the tables hold 0 and 1; all P are missing
+// and stay 0, for their predictor is -1000. The other predictors are log(3) X, or -log(3) X for the
+// chain's.
+TEST(PredictionEdgeTest, WithoutACompleteRecordAllIsImputed) {
+  const TinyStudy study;
+  study.Write("data.csv", "Key,Hospital,Y,POA,Z1,X1\na,A,1,,1,\nb,A,0,,0,\nc,B,1,,0,\n");
+  study.Write("coefficients.csv",
+              kCoefficientHeader + std::string("XIntercept,ZIntercept,,,,,-1000,,,0,,,0,,,0,,,0,,\n"
+                                               "X1,Z1,1,0,0,1,0,,,1.0986122886681098,,,"
+                                               "1.0986122886681098,,,1.0986122886681098,,,"
+                                               "-1.0986122886681098,,\n"));
+  const std::string reading = ReadingLines(3, 2) + HospitalLine("A", 0, 3) +
+                              HospitalLine("B", 2, 3) + "Number of hospitals: 2\n" +
+                              CountLines(0, 0);
+  ExpectSuccess(RunText(study, WithPasses(PredictionText(), "1", "2")),
+                reading +
+                    "Calculating individual predictions\n0/1\n1/2\n"
+                    "Calculating hospital-aggregated predictions\n");
+  EXPECT_EQ(study.Read("out/predicted.csv"),
+            kIndividualHeader + std::string("a,A,1,0.75,0.75,1,0.75,0.25,,0,0\n"
+                                            "b,A,0,0.5,0.5,0,0.5,0.5,,0,0\n"
+                                            "c,B,1,0.5,0.5,1,0.5,0.5,,0,0\n"));
+  EXPECT_EQ(study.Read("out/hospital.csv"),
+            kHospitalHeader + std::string("A,2,0,0,0.5,0.625,0.625,0.5,0.625,0.375,,0,0\n"
+                                          "B,1,0,0,1,0.5,0.5,1,0.5,0.5,,0,0\n"));
+  ExpectSuccess(
+      RunText(study, WithPasses(Replaced(ValidationText(), "individual.csv", "out/predicted.csv"),
+                                "1", "2")),
+      reading + "Y|Z\nY|X\nP|X\nP|YPZX\n0/1\n0/2\n1/2\n");
+  // 0.75 and 0.5 against 0.5: 2 + 1 of 4; 0.25 and 0.5 against 0.5: 0 + 1 of 4.
+  EXPECT_EQ(study.Read("out/cstatistics.csv"),
+            "Estimate,C-Statistics\nE[Y|Z],0.75\nE[Y|X],0.75\n\"E[Y|X,P=0]\",0.75\n"
+            "\"E[Y|X,P=0]-MCMC\",0.25\nE[P|X],-1\nE[P|YPXZ],-1\n");
+}
+
+TEST(PredictionEdgeTest, WithoutARecordTheFilesAreHeaders) {
+  const TinyStudy study;
+  study.Write("data.csv", "Key,Hospital,Y,POA\n");
+  study.Write("individual.csv", kIndividualHeader);
+  const std::string reading = ReadingLines(0, 1) + "Number of hospitals: 0\n" + CountLines(0, 0);
+  ExpectSuccess(RunText(study, WithPasses(PredictionText(), "3", "3")),
+                reading +
+                    "Calculating individual predictions\n"
+                    "Calculating hospital-aggregated predictions\n");
+  EXPECT_EQ(study.Read("out/predicted.csv"), kIndividualHeader);
+  EXPECT_EQ(study.Read("out/hospital.csv"), kHospitalHeader);
+  ExpectSuccess(RunText(study, WithPasses(ValidationText(), "3", "3")),
+                reading + "Y|Z\nY|X\nP|X\nP|YPZX\n0/1\n");
+  EXPECT_EQ(study.Read("out/cstatistics.csv"),
+            "Estimate,C-Statistics\nE[Y|Z],-1\nE[Y|X],-1\n\"E[Y|X,P=0]\",-1\n"
+            "\"E[Y|X,P=0]-MCMC\",-1\nE[P|X],-1\nE[P|YPXZ],-1\n");
+}
+
 // Keys
 
 /// Reads what a process writes into a named pipe, but not before it is told to.
