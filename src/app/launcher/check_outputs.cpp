@@ -39,8 +39,11 @@ std::string SmallLetters(std::string text) {
   return text;
 }
 
+/// True for a path that begins with a drive: "C:\\data".
+bool HasDrive(std::string_view path) noexcept { return path.size() >= 2 && path[1] == ':'; }
+
 bool IsAbsolute(std::string_view path) noexcept {
-  return (!path.empty() && IsSeparator(path[0])) || (path.size() >= 2 && path[1] == ':');
+  return (!path.empty() && IsSeparator(path[0])) || HasDrive(path);
 }
 
 std::string CurrentFolder() {
@@ -129,7 +132,7 @@ std::string NormalPath(std::string_view path) {
   }
   std::string normal;
   for (const std::string_view name : names) {
-    normal += '/';
+    normal += normal.empty() && HasDrive(whole) ? "" : "/";
     normal += name;
   }
   return normal.empty() ? "/" : normal;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/exceptions/exceptions.h"
+#include "foundation/io/text_sink.h"
 #include "support/allocation_fault.h"
 #include "support/child_process.h"
 #include "support/raised.h"
@@ -49,6 +51,38 @@ TEST(StandardWritersTest, HandlesComeAndGoWithoutClosingTheWriter) {
   }
   StandardOutput().WriteLine("open");
   EXPECT_EQ(capture.TakeOutput(), "open\n");
+}
+
+TEST(StandardWritersTest, OtherWritersMayStandInForAScope) {
+  using Vell::IO::TextSink;
+  using Vell::IO::TextWriter;
+  const auto outer = Vell::MakeShared<TextSink>(TextSink::Use::kKeep);
+  const auto inner = Vell::MakeShared<TextSink>(TextSink::Use::kKeep);
+  TextWriter outerWriter(outer);
+  TextWriter innerWriter(inner);
+  const auto raise = [] {
+    try {
+      throw Vell::Exceptions::Exception("fault");
+    } catch (const Vell::Exceptions::Exception&) {
+    }
+  };
+  OutputCapture capture;
+  {
+    const Vell::IO::StandardWritersRedirection redirection(outerWriter, outerWriter);
+    StandardOutput().WriteLine("one");
+    {
+      const Vell::IO::StandardWritersRedirection nested(innerWriter, outerWriter);
+      StandardOutput().WriteLine("two");
+      raise();
+    }
+    StandardOutput().WriteLine("three");
+  }
+  StandardOutput().WriteLine("four");
+  raise();
+  EXPECT_EQ(outer->Text(), "one\nError: fault\nthree\n");
+  EXPECT_EQ(inner->Text(), "two\n");
+  EXPECT_EQ(capture.TakeOutput(), "four\n");
+  EXPECT_EQ(capture.TakeError(), "Error: fault\n");
 }
 
 TEST(StandardWritersTest, TryFlushTellsWhetherStandardOutputTookEverything) {

@@ -1,0 +1,56 @@
+#include "app/launcher/check_findings.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Hovar::Findings;
+
+TEST(CheckFindingsTest, FilesComeInTheirOrderAndLinesInTheirs) {
+  Findings findings;
+  findings.AddWarning("b.xml", {3, 1}, "Three.");
+  findings.AddError("a.csv", {9, 9}, "Nine.");
+  findings.AddError("b.xml", {2, 7}, "Two, seven.");
+  findings.AddWarning("b.xml", {2, 5}, "Two, five.");
+  findings.AddWarning("b.xml", {3, 1}, "Three again.");
+  EXPECT_EQ(findings.Lines(),
+            "b.xml:2:5: warning: Two, five.\n"
+            "b.xml:2:7: error: Two, seven.\n"
+            "b.xml:3:1: warning: Three.\n"
+            "b.xml:3:1: warning: Three again.\n"
+            "a.csv:9:9: error: Nine.\n");
+  EXPECT_EQ(findings.Errors(), 2);
+  EXPECT_EQ(findings.Warnings(), 3);
+  EXPECT_EQ(findings.Summary(), "2 errors, 3 warnings\n");
+}
+
+TEST(CheckFindingsTest, TheSameFindingIsToldOnce) {
+  Findings findings;
+  for (int i = 0; i < 2; ++i) {
+    findings.AddError("a", {1, 1}, "Text.");
+    findings.AddWarning("a", {1, 1}, "Text.");
+  }
+  EXPECT_EQ(findings.Lines(), "a:1:1: error: Text.\na:1:1: warning: Text.\n");
+  EXPECT_EQ(findings.Summary(), "1 error, 1 warning\n");
+}
+
+TEST(CheckFindingsTest, NothingFound) {
+  EXPECT_EQ(Findings().Lines(), "");
+  EXPECT_EQ(Findings().Summary(), "0 errors, 0 warnings\n");
+}
+
+TEST(CheckFindingsTest, QuotedTextsStayOnOneShortLine) {
+  EXPECT_EQ(Hovar::Quoted(""), "\"\"");
+  EXPECT_EQ(Hovar::Quoted("a\tb\r\n\x01\x7F"), "\"a\\tb\\r\\n\\x01\\x7f\"");
+  EXPECT_EQ(Hovar::Quoted("Z\xC3\xBCrich"), "\"Z\xC3\xBCrich\"");
+  EXPECT_EQ(Hovar::Quoted(std::string(60, 'x')), '"' + std::string(60, 'x') + '"');
+  EXPECT_EQ(Hovar::Quoted(std::string(61, 'x')), '"' + std::string(60, 'x') + "...\"");
+}
+
+TEST(CheckFindingsTest, ALineBreakInAFileNameStaysOnItsLine) {
+  Findings findings;
+  findings.AddError("a\nb", {1, 1}, "Text.");
+  EXPECT_EQ(findings.Lines(), "a\\nb:1:1: error: Text.\n");
+}
+
+}  // namespace
