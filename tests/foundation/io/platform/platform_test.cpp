@@ -1,12 +1,15 @@
 #include "foundation/io/platform/platform.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
 
 #include <algorithm>
 #include <ctime>
 #include <filesystem>
 #include <string>
 
+#include "foundation/io/platform/folders.h"
+#include "foundation/io/platform/processes.h"
 #include "support/child_process.h"
 #include "support/files.h"
 
@@ -23,6 +26,13 @@ using Testing::ScratchFolder;
 bool CanOpen(const std::string& path, Access access) {
   const Platform::FileHandle file = Platform::OpenFile(path.c_str(), access);
   return file != Platform::kNoFile && Platform::CloseFile(file);
+}
+
+void LimitToOneProcessor() {
+  cpu_set_t one;
+  CPU_ZERO(&one);
+  CPU_SET(static_cast<std::size_t>(sched_getcpu()), &one);
+  sched_setaffinity(0, sizeof one, &one);
 }
 
 TEST(OpenFileTest, BothSlashesSeparateFolders) {
@@ -230,6 +240,37 @@ TEST(StandardInputTest, DetachedInputIsEmpty) {
             }),
             ProcessEnd{0});
   EXPECT_EQ(pipe.ReadByte(), 't');
+}
+
+TEST(ReplaceFileTest, TakesThePlaceOfAnotherFile) {
+  const ScratchFolder folder;
+  const std::string from = folder.Write("from", "new");
+  const std::string to = folder.Write("to", "old");
+  EXPECT_FALSE(Platform::Rename(from.c_str(), to.c_str()));
+  EXPECT_TRUE(Platform::ReplaceFile(from.c_str(), to.c_str()));
+  EXPECT_EQ(folder.Read("to"), "new");
+  EXPECT_FALSE(folder.Has("from"));
+  EXPECT_TRUE(Platform::ReplaceFile(to.c_str(), folder.File("free").c_str()));
+  EXPECT_FALSE(Platform::ReplaceFile(to.c_str(), from.c_str()));
+}
+
+TEST(RemoveFileTest, RemovesFilesOnly) {
+  const ScratchFolder folder;
+  folder.Write("inner/file", "x");
+  EXPECT_TRUE(Platform::RemoveFile(folder.File("inner\\file").c_str()));
+  EXPECT_FALSE(folder.Has("inner/file"));
+  EXPECT_FALSE(Platform::RemoveFile(folder.File("inner/file").c_str()));
+  EXPECT_FALSE(Platform::RemoveFile(folder.File("inner").c_str()));
+  EXPECT_TRUE(folder.Has("inner"));
+}
+
+TEST(ProcessorCountTest, CountsThoseThatMayBeUsed) {
+  EXPECT_GE(Platform::ProcessorCount(), 1);
+  EXPECT_EQ(RunInChild([] {
+              LimitToOneProcessor();
+              return Platform::ProcessorCount();
+            }),
+            (ProcessEnd{1, -1}));
 }
 
 }  // namespace
