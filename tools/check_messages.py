@@ -14,8 +14,8 @@ that return literals, and the two sides of a `?:` are followed. A throw or a use
 this script does not understand is a fault of its own, so that no message can slip through.
 
 The launcher puts its lines together more freely, with `+` and `?:`. There every text of two words or
-more must be a line of the document or a part of one, and each line of the document's section about
-the launcher must be made of its literals.
+more must be a line of the document or a part of one, and each line of the document's sections
+about the launcher must be made of its literals.
 
 In the document a message is the code at the beginning of a `### ` heading, or of a row of a table
 whose first column is headed "line". Each section's messages are in the order of their letters and
@@ -31,6 +31,8 @@ from pathlib import Path
 DOCUMENT = "docs/messages.md"
 LAUNCHER_FOLDER = "src/app/launcher"
 LAUNCHER_SECTION = "Lines of the command hovar"
+LAUNCHER_SECTIONS = {LAUNCHER_SECTION, "Findings of hovar --check",
+                     "Description by hovar --check --data"}
 
 # Stands for a part of a message that is not known before the program runs.
 PART = "\0"
@@ -46,8 +48,9 @@ NEVER_SHOWN = {
     "Mcmc: " + PART: "the model of this program adds the intercept",
 }
 
-# Literals of the launcher that look like messages and are none.
-NO_MESSAGES = set()
+# Literals of the launcher that look like messages and are none: names that stand in lines.
+NO_MESSAGES = {"file of C-statistics", "file of hospital predictions",
+               "file of individual predictions", "hovar run record", "summary of the chain"}
 
 WRITERS = {"StandardOutput", "StandardError", "Log"}
 WRITING = {"Write", "WriteLine"}
@@ -448,7 +451,7 @@ class Document:
                 continue
             written = match[2].replace("\\|", "|").strip()
             text = normalised(written)
-            where = self.launcher_lines if section == LAUNCHER_SECTION else self.messages
+            where = self.launcher_lines if section in LAUNCHER_SECTIONS else self.messages
             if text in where:
                 self.faults.append(f"{DOCUMENT}:{number}: {written} stands there twice")
             where[text] = number
