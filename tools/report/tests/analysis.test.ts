@@ -82,11 +82,20 @@ test('one chain is never called converged without a remark', async () => {
   assert.match(finding?.details.join(' ') ?? '', /One chain cannot show/);
 });
 
-test('chains with the same draws are told', async () => {
+test('a chain that repeats the draws of another is told and not judged', async () => {
   const report = await load(chain(0, { seed: 9 }), chain(1, { seed: 9 }), chain(2));
   const [group] = await judged(report);
-  assert.deepEqual(group.identical, [[0, 1]]);
-  assert.match(convergenceFinding(report, [group])?.details.join(' ') ?? '', /Chains 1 and 2 hold the same draws/);
+  assert.deepEqual(group.repeated, [[0, 1]]);
+  assert.deepEqual(group.group.chains, [0, 2]);
+  const [without] = await judged(await load(chain(0, { seed: 9 }), chain(2)));
+  assert.deepEqual(group.summaries, without.summaries);
+  assert.match(convergenceFinding(report, [group])?.details.join(' ') ?? '', /same draws as another.*: run1\/mcmc \(as run0\/mcmc\)/);
+});
+
+test('what stands on top of a folder comes first', async () => {
+  const report = await load(source(0, 'chain-10/c.csv', coefficientText(kNames)), source(0, 'chain-9/c.csv', coefficientText(kNames)),
+    source(0, 'coefficients.csv', coefficientText(kNames)));
+  assert.deepEqual(report.coefficients.map((file) => file.origin.path), ['coefficients.csv', 'chain-9/c.csv', 'chain-10/c.csv']);
 });
 
 test('chains of different lengths are cut to the shortest', async () => {

@@ -4,7 +4,7 @@
 // folding, and localization: An improved R-hat for assessing convergence of MCMC, Bayesian Analysis
 // 16 (2021), 667-718.
 import { summarise } from '../statistics/convergence';
-import type { Report } from '../model';
+import type { ChainFile, Report } from '../model';
 import type { ChainGroup } from './chain_groups';
 
 export const kLargestRhat = 1.01;
@@ -25,13 +25,14 @@ export interface Summary {
 }
 
 export interface GroupDiagnostics {
+  /** With the chains that are judged. A chain that repeats the draws of another is not among them. */
   group: ChainGroup;
   /** Draws of each chain that are judged: those of the shortest chain. */
   draws: number;
   /** True when chains were cut to the shortest. */
   cut: boolean;
-  /** Pairs of chains (positions in the group) with the same draws. */
-  identical: [number, number][];
+  /** Chains that were left out, each behind the judged one whose draws it repeats. */
+  repeated: [number, number][];
   /** One per coefficient; empty when there are too few draws. */
   summaries: Summary[];
 }
@@ -41,9 +42,12 @@ export function columnDraws(report: Report, group: ChainGroup, column: number, d
   return group.chains.map((chain) => report.chains[chain].draws[column].subarray(0, draws));
 }
 
+/** Judges a group. `onColumn` is called after each coefficient. */
 export async function diagnose(
-  report: Report, group: ChainGroup, onColumn: () => void | Promise<void>,
+  report: Report, all: ChainGroup, onColumn: () => void | Promise<void>,
 ): Promise<GroupDiagnostics> {
+  const repeated = repeatedChains(report, all);
+  const group = { ...all, chains: all.chains.filter((chain) => repeated.every(([, later]) => later !== chain)) };
   const lengths = group.chains.map((chain) => report.chains[chain].steps.length);
   const draws = Math.min(...lengths);
   const summaries: Summary[] = [];
@@ -53,21 +57,35 @@ export async function diagnose(
   }
   return {
     group, draws, cut: lengths.some((length) => length !== draws),
-    identical: identicalPairs(report, group), summaries,
+    repeated, summaries,
   };
 }
 
-function identicalPairs(report: Report, group: ChainGroup): [number, number][] {
+/**
+ * The same seed, or the same folder twice, gives the same draws. Judged together they would seem to
+ * agree and to tell twice as much.
+ */
+function repeatedChains(report: Report, group: ChainGroup): [number, number][] {
   const pairs: [number, number][] = [];
-  for (let a = 0; a < group.chains.length; a++) {
-    for (let b = a + 1; b < group.chains.length; b++) {
-      const [first, second] = [report.chains[group.chains[a]], report.chains[group.chains[b]]];
-      const same = first.draws.length > 0 && first.steps.length > 0 && first.draws.every((draws, j) =>
-        draws.length === second.draws[j].length && draws.every((draw, i) => draw === second.draws[j][i]));
-      if (same) pairs.push([a, b]);
-    }
+  const kept: number[] = [];
+  for (const chain of group.chains) {
+    const first = kept.find((earlier) => sameDraws(report.chains[earlier], report.chains[chain]));
+    if (first === undefined) kept.push(chain);
+    else pairs.push([first, chain]);
   }
   return pairs;
+}
+
+function sameDraws(one: ChainFile, other: ChainFile): boolean {
+  return one.steps.length > 0 && one.draws.length > 0 && one.steps.length === other.steps.length &&
+    one.draws.every((draws, j) => draws.every((draw, i) => Object.is(draw, other.draws[j][i])));
+}
+
+/** The folder of a chain, which is what a reader knows it by. */
+export function chainName(report: Report, chain: number): string {
+  const { origin } = report.chains[chain];
+  const folder = origin.path.split('/').slice(0, -1).join('/');
+  return [origin.folderName, folder].filter(Boolean).join('/') || origin.path;
 }
 
 /** Whether a coefficient reaches the thresholds. A constant column has no R-hat and does not. */

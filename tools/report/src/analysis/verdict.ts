@@ -1,7 +1,7 @@
 // What the run says, in words. Each finding answers one question; the sections below show the evidence.
 import type { Calibration, IndividualDigest, Report } from '../model';
 import { count, fixed, list, number, percent, plural } from '../view/format';
-import { kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary } from './diagnostics';
+import { chainName, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary } from './diagnostics';
 import { runUsesGee, type HospitalJudgement, type HospitalRatio, type Position } from './hospital_ratios';
 
 /** good: nothing to do. look: worth a look. act: not to be relied on as it is. plain: a fact. */
@@ -59,7 +59,8 @@ function judgeGroup(report: Report, diagnostics: GroupDiagnostics): Judged {
   return {
     level: mixing.length > 0 ? 'act' : 'look',
     answer: mixing.length > 0
-      ? `Not yet: ${count(mixing.length)} of ${count(summaries.length)} coefficients have R-hat above ${kLargestRhat}.`
+      ? `Not yet: ${count(mixing.length)} of ${count(summaries.length)} coefficients have R-hat above ${kLargestRhat}` +
+        `${mixing.some(({ summary }) => Number.isNaN(summary.rhat)) ? ' or none, because their draws do not vary' : ''}.`
       : `No sign against it, but there are too few effective draws: ${count(failing.length)} of ` +
         `${count(summaries.length)} coefficients have an effective sample size below ${kSmallestEss}.`,
     details: [`Short of the thresholds: ${list(described, 5)}.`, adviceFor(diagnostics, mixing.length > 0), ...details],
@@ -84,16 +85,19 @@ function adviceFor(diagnostics: GroupDiagnostics, mixing: boolean): string {
     : `What to do: ${steps.charAt(0).toLowerCase()}${steps.slice(1)}`;
 }
 
-function remarks(report: Report, { group, cut, identical, draws }: GroupDiagnostics): string[] {
+export function repeatedText(report: Report, { repeated }: GroupDiagnostics): string {
+  const pairs = repeated.map(([first, later]) => `${chainName(report, later)} (as ${chainName(report, first)})`);
+  return `Not judged, because these hold the same draws as another, from the same seed or the same folder: ${list(pairs)}.`;
+}
+
+function remarks(report: Report, diagnostics: GroupDiagnostics): string[] {
+  const { group, cut, repeated, draws } = diagnostics;
   const result: string[] = [];
   if (group.chains.length === 1) {
     result.push('One chain cannot show that chains from different starts agree. Run several, with different seeds ' +
       '(hovar --chains 4 definition.xml), and drop all their folders here.');
   }
-  if (identical.length > 0) {
-    const pairs = identical.map(([a, b]) => `${a + 1} and ${b + 1}`);
-    result.push(`Chains ${list(pairs)} hold the same draws: the same seed, or the same folder twice. They count as one.`);
-  }
+  if (repeated.length > 0) result.push(repeatedText(report, diagnostics));
   if (cut) result.push(`The chains differ in length; the first ${count(draws)} draws of each are judged.`);
   if (runUsesGee(report)) {
     result.push('With generalized estimating equations the draws are far too wide, so even chains that agree are not fit ' +
@@ -216,6 +220,15 @@ export function missingFinding(report: Report): Finding | null {
   };
 }
 
+/** What records of runs tell beyond the logs: which fit a warning followed, and how often. */
+function recordedWarnings(report: Report): string[] {
+  const warnings = report.runRecords.flatMap((record) => record.warnings)
+    .filter((warning) => !warning.text.startsWith('Warning: Y == 0 && P == 1'));
+  const texts = warnings.map(({ text, fit, count: times }) =>
+    `${text.replace(/^Warning: /, '')}${fit ? ` after ${fit}` : ''}${times > 1 ? `, ${count(times)} times` : ''}.`);
+  return [...new Set(texts)].slice(0, 8);
+}
+
 export function runFinding(report: Report): Finding | null {
   const failed = report.runRecords.find((record) => record.exitStatus > 0);
   if (failed) {
@@ -235,9 +248,7 @@ export function runFinding(report: Report): Finding | null {
   if (log.contradictions > 0) {
     details.push(`${plural(log.contradictions, 'record')} with an outcome that was present on admission and not found: P was taken as 0.`);
   }
-  for (const { text, fit, count: times } of report.runRecords.flatMap((record) => record.warnings).slice(0, 8)) {
-    details.push(`${text}${fit ? ` after ${fit}` : ''}${times > 1 ? `, ${count(times)} times` : ''}.`);
-  }
+  details.push(...recordedWarnings(report));
   const warned = unfinished > 0;
   return {
     question: 'Did the run warn of anything?', section: 'run',

@@ -33,9 +33,12 @@ export async function loadReport(sources: SourceFile[], onBytes: OnBytes): Promi
   return report;
 }
 
+/** The files of a folder come before those of the folders in it: what stands on top is shown first. */
 function inOrder(sources: SourceFile[]): SourceFile[] {
   const natural = new Intl.Collator('en', { numeric: true });
-  return [...sources].sort((a, b) => a.folder - b.folder || natural.compare(a.path, b.path));
+  const depth = (path: string) => path.split('/').length;
+  return [...sources].sort((a, b) =>
+    a.folder - b.folder || depth(a.path) - depth(b.path) || natural.compare(a.path, b.path));
 }
 
 async function readInto(report: Report, entry: FileEntry, blob: Blob, onBytes: OnBytes): Promise<void> {

@@ -2,8 +2,9 @@
 import { autocorrelation, runningMean } from '../statistics/convergence';
 import { density } from '../statistics/density';
 import {
-  columnDraws, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary,
+  chainName, columnDraws, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary,
 } from '../analysis/diagnostics';
+import { repeatedText } from '../analysis/verdict';
 import { originText } from '../model';
 import type { Report, SummaryFile } from '../model';
 import { chart, legend, type Chart } from './chart';
@@ -50,6 +51,7 @@ function groupParts(report: Report, diagnostics: GroupDiagnostics): Node[] {
     h('p', { class: 'note' }, `${plural(group.chains.length, 'chain')} with ${plural(draws, 'kept draw')} each: ${list(names, 12)}. ` +
       `Thresholds: R-hat at most ${kLargestRhat}, bulk and tail effective sample size (ESS) at least ${kSmallestEss}. Source: ${kSource}.`),
     group.note !== '' && h('p', { class: 'note strong' }, group.note),
+    diagnostics.repeated.length > 0 && h('p', { class: 'note strong' }, repeatedText(report, diagnostics)),
     diagnostics.cut && h('p', { class: 'note strong' }, `The chains differ in length; the first ${count(draws)} draws of each are judged.`),
   ];
   if (summaries.length === 0) {
@@ -60,12 +62,6 @@ function groupParts(report: Report, diagnostics: GroupDiagnostics): Node[] {
   }
   parts.push(...summaryTables(report));
   return parts.filter((part): part is Node => part !== false);
-}
-
-function chainName(report: Report, chain: number): string {
-  const { origin } = report.chains[chain];
-  const folder = origin.path.split('/').slice(0, -1).join('/');
-  return [origin.folderName, folder].filter(Boolean).join('/') || origin.path;
 }
 
 const labelOf = ({ group }: GroupDiagnostics, index: number): string =>
@@ -113,7 +109,7 @@ function coefficientViewer(
       lines: lines().map((values, i) => ({ name: names[i], values })),
     })),
     chart({ title: 'Density', height: 260, half: true, caption: ['Should be the same curve for every chain.'] }, (width) => drawDensity(label(), lines(), width)),
-    chart({ title: 'Autocorrelation', height: 260, half: true, caption: [`Of draws so many apart. Should be near 0 soon; slow decay calls for more Steps.`] },
+    chart({ title: 'Autocorrelation', height: 260, half: true, caption: ['Of draws so many apart. Should soon stay in the band, as independent draws do; slow decay calls for more Steps.'] },
       (width) => drawAutocorrelation(label(), lines(), width)),
     chart({ title: 'Running mean', height: 260, half: true, caption: ['Should settle, and on the same value in every chain.'] }, (width) => lineChart({
       width, height: 260, steps, yLabel: 'mean so far', thin: false, label: `Running mean of ${label()}`,

@@ -37,7 +37,7 @@ function filesTable(files: FileEntry[]): HTMLElement {
   const table = dataTable<FileEntry>({
     caption: 'Files', untitled: true, rows: files, rowName: ['file', 'files'],
     columns: [
-      { head: 'File', text: (f) => originText(f), free: true, node: (f) => h('span', { class: 'name' }, originText(f)) },
+      { head: 'File', text: (f) => originText(f), free: true, node: (f) => h('span', { class: 'path' }, originText(f)) },
       { head: 'Taken for', text: (f) => kKindText[f.kind] },
       { head: 'Size', numeric: true, text: (f) => bytes(f.bytes), order: (f) => f.bytes },
       { head: 'Remark', text: (f) => f.note, free: true },
