@@ -1,5 +1,8 @@
 #include <windows.h>
 
+// A macro there, the name of a function here.
+#undef ReplaceFile
+
 #include <algorithm>
 #include <string_view>
 
@@ -16,6 +19,13 @@ HANDLE Open(const char* path, DWORD rights) noexcept {
   return native.Get() == nullptr ? INVALID_HANDLE_VALUE
                                  : CreateFileW(native.Get(), rights, kShareAll, nullptr,
                                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+}
+
+bool Move(const char* from, const char* to, DWORD flags) noexcept {
+  const NativePath source(from);
+  const NativePath target(to);
+  return source.Get() != nullptr && target.Get() != nullptr &&
+         MoveFileExW(source.Get(), target.Get(), flags) != 0;
 }
 
 /// The path of a folder's entries, as a search takes it.
@@ -90,11 +100,17 @@ bool FolderIsWritable(const char* path) noexcept {
 }
 
 bool Rename(const char* from, const char* to) noexcept {
-  const NativePath source(from);
-  const NativePath target(to);
   constexpr DWORD kNeverReplace = 0;
-  return source.Get() != nullptr && target.Get() != nullptr &&
-         MoveFileExW(source.Get(), target.Get(), kNeverReplace) != 0;
+  return Move(from, to, kNeverReplace);
+}
+
+bool ReplaceFile(const char* from, const char* to) noexcept {
+  return Move(from, to, MOVEFILE_REPLACE_EXISTING);
+}
+
+bool RemoveFile(const char* path) noexcept {
+  const NativePath native(path);
+  return native.Get() != nullptr && DeleteFileW(native.Get()) != 0;
 }
 
 bool VisitFolder(const char* path, FolderVisitor visitor, void* context) {

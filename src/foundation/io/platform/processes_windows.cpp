@@ -1,7 +1,9 @@
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <bit>
 #include <csignal>
 #include <cwchar>
 #include <string_view>
@@ -297,12 +299,27 @@ bool StandardErrorIsTerminal() noexcept {
   return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
 }
 
+bool StandardErrorTakesEscapes() noexcept {
+  const HANDLE console = GetStdHandle(STD_ERROR_HANDLE);
+  DWORD mode = 0;
+  return GetConsoleMode(console, &mode) != 0 &&
+         SetConsoleMode(console,
+                        mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
 int TerminalColumns() noexcept {
   constexpr int kUsualColumns = 80;
   CONSOLE_SCREEN_BUFFER_INFO screen;
   return GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &screen) != 0
              ? screen.srWindow.Right - screen.srWindow.Left + 1
              : kUsualColumns;
+}
+
+int ProcessorCount() noexcept {
+  DWORD_PTR allowed = 0;
+  DWORD_PTR ofSystem = 0;
+  GetProcessAffinityMask(GetCurrentProcess(), &allowed, &ofSystem);
+  return std::max(std::popcount(allowed), 1);
 }
 
 bool HostName(char* name, std::size_t size) noexcept {
