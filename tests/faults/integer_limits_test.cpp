@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "faults/fault_study.h"
 #include "faults/forked_run.h"
 #include "faults/sample.h"
 #include "foundation/io/csv_reader.h"
+#include "foundation/io/file_stream.h"
 #include "foundation/memory.h"
 #include "support/raised.h"
 
@@ -45,54 +48,99 @@ TEST(IntegerLimitTest, AChainThatDoesNotFitIntoMemoryIsOutOfMemory) {
   }
 }
 
-/// So many line feeds, made as they are read.
-class LineFeeds final : public Vell::IO::Stream {
+/// One byte again and again and a line feed behind them, made as they are read.
+class RepeatedByte final : public Vell::IO::Stream {
  public:
-  explicit LineFeeds(std::uint64_t count)
-      : Stream(Vell::IO::Mode::kReadText, Vell::String()), block_(65536, '\n'), left_(count) {}
+  RepeatedByte(char byte, std::uint64_t count)
+      : Stream(Vell::IO::Mode::kReadText, Vell::String()), block_(65536, byte), left_(count) {}
 
   void Flush() override {}
   void Close() override {}
-  int Peek() override { return '\n'; }
-  void Unget(int) override { --next_; }
-  void WriteByte(char) override {}
-  std::size_t Read(void*, std::size_t) override { return 0; }
-  void Write(const void*, std::size_t) override {}
-  int Scan(const char*, void*, std::size_t) override { return -1; }
-  int Print(const char*, const void*, std::size_t) override { return 0; }
-  bool IsEof() const noexcept override { return left_ == 0; }
+  int Peek() override { return next_ != end_ || FillWindow() ? *next_ : Vell::IO::kEndOfStream; }
+  void Unget(int /*byte*/) override { --next_; }
+  void WriteByte(char /*byte*/) override {}
+  std::size_t Read(void* /*buffer*/, std::size_t /*count*/) override { return 0; }
+  void Write(const void* /*buffer*/, std::size_t /*count*/) override {}
+  int Scan(const char* /*format*/, void* /*destination*/, std::size_t /*size*/) override {
+    return -1;
+  }
+  int Print(const char* /*format*/, const void* /*value*/, std::size_t /*size*/) override {
+    return 0;
+  }
+  bool IsEof() const noexcept override { return isEnded_; }
   std::int64_t Length() override { return 0; }
   std::int64_t Tell() override { return 0; }
-  void Seek(std::int64_t, int) override {}
+  void Seek(std::int64_t /*offset*/, int /*origin*/) override {}
 
  protected:
-  int ReadByteOfNextBlock() override {
-    if (left_ == 0) {
-      return Vell::IO::kEndOfStream;
-    }
-    const std::uint64_t count = std::min<std::uint64_t>(left_, block_.size());
-    left_ -= count;
-    next_ = reinterpret_cast<unsigned char*>(block_.data());
-    end_ = next_ + count;
-    return *next_++;
-  }
+  int ReadByteOfNextBlock() override { return FillWindow() ? *next_++ : Vell::IO::kEndOfStream; }
 
  private:
+  bool FillWindow() {
+    if (isEnded_) {
+      return false;
+    }
+    isEnded_ = left_ == 0;
+    std::string& source = isEnded_ ? last_ : block_;
+    const std::uint64_t count = isEnded_ ? 1 : std::min<std::uint64_t>(left_, block_.size());
+    left_ -= isEnded_ ? 0 : count;
+    next_ = reinterpret_cast<unsigned char*>(source.data());
+    end_ = next_ + count;
+    return true;
+  }
+
   std::string block_;
+  std::string last_ = "\n";
   std::uint64_t left_;
+  bool isEnded_ = false;
 };
 
-// Takes a minute, so it runs with all faults only.
-TEST(IntegerLimitTest, AFileOfTwoToThe31LinesIsAnIntegerOverflow) {
+constexpr std::uint64_t kLimit = std::uint64_t{1} << 31;
+
+Vell::IO::CsvShape ShapeOf(char byte, std::uint64_t count) {
+  RepeatedByte stream(byte, count);
+  return Vell::IO::MeasureCsv(stream);
+}
+
+void ExpectTooMany(char byte, std::uint64_t count) {
+  ExpectRaises<Vell::Exceptions::IntegerOverflowException>("Integer overflow",
+                                                           [&] { ShapeOf(byte, count); });
+}
+
+// The next two take a minute, so they run with all faults only.
+TEST(IntegerLimitTest, TwoToThe31LinesAreAnIntegerOverflow) {
   if (!Sample::IsAll()) {
     GTEST_SKIP() << "runs with HOVAR_FAULTS=all";
   }
-  constexpr std::uint64_t kLimit = std::uint64_t{1} << 31;
-  LineFeeds most(kLimit - 1);
-  EXPECT_EQ(Vell::IO::MeasureCsv(most).lineCount, 2147483647);
-  LineFeeds tooMany(kLimit);
-  ExpectRaises<Vell::Exceptions::IntegerOverflowException>("Integer overflow",
-                                                           [&] { Vell::IO::MeasureCsv(tooMany); });
+  EXPECT_EQ(ShapeOf('\n', kLimit - 2).lineCount, 2147483647);
+  ExpectTooMany('\n', kLimit - 1);
+}
+
+TEST(IntegerLimitTest, TwoToThe31FieldsAreAnIntegerOverflow) {
+  if (!Sample::IsAll()) {
+    GTEST_SKIP() << "runs with HOVAR_FAULTS=all";
+  }
+  const Vell::IO::CsvShape shape = ShapeOf(',', kLimit - 2);
+  EXPECT_EQ(shape.lineCount, 1);
+  EXPECT_EQ(shape.maximumFields, 2147483647);
+  ExpectTooMany(',', kLimit - 1);
+}
+
+// Positions in files are no counts of the system's own: they may be larger.
+TEST(IntegerLimitTest, AFileMayBeLargerThanTwoToThe32Bytes) {
+  const ScratchFolder folder;
+  const std::string path = folder.Write("large", "");
+  constexpr std::int64_t kPlace = (std::int64_t{1} << 32) + 5;
+  std::filesystem::resize_file(path, kPlace);  // a hole, which takes no room
+  Vell::IO::FileStream stream(Vell::String(std::string_view(path)),
+                              Vell::IO::Mode::kReadWriteExisting | Vell::IO::Mode::kBinary);
+  stream.Seek(kPlace);
+  stream.Write("end", 3);
+  EXPECT_EQ(stream.Tell(), kPlace + 3);
+  EXPECT_EQ(stream.Length(), kPlace + 3);
+  stream.Seek(-3, 2);
+  EXPECT_EQ(stream.ReadByte(), 'e');
+  EXPECT_EQ(stream.Tell(), kPlace + 1);
 }
 
 }  // namespace

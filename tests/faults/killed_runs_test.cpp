@@ -3,14 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <iostream>
 #include <thread>
 
 #include "faults/fault_study.h"
 #include "faults/forked_run.h"
 #include "faults/sample.h"
 #include "faults/system_calls.h"
+#include "support/process.h"
 
 namespace Testing {
 namespace {
@@ -20,6 +23,15 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kSampledCalls = 60;
 constexpr int kSampledMoments = 25;
 constexpr int kAllMoments = 2000;
+
+/// The built program, so that its start and its end are met too.
+Command BatchIn(const FaultStudy& study) {
+  Command command;
+  command.program = HOVAR_PROGRAM;
+  command.folder = study.Path();
+  command.arguments = {"C:\\hovar\\hovar.exe", "batch.xml"};
+  return command;
+}
 
 class KilledRunTest : public testing::Test {
  protected:
@@ -35,6 +47,15 @@ class KilledRunTest : public testing::Test {
     ExpectSucceeded(runs_.Run(study_.Path(), "batch.xml"));
     EXPECT_EQ(study_.Output(), complete_);
     study_.RemoveOutput();
+  }
+
+  double MicrosecondsOfARun() {
+    const auto start = Clock::now();
+    EXPECT_EQ(RunProcess(BatchIn(study_)).exitStatus, 0);
+    const std::chrono::duration<double, std::micro> duration = Clock::now() - start;
+    EXPECT_EQ(study_.Output(), complete_);
+    study_.RemoveOutput();
+    return duration.count();
   }
 
   FaultStudy study_;
@@ -65,24 +86,16 @@ TEST_F(KilledRunTest, BeforeAndBehindEverySystemCall) {
 }
 
 TEST_F(KilledRunTest, AtRandomMoments) {
-  const auto start = Clock::now();
-  runs_.Run(study_.Path(), "batch.xml");
-  const auto duration = std::chrono::duration<double, std::micro>(Clock::now() - start);
-  study_.RemoveOutput();
-  Sample sample(1, 1);
-  SeededRandom random(Sample::IsAll() ? 2 : 1);
-  int broken = 0;
+  const double duration =
+      std::min({MicrosecondsOfARun(), MicrosecondsOfARun(), MicrosecondsOfARun()});
+  SeededRandom random = Sample::Random();
   const int moments = Sample::IsAll() ? kAllMoments : kSampledMoments;
+  int broken = 0;
   for (int i = 0; i < moments; ++i) {
-    const double delay = random.Real(0, 1.1 * duration.count());
-    SCOPED_TRACE(std::to_string(delay) + " microseconds");
+    const double delay = random.Real(0, 1.1 * duration);
+    SCOPED_TRACE(std::to_string(delay) + " microseconds, " + random.Text());
     {
-      const ChildProcess run([&] {
-        std::filesystem::current_path(study_.Path());
-        ReplaceHandle(0, "/dev/null");
-        ReplaceHandle(1, "/dev/null");
-        return RunHere("batch.xml");
-      });
+      const Process process(BatchIn(study_));
       std::this_thread::sleep_for(std::chrono::duration<double, std::micro>(delay));
     }  // which kills it
     broken += study_.Output() != complete_ ? 1 : 0;

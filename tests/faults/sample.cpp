@@ -5,17 +5,8 @@
 #include <string_view>
 
 namespace Testing {
-namespace {
-
-std::uint64_t Seed() {
-  const char* const text = std::getenv("HOVAR_FAULT_SEED");
-  return text != nullptr ? std::strtoull(text, nullptr, 10) : 1;
-}
-
-}  // namespace
-
 Sample::Sample(std::size_t count, std::size_t total)
-    : random_(Seed()),
+    : random_(Random()),
       share_(IsAll() ? 1.0
                      : static_cast<double>(count) /
                            static_cast<double>(std::max(total, std::size_t{1}))),
@@ -35,6 +26,11 @@ std::string Sample::Text() const {
 bool Sample::IsAll() {
   const char* const text = std::getenv("HOVAR_FAULTS");
   return text != nullptr && std::string_view(text) == "all";
+}
+
+SeededRandom Sample::Random() {
+  const char* const seed = std::getenv("HOVAR_FAULT_SEED");
+  return SeededRandom(seed != nullptr ? std::strtoull(seed, nullptr, 10) : 1);
 }
 
 }  // namespace Testing

@@ -22,6 +22,9 @@ class Sample {
   /// True when every case runs.
   static bool IsAll();
 
+  /// A source of other choices, with the seed of the samples.
+  static SeededRandom Random();
+
  private:
   SeededRandom random_;
   double share_;
