@@ -143,6 +143,21 @@ TEST(RunRecordTest, ARecordThatCannotBeWrittenStopsTheRunBeforeItBegins) {
   }
 }
 
+TEST(RunRecordTest, FilesOfTheRunAreNotOverwritten) {
+  const TinyStudy study;
+  study.Write("batch.xml", BatchText({"analysis.xml", "prediction.xml"}));
+  EXPECT_EQ(RunLauncher(study, {"batch.xml"}).exitStatus, 0);
+  for (const char* file : {"batch.xml", "./prediction.xml", "data.csv", "coefficients.csv",
+                           "out/fitted.csv", "out/mcmc/Chain.csv"}) {
+    const std::string before = study.Read(file);
+    const ProcessResult result = RunLauncher(study, {"--json", file, "batch.xml"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.error, "hovar: the record cannot be written to " + std::string(file) +
+                                ", a file of the run itself\n");
+    EXPECT_EQ(study.Read(file), before);
+  }
+}
+
 TEST(RunRecordTest, AFullDiskIsAnError) {
   const TinyStudy study;
   const ProcessResult result = RunLauncher(study, {"--json", "/dev/full", "analysis.xml"});

@@ -87,6 +87,7 @@ std::vector<std::string> ReadCoefficientNames(const std::string& path) {
   RegressionResults results;
   ReadCoefficientFile(results, stream);
   std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(results.xNames.Count()));
   for (std::int32_t i = 0; i < results.xNames.Count(); ++i) {
     names.emplace_back(results.xNames[i].View());
   }

@@ -35,7 +35,8 @@ std::string EndangeredInput(const RunPlan& plan, const std::vector<std::string>&
 bool MoveAside(const std::string& path) {
   constexpr int kMostNumbers = 1'000'000;
   for (int number = 1; number < kMostNumbers; ++number) {
-    const std::string other = path + "." + std::to_string(number);
+    std::string other = path;
+    other.append(".").append(std::to_string(number));
     if (Platform::KindOf(other.c_str()) != Platform::PathKind::kMissing) {
       continue;
     }
@@ -62,12 +63,9 @@ bool KeepOutputs(const RunPlan& plan, const std::vector<std::string>& further) {
     Say("--keep would move " + input + " aside, which is an input too; nothing was run");
     return false;
   }
-  for (const std::string& output : outputs) {
-    if (Platform::KindOf(output.c_str()) == Platform::PathKind::kFile && !MoveAside(output)) {
-      return false;
-    }
-  }
-  return true;
+  return std::all_of(outputs.begin(), outputs.end(), [](const std::string& output) {
+    return Platform::KindOf(output.c_str()) != Platform::PathKind::kFile || MoveAside(output);
+  });
 }
 
 }  // namespace Hovar

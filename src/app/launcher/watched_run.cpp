@@ -1,5 +1,6 @@
 #include "app/launcher/watched_run.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -131,9 +132,10 @@ int Watch(ChildRun& run, Bar& bar, const LineEcho& echo) {
     bar.Update(run.Lines());
     pause.Sleep();
   }
+  const bool hasEnded = run.HasEnded();
   run.Stop();
   bar.End(run);
-  if (Platform::StopRequest() != 0) {
+  if (!hasEnded && Platform::StopRequest() != 0) {
     return kSignalStatus + Platform::StopRequest();
   }
   if (!echo.IsGood()) {
@@ -141,6 +143,19 @@ int Watch(ChildRun& run, Bar& bar, const LineEcho& echo) {
     return kFailure;
   }
   return run.ExitStatus();
+}
+
+/// True when the run reads or writes the file itself.
+bool BelongsToRun(const std::string& path, const RunPlan& plan) {
+  std::vector<std::string> files{plan.definition};
+  for (const PlannedRun& run : plan.runs) {
+    files.push_back(run.definition);
+    files.insert(files.end(), run.inputs.begin(), run.inputs.end());
+    files.insert(files.end(), run.outputs.begin(), run.outputs.end());
+  }
+  return std::any_of(files.begin(), files.end(), [&path](const std::string& file) {
+    return file == path || Platform::SameFile(file.c_str(), path.c_str());
+  });
 }
 
 /// Runs and, if a record is wanted, writes it; its file is opened first, so that nobody finds out
@@ -174,6 +189,10 @@ int RunRecorded(const Options& options, const RunPlan& plan, ChildRun& run, cons
 
 int RunWatched(const Options& options) {
   const RunPlan plan = MakeRunPlan(options.definition);
+  if (!options.recordFile.empty() && BelongsToRun(options.recordFile, plan)) {
+    Say("the record cannot be written to " + options.recordFile + ", a file of the run itself");
+    return kFailure;
+  }
   const bool isWatched = options.showProgress || !options.recordFile.empty();
   const std::string captureFile = isWatched ? CaptureFileFor(options, plan) : std::string();
   if (options.keepOutputs && !KeepOutputs(plan, FurtherOutputs(options, captureFile))) {
