@@ -37,7 +37,15 @@ install(DIRECTORY examples DESTINATION ${documentFolder}
                                    WORLD_READ WORLD_EXECUTE)
 
 # What other software reads: the schema of definitions, the report's page, readers for R and Python.
-install(DIRECTORY share/hovar DESTINATION share OPTIONAL)
+install(DIRECTORY share/hovar DESTINATION share
+        PATTERN __pycache__ EXCLUDE)
+if(NOT documentFolder STREQUAL ".")
+  # The examples refer to the schema by a relative path, which has to hold here too.
+  install(
+    CODE "set(share \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${documentFolder}/share\")
+          file(MAKE_DIRECTORY \"\${share}\")
+          file(CREATE_LINK ../../../hovar \"\${share}/hovar\" SYMBOLIC)")
+endif()
 
 if(NOT WIN32)
   foreach(page hovar.1 hovar-definition.5)

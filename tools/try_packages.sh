@@ -64,6 +64,20 @@ compare_quickstart() {  # NAME
   passed "$1: quick start, $(find "$work/results/$1" -type f | wc -l) files as from $build"
 }
 
+# The parts of the command that need files of the package: the check links the readers, the report
+# is made from its page. Run on what the quick start left.
+use_tools() {  # NAME COMMAND...
+  name=$1
+  shift
+  (cd "$work/results/$name" && env -i WINEPREFIX="$work/wine" WINEDEBUG=-all HOME="$work" \
+    "$@" --check --data batch.xml < /dev/null > check.txt 2>&1) || fail "$name: --check"
+  grep -q '^0 errors' "$work/results/$name/check.txt" || fail "$name: --check finds errors"
+  (cd "$work/results/$name" && env -i WINEPREFIX="$work/wine" WINEDEBUG=-all HOME="$work" \
+    "$@" --report results < /dev/null > report.txt 2>&1) || fail "$name: --report"
+  grep -q 'coefficients.csv' "$work/results/$name/results/report.html" || fail "$name: empty report"
+  passed "$name: --check and --report"
+}
+
 check_version() {  # NAME COMMAND
   shown=$("$2" --version) || fail "$1: --version"
   [ "$shown" = "hovar $version" ] || fail "$1: --version says \"$shown\", CMakeLists.txt $version"
@@ -79,9 +93,12 @@ check_contents() {  # NAME DOCUMENTS SHARE
   grep -q "^version: $version\$" "$2/CITATION.cff" || fail "$1: version in CITATION.cff"
   diff -r --exclude=results "$source/examples" "$2/examples" || fail "$1: examples differ"
   [ ! -e "$2/examples/quickstart/results" ] || fail "$1: holds results"
-  if [ -d "$source/share/hovar" ]; then
-    diff -r "$source/share/hovar" "$3" || fail "$1: share/hovar differs"
-  fi
+  for definition in "$2"/examples/*/*.xml; do
+    schema=$(sed -n 's/.*noNamespaceSchemaLocation="\([^"]*\)".*/\1/p' "$definition")
+    [ -z "$schema" ] || [ -s "$(dirname "$definition")/$schema" ] ||
+      fail "$1: no schema where $definition looks for it"
+  done
+  diff -r --exclude=__pycache__ "$source/share/hovar" "$3" || fail "$1: share/hovar differs"
   passed "$1: documents and examples"
 }
 
@@ -119,6 +136,7 @@ for page in man1/hovar.1 man5/hovar-definition.5; do
 done
 run_quickstart tar.gz "$unpacked/examples" "$unpacked/bin/hovar"
 compare_quickstart tar.gz
+use_tools tar.gz "$unpacked/bin/hovar"
 
 # In a system that holds nothing but the program: no library, no configuration, no /proc. The program
 # wants a backslash in its name, which the launcher gives it elsewhere.
@@ -169,6 +187,7 @@ for page in man1/hovar.1 man5/hovar-definition.5; do
 done
 run_quickstart deb "$documents/examples" "$work/root/usr/bin/hovar"
 compare_quickstart deb
+use_tools deb "$work/root/usr/bin/hovar"
 
 if [ -n "$inNewSystem" ]; then
   echo "== .deb in a new Debian system"
@@ -217,6 +236,7 @@ else
     [ "$shown" = "hovar $version" ] || fail "zip: --version says \"$shown\""
     run_quickstart zip "$unpacked/examples" "$wine" "$unpacked/hovar.exe"
     compare_quickstart zip
+    use_tools zip "$wine" "$unpacked/hovar.exe"
   else
     echo "skipped: running the program of the ZIP needs the package wine64"
   fi
