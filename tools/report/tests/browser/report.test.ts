@@ -5,6 +5,7 @@ import { mkdirSync, readFileSync, readdirSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
 import type { Browser, ElementHandle } from 'puppeteer-core';
+import { pathToFileURL } from 'node:url';
 import Papa from 'papaparse';
 import { inlineFolders } from '../support/inline';
 import {
@@ -47,10 +48,22 @@ async function dropped(...folders: string[]): Promise<Watched> {
   return watched;
 }
 
-async function closeClean(watched: Watched): Promise<void> {
+function assertClean(watched: Watched): void {
   assert.deepEqual(watched.complaints, []);
   assert.deepEqual(watched.requests, []);
+}
+
+async function closeClean(watched: Watched): Promise<void> {
+  assertClean(watched);
   await watched.page.close();
+}
+
+let shared: Promise<Watched> | undefined;
+
+/** One page over the quick start for the tests that only read it; lists that they change they set first. */
+function quickstart(): Promise<Watched> {
+  shared ??= dropped(kQuickstart);
+  return shared;
 }
 
 test('a folder dropped on the page opened as a file is read, without an error or a request', async () => {
@@ -64,7 +77,8 @@ test('a folder dropped on the page opened as a file is read, without an error or
 });
 
 test('the hospital table has the rates of the file and their multiples', async () => {
-  const watched = await dropped(kQuickstart);
+  const watched = await quickstart();
+  await chooseIn(watched.page, 'hospitals', 'Expectation', 'E[Y|X,P=0]-MCMC');
   const [, ...file] = csvOf(kQuickstart, 'hospital.csv');
   const [, ...shown] = await tableOf(watched.page, 'Hospitals with observed and expected outcomes');
   assert.equal(shown.length, file.length);
@@ -76,17 +90,17 @@ test('the hospital table has the rates of the file and their multiples', async (
     assert.deepEqual([cells[3], cells[4], cells[5]], [o.toFixed(1), e.toFixed(1), (o / e).toFixed(2)]);
     assert.ok(Number(cells[6]) <= o / e && o / e <= Number(cells[7]) + 0.005, `interval of ${id}`);
   }
-  await closeClean(watched);
+  assertClean(watched);
 });
 
 test('another expectation shows its own columns', async () => {
-  const watched = await dropped(kQuickstart);
+  const watched = await quickstart();
   await chooseIn(watched.page, 'hospitals', 'Expectation', 'E[Y|Z]');
   const [header, ...shown] = await tableOf(watched.page, 'Hospitals with observed and expected outcomes');
   assert.deepEqual(header.slice(9), ['Y', 'E[Y|Z]']);
   const [, ...file] = csvOf(kQuickstart, 'hospital.csv');
   assert.deepEqual(shown.map((row) => row.slice(9)), file.map((row) => [row[4], row[5]]));
-  await closeClean(watched);
+  assertClean(watched);
 });
 
 test('the coefficient table has the estimates and standard errors of the file', async () => {
@@ -108,7 +122,7 @@ test('the coefficient table has the estimates and standard errors of the file', 
 });
 
 test('the summary is shown as written and agrees with what the page computes from the chain', async () => {
-  const watched = await dropped(kQuickstart);
+  const watched = await quickstart();
   const file = csvOf(kQuickstart, 'mcmc/Summary.csv');
   assert.deepEqual(await tableOf(watched.page, 'results/mcmc/Summary.csv'), file);
   const [, ...shown] = await tableOf(watched.page, 'Coefficients of the chains');
@@ -119,21 +133,21 @@ test('the summary is shown as written and agrees with what the page computes fro
     assert.ok(Math.abs(Number(shown[i][2]) - Number(mean)) <= 1e-4 * Math.max(1, Math.abs(Number(mean))), variable);
     assert.ok(Math.abs(Number(shown[i][3]) - Math.sqrt(Number(variance))) <= 1e-3 * Math.sqrt(Number(variance)), variable);
   }
-  await closeClean(watched);
+  assertClean(watched);
 });
 
 test('C-statistics are those of the file, and the page finds the same from known values', async () => {
-  const watched = await dropped(kQuickstart);
+  const watched = await quickstart();
   const [, ...file] = csvOf(kQuickstart, 'cstatistics.csv');
   const [, ...shown] = await tableOf(watched.page, 'C-statistics');
   assert.deepEqual(shown.map((row) => [row[0], row[2]]), file);
   // Y is always known, so these two are the same calculation from numbers of six digits.
   for (const row of shown.slice(0, 2)) assert.ok(Math.abs(Number(row[2]) - Number(row[3])) < 2e-5, row.join(' '));
-  await closeClean(watched);
+  assertClean(watched);
 });
 
 test('the calibration counts every record', async () => {
-  const watched = await dropped(kQuickstart);
+  const watched = await quickstart();
   await chooseIn(watched.page, 'calibration', 'Prediction', 'E[Y|X]');
   const [, ...shown] = await tableOf(watched.page, 'The same in numbers: tenths of the records by prediction');
   const [, ...file] = csvOf(kQuickstart, 'individual.csv');
@@ -141,7 +155,7 @@ test('the calibration counts every record', async () => {
   assert.equal(counts.reduce((sum, count) => sum + count, 0), file.length);
   const observed = shown.reduce((sum, row, i) => sum + counts[i] * Number(row[3]), 0);
   assert.ok(Math.abs(observed - file.reduce((sum, row) => sum + Number(row[2]), 0)) < 0.5);
-  await closeClean(watched);
+  assertClean(watched);
 });
 
 test('with estimating equations the fourth block is the expectation, and the page says why', async () => {
@@ -181,6 +195,37 @@ test('a picked folder and picked files are read', async () => {
   }
 });
 
+// Other browsers list a dropped folder through entries alone. Chromium lists entries only for a page that
+// comes from an address; it stands in here without any server.
+test('a dropped folder is read through entries where there are no handles', async () => {
+  const page = await browser.newPage();
+  await page.setRequestInterception(true);
+  page.on('request', (request) => {
+    if (request.url() === 'http://report.invalid/') void request.respond({ contentType: 'text/html', body: readFileSync(kPageFile) });
+    else void request.continue();
+  });
+  await page.evaluateOnNewDocument(() => { Reflect.deleteProperty(DataTransferItem.prototype, 'getAsFileSystemHandle'); });
+  await page.goto('http://report.invalid/');
+  await drop(page, [kQuickstart]);
+  await untilDone(page);
+  assert.equal((await tableOf(page, 'Files')).length - 1, 9);
+  await page.close();
+});
+
+test('a browser without workers shows the same', async () => {
+  const page = await browser.newPage();
+  await page.evaluateOnNewDocument(() => { Object.assign(window, { Worker: undefined }); });
+  await page.goto(pathToFileURL(kPageFile).href);
+  await drop(page, [kQuickstart]);
+  await untilDone(page);
+  const watched = await dropped(kQuickstart);
+  for (const label of ['Hospitals with observed and expected outcomes', 'Coefficients of the chains']) {
+    assert.deepEqual(await tableOf(page, label), await tableOf(watched.page, label));
+  }
+  await page.close();
+  await closeClean(watched);
+});
+
 test('a second drop replaces the first', async () => {
   const watched = await dropped(kQuickstart);
   await drop(watched.page, [kGee]);
@@ -191,7 +236,7 @@ test('a second drop replaces the first', async () => {
 });
 
 test('search narrows the table and rings the hospital; sorting works from the keyboard', async () => {
-  const watched = await dropped(kQuickstart);
+  const watched = await quickstart();
   const { page } = watched;
   await page.type('#hospitals input[type="search"]', 'h000');
   assert.equal((await tableOf(page, 'Hospitals with observed and expected outcomes')).length - 1, 9);
@@ -209,7 +254,7 @@ test('search narrows the table and rings the hospital; sorting works from the ke
   const sorted = (await tableOf(page, 'Hospitals with observed and expected outcomes')).slice(1).map((row) => Number(row[5]));
   assert.deepEqual(sorted, [...sorted].sort((a, b) => b - a));
   assert.equal(await page.$eval('#hospitals thead tr:last-child th:nth-child(6)', (th) => th.getAttribute('aria-sort')), 'descending');
-  await closeClean(watched);
+  assertClean(watched);
 });
 
 test('everything that acts can be reached by the Tab key and has a name', async () => {
@@ -235,11 +280,11 @@ test('everything that acts can be reached by the Tab key and has a name', async 
 });
 
 test('headings follow each other without a gap and every section is named', async () => {
-  const watched = await dropped(kQuickstart);
+  const watched = await quickstart();
   const levels = await watched.page.$$eval('#report h1, #report h2, #report h3', (all) => all.map((heading) => Number(heading.tagName[1])));
   levels.forEach((level, i) => assert.ok(i === 0 || level <= levels[i - 1] + 1, levels.join(' ')));
   assert.equal(await watched.page.$$eval('#report > section:not([aria-labelledby])', (all) => all.length), 0);
-  await closeClean(watched);
+  assertClean(watched);
 });
 
 test('an Analysis alone and a Prediction alone show what they have', async () => {
@@ -265,7 +310,7 @@ test('individual predictions alone give the hospitals of the hospital file', asy
 });
 
 test('a table is saved as CSV', async () => {
-  const watched = await dropped(kQuickstart);
+  const watched = await quickstart();
   const folder = freshFolder(join(kScratch, 'downloads'));
   const session = await watched.page.createCDPSession();
   await session.send('Browser.setDownloadBehavior', { behavior: 'allow', downloadPath: folder });
@@ -279,7 +324,7 @@ test('a table is saved as CSV', async () => {
   }
   const saved = csvOf(folder, 'hospitals.csv');
   assert.deepEqual(saved.map((row) => row[0]).slice(1), csvOf(kQuickstart, 'hospital.csv').slice(1).map((row) => row[0]));
-  await closeClean(watched);
+  assertClean(watched);
 });
 
 test('prints in light colours with every drawing made', async () => {
