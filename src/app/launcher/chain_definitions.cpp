@@ -1,55 +1,60 @@
 #include "app/launcher/chain_definitions.h"
 
 #include <set>
+#include <string_view>
 #include <utility>
 
-#include "app/definitions.h"
 #include "app/launcher/chain_seeds.h"
-#include "app/launcher/definition_text.h"
+#include "app/launcher/definition_file.h"
 #include "app/launcher/files.h"
 #include "app/launcher/message.h"
-#include "foundation/io/file_stream.h"
 #include "foundation/io/number_text.h"
+#include "foundation/io/standard_writers.h"
 
 namespace Hovar {
 namespace {
 
-/// Reads the definition as the program does, so that its faults are found, and told in the
-/// program's words, before anything is written. False when it is no Analysis.
-bool IsValidAnalysis(const std::string& path) {
-  Vell::XmlReader reader(
-      Vell::MakeShared<Vell::IO::FileStream>(Vell::String(path), Vell::IO::Mode::kReadText));
-  Vell::XmlTag root = reader.ReadTag();
-  while (root.kind == Vell::XmlTag::Kind::kDeclaration) {
-    root = reader.ReadTag();
-  }
-  if (root.name.View() != "Analysis") {
-    return false;
-  }
-  ReadAnalysisDefinition(reader);
-  reader.ReadEndTag(root.name);
-  return true;
-}
-
 /// The places in a definition that differ from chain to chain.
 struct ChangingPlaces {
-  const DefinitionElement* folder = nullptr;
-  std::vector<const DefinitionElement*> words;
+  const DefinedValue* folder = nullptr;
+  std::vector<const DefinedValue*> words;
 };
 
-ChangingPlaces FindPlaces(const DefinitionText& definition) {
+ChangingPlaces FindPlaces(const DefinitionFile& definition) {
   ChangingPlaces places;
-  places.folder = definition.Find("Output/Folder");
-  for (const DefinitionElement& element : definition.Elements()) {
-    if (element.path == "Mcmc/Seed/Seed/Element") {
-      places.words.push_back(&element);
+  places.folder = &definition.Value("Output/Folder");
+  for (const DefinedValue& value : definition.values) {
+    if (value.element == "Mcmc/Seed/Seed/Element") {
+      places.words.push_back(&value);
     }
   }
   return places;
 }
 
-std::uint32_t WordOf(const DefinitionElement& element) {
-  return Vell::IO::ParseUnsigned(LeadingInteger(element.value));
+/// A word of a seed as the program reads it: the number behind white space.
+std::uint32_t WordOf(const DefinedValue& value) {
+  const std::size_t start = value.text.find_first_not_of(" \t\r\n\v\f");
+  const std::size_t end = value.text.find_first_not_of("0123456789", start + 1);
+  return Vell::IO::ParseUnsigned(std::string_view(value.text).substr(start, end - start));
+}
+
+/// A new text for a value of a definition.
+struct Replacement {
+  const DefinedValue* value = nullptr;
+  std::string text;
+};
+
+/// The bytes of a definition with other texts for some values, given in the order of the file.
+std::string WithValues(std::string_view bytes, const std::vector<Replacement>& replacements) {
+  std::string changed;
+  std::size_t next = 0;
+  for (const Replacement& replacement : replacements) {
+    const auto offset = static_cast<std::size_t>(replacement.value->offset);
+    changed.append(bytes.substr(next, offset - next));
+    changed.append(replacement.text);
+    next = bytes.find('<', offset);
+  }
+  return changed.append(bytes.substr(next));
 }
 
 /// The seeds of all chains; empty when they do not differ from each other.
@@ -65,39 +70,52 @@ std::vector<SeedWords> DistinctSeeds(const SeedWords& own, int count) {
   return seeds;
 }
 
-ChainDefinition MakeChain(const DefinitionText& definition, const ChangingPlaces& places,
-                          int number, const SeedWords& seed) {
+ChainDefinition MakeChain(const DefinitionFile& definition, std::string_view bytes, int number,
+                          const SeedWords& seed) {
+  const ChangingPlaces places = FindPlaces(definition);
   ChainDefinition chain;
   chain.number = number;
   chain.name = "chain-" + std::to_string(number);
-  chain.folder = JoinPath(places.folder->value, chain.name);
+  chain.folder = JoinPath(definition.folder, chain.name);
   chain.file = JoinPath(chain.folder, chain.name + ".xml");
   chain.chainFile =
-      JoinPath(JoinPath(chain.folder, definition.Value("Output/McmcSubFolder")), "Chain.csv");
-  chain.coefficientFile = JoinPath(chain.folder, definition.Value("Output/RegressionCoefficients"));
-  chain.text = WithValues(definition, {{places.folder, chain.folder},
-                                       {places.words[0], std::to_string(seed.z)},
-                                       {places.words[1], std::to_string(seed.w)}});
+      JoinPath(JoinPath(chain.folder, definition.Value("Output/McmcSubFolder").text), "Chain.csv");
+  chain.coefficientFile =
+      JoinPath(chain.folder, definition.Value("Output/RegressionCoefficients").text);
+  chain.text = WithValues(bytes, {{places.folder, chain.folder},
+                                  {places.words[0], std::to_string(seed.z)},
+                                  {places.words[1], std::to_string(seed.w)}});
   return chain;
+}
+
+/// The definition of an Analysis. Otherwise a line on standard error says what is wrong, in the
+/// program's words where it would refuse the file.
+std::optional<DefinitionFile> ReadAnalysis(const std::string& path) {
+  DefinitionReading reading = ReadDefinitionFile(path);
+  if (!reading.definition) {
+    Vell::IO::StandardError().WriteLine("Error: ", Vell::String(reading.error));
+  } else if (reading.definition->kind != RunKind::kAnalysis) {
+    Say("--chains needs the definition of an Analysis, which " + path + " is not");
+    reading.definition.reset();
+  }
+  return std::move(reading.definition);
 }
 
 }  // namespace
 
-std::optional<ChainSet> MakeChainSet(const std::string& definition, int count) {
-  if (!IsValidAnalysis(definition)) {
-    Say("--chains needs the definition of an Analysis, which " + definition + " is not");
+std::optional<ChainSet> MakeChainSet(const std::string& path, int count) {
+  const std::optional<DefinitionFile> definition = ReadAnalysis(path);
+  if (!definition) {
     return std::nullopt;
   }
-  std::optional<std::string> bytes = ReadSmallFile(definition);
-  const DefinitionText text(bytes ? std::move(*bytes) : std::string());
-  const ChangingPlaces places = FindPlaces(text);
-  const DefinitionElement* const seed = text.Find("Mcmc/Seed");
-  if (places.folder == nullptr || seed == nullptr) {
-    Say("cannot read " + definition);
+  const std::optional<std::string> bytes = ReadSmallFile(path);
+  if (!bytes) {
+    Say("cannot read " + path);
     return std::nullopt;
   }
+  const ChangingPlaces places = FindPlaces(*definition);
   if (places.words.size() != 2) {
-    Say("the seed of " + definition +
+    Say("the seed of " + path +
         " is taken from the clock, so the chains could not be repeated; give it two fixed words "
         "(a Seed of the type Vector)");
     return std::nullopt;
@@ -105,14 +123,14 @@ std::optional<ChainSet> MakeChainSet(const std::string& definition, int count) {
   const std::vector<SeedWords> seeds =
       DistinctSeeds({WordOf(*places.words[0]), WordOf(*places.words[1])}, count);
   if (seeds.empty()) {
-    Say("with the seed of " + definition +
+    Say("with the seed of " + path +
         " every chain would have the same random numbers; give it other words");
     return std::nullopt;
   }
-  ChainSet set{places.folder->value, {}};
+  ChainSet set{definition->folder, {}};
   for (int number = 1; number <= count; ++number) {
     set.chains.push_back(
-        MakeChain(text, places, number, seeds[static_cast<std::size_t>(number) - 1]));
+        MakeChain(*definition, *bytes, number, seeds[static_cast<std::size_t>(number) - 1]));
   }
   return set;
 }

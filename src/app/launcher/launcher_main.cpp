@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "app/launcher/chains.h"
-#include "app/launcher/check.h"
+#include "app/launcher/check/check.h"
 #include "app/launcher/options.h"
 #include "app/launcher/program_start.h"
 #include "app/launcher/report.h"
@@ -42,6 +42,10 @@ int RunTask(std::span<const char* const> arguments) {
   switch (options->task) {
     case Hovar::Task::kRun:
       return Hovar::RunWatched(*options);
+    case Hovar::Task::kCheck:
+      return Hovar::RunCheck(
+          options->definition, options->isStrict,
+          options->describesData ? Hovar::Describe::kData : Hovar::Describe::kNothing);
     case Hovar::Task::kChains:
       return Hovar::RunChains(*options);
     case Hovar::Task::kReport:
@@ -63,9 +67,6 @@ int main(int argumentCount, char** argumentVector) {
     return Print(Hovar::kVersionText);
   }
   try {
-    if (first == "--check") {
-      return Hovar::RunCheck({arguments.begin() + 1, arguments.end()});
-    }
     return Hovar::IsLauncherOption(first) ? RunTask(arguments) : Hovar::BecomeHovar(arguments);
   } catch (const Vell::Exceptions::Exception&) {
     return kFailure;  // its line stands on standard error

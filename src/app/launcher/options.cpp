@@ -12,9 +12,9 @@ namespace {
 
 constexpr int kMostChains = 9999;
 
-constexpr std::array<std::string_view, 9> kOptionNames{"--json",    "--keep",   "--progress",
-                                                       "--chains",  "--jobs",   "--only",
-                                                       "--collect", "--report", "--output"};
+constexpr std::array<std::string_view, 12> kOptionNames{
+    "--json",   "--keep", "--progress", "--check",   "--strict", "--data",
+    "--chains", "--jobs", "--only",     "--collect", "--report", "--output"};
 
 void RefuseUsage(std::string_view reason) {
   Say(reason);
@@ -64,6 +64,10 @@ class Parser {
       options_.keepOutputs = true;
     } else if (option == "--progress") {
       options_.showProgress = true;
+    } else if (option == "--strict") {
+      options_.isStrict = true;
+    } else if (option == "--data") {
+      options_.describesData = true;
     } else if (option == "--chains") {
       options_.chainCount = Number(option, "N");
     } else if (option == "--jobs") {
@@ -74,7 +78,7 @@ class Parser {
       options_.collectOnly = true;
     } else if (option == "--output") {
       options_.reportFile = Text(option, "FILE");
-    } else if (option != "--report") {
+    } else if (option != "--report" && option != "--check") {
       problem_ = "there is no option " + std::string(option);
     }
   }
@@ -113,7 +117,10 @@ class Parser {
       }
       return;
     }
-    if (Has("--chains")) {
+    if (Has("--check")) {
+      options_.task = Task::kCheck;
+      Allow({"--check", "--strict", "--data"});
+    } else if (Has("--chains")) {
       options_.task = Task::kChains;
       Allow({"--chains", "--jobs", "--only", "--collect"});
       SettleChains();
@@ -143,6 +150,7 @@ class Parser {
       if (std::find(allowed.begin(), allowed.end(), option) == allowed.end()) {
         problem_ = std::string(option) + " does not go with " +
                    std::string(Has("--report")   ? "--report"
+                               : Has("--check")  ? "--check"
                                : Has("--chains") ? "--chains"
                                                  : "a single run");
       }

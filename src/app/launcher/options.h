@@ -13,6 +13,7 @@ namespace Hovar {
 /// What the launcher is asked to do.
 enum class Task {
   kRun,     // run a definition, watched
+  kCheck,   // tell what is wrong with a definition
   kChains,  // run an Analysis several times with different seeds
   kReport,  // make a page of finished runs
 };
@@ -25,6 +26,10 @@ struct Options {
   std::string recordFile;  // empty: no run record
   bool keepOutputs = false;
   bool showProgress = false;
+
+  // kCheck
+  bool isStrict = false;
+  bool describesData = false;
 
   // kChains
   int chainCount = 0;

@@ -27,10 +27,11 @@ double CostOfPass(RunKind kind) noexcept {
   switch (kind) {
     case RunKind::kAnalysis:
       return 5;
-    case RunKind::kPrediction:
-      return 1;
     case RunKind::kValidation:
       return 2;
+    case RunKind::kPrediction:
+    case RunKind::kBatch:
+      return 1;
   }
   return 1;
 }

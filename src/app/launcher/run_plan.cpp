@@ -13,58 +13,50 @@ namespace {
 constexpr std::size_t kMostFiles = 10'000;
 constexpr std::size_t kDeepestNesting = 64;
 
-std::optional<RunKind> KindOfRoot(std::string_view root) {
-  for (const RunKind kind : {RunKind::kAnalysis, RunKind::kPrediction, RunKind::kValidation}) {
-    if (root == NameOf(kind)) {
-      return kind;
-    }
-  }
-  return std::nullopt;
-}
-
-void AddSeed(PlannedRun& run, const DefinitionText& definition) {
-  for (const DefinitionElement& element : definition.Elements()) {
-    if (element.path == "Mcmc/Seed") {
-      run.seedType = element.type;
-    } else if (element.path == "Mcmc/Seed/Seed/Element") {
-      run.seedWords.push_back(element.value);
+void AddSeed(PlannedRun& run, const DefinitionFile& definition) {
+  for (const DefinedValue& value : definition.values) {
+    if (value.element == "Mcmc/Seed") {
+      run.seedType = value.type;
+    } else if (value.element == "Mcmc/Seed/Seed/Element") {
+      run.seedWords.push_back(value.text);
     }
   }
 }
 
-void AddFiles(PlannedRun& run, const DefinitionText& definition) {
-  for (const char* name :
-       {"Input/Data", "Input/RegressionCoefficients", "Input/IndividualPredictions"}) {
-    if (definition.Find(name) != nullptr) {
-      run.inputs.push_back(definition.Value(name));
+PlannedRun PlanOf(const DefinitionFile& definition, std::string bytes) {
+  PlannedRun run;
+  run.kind = definition.kind;
+  run.definition = definition.path;
+  run.definitionBytes = std::move(bytes);
+  run.data = definition.data;
+  run.burnin = std::max(definition.mcmc.burnin, 0);
+  run.steps = std::max(definition.mcmc.steps, 0);
+  run.folder = definition.folder;
+  run.logFile = definition.outputs.front().path;
+  for (const std::string& input :
+       {definition.data, definition.coefficients, definition.individualPredictions}) {
+    if (!input.empty()) {
+      run.inputs.push_back(input);
     }
   }
-  for (const char* name :
-       {"Output/LogFile", "Output/RegressionCoefficients", "Output/IndividualPredictions",
-        "Output/HospitalPredictions", "Output/CStatistics"}) {
-    if (definition.Find(name) != nullptr) {
-      run.outputs.push_back(JoinPath(run.folder, definition.Value(name)));
-    }
+  for (const PlannedOutput& output : definition.outputs) {
+    run.outputs.push_back(output.path);
   }
-  if (run.kind == RunKind::kAnalysis) {
-    const std::string folder = JoinPath(run.folder, definition.Value("Output/McmcSubFolder"));
-    run.outputs.push_back(JoinPath(folder, "Chain.csv"));
-    run.outputs.push_back(JoinPath(folder, "Summary.csv"));
-  }
+  AddSeed(run, definition);
+  return run;
 }
 
 void Follow(RunPlan& plan, const std::string& path, std::vector<std::string>& batches);
 
-void FollowBatch(RunPlan& plan, const std::string& path, const DefinitionText& definition,
-                 std::vector<std::string>& batches) {
-  const bool isCircle = std::find(batches.begin(), batches.end(), path) != batches.end();
+void FollowBatch(RunPlan& plan, const DefinitionFile& batch, std::vector<std::string>& batches) {
+  const bool isCircle = std::find(batches.begin(), batches.end(), batch.path) != batches.end();
   if (isCircle || batches.size() >= kDeepestNesting) {
     return;
   }
-  batches.push_back(path);
-  for (const DefinitionElement& element : definition.Elements()) {
-    if (element.path == "Simulations/Simulation" && plan.filesFollowed < kMostFiles) {
-      Follow(plan, element.value, batches);
+  batches.push_back(batch.path);
+  for (const std::string& simulation : batch.simulations) {
+    if (plan.filesFollowed < kMostFiles) {
+      Follow(plan, simulation, batches);
     }
   }
   batches.pop_back();
@@ -76,15 +68,15 @@ void Follow(RunPlan& plan, const std::string& path, std::vector<std::string>& ba
   if (!bytes) {
     return;
   }
-  const DefinitionText definition(std::move(*bytes));
+  const std::optional<DefinitionFile> definition = ReadDefinitionFile(path).definition;
   if (batches.empty()) {
-    plan.root = definition.Root();
-    plan.definitionBytes = definition.Bytes();
+    plan.kind = definition ? std::optional(definition->kind) : std::nullopt;
+    plan.definitionBytes = *bytes;
   }
-  if (definition.Root() == "Batch") {
-    FollowBatch(plan, path, definition, batches);
-  } else if (std::optional<PlannedRun> run = PlanRun(path, definition)) {
-    plan.runs.push_back(std::move(*run));
+  if (definition && definition->kind == RunKind::kBatch) {
+    FollowBatch(plan, *definition, batches);
+  } else if (definition) {
+    plan.runs.push_back(PlanOf(*definition, std::move(*bytes)));
   }
 }
 
@@ -98,27 +90,10 @@ std::string_view NameOf(RunKind kind) noexcept {
       return "Prediction";
     case RunKind::kValidation:
       return "Validation";
+    case RunKind::kBatch:
+      return "Batch";
   }
   return "";
-}
-
-std::optional<PlannedRun> PlanRun(const std::string& path, const DefinitionText& definition) {
-  const std::optional<RunKind> kind = KindOfRoot(definition.Root());
-  if (!kind || !definition.IsComplete()) {
-    return std::nullopt;
-  }
-  PlannedRun run;
-  run.kind = *kind;
-  run.definition = path;
-  run.definitionBytes = definition.Bytes();
-  run.data = definition.Value("Input/Data");
-  run.burnin = std::max(definition.Integer("Mcmc/Burnin"), 0);
-  run.steps = std::max(definition.Integer("Mcmc/Steps"), 0);
-  run.folder = definition.Value("Output/Folder");
-  run.logFile = JoinPath(run.folder, definition.Value("Output/LogFile"));
-  AddSeed(run, definition);
-  AddFiles(run, definition);
-  return run;
 }
 
 RunPlan MakeRunPlan(const std::string& definition) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// What a definition is about to do, as far as its text tells: the runs in their order (a Batch is
-// followed into the definitions that it lists) and the files that each reads and writes.
+// What a definition is about to do: the runs in their order (a Batch is followed into the
+// definitions that it lists) and the files that each reads and writes.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,11 +10,10 @@
 #include <string_view>
 #include <vector>
 
-#include "app/launcher/definition_text.h"
+#include "app/dispatch.h"
+#include "app/launcher/definition_file.h"
 
 namespace Hovar {
-
-enum class RunKind { kAnalysis, kPrediction, kValidation };
 
 struct PlannedRun {
   RunKind kind = RunKind::kAnalysis;
@@ -35,21 +34,18 @@ struct PlannedRun {
 
 struct RunPlan {
   std::string definition;
-  std::string root;  // name of the root element; empty when the file tells none
+  std::optional<RunKind> kind;  // of the definition; nothing when the program would refuse it
   std::string definitionBytes;
-  /// The runs that the text tells. A definition that cannot be read, is not complete, or closes a
-  /// circle of batches adds nothing.
+  /// The runs that the program would start. A definition that it would refuse, or that closes a
+  /// circle of batches, adds nothing.
   std::vector<PlannedRun> runs;
   /// Definition files that were looked at.
   std::size_t filesFollowed = 0;
 };
 
+/// The name of the root element.
 std::string_view NameOf(RunKind kind) noexcept;
 
 RunPlan MakeRunPlan(const std::string& definition);
-
-/// What a definition other than a Batch would run; nothing when the text is not complete or its
-/// root is another one.
-std::optional<PlannedRun> PlanRun(const std::string& path, const DefinitionText& definition);
 
 }  // namespace Hovar

@@ -118,7 +118,7 @@ std::string RunRecord::Text(const RunLines& lines, int exitStatus) const {
   WriteFile(json, "definition", plan_.definition,
             isRead ? Sha256Of(plan_.definitionBytes) : std::string(),
             static_cast<std::int64_t>(plan_.definitionBytes.size()));
-  plan_.root.empty() ? json.Null("kind") : json.Bytes("kind", plan_.root);
+  plan_.kind ? json.Text("kind", NameOf(*plan_.kind)) : json.Null("kind");
   json.BeginArray("runs");
   for (std::size_t i = 0; i < plan_.runs.size(); ++i) {
     const PlannedRun& run = plan_.runs[i];

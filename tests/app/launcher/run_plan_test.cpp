@@ -17,10 +17,10 @@ TEST(RunPlanTest, EachKindHasItsFiles) {
   const Testing::TinyStudy study;
   const RunPlan analysis = MakeRunPlan(study.File("analysis.xml"));
   ASSERT_EQ(analysis.runs.size(), 1U);
-  EXPECT_EQ(analysis.root, "Analysis");
+  EXPECT_EQ(analysis.kind, RunKind::kAnalysis);
   EXPECT_EQ(analysis.runs[0].inputs, (Strings{"data.csv"}));
-  EXPECT_EQ(analysis.runs[0].outputs, (Strings{"out\\analysis.log", "out\\fitted.csv",
-                                               "out\\mcmc\\Chain.csv", "out\\mcmc\\Summary.csv"}));
+  EXPECT_EQ(analysis.runs[0].outputs, (Strings{"out\\analysis.log", "out\\mcmc\\Summary.csv",
+                                               "out\\mcmc\\Chain.csv", "out\\fitted.csv"}));
   EXPECT_EQ(analysis.runs[0].seedType, "Vector");
   EXPECT_EQ(analysis.runs[0].seedWords, (Strings{"3", "5"}));
   const RunPlan prediction = MakeRunPlan(study.File("prediction.xml"));
@@ -40,7 +40,7 @@ TEST(RunPlanTest, BatchesAreFollowed) {
   const RunPlan plan = MakeRunPlan(
       study.Write("batch.xml", BatchText({study.File("analysis.xml"), study.File("inner.xml"),
                                           study.File("analysis.xml")})));
-  EXPECT_EQ(plan.root, "Batch");
+  EXPECT_EQ(plan.kind, RunKind::kBatch);
   ASSERT_EQ(plan.runs.size(), 3U);
   EXPECT_EQ(plan.runs[0].kind, RunKind::kAnalysis);
   EXPECT_EQ(plan.runs[1].kind, RunKind::kPrediction);

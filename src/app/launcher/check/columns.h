@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "app/launcher/check_definition.h"
-#include "app/launcher/check_findings.h"
+#include "app/launcher/check/findings.h"
+#include "app/launcher/definition_file.h"
 #include "data/data_set.h"
 
 namespace Hovar {
@@ -36,16 +36,16 @@ struct VariableCounts {
 /// Counts all variables but the intercept.
 std::vector<VariableCounts> CountVariables(const DataSet& dataSet);
 
-/// Removes columns from the data set as the Analysis of the plan does, notes which ones in
+/// Removes columns from the data set as the Analysis of the definition does, notes which ones in
 /// `variables`, and adds an error for what the program ends in before it fits.
-void CheckColumns(Findings& findings, const RunPlan& plan, DataSet& dataSet,
+void CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
                   std::vector<VariableCounts>& variables);
 
 /// The description that --data gives of a data set as it was read.
-std::string DescribeDataSet(const RunPlan& plan, const DataSet& dataSet);
+std::string DescribeDataSet(const DefinitionFile& definition, const DataSet& dataSet);
 
 /// The part of it on variables, behind CheckColumns for an Analysis.
-std::string DescribeVariables(const RunPlan& plan, std::int32_t records,
+std::string DescribeVariables(const DefinitionFile& definition, std::int32_t records,
                               const std::vector<VariableCounts>& variables);
 
 }  // namespace Hovar

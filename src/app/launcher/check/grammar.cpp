@@ -1,12 +1,12 @@
-#include "app/launcher/check_grammar.h"
+#include "app/launcher/check/grammar.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
 
-#include "app/launcher/check_findings.h"
-#include "app/launcher/check_places.h"
-#include "app/launcher/check_reading.h"
+#include "app/launcher/check/findings.h"
+#include "app/launcher/silent_reading.h"
+#include "app/launcher/text_places.h"
 #include "foundation/string.h"
 
 namespace Hovar {
@@ -257,11 +257,6 @@ GrammarError ExplainGrammarError(const std::string& path, std::int64_t stop,
     }
   }
   return {stop, "The program would end in " + Quoted(error) + '.'};
-}
-
-std::int64_t TagBefore(const std::string& path, std::int64_t offset) {
-  const Surroundings around(path, offset);
-  return around.Offset(around.TagStart(around.Stop()));
 }
 
 }  // namespace Hovar

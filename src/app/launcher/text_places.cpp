@@ -1,9 +1,9 @@
-#include "app/launcher/check_places.h"
+#include "app/launcher/text_places.h"
 
 #include <algorithm>
 #include <optional>
 
-#include "app/launcher/check_reading.h"
+#include "app/launcher/silent_reading.h"
 #include "foundation/io/file_stream.h"
 
 namespace Hovar {
@@ -77,6 +77,13 @@ std::string BytesAt(const std::string& path, std::int64_t offset, std::size_t si
     return bytes.size() < size;
   });
   return bytes;
+}
+
+std::int64_t TagBefore(const std::string& path, std::int64_t offset) {
+  constexpr std::int64_t kLongestTag = 1 << 16;
+  const std::int64_t start = std::max<std::int64_t>(offset - kLongestTag, 0);
+  const std::size_t tag = BytesAt(path, start, static_cast<std::size_t>(offset - start)).rfind('<');
+  return tag != std::string::npos ? start + static_cast<std::int64_t>(tag) : offset;
 }
 
 FileTraits TraitsOf(const std::string& path) {

@@ -1,8 +1,8 @@
-#include "app/launcher/check_columns.h"
+#include "app/launcher/check/columns.h"
 
 #include <algorithm>
 
-#include "app/launcher/check_reading.h"
+#include "app/launcher/silent_reading.h"
 #include "data/column_elimination.h"
 #include "linalg/kernels/set_columns.h"
 #include "regression/xz_table.h"
@@ -49,28 +49,28 @@ void NoteZeroColumns(std::vector<VariableCounts>& variables, const DataSet& data
   NoteRemoved(variables, all, FindZeroColumns(dataSet.z), Removal::kZeroZ);
 }
 
-void AddEliminationError(Findings& findings, const RunPlan& plan, std::int32_t completeP0Count,
-                         const std::string& error) {
-  const double tolerance = plan.analysis.linearDependenceTolerance;
+void AddEliminationError(Findings& findings, const DefinitionFile& definition,
+                         std::int32_t completeP0Count, const std::string& error) {
+  const double tolerance = definition.analysis.linearDependenceTolerance;
   const std::string element = "Regression/LinearDependence/Tolerance";
   if (completeP0Count == 0) {
-    findings.AddError(plan.data, {},
+    findings.AddError(definition.data, {},
                       "No record without missing values has P = 0, and an Analysis fits such "
                       "records. Fill in missing values, or check the POA indicators.");
   } else if (!(tolerance < 1)) {
-    findings.AddError(plan.definition, plan.PlaceOfValue(element),
+    findings.AddError(definition.path, definition.PlaceOfValue(element),
                       "With this tolerance all columns count as dependent. Write a small number, "
                       "such as 1e-9.");
   } else {
-    findings.AddError(plan.definition, plan.PlaceOfValue(element),
+    findings.AddError(definition.path, definition.PlaceOfValue(element),
                       "Column elimination would end in " + Quoted(error) +
                           ". Choose another tolerance, or remove dependent variables from " +
-                          Quoted(plan.data) + '.');
+                          Quoted(definition.data) + '.');
   }
 }
 
 /// The first [X|Z] table that the program could not make.
-void CheckXzTables(Findings& findings, const RunPlan& plan, const DataSet& dataSet,
+void CheckXzTables(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet,
                    const std::vector<VariableCounts>& variables) {
   std::int32_t column = 0;
   for (const VariableCounts& variable : variables) {
@@ -81,7 +81,7 @@ void CheckXzTables(Findings& findings, const RunPlan& plan, const DataSet& dataS
     const bool isSuspect = variable.IsEmptyWithZ() || variable.IsEmptyWithoutZ(dataSet.recordCount);
     if (isSuspect && ErrorOf([&] { ComputeXzTable(dataSet, column); }).has_value()) {
       const char* const z = variable.IsEmptyWithZ() ? "1" : "0";
-      findings.AddError(plan.data, {},
+      findings.AddError(definition.data, {},
                         "No record with a known X of " + Quoted(variable.xName) + " has Z = " + z +
                             ", so its [X|Z] table cannot be made. Remove the variable, or merge "
                             "it with another one.");
@@ -188,21 +188,21 @@ std::vector<VariableCounts> CountVariables(const DataSet& dataSet) {
   return counts;
 }
 
-void CheckColumns(Findings& findings, const RunPlan& plan, DataSet& dataSet,
+void CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
                   std::vector<VariableCounts>& variables) {
   NoteZeroColumns(variables, dataSet);
   const std::int32_t completeP0Count = dataSet.completeP0Count;  // before cells are removed
   const std::optional<std::string> error =
-      ErrorOf([&] { EliminateColumns(dataSet, plan.analysis.linearDependenceTolerance); });
+      ErrorOf([&] { EliminateColumns(dataSet, definition.analysis.linearDependenceTolerance); });
   NoteDependent(variables, dataSet);
   if (error.has_value() || dataSet.variableCount == 0) {
-    AddEliminationError(findings, plan, completeP0Count, error.value_or("Invalid argument"));
+    AddEliminationError(findings, definition, completeP0Count, error.value_or("Invalid argument"));
     return;
   }
-  CheckXzTables(findings, plan, dataSet, variables);
+  CheckXzTables(findings, definition, dataSet, variables);
 }
 
-std::string DescribeDataSet(const RunPlan& plan, const DataSet& dataSet) {
+std::string DescribeDataSet(const DefinitionFile& definition, const DataSet& dataSet) {
   const std::int32_t records = dataSet.recordCount;
   std::int32_t outcomes = 0;
   std::int32_t present = 0;
@@ -212,10 +212,10 @@ std::string DescribeDataSet(const RunPlan& plan, const DataSet& dataSet) {
     missing += dataSet.p.IsMissing(i) ? 1 : 0;
     present += !dataSet.p.IsMissing(i) && dataSet.p.Value(i) ? 1 : 0;
   }
-  std::string text = Quoted(plan.data) + ": " + Counted(records, "record") + ", " +
+  std::string text = Quoted(definition.data) + ": " + Counted(records, "record") + ", " +
                      Counted(dataSet.hospitalCount, "hospital") + ", " +
                      Counted(dataSet.variableCount - 1, "variable") + ", " +
-                     Counted(plan.poaCount, "POA indicator") + '\n';
+                     Counted(definition.poaCount, "POA indicator") + '\n';
   text += "  Y = 1: " + std::to_string(outcomes) + " (" + Percent(outcomes, records) + ")\n";
   text += "  P = 1: " + std::to_string(present) + " (" + Percent(present, records - missing) +
           " of the known), missing: " + std::to_string(missing) + " (" + Percent(missing, records) +
@@ -226,7 +226,7 @@ std::string DescribeDataSet(const RunPlan& plan, const DataSet& dataSet) {
   return text + HospitalsWithoutCompleteRecords(dataSet);
 }
 
-std::string DescribeVariables(const RunPlan& plan, std::int32_t records,
+std::string DescribeVariables(const DefinitionFile& definition, std::int32_t records,
                               const std::vector<VariableCounts>& variables) {
   std::string text = "  variables (Z, X): Z = 1; X = 1 of the known; X missing\n";
   for (const VariableCounts& variable : variables) {
@@ -234,7 +234,7 @@ std::string DescribeVariables(const RunPlan& plan, std::int32_t records,
             Percent(variable.xOnes, records - variable.xMissing) + "; " +
             Percent(variable.xMissing, records) + '\n';
   }
-  if (plan.kind == RunKind::kAnalysis) {
+  if (definition.kind == RunKind::kAnalysis) {
     text += RemovedVariables(variables);
   }
   return text + EmptyClasses(records, variables);

@@ -1,7 +1,7 @@
 #pragma once
 
-// The first half of a check: the grammar of one definition file, read by the program's own reader,
-// and the plan of the run that it describes.
+// A definition file as the launcher's tools look at it, read by the program's own reader: what the
+// run reads and writes, and where in the file each value stands.
 
 #include <cstdint>
 #include <optional>
@@ -11,7 +11,7 @@
 
 #include "app/definitions.h"
 #include "app/dispatch.h"
-#include "app/launcher/check_findings.h"
+#include "app/launcher/text_places.h"
 
 namespace Hovar {
 
@@ -20,6 +20,7 @@ struct DefinedValue {
   std::string element;      // below the root: "Output/LogFile"
   std::int64_t offset = 0;  // of the text
   std::string text;         // as it stands
+  std::string type;         // the attribute xsi:type, or empty
 };
 
 /// What a run writes: its elements name it, its path is what the program opens.
@@ -30,8 +31,8 @@ struct PlannedOutput {
 };
 
 /// A definition file that follows the grammar, as one record for all kinds of run.
-struct RunPlan {
-  std::string definition;  // path of the definition file, as written
+struct DefinitionFile {
+  std::string path;  // of the file, as written
   RunKind kind = RunKind::kBatch;
   std::vector<DefinedValue> values;  // of all elements, in file order
 
@@ -56,13 +57,17 @@ struct RunPlan {
   Place PlaceOfTag(std::string_view element) const;
 };
 
-/// Reads a definition file, which exists, as the program does. A file that the program would not
-/// read gives one error and no plan.
-std::optional<RunPlan> ReadRunPlan(Findings& findings, const std::string& path);
+/// What reading a definition file gave.
+struct DefinitionReading {
+  std::optional<DefinitionFile> definition;
+  // Without a definition: the text of the error that the program would end in, and the offset of
+  // the byte that it would have read next.
+  std::string error;
+  std::int64_t stop = 0;
+};
 
-/// Adds an error for an input file that is missing, a folder, or not readable, and answers whether
-/// there was none. `what` is the noun for the file.
-bool CheckInputFile(Findings& findings, const std::string& path, std::string_view what,
-                    std::string_view file, Place place);
+/// Reads a definition file as the program does, without a word on the standard streams.
+/// Errors: OutOfMemoryException.
+DefinitionReading ReadDefinitionFile(const std::string& path);
 
 }  // namespace Hovar

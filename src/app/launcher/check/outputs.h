@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "app/launcher/check_definition.h"
-#include "app/launcher/check_findings.h"
+#include "app/launcher/check/findings.h"
+#include "app/launcher/definition_file.h"
 #include "foundation/io/platform/folders.h"
 
 namespace Hovar {
@@ -29,13 +29,13 @@ struct WrittenFile {
 class OutputCheck {
  public:
   /// Checks the outputs of one run against the disk, its inputs, and the runs before it.
-  void Check(Findings& findings, const RunPlan& plan);
+  void Check(Findings& findings, const DefinitionFile& definition);
 
   /// What an earlier run would have written under this path, or null.
   const WrittenFile* Written(std::string_view path) const;
 
   /// True when the run's own log file, which is emptied first, is this input file.
-  static bool LogEmpties(const RunPlan& plan, const std::string& input);
+  static bool LogEmpties(const DefinitionFile& definition, const std::string& input);
 
  private:
   using PathKind = Vell::IO::Platform::PathKind;
@@ -43,11 +43,13 @@ class OutputCheck {
   PathKind KindOf(const std::string& path) const;
   std::string OnDisk(const std::string& path) const;
   bool MayWriteIn(const std::string& folder) const;
-  bool MakeFolder(Findings& findings, const RunPlan& plan, const std::string& path,
+  bool MakeFolder(Findings& findings, const DefinitionFile& definition, const std::string& path,
                   std::string_view element);
-  void MakeFile(Findings& findings, const RunPlan& plan, const PlannedOutput& output);
-  bool CanMake(Findings& findings, const RunPlan& plan, const PlannedOutput& output) const;
-  void WarnOfMeeting(Findings& findings, const RunPlan& plan, const PlannedOutput& output) const;
+  void MakeFile(Findings& findings, const DefinitionFile& definition, const PlannedOutput& output);
+  bool CanMake(Findings& findings, const DefinitionFile& definition,
+               const PlannedOutput& output) const;
+  void WarnOfMeeting(Findings& findings, const DefinitionFile& definition,
+                     const PlannedOutput& output) const;
 
   std::map<std::string, WrittenFile> files_;           // by normal path
   std::map<std::string, bool> folders_;                // made by runs; by normal path

@@ -1,4 +1,4 @@
-#include "app/launcher/check_places.h"
+#include "app/launcher/text_places.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "app/launcher/check_reading.h"
+#include "app/launcher/silent_reading.h"
 
 #include <gtest/gtest.h>
 

@@ -8,14 +8,9 @@
 #include <string_view>
 #include <vector>
 
-namespace Hovar {
+#include "app/launcher/text_places.h"
 
-/// A place in a text file: line and column, both from 1. A column is one character of UTF-8; bytes
-/// that are not UTF-8 count one each.
-struct Place {
-  std::int64_t line = 1;
-  std::int64_t column = 1;
-};
+namespace Hovar {
 
 /// Errors are what the program would end in; warnings are what would surprise.
 enum class Severity { kError, kWarning };

@@ -11,9 +11,14 @@
 #include <string>
 #include <string_view>
 
-#include "app/launcher/check_findings.h"
-
 namespace Hovar {
+
+/// A place in a text file: line and column, both from 1. A column is one character of UTF-8; bytes
+/// that are not UTF-8 count one each.
+struct Place {
+  std::int64_t line = 1;
+  std::int64_t column = 1;
+};
 
 /// A line of a file and a byte within it.
 struct LineAt {
@@ -27,6 +32,9 @@ Place PlaceOf(const std::string& path, std::int64_t offset);
 
 /// The line that holds the byte at `offset`.
 LineAt LineOf(const std::string& path, std::int64_t offset);
+
+/// The offset of the last '<' before `offset`, or `offset` when there is none near.
+std::int64_t TagBefore(const std::string& path, std::int64_t offset);
 
 /// Up to `size` bytes from `offset` on.
 std::string BytesAt(const std::string& path, std::int64_t offset, std::size_t size);

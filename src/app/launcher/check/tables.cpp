@@ -1,12 +1,12 @@
-#include "app/launcher/check_tables.h"
+#include "app/launcher/check/tables.h"
 
 #include <algorithm>
 #include <array>
 #include <unordered_set>
 
-#include "app/launcher/check_csv.h"
-#include "app/launcher/check_places.h"
-#include "app/launcher/check_reading.h"
+#include "app/launcher/check/csv.h"
+#include "app/launcher/silent_reading.h"
+#include "app/launcher/text_places.h"
 #include "data/data_file_reader.h"
 #include "foundation/io/file_stream.h"
 #include "prediction/prediction_files.h"
@@ -133,27 +133,27 @@ void WarnOfByteOrderMark(Findings& findings, const std::string& path, const File
 // The data file.
 
 /// What the field at an index is, with its name from the header.
-std::string RoleOf(const RunPlan& plan, const std::string& header, std::size_t field) {
+std::string RoleOf(const DefinitionFile& definition, const std::string& header, std::size_t field) {
   const auto index = static_cast<std::int64_t>(field);
   const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
-  const std::int64_t variables = (fields - kLeadingFields - plan.poaCount) / 2;
+  const std::int64_t variables = (fields - kLeadingFields - definition.poaCount) / 2;
   std::string role = "X";
   if (index < kLeadingFields) {
     role = index == 0 ? "key" : index == 1 ? "hospital ID" : "Y";
-  } else if (index < kLeadingFields + plan.poaCount) {
+  } else if (index < kLeadingFields + definition.poaCount) {
     role = "POA indicator";
-  } else if (index < kLeadingFields + plan.poaCount + variables) {
+  } else if (index < kLeadingFields + definition.poaCount + variables) {
     role = "Z";
   }
   const std::string_view name = FieldOf(header, field, QuoteUse::kHonour);
   return " (" + role + (name.empty() ? "" : ", " + Quoted(name)) + ')';
 }
 
-void AddCellError(Findings& findings, const RunPlan& plan, const Stop& stop) {
-  const Cell cell = CellAt(plan.data, stop.offset, QuoteUse::kHonour, 2);
-  const std::string role = RoleOf(plan, HeaderOf(plan.data), cell.field);
+void AddCellError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  const Cell cell = CellAt(definition.data, stop.offset, QuoteUse::kHonour, 2);
+  const std::string role = RoleOf(definition, HeaderOf(definition.data), cell.field);
   const bool mayBeMissing = role.starts_with(" (X") || role.starts_with(" (POA");
-  findings.AddError(plan.data, cell.place,
+  findings.AddError(definition.data, cell.place,
                     FieldNumber(cell.field) + role + Holds(cell.text) +
                         (mayBeMissing ? ". Write 0 or 1, or leave it empty where it is missing."
                                       : ". Write 0 or 1; it may not be missing."));
@@ -181,29 +181,30 @@ void AddShapeError(Findings& findings, const std::string& path) {
 }
 
 /// What fields the definition's number of indicators leaves for X and Z.
-void AddIndicatorError(Findings& findings, const RunPlan& plan) {
+void AddIndicatorError(Findings& findings, const DefinitionFile& definition) {
   const auto fields =
-      static_cast<std::int64_t>(FieldStarts(HeaderOf(plan.data), QuoteUse::kHonour).size());
-  findings.AddError(plan.definition, plan.PlaceOfValue("Input/NumberOfPoaIndicators"),
-                    "The lines of " + Quoted(plan.data) + " have " + Counted(fields, "field") +
-                        "; behind key, hospital, Y and " + Counted(plan.poaCount, "POA indicator") +
-                        " that leaves " + std::to_string(fields - kLeadingFields - plan.poaCount) +
+      static_cast<std::int64_t>(FieldStarts(HeaderOf(definition.data), QuoteUse::kHonour).size());
+  findings.AddError(definition.path, definition.PlaceOfValue("Input/NumberOfPoaIndicators"),
+                    "The lines of " + Quoted(definition.data) + " have " +
+                        Counted(fields, "field") + "; behind key, hospital, Y and " +
+                        Counted(definition.poaCount, "POA indicator") + " that leaves " +
+                        std::to_string(fields - kLeadingFields - definition.poaCount) +
                         " for Z and X, which come in pairs. Correct the number of indicators.");
 }
 
-void AddSizeError(Findings& findings, const RunPlan& plan, const Stop& stop) {
-  const std::string header = HeaderOf(plan.data);
+void AddSizeError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  const std::string header = HeaderOf(definition.data);
   const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
-  if (TraitsOf(plan.data).length == 0) {
-    findings.AddError(plan.data, {}, "The data file is empty. Give it a header and records.");
-  } else if (plan.poaCount < 0 || fields < kLeadingFields + plan.poaCount) {
-    AddIndicatorError(findings, plan);
-  } else if (!LineOf(plan.data, 0).text.empty() &&
-             header.size() == static_cast<std::size_t>(TraitsOf(plan.data).length)) {
-    findings.AddError(plan.data, PlaceOf(plan.data, TraitsOf(plan.data).length),
+  if (TraitsOf(definition.data).length == 0) {
+    findings.AddError(definition.data, {}, "The data file is empty. Give it a header and records.");
+  } else if (definition.poaCount < 0 || fields < kLeadingFields + definition.poaCount) {
+    AddIndicatorError(findings, definition);
+  } else if (!LineOf(definition.data, 0).text.empty() &&
+             header.size() == static_cast<std::size_t>(TraitsOf(definition.data).length)) {
+    findings.AddError(definition.data, PlaceOf(definition.data, TraitsOf(definition.data).length),
                       "The header does not end with a line feed. End every line with one.");
   } else {
-    AddCommonError(findings, plan.data, stop);
+    AddCommonError(findings, definition.data, stop);
   }
 }
 
@@ -241,22 +242,22 @@ void AddGroupingError(Findings& findings, const std::string& path) {
   }
 }
 
-void AddDataError(Findings& findings, const RunPlan& plan, const Stop& stop) {
+void AddDataError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
   if (stop.error == "Variable number of fields") {
-    AddShapeError(findings, plan.data);
+    AddShapeError(findings, definition.data);
   } else if (stop.error == "Wrong number of POA indicators in definition file") {
-    AddIndicatorError(findings, plan);
+    AddIndicatorError(findings, definition);
   } else if (stop.error == "Data wrong format") {
-    AddLastLineError(findings, plan.data);
+    AddLastLineError(findings, definition.data);
   } else if (stop.error == "Data must be grouped by hospital ID") {
-    AddGroupingError(findings, plan.data);
+    AddGroupingError(findings, definition.data);
   } else if (stop.error == "Invalid input" || stop.error == "IO Exception" ||
              stop.error == "Unexpected end of stream") {
-    AddCellError(findings, plan, stop);
+    AddCellError(findings, definition, stop);
   } else if (stop.error == "Invalid argument" || stop.error == "Index out of range") {
-    AddSizeError(findings, plan, stop);
+    AddSizeError(findings, definition, stop);
   } else {
-    AddCommonError(findings, plan.data, stop);
+    AddCommonError(findings, definition.data, stop);
   }
 }
 
@@ -367,14 +368,14 @@ std::string MissingVariables(const DataSet& dataSet, const RegressionResults& re
 }
 
 /// Warns when the variables, which are matched by position, do not stand in the same order.
-void WarnOfOrder(Findings& findings, const RunPlan& plan, const DataSet& dataSet,
+void WarnOfOrder(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet,
                  const RegressionResults& results) {
   for (std::int32_t j = 0; j < dataSet.variableCount; ++j) {
     const std::string_view ofData = dataSet.xNames[j].View();
     const std::string_view ofFile = results.xNames[j].View();
     if (ofData != ofFile || dataSet.zNames[j].View() != results.zNames[j].View()) {
       findings.AddWarning(
-          plan.coefficients, {j + 2, 1},
+          definition.coefficients, {j + 2, 1},
           "The coefficients of " + Quoted(ofFile) + " would serve for " + Quoted(ofData) +
               " of the data: variables are matched by position. Bring the columns of the data "
               "into the order of the coefficient file.");
@@ -385,20 +386,22 @@ void WarnOfOrder(Findings& findings, const RunPlan& plan, const DataSet& dataSet
 
 }  // namespace
 
-bool CheckDataFile(Findings& findings, const RunPlan& plan, DataSet& dataSet) {
-  const std::optional<Stop> stop = StopOf(
-      plan.data, [&](Vell::IO::Stream& stream) { ReadDataFile(dataSet, stream, plan.poaCount); });
+bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet& dataSet) {
+  const std::optional<Stop> stop = StopOf(definition.data, [&](Vell::IO::Stream& stream) {
+    ReadDataFile(dataSet, stream, definition.poaCount);
+  });
   if (stop.has_value()) {
-    AddDataError(findings, plan, *stop);
+    AddDataError(findings, definition, *stop);
   }
-  const FileTraits traits = TraitsOf(plan.data);
-  WarnOfByteOrderMark(findings, plan.data, traits);
-  WarnOfCarriageReturn(findings, plan.data, traits);
+  const FileTraits traits = TraitsOf(definition.data);
+  WarnOfByteOrderMark(findings, definition.data, traits);
+  WarnOfCarriageReturn(findings, definition.data, traits);
   return !stop.has_value();
 }
 
-bool CheckCoefficientFile(Findings& findings, const RunPlan& plan, RegressionResults& results) {
-  const std::string& path = plan.coefficients;
+bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,
+                          RegressionResults& results) {
+  const std::string& path = definition.coefficients;
   const FileTraits traits = TraitsOf(path);
   if (!traits.endsWithLineFeed) {
     findings.AddWarning(path, PlaceOf(path, traits.length),
@@ -411,9 +414,9 @@ bool CheckCoefficientFile(Findings& findings, const RunPlan& plan, RegressionRes
                     [&results](Vell::IO::Stream& stream) { ReadCoefficientFile(results, stream); });
 }
 
-bool CheckIndividualPredictions(Findings& findings, const RunPlan& plan,
+bool CheckIndividualPredictions(Findings& findings, const DefinitionFile& definition,
                                 IndividualPredictions& predictions) {
-  const std::string& path = plan.individualPredictions;
+  const std::string& path = definition.individualPredictions;
   const FileTraits traits = TraitsOf(path);
   WarnOfByteOrderMark(findings, path, traits);
   const bool isRead = CheckTable(
@@ -425,11 +428,11 @@ bool CheckIndividualPredictions(Findings& findings, const RunPlan& plan,
   return isRead;
 }
 
-bool CheckVariables(Findings& findings, const RunPlan& plan, DataSet& dataSet,
+bool CheckVariables(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
                     const RegressionResults& results) {
   if (ErrorOf([&] { ReconcileVariables(dataSet, results); }).has_value()) {
     const std::string missing = MissingVariables(dataSet, results);
-    findings.AddError(plan.coefficients, {},
+    findings.AddError(definition.coefficients, {},
                       "The data have " + Counted(dataSet.variableCount - 1, "variable") +
                           " of the " + std::to_string(results.VariableCount() - 1) +
                           " in the coefficient file" +
@@ -438,11 +441,11 @@ bool CheckVariables(Findings& findings, const RunPlan& plan, DataSet& dataSet,
     return false;
   }
   if (results.VariableCount() == 0) {
-    findings.AddWarning(plan.coefficients, {},
+    findings.AddWarning(definition.coefficients, {},
                         "No complete line stands behind the header, so all predictions would be "
                         "one half. Use the file as the program wrote it.");
   }
-  WarnOfOrder(findings, plan, dataSet, results);
+  WarnOfOrder(findings, definition, dataSet, results);
   return true;
 }
 

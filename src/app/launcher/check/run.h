@@ -9,9 +9,9 @@
 #include <string_view>
 #include <vector>
 
-#include "app/launcher/check_definition.h"
-#include "app/launcher/check_findings.h"
-#include "app/launcher/check_outputs.h"
+#include "app/launcher/check/findings.h"
+#include "app/launcher/check/outputs.h"
+#include "app/launcher/definition_file.h"
 #include "data/data_set.h"
 
 namespace Hovar {
@@ -31,12 +31,12 @@ class RunCheckup {
 
  private:
   void CheckDefinition(const std::string& path, std::string_view namedIn, Place place);
-  void CheckBatch(const RunPlan& plan);
-  void CheckSingleRun(const RunPlan& plan);
-  void CheckInputs(const RunPlan& plan);
-  void CheckAnalysisData(const RunPlan& plan, DataSet& dataSet);
-  void CheckModelInputs(const RunPlan& plan, DataSet* dataSet);
-  bool IsReadable(const RunPlan& plan, const std::string& path, std::string_view what,
+  void CheckBatch(const DefinitionFile& definition);
+  void CheckSingleRun(const DefinitionFile& definition);
+  void CheckInputs(const DefinitionFile& definition);
+  void CheckAnalysisData(const DefinitionFile& definition, DataSet& dataSet);
+  void CheckModelInputs(const DefinitionFile& definition, DataSet* dataSet);
+  bool IsReadable(const DefinitionFile& definition, const std::string& path, std::string_view what,
                   std::string_view element);
   bool IsBeingChecked(const std::string& path) const;
 

@@ -18,7 +18,4 @@ struct GrammarError {
 GrammarError ExplainGrammarError(const std::string& path, std::int64_t stop,
                                  std::string_view error);
 
-/// The offset of the last '<' before `offset`.
-std::int64_t TagBefore(const std::string& path, std::int64_t offset);
-
 }  // namespace Hovar

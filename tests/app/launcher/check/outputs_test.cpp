@@ -1,4 +1,4 @@
-#include "app/launcher/check_outputs.h"
+#include "app/launcher/check/outputs.h"
 
 #include <gtest/gtest.h>
 

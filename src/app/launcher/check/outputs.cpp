@@ -1,4 +1,4 @@
-#include "app/launcher/check_outputs.h"
+#include "app/launcher/check/outputs.h"
 
 #include <algorithm>
 #include <array>
@@ -73,13 +73,14 @@ struct Input {
   const std::string& path;
 };
 
-std::vector<Input> InputsOf(const RunPlan& plan) {
-  std::vector<Input> inputs = {{"data file", plan.data}, {"definition file", plan.definition}};
-  if (!plan.coefficients.empty()) {
-    inputs.push_back({"coefficient file", plan.coefficients});
+std::vector<Input> InputsOf(const DefinitionFile& definition) {
+  std::vector<Input> inputs = {{"data file", definition.data},
+                               {"definition file", definition.path}};
+  if (!definition.coefficients.empty()) {
+    inputs.push_back({"coefficient file", definition.coefficients});
   }
-  if (!plan.individualPredictions.empty()) {
-    inputs.push_back({"file of individual predictions", plan.individualPredictions});
+  if (!definition.individualPredictions.empty()) {
+    inputs.push_back({"file of individual predictions", definition.individualPredictions});
   }
   return inputs;
 }
@@ -89,21 +90,22 @@ std::string Subject(const PlannedOutput& output) {
 }
 
 /// Outputs that are or would on Windows be one of the run's own inputs.
-void WarnOfInputs(Findings& findings, const RunPlan& plan, const PlannedOutput& output) {
-  const bool isLog = &output == &plan.outputs.front();
-  for (const Input& input : InputsOf(plan)) {
-    const Place place = plan.PlaceOfValue(output.element);
+void WarnOfInputs(Findings& findings, const DefinitionFile& definition,
+                  const PlannedOutput& output) {
+  const bool isLog = &output == &definition.outputs.front();
+  for (const Input& input : InputsOf(definition)) {
+    const Place place = definition.PlaceOfValue(output.element);
     if (IsSameFile(output.path, input.path)) {
       const std::string text = Subject(output) + " is the " + input.what + " of this run";
-      if (isLog && input.path != plan.definition) {
-        findings.AddError(plan.definition, place,
+      if (isLog && input.path != definition.path) {
+        findings.AddError(definition.path, place,
                           text + ", which is emptied before it is read. Give it another name.");
       } else {
-        findings.AddWarning(plan.definition, place,
+        findings.AddWarning(definition.path, place,
                             text + ", which would be overwritten. Give it another name.");
       }
     } else if (DiffersInCaseOnly(output.path, input.path)) {
-      findings.AddWarning(plan.definition, place,
+      findings.AddWarning(definition.path, place,
                           Subject(output) + " differs from the " + input.what +
                               " in capital letters alone: on Windows they are one file. Give it "
                               "another name.");
@@ -143,8 +145,8 @@ const WrittenFile* OutputCheck::Written(std::string_view path) const {
   return found != files_.end() ? &found->second : nullptr;
 }
 
-bool OutputCheck::LogEmpties(const RunPlan& plan, const std::string& input) {
-  return IsSameFile(plan.outputs.front().path, input);
+bool OutputCheck::LogEmpties(const DefinitionFile& definition, const std::string& input) {
+  return IsSameFile(definition.outputs.front().path, input);
 }
 
 PathKind OutputCheck::KindOf(const std::string& path) const {
@@ -177,10 +179,10 @@ bool OutputCheck::MayWriteIn(const std::string& folder) const {
 
 /// Makes a folder in memory; false when that gives an error. A folder that cannot be made is none
 /// where it exists as something else: then opening a file in it shows the fault.
-bool OutputCheck::MakeFolder(Findings& findings, const RunPlan& plan, const std::string& path,
-                             std::string_view element) {
+bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definition,
+                             const std::string& path, std::string_view element) {
   const auto addError = [&](const std::string& text) {
-    findings.AddError(plan.definition, plan.PlaceOfValue(element),
+    findings.AddError(definition.path, definition.PlaceOfValue(element),
                       "The folder " + Quoted(path) + text);
     return false;
   };
@@ -209,10 +211,11 @@ bool OutputCheck::MakeFolder(Findings& findings, const RunPlan& plan, const std:
   return true;
 }
 
-bool OutputCheck::CanMake(Findings& findings, const RunPlan& plan,
+bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
                           const PlannedOutput& output) const {
   const auto addError = [&](const std::string& text) {
-    findings.AddError(plan.definition, plan.PlaceOfValue(output.element), Subject(output) + text);
+    findings.AddError(definition.path, definition.PlaceOfValue(output.element),
+                      Subject(output) + text);
     return false;
   };
   switch (KindOf(output.path)) {
@@ -240,14 +243,14 @@ bool OutputCheck::CanMake(Findings& findings, const RunPlan& plan,
 }
 
 /// Names that meet those of earlier outputs, of this run or of others.
-void OutputCheck::WarnOfMeeting(Findings& findings, const RunPlan& plan,
+void OutputCheck::WarnOfMeeting(Findings& findings, const DefinitionFile& definition,
                                 const PlannedOutput& output) const {
-  const Place place = plan.PlaceOfValue(output.element);
+  const Place place = definition.PlaceOfValue(output.element);
   if (const WrittenFile* const earlier = Written(output.path)) {
     const bool isLog = earlier->what == "log file";
-    findings.AddWarning(plan.definition, place,
+    findings.AddWarning(definition.path, place,
                         Subject(output) + " is also the " + earlier->what + " of " +
-                            (earlier->definition == plan.definition ? std::string("this run")
+                            (earlier->definition == definition.path ? std::string("this run")
                                                                     : Quoted(earlier->definition)) +
                             (isLog ? ", which goes on writing at its old place in it"
                                    : ", which would be overwritten") +
@@ -255,7 +258,7 @@ void OutputCheck::WarnOfMeeting(Findings& findings, const RunPlan& plan,
     return;
   }
   if (Platform::KindOf(OnDisk(output.path).c_str()) == PathKind::kFile) {
-    findings.AddWarning(plan.definition, place,
+    findings.AddWarning(definition.path, place,
                         Subject(output) +
                             " exists and would be overwritten. Move it away if it is still "
                             "needed.");
@@ -264,7 +267,7 @@ void OutputCheck::WarnOfMeeting(Findings& findings, const RunPlan& plan,
   const auto [first, last] = spellings_.equal_range(SmallLetters(normal));
   for (auto other = first; other != last; ++other) {
     if (other->second != normal) {
-      findings.AddWarning(plan.definition, place,
+      findings.AddWarning(definition.path, place,
                           Subject(output) + " differs from " +
                               Quoted(files_.at(other->second).path) +
                               " in capital letters alone: on Windows they are one file. Give each "
@@ -274,38 +277,39 @@ void OutputCheck::WarnOfMeeting(Findings& findings, const RunPlan& plan,
   }
 }
 
-void OutputCheck::MakeFile(Findings& findings, const RunPlan& plan, const PlannedOutput& output) {
-  if (!CanMake(findings, plan, output)) {
+void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
+                           const PlannedOutput& output) {
+  if (!CanMake(findings, definition, output)) {
     return;
   }
-  WarnOfInputs(findings, plan, output);
-  WarnOfMeeting(findings, plan, output);
+  WarnOfInputs(findings, definition, output);
+  WarnOfMeeting(findings, definition, output);
   const std::string normal = NormalPath(output.path);
-  if (files_.insert_or_assign(normal, WrittenFile{output.path, output.what, plan.definition})
+  if (files_.insert_or_assign(normal, WrittenFile{output.path, output.what, definition.path})
           .second) {
     spellings_.emplace(SmallLetters(normal), normal);
   }
 }
 
-void OutputCheck::Check(Findings& findings, const RunPlan& plan) {
-  if (plan.folder.empty()) {
+void OutputCheck::Check(Findings& findings, const DefinitionFile& definition) {
+  if (definition.folder.empty()) {
     findings.AddWarning(
-        plan.definition, plan.PlaceOfValue("Output/Folder"),
+        definition.path, definition.PlaceOfValue("Output/Folder"),
         "The output folder is empty, which means the root of the file system. Write "
         "a point for the folder that you start in.");
-  } else if (!MakeFolder(findings, plan, plan.folder, "Output/Folder")) {
+  } else if (!MakeFolder(findings, definition, definition.folder, "Output/Folder")) {
     return;
   }
   bool hasChainFolder = false;
   bool isMade = true;
-  for (const PlannedOutput& output : plan.outputs) {
+  for (const PlannedOutput& output : definition.outputs) {
     const bool isInChainFolder = output.element == "Output/McmcSubFolder";
     if (isInChainFolder && !hasChainFolder) {
       hasChainFolder = true;
-      isMade = MakeFolder(findings, plan, plan.chainFolder, output.element);
+      isMade = MakeFolder(findings, definition, definition.chainFolder, output.element);
     }
     if (!isInChainFolder || isMade) {
-      MakeFile(findings, plan, output);
+      MakeFile(findings, definition, output);
     }
   }
 }

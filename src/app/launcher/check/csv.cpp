@@ -1,8 +1,8 @@
-#include "app/launcher/check_csv.h"
+#include "app/launcher/check/csv.h"
 
 #include <algorithm>
 
-#include "app/launcher/check_reading.h"
+#include "app/launcher/silent_reading.h"
 
 namespace Hovar {
 namespace {

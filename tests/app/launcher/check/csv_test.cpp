@@ -1,4 +1,4 @@
-#include "app/launcher/check_csv.h"
+#include "app/launcher/check/csv.h"
 
 #include <gtest/gtest.h>
 

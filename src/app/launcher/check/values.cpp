@@ -1,11 +1,11 @@
-#include "app/launcher/check_values.h"
+#include "app/launcher/check/values.h"
 
 #include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
 
-#include "app/launcher/check_places.h"
+#include "app/launcher/text_places.h"
 #include "mcmc/mcmc_model.h"
 
 namespace Hovar {
@@ -13,13 +13,14 @@ namespace {
 
 class ValueCheck {
  public:
-  ValueCheck(Findings& findings, const RunPlan& plan) : findings_(findings), plan_(plan) {}
+  ValueCheck(Findings& findings, const DefinitionFile& definition)
+      : findings_(findings), definition_(definition) {}
 
   void Error(std::string_view element, std::string text) {
-    findings_.AddError(plan_.definition, plan_.PlaceOfValue(element), std::move(text));
+    findings_.AddError(definition_.path, definition_.PlaceOfValue(element), std::move(text));
   }
   void Warning(std::string_view element, std::string text) {
-    findings_.AddWarning(plan_.definition, plan_.PlaceOfValue(element), std::move(text));
+    findings_.AddWarning(definition_.path, definition_.PlaceOfValue(element), std::move(text));
   }
 
   void Count(std::string_view element, std::int32_t value) {
@@ -51,7 +52,7 @@ class ValueCheck {
 
  private:
   Findings& findings_;
-  const RunPlan& plan_;
+  const DefinitionFile& definition_;
 };
 
 bool IsSpaced(std::string_view text) noexcept {
@@ -65,14 +66,14 @@ bool HasEntity(std::string_view text) noexcept {
 }
 
 /// Paths and names, which are taken as they stand.
-void CheckTexts(ValueCheck& check, const RunPlan& plan) {
+void CheckTexts(ValueCheck& check, const DefinitionFile& definition) {
   constexpr std::array<std::string_view, 12> kTexts = {
       "Input/Data",         "Input/RegressionCoefficients",  "Input/IndividualPredictions",
       "Output/Folder",      "Output/RegressionCoefficients", "Output/McmcSubFolder",
       "Output/LogFile",     "Output/IndividualPredictions",  "Output/HospitalPredictions",
       "Output/CStatistics", "Simulations/Simulation",        ""};
   for (const std::string_view element : kTexts) {
-    const std::string& text = plan.Value(element).text;
+    const std::string& text = definition.Value(element).text;
     const bool isOutput = element.starts_with("Output/");  // an input of this name is missing
     if (isOutput && IsSpaced(text)) {
       check.Warning(element,
@@ -88,10 +89,10 @@ void CheckTexts(ValueCheck& check, const RunPlan& plan) {
 }
 
 /// Whole numbers of which only the low 32 bits are kept, without a message.
-void CheckWholeNumbers(Findings& findings, const RunPlan& plan) {
+void CheckWholeNumbers(Findings& findings, const DefinitionFile& definition) {
   constexpr std::array<std::string_view, 6> kNames = {
       "NumberOfPoaIndicators", "MaxIterations", "Thinning", "Burnin", "Steps", "Element"};
-  for (const DefinedValue& value : plan.values) {
+  for (const DefinedValue& value : definition.values) {
     const std::string_view name =
         std::string_view(value.element).substr(value.element.find_last_of('/') + 1);
     const bool isWord = name == "Element";
@@ -105,7 +106,7 @@ void CheckWholeNumbers(Findings& findings, const RunPlan& plan) {
         isWord ? number < 0 || number > UINT32_MAX : number < INT32_MIN || number > INT32_MAX;
     if (errno == ERANGE || isOutside) {
       findings.AddWarning(
-          plan.definition, PlaceOf(plan.definition, value.offset),
+          definition.path, PlaceOf(definition.path, value.offset),
           "The number is outside its range and would be read as another one. "
           "Write one from " +
               std::string(isWord ? "0 to 4294967295." : "-2147483648 to 2147483647."));
@@ -133,35 +134,35 @@ void CheckChain(ValueCheck& check, const McmcSettings& mcmc) {
 
 }  // namespace
 
-void CheckValues(Findings& findings, const RunPlan& plan) {
-  ValueCheck check(findings, plan);
-  CheckTexts(check, plan);
-  CheckWholeNumbers(findings, plan);
-  check.Count("Mcmc/Burnin", plan.mcmc.burnin);
-  check.Count("Mcmc/Steps", plan.mcmc.steps);
-  if (plan.mcmc.thinning < 0) {
-    check.Warning("Mcmc/Thinning", "The thinning " + std::to_string(plan.mcmc.thinning) +
+void CheckValues(Findings& findings, const DefinitionFile& definition) {
+  ValueCheck check(findings, definition);
+  CheckTexts(check, definition);
+  CheckWholeNumbers(findings, definition);
+  check.Count("Mcmc/Burnin", definition.mcmc.burnin);
+  check.Count("Mcmc/Steps", definition.mcmc.steps);
+  if (definition.mcmc.thinning < 0) {
+    check.Warning("Mcmc/Thinning", "The thinning " + std::to_string(definition.mcmc.thinning) +
                                        " is negative and has no meaning. Write 1 or more.");
   }
-  if (plan.Value("Mcmc/Seed/Seed").element.empty()) {
-    findings.AddWarning(plan.definition, plan.PlaceOfTag("Mcmc/Seed"),
+  if (definition.Value("Mcmc/Seed/Seed").element.empty()) {
+    findings.AddWarning(definition.path, definition.PlaceOfTag("Mcmc/Seed"),
                         "The seed is taken from the clock, so the run cannot be repeated. Write a "
                         "Seed of the type Vector with two numbers.");
   }
-  if (plan.kind == RunKind::kAnalysis) {
+  if (definition.kind == RunKind::kAnalysis) {
     check.Tolerance("Regression/LinearDependence/Tolerance",
-                    plan.analysis.linearDependenceTolerance);
-    check.Fit("Regression/Parameters", plan.analysis.parameters);
-    check.Fit("Regression/ParametersMcmc", plan.analysis.parametersMcmc);
-    CheckChain(check, plan.mcmc);
+                    definition.analysis.linearDependenceTolerance);
+    check.Fit("Regression/Parameters", definition.analysis.parameters);
+    check.Fit("Regression/ParametersMcmc", definition.analysis.parametersMcmc);
+    CheckChain(check, definition.mcmc);
   }
 }
 
-void CheckDefinitionText(Findings& findings, const RunPlan& plan) {
-  const FileTraits traits = TraitsOf(plan.definition);
+void CheckDefinitionText(Findings& findings, const DefinitionFile& definition) {
+  const FileTraits traits = TraitsOf(definition.path);
   if (traits.firstCarriageReturnLineFeed >= 0) {
     findings.AddWarning(
-        plan.definition, PlaceOf(plan.definition, traits.firstCarriageReturnLineFeed),
+        definition.path, PlaceOf(definition.path, traits.firstCarriageReturnLineFeed),
         "The line ends with a carriage return and a line feed. Between tags that does no harm; in "
         "a path or a name it would belong to it. End lines with line feeds alone.");
   }

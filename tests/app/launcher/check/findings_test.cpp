@@ -1,4 +1,4 @@
-#include "app/launcher/check_findings.h"
+#include "app/launcher/check/findings.h"
 
 #include <gtest/gtest.h>
 

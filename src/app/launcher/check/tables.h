@@ -8,26 +8,27 @@
 #include <string>
 #include <string_view>
 
-#include "app/launcher/check_definition.h"
-#include "app/launcher/check_findings.h"
+#include "app/launcher/check/findings.h"
+#include "app/launcher/definition_file.h"
 #include "data/data_set.h"
 #include "prediction/individual_predictions.h"
 #include "regression/regression_results.h"
 
 namespace Hovar {
 
-// Each reads a file of the plan, which exists, with the program's own reader. An error of the
+// Each reads a file of the definition, which exists, with the program's own reader. An error of the
 // reader becomes a finding; the answer is whether there was none. What would surprise in the file
 // becomes a warning.
 
-bool CheckDataFile(Findings& findings, const RunPlan& plan, DataSet& dataSet);
-bool CheckCoefficientFile(Findings& findings, const RunPlan& plan, RegressionResults& results);
-bool CheckIndividualPredictions(Findings& findings, const RunPlan& plan,
+bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet& dataSet);
+bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,
+                          RegressionResults& results);
+bool CheckIndividualPredictions(Findings& findings, const DefinitionFile& definition,
                                 IndividualPredictions& predictions);
 
 /// Compares the variables of the data and of the coefficient file as the program does, which
 /// removes from the data set what the other one lacks.
-bool CheckVariables(Findings& findings, const RunPlan& plan, DataSet& dataSet,
+bool CheckVariables(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
                     const RegressionResults& results);
 
 }  // namespace Hovar

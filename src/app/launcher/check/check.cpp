@@ -1,0 +1,33 @@
+#include "app/launcher/check/check.h"
+
+#include <new>
+#include <string_view>
+
+#include "foundation/exceptions/exceptions.h"
+#include "foundation/io/platform/platform.h"
+
+namespace Hovar {
+namespace {
+
+namespace Platform = Vell::IO::Platform;
+
+bool Print(std::string_view text) {
+  return Platform::WriteFile(Platform::kStandardOutput, text.data(), text.size());
+}
+
+}  // namespace
+
+int RunCheck(const std::string& definition, bool isStrict, Describe describe) {
+  RunCheckup checkup(describe);
+  try {
+    checkup.Check(definition);
+  } catch (const Vell::Exceptions::OutOfMemoryException&) {
+    throw std::bad_alloc();  // its own line was not shown
+  }
+  const Findings& found = checkup.Found();
+  const bool isPrinted = Print(found.Lines() + checkup.Description() + found.Summary());
+  const bool isGood = found.Errors() == 0 && (!isStrict || found.Warnings() == 0);
+  return isPrinted && isGood ? 0 : 1;
+}
+
+}  // namespace Hovar

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "app/launcher/check/run.h"
+
+namespace Hovar {
+
+/// The command `hovar --check [--strict] [--data] DEFINITION`: tells on standard output what the
+/// program would reject in a definition and the files that it names, and what would surprise,
+/// without running anything. docs/checking.md describes it.
+/// Result: the exit status: 0, or 1 after an error (when strict after a warning too) and when
+/// standard output cannot be written.
+/// Errors: std::bad_alloc.
+int RunCheck(const std::string& definition, bool isStrict, Describe describe);
+
+}  // namespace Hovar

@@ -1,0 +1,209 @@
+#include "app/launcher/check/run.h"
+
+#include <algorithm>
+
+#include "app/launcher/check/columns.h"
+#include "app/launcher/check/grammar.h"
+#include "app/launcher/check/tables.h"
+#include "app/launcher/check/values.h"
+#include "app/launcher/silent_reading.h"
+#include "app/launcher/text_places.h"
+#include "foundation/io/file_stream.h"
+#include "foundation/io/platform/folders.h"
+
+namespace Hovar {
+namespace {
+
+/// Adds an error for an input file that is missing, a folder, or not readable, and answers whether
+/// there was none. `what` is the noun for the file.
+bool CheckInputFile(Findings& findings, const std::string& path, std::string_view what,
+                    std::string_view file, Place place) {
+  using Vell::IO::Platform::PathKind;
+  const std::string subject = "The " + std::string(what) + ' ' + Quoted(path);
+  switch (Vell::IO::Platform::KindOf(path.c_str())) {
+    case PathKind::kMissing: {
+      const bool hasBlanks = !path.empty() && (path.front() <= ' ' || path.back() <= ' ');
+      findings.AddError(file, place,
+                        subject + (hasBlanks ? " does not exist. Remove the white space around the "
+                                               "name, which belongs to it."
+                                             : " does not exist. Correct the name, or the folder "
+                                               "that you start in: paths are taken from there."));
+      return false;
+    }
+    case PathKind::kFolder:
+      findings.AddError(file, place, subject + " is a folder. Name a file in it.");
+      return false;
+    case PathKind::kOther:
+      findings.AddError(file, place,
+                        subject +
+                            " is no regular file. Name one: the program reads "
+                            "its input more than once.");
+      return false;
+    case PathKind::kFile:
+      break;
+  }
+  if (ErrorOf([&path] {
+        Vell::IO::FileStream(Vell::String(path), Vell::IO::Mode::kReadText).Peek();
+      }).has_value()) {
+    findings.AddError(file, place, subject + " cannot be read. Ask for the right to read it.");
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void RunCheckup::Check(const std::string& definition) {
+  CheckDefinition(definition, definition, {});
+}
+
+/// Checks a definition that is named at a place of a file (its own first one for the user's).
+void RunCheckup::CheckDefinition(const std::string& path, std::string_view namedIn, Place place) {
+  // A second time shows what its outputs overwrite; further ones show nothing new, and nested
+  // batches would make them many.
+  constexpr int kMostChecks = 2;
+  if (checks_[NormalPath(path)]++ >= kMostChecks) {
+    return;
+  }
+  if (const WrittenFile* const written = outputs_.Written(path)) {
+    findings_.AddError(namedIn, place,
+                       "The definition file " + Quoted(path) + " would be overwritten before by " +
+                           Quoted(written->definition) + ", whose " + written->what +
+                           " it is. Give that another name.");
+    return;
+  }
+  if (!CheckInputFile(findings_, path, "definition file", namedIn, place)) {
+    return;
+  }
+  const DefinitionReading reading = ReadDefinitionFile(path);
+  if (!reading.definition.has_value()) {
+    const GrammarError explained = ExplainGrammarError(path, reading.stop, reading.error);
+    findings_.AddError(path, PlaceOf(path, explained.offset), explained.text);
+    return;
+  }
+  CheckDefinitionText(findings_, *reading.definition);
+  if (reading.definition->kind == RunKind::kBatch) {
+    CheckBatch(*reading.definition);
+  } else {
+    CheckSingleRun(*reading.definition);
+  }
+}
+
+bool RunCheckup::IsBeingChecked(const std::string& path) const {
+  return std::any_of(batches_.begin(), batches_.end(), [&path](const std::string& batch) {
+    return NormalPath(batch) == NormalPath(path) ||
+           Vell::IO::Platform::SameFile(batch.c_str(), path.c_str());
+  });
+}
+
+void RunCheckup::CheckBatch(const DefinitionFile& definition) {
+  batches_.push_back(definition.path);
+  for (const DefinedValue& value : definition.values) {
+    if (value.element != "Simulations/Simulation") {
+      continue;
+    }
+    const Place place = PlaceOf(definition.path, value.offset);
+    if (IsBeingChecked(value.text)) {
+      findings_.AddWarning(definition.path, place,
+                           "The batch would start " + Quoted(value.text) +
+                               " again within itself, without end. Remove it from the list.");
+    } else {
+      CheckDefinition(value.text, definition.path, place);
+    }
+  }
+  batches_.pop_back();
+}
+
+void RunCheckup::CheckSingleRun(const DefinitionFile& definition) {
+  CheckValues(findings_, definition);
+  CheckInputs(definition);
+  outputs_.Check(findings_, definition);
+}
+
+/// True when an input is there and its contents are what the run will read. What an earlier run of
+/// a batch writes is neither missing nor can it be looked at.
+bool RunCheckup::IsReadable(const DefinitionFile& definition, const std::string& path,
+                            std::string_view what, std::string_view element) {
+  const Place place = definition.PlaceOfValue(element);
+  if (const WrittenFile* const written = outputs_.Written(path)) {
+    const std::string subject = "The " + std::string(what) + ' ' + Quoted(path);
+    if (written->what == "log file") {
+      findings_.AddError(definition.path, place,
+                         subject + " is the log file of " + Quoted(written->definition) +
+                             ", which runs before. Give one of the two another name.");
+    } else if (written->what != what) {
+      findings_.AddWarning(definition.path, place,
+                           subject + " is written before by " + Quoted(written->definition) +
+                               " as its " + written->what + ". Check that this is meant.");
+    }
+    return false;
+  }
+  return CheckInputFile(findings_, path, what, definition.path, place) &&
+         !OutputCheck::LogEmpties(definition, path);
+}
+
+void RunCheckup::CheckInputs(const DefinitionFile& definition) {
+  DataSet dataSet;
+  const bool isRead = IsReadable(definition, definition.data, "data file", "Input/Data") &&
+                      CheckDataFile(findings_, definition, dataSet);
+  if (isRead) {
+    CheckAnalysisData(definition, dataSet);
+  }
+  if (definition.kind != RunKind::kAnalysis) {
+    CheckModelInputs(definition, isRead ? &dataSet : nullptr);
+  }
+}
+
+/// What concerns the data alone: the columns of an Analysis, and the description.
+void RunCheckup::CheckAnalysisData(const DefinitionFile& definition, DataSet& dataSet) {
+  const bool isDescribed =
+      describe_ == Describe::kData &&
+      described_.insert(NormalPath(definition.data) + '\n' + std::to_string(definition.poaCount))
+          .second;
+  if (definition.kind != RunKind::kAnalysis && !isDescribed) {
+    return;
+  }
+  std::vector<VariableCounts> variables = CountVariables(dataSet);
+  std::string description = DescribeDataSet(definition, dataSet);
+  const std::int32_t records = dataSet.recordCount;
+  if (definition.kind == RunKind::kAnalysis) {
+    CheckColumns(findings_, definition, dataSet, variables);
+  }
+  if (isDescribed) {
+    description_ += description + DescribeVariables(definition, records, variables);
+  }
+}
+
+/// The files that an Analysis or a Prediction wrote. `dataSet` is null where it could not be read.
+void RunCheckup::CheckModelInputs(const DefinitionFile& definition, DataSet* dataSet) {
+  RegressionResults results;
+  if (IsReadable(definition, definition.coefficients, "coefficient file",
+                 "Input/RegressionCoefficients") &&
+      CheckCoefficientFile(findings_, definition, results) && dataSet != nullptr) {
+    CheckVariables(findings_, definition, *dataSet, results);
+  }
+  IndividualPredictions predictions;
+  if (definition.kind != RunKind::kValidation ||
+      !IsReadable(definition, definition.individualPredictions, "file of individual predictions",
+                  "Input/IndividualPredictions") ||
+      !CheckIndividualPredictions(findings_, definition, predictions) || dataSet == nullptr) {
+    return;
+  }
+  const std::int32_t rows = predictions.yGivenZ.Size();
+  const std::string text = "The file has " + Counted(rows, "complete line") + " for the " +
+                           Counted(dataSet->recordCount, "record") + " of " +
+                           Quoted(definition.data);
+  const Place end =
+      PlaceOf(definition.individualPredictions, TraitsOf(definition.individualPredictions).length);
+  if (rows < dataSet->recordCount) {
+    findings_.AddError(definition.individualPredictions, end,
+                       text +
+                           ". Use the predictions of the same data; each line ends with a line "
+                           "feed.");
+  } else if (rows > dataSet->recordCount) {
+    findings_.AddWarning(definition.individualPredictions, end,
+                         text + "; the others are not used. Use the predictions of the same data.");
+  }
+}
+
+}  // namespace Hovar
