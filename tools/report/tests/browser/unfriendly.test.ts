@@ -162,8 +162,11 @@ test('chain and coefficient file of different counts are not joined, and the pag
   });
 });
 
-/** Far above what the page needs and far below what reading in the page itself would take, also on a busy machine. */
-const kLongestPauseMs = 4000;
+/**
+ * The longest pause that a page may make that takes so long in all. Were files read in the page itself,
+ * one pause would be most of the time. On a busy machine both grow alike.
+ */
+const allowedPauseMs = (done: number): number => Math.max(2000, done / 6);
 
 test('a million records, 5,000 hospitals and chains of 4 x 10,000 x 60 do not freeze the page', async () => {
   const folder = freshFolder(join(kScratch, 'large'));
@@ -199,7 +202,7 @@ test('a million records, 5,000 hospitals and chains of 4 x 10,000 x 60 do not fr
       return { done: performance.now() - beat.started, longest: beat.longest };
     });
     console.log(`first sections after ${(shown / 1000).toFixed(1)} s, everything after ${(done / 1000).toFixed(1)} s, longest pause ${Math.round(longest)} ms`);
-    assert.ok(longest < kLongestPauseMs, `longest pause ${longest} ms`);
+    assert.ok(longest < allowedPauseMs(done), `longest pause ${longest} ms`);
     assert.equal((await tableOf(page, 'Coefficients of the chains')).length - 1, 60);
     assert.match(await textOf(page, '#calibration'), /950,\d\d\d records|9\d\d,\d\d\d records/);
     await page.$eval('#hospitals', (element) => element.scrollIntoView());
