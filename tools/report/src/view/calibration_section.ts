@@ -130,7 +130,7 @@ function statisticsTable(report: Report): HTMLElement {
       head: 'Known values only', hint: 'From the individual predictions; for E[Y|X,P=0] among records with P known to be 0',
       numeric: true, text: (r: StatisticRow) => (Number.isNaN(r.computed) ? '' : number(r.computed, 6)), order: (r: StatisticRow) => r.computed,
     }] : []),
-    { head: 'In words', text: (r) => inWords(r.value) },
+    { head: 'In words', text: (r) => (r.estimate === 'E[P|YPXZ]' ? '' : inWords(r.value)) },
   ];
   const table = dataTable<StatisticRow>({ caption: 'C-statistics', untitled: true, columns, rows, csvName: 'c-statistics.csv' });
   return h('div', { class: 'block' }, h('h3', {}, 'C-statistics'),
