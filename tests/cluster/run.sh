@@ -14,7 +14,8 @@ tests=$(pwd)/tests/cluster
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 export XDG_CACHE_HOME="$folder/cache"
-export PATH="$(dirname "$program"):$PATH"
+PATH=$(dirname "$program"):$PATH
+export PATH
 chains=3
 definition="the analysis.xml"
 
