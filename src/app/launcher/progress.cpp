@@ -52,7 +52,7 @@ Progress::Progress(const RunPlan& plan, double start) : start_(start) {
   }
 }
 
-double Progress::WeightOf(const Part& part) const {
+double Progress::WeightOf(const Part& part) {
   return part.unitWeight * (kOtherUnits + static_cast<double>(part.passes));
 }
 

@@ -44,7 +44,7 @@ class Progress {
   };
 
   static constexpr double kOtherUnits = 2;  // reading, and the fits
-  double WeightOf(const Part& part) const;
+  static double WeightOf(const Part& part);
   void UpdatePasses(const ObservedRun& run, double now);
 
   std::vector<Part> parts_;

@@ -83,22 +83,26 @@ class ReportFiles {
       Say("cannot read the folder " + folder);
       return false;
     }
-    for (const std::string& entry : *entries) {
-      const std::string path = folder + "/" + entry;
-      const Platform::PathKind kind = Platform::KindOf(path.c_str());
-      if (kind == Platform::PathKind::kFile && IsReported(entry) && !AddFile(path, name + entry)) {
-        Say("cannot read " + path);
-        return false;
-      }
-      if (kind == Platform::PathKind::kFolder && levels > 1 &&
-          !AddFolder(path, name + entry + "/", levels - 1)) {
-        return false;
-      }
-    }
-    return true;
+    return std::all_of(entries->begin(), entries->end(), [&](const std::string& entry) {
+      return AddEntry(folder, name, entry, levels);
+    });
   }
 
  private:
+  /// Adds what a folder holds under the name `entry`, if it belongs in a report.
+  bool AddEntry(const std::string& folder, const std::string& name, const std::string& entry,
+                int levels) {
+    std::string path = folder;
+    path.append("/").append(entry);
+    const Platform::PathKind kind = Platform::KindOf(path.c_str());
+    if (kind == Platform::PathKind::kFile && IsReported(entry) && !AddFile(path, name + entry)) {
+      Say("cannot read " + path);
+      return false;
+    }
+    return kind != Platform::PathKind::kFolder || levels == 1 ||
+           AddFolder(path, name + entry + "/", levels - 1);
+  }
+
   bool AddFile(const std::string& path, const std::string& name) {
     constexpr std::size_t kPart = std::size_t{3} << 20;
     const InputFile file(path);
@@ -121,7 +125,7 @@ class ReportFiles {
                   "\" data-path=\"" + AttributeText(name) + "\" data-part=\"" +
                   std::to_string(part) + "\">");
     // Whole groups of three bytes at a time, so that the pieces join.
-    constexpr std::size_t kPiece = 48 * 1024;
+    constexpr std::size_t kPiece = std::size_t{48} << 10;
     for (std::size_t next = 0; next < bytes.size(); next += kPiece) {
       report_.Write(Base64Of(bytes.substr(next, kPiece)));
     }
