@@ -41,7 +41,7 @@ bool MoveAside(const std::string& path) {
       continue;
     }
     if (Platform::Rename(path.c_str(), other.c_str())) {
-      Say("kept " + path + " as " + other);
+      Say(std::string("kept ").append(path).append(" as ").append(other));
       return true;
     }
     break;
