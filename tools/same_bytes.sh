@@ -35,16 +35,17 @@ build() {  # NAME COMPILER FLAGS [OPTION...]
   cmake -S "$source_folder" -B "$folder/$name" -DCMAKE_CXX_COMPILER="$compiler" \
     -DCMAKE_BUILD_TYPE=Plain -DCMAKE_CXX_FLAGS="$flags" "$@" > "$folder/$name.log"
   cmake --build "$folder/$name" -j "$jobs" --target hovar_program >> "$folder/$name.log"
+  echo "$name: built"
   builds="$builds $name"
 }
 
 builds=
 for compiler in g++ clang++; do
-  build $compiler-O3 $compiler "-O3 -DNDEBUG" -DHOVAR_BUILD_TOOLS=ON
-  build $compiler-O0 $compiler "-O0"
-  build $compiler-v3 $compiler "-O3 -DNDEBUG -march=x86-64-v3"
-  build $compiler-avx2 $compiler "-O3 -DNDEBUG" -DHOVAR_VECTOR_WIDTH=Avx2
-  build $compiler-portable $compiler "-O3 -DNDEBUG" -DHOVAR_VECTOR_WIDTH=Portable
+  build "$compiler-O3" "$compiler" "-O3 -DNDEBUG" -DHOVAR_BUILD_TOOLS=ON
+  build "$compiler-O0" "$compiler" "-O0"
+  build "$compiler-v3" "$compiler" "-O3 -DNDEBUG -march=x86-64-v3"
+  build "$compiler-avx2" "$compiler" "-O3 -DNDEBUG" -DHOVAR_VECTOR_WIDTH=Avx2
+  build "$compiler-portable" "$compiler" "-O3 -DNDEBUG" -DHOVAR_VECTOR_WIDTH=Portable
 done
 build g++-static g++ "-O3 -DNDEBUG" -DHOVAR_STATIC=ON
 build clang++-sanitized clang++ "-O1 -g" -DHOVAR_SANITIZE=ON
