@@ -54,7 +54,8 @@ void EndAfterError() {
     std::abort();  // something else is wrong
   }
   if (!std::exchange(isEnding, true)) {
-    // An error from here on leads back to this function.
+    // An error from here on leads back to this function. The line is wanted, nothing can be thrown:
+    // NOLINTNEXTLINE(bugprone-throw-keyword-missing)
     static_cast<void>(Vell::Exceptions::OutOfMemoryException("Out of memory"));
     EndAfterError();
   }

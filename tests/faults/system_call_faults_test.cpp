@@ -137,5 +137,32 @@ INSTANTIATE_TEST_SUITE_P(Runs, SystemCallFaultTest, testing::Values("batch.xml",
                            return name.substr(0, name.find('.'));
                          });
 
+// A run that fails: whatever else fails while its error is reported, it must not look like success.
+TEST(ErrorEndingFaultTest, AnErrorWhileAnErrorIsReportedIsStillExitStatusOne) {
+  const FaultStudy study;
+  ForkedRuns runs;
+  SystemCallFaults faults;
+  const RunResult whole = runs.Run(study.Path(), "none.xml", [&] { faults.Arm({}); });
+  ExpectFailed(whole, "File \"none.xml\" can not be opened");
+  const int calls = faults.Report().count;
+  EXPECT_GE(calls, 5) << "banner, file, error line, prompt, key";
+  for (const int error : {EIO, ENOSPC, EINTR}) {
+    for (const bool isFromThenOn : {false, true}) {
+      for (int failing = 1; failing <= calls && !(isFromThenOn && error == EINTR); ++failing) {
+        SCOPED_TRACE("call " + std::to_string(failing) + ", error " + std::to_string(error));
+        faults.Clear();
+        const RunResult result = runs.Run(study.Path(), "none.xml", [&] {
+          faults.Arm({.failing = failing, .error = error, .isFromThenOn = isFromThenOn});
+        });
+        EXPECT_TRUE(faults.Report().hasFired);
+        EXPECT_EQ(result.end, ProcessEnd{1}) << result.Text();
+        if (error == EINTR) {
+          EXPECT_EQ(result.Text(), whole.Text());
+        }
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace Testing
