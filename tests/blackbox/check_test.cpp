@@ -154,6 +154,15 @@ TEST(CheckAgreementTest, Grammar) {
        analysis.substr(0, analysis.find("0</Steps>") + 1),
        {},
        "d.xml:37:9"},
+      {"text behind the root", analysis + "text", {}, ""},
+      {"a document type", "<!DOCTYPE Analysis>\n" + analysis, {}, "d.xml:1:1"},
+      Changed(analysis, "<Data>", "<?xml version=\"1.0\"?><Data>", "d.xml:3:1"),
+      {"NUL in a name", Replaced(analysis, "<Data>", std::string("<D\0ta>", 6)), {}, "d.xml:3:3"},
+      {"NUL in an attribute",
+       Replaced(analysis, "<Analysis>", std::string("<Analysis \0=", 12)),
+       {},
+       "d.xml:1:11"},
+      {"an end tag as the root", "</Analysis>" + analysis.substr(10), {}, ""},
       {"NUL in a text", Replaced(analysis, "data.csv", std::string("da\0ta", 5)), {}, "d.xml:3:9"},
       {"no Mcmc", Replaced(PredictionText(), "<Mcmc>", "</Prediction>"), {}, "d.xml:13:1"},
       Changed(batch, "<Simulations>", "<Simulation>", "d.xml:2:1"),
@@ -767,8 +776,13 @@ TEST(CheckWarningTest, RunsOfABatchThatMeet) {
        "prediction.xml:9:24",
        "exists and would be overwritten"},
   });
-  // What another kind of file would be read as cannot be told before.
   const TinyStudy study;
+  study.Write("d.xml", BatchText({"validation.xml", "validation.xml"}));
+  EXPECT_NE(CheckDefinition(study).output.find(
+                "validation.xml:11:10: warning: The log file \"out\\validation.log\" is also the "
+                "log file of \"validation.xml\", which"),
+            std::string::npos);
+  // What another kind of file would be read as cannot be told before.
   study.Write("d.xml", BatchText({"prediction.xml", "p.xml"}));
   study.Write("p.xml", Replaced(Replaced(PredictionText(), "coefficients.csv", "out/hospital.csv"),
                                 "<Folder>out<", "<Folder>two<"));
@@ -869,7 +883,8 @@ TEST(CheckCommandTest, OutputThatCannotBeWrittenIsAnError) {
 }
 
 // Eight records. Missing: P in d and e, XA in b, XC in c; complete are a, f, g and h. ZC is 0
-// everywhere. XB is 1 in b and c alone, which are not complete.
+// everywhere; without its variable c is complete too. XB is 1 in b and c alone, of which b is not
+// complete and c has P = 1.
 constexpr char kDescribedData[] =
     "Key,Hospital,Y,POA,ZA,ZB,ZC,ZD,XA,XB,XC,XD\n"
     "a,H1,1,0,1,0,0,1,1,0,0,1\n"
@@ -896,7 +911,8 @@ constexpr char kDescription[] =
     "    \"ZD\", \"XD\": 50.00 %; 62.50 %; 0.00 %\n";
 constexpr char kDescribedRemoval[] =
     "  removed by column elimination:\n"
-    "    \"ZB\", \"XB\": X is 0 in all complete records\n"
+    "    \"ZB\", \"XB\": X is 0, or depends on other variables, in the complete records with P = "
+    "0\n"
     "    \"ZC\", \"XC\": Z is 0 everywhere\n";
 constexpr char kDescribedClasses[] =
     "  empty [X|Z] classes:\n"
@@ -920,7 +936,7 @@ TEST(CheckDescriptionTest, FiguresWorkedByHand) {
 }
 
 TEST(CheckDescriptionTest, DependentColumnsOfTheExample) {
-  // ZConfirmed depends on the three tests and XNeverSeen is 0: so the example was made.
+  // XConfirmed depends on the three tests and XNeverSeen is 0: so the example was made.
   const fs::path example = fs::path(HOVAR_EXAMPLES) / "quickstart";
   const ScratchFolder folder;
   for (const char* name :
@@ -928,14 +944,37 @@ TEST(CheckDescriptionTest, DependentColumnsOfTheExample) {
     fs::copy_file(example / name, folder.Path() / name);
   }
   const ProcessResult check = CheckDefinition(folder, {"--strict", "--data", "batch.xml"});
-  EXPECT_NE(check.output.find("  removed by column elimination:\n"
-                              "    \"ZNeverSeen\", \"XNeverSeen\": X is 0 in all complete records\n"
-                              "    \"ZConfirmed\", \"XConfirmed\": depends on other variables\n"
-                              "  empty [X|Z] classes: none\n"
-                              "0 errors, 0 warnings\n"),
+  EXPECT_NE(check.output.find(
+                "  removed by column elimination:\n"
+                "    \"ZNeverSeen\", \"XNeverSeen\": X is 0 in all complete records\n"
+                "    \"ZConfirmed\", \"XConfirmed\": X is 0, or depends on other variables, in the "
+                "complete records with P = 0\n"
+                "  empty [X|Z] classes: none\n"
+                "0 errors, 0 warnings\n"),
             std::string::npos)
       << check.output;
   EXPECT_EQ(check.exitStatus, 0);
+}
+
+TEST(CheckDescriptionTest, StagesOfColumnElimination) {
+  // 2 ZD = ZA + ZB + ZC, in which ZD has the largest weight. XE is 1 in no complete record.
+  const TinyStudy study;
+  study.Write("data.csv",
+              "Key,Hospital,Y,POA,ZA,ZB,ZC,ZD,ZE,XA,XB,XC,XD,XE\n"
+              "a,A,1,0,0,0,0,0,0,0,0,0,0,0\n"
+              "b,A,0,0,1,1,0,1,0,1,0,0,0,0\n"
+              "c,A,1,0,1,0,1,1,0,0,1,0,0,0\n"
+              "d,A,0,0,0,1,1,1,0,0,0,1,0,0\n"
+              "e,A,1,0,0,0,0,0,1,0,0,0,1,0\n"
+              "f,A,1,,0,0,0,0,1,0,0,0,1,1\n");
+  study.Write("d.xml", QuietAnalysis());
+  const ProcessResult check = CheckDefinition(study, {"--data", "d.xml"});
+  EXPECT_NE(check.output.find("  removed by column elimination:\n"
+                              "    \"ZD\", \"XD\": Z depends on other variables\n"
+                              "    \"ZE\", \"XE\": X is 0 in all complete records\n"
+                              "  empty [X|Z] classes: none\n"),
+            std::string::npos)
+      << check.output;
 }
 
 TEST(CheckDescriptionTest, DataThatCannotBeReadAreNotDescribed) {

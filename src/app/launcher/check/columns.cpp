@@ -1,9 +1,13 @@
 #include "app/launcher/check/columns.h"
 
 #include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
 
 #include "app/launcher/silent_reading.h"
 #include "data/column_elimination.h"
+#include "foundation/io/log.h"
 #include "linalg/kernels/set_columns.h"
 #include "regression/xz_table.h"
 
@@ -12,41 +16,107 @@ namespace {
 
 std::string Text(const Vell::String& text) { return std::string(text.View()); }
 
-/// Notes a list of columns of the data set as removed. `kept` maps its columns to variables.
-void NoteRemoved(std::vector<VariableCounts>& variables, const std::vector<std::size_t>& kept,
-                 const Vell::IndexVector& columns, Removal removal) {
-  for (const std::int32_t column : columns) {
-    if (column > 0) {
-      variables[kept[static_cast<std::size_t>(column)]].removal = removal;
+/// Counts the columns of a data set, record by record.
+class VariableCounter {
+ public:
+  explicit VariableCounter(const DataSet& dataSet)
+      : data_(dataSet),
+        counts_(static_cast<std::size_t>(dataSet.variableCount)),
+        isMissing_(counts_.size()),
+        scratch_(dataSet.variableCount) {}
+
+  void Count(std::int32_t record) {
+    const Vell::TernaryRow x = data_.x.Row(record);
+    const auto missing = Vell::MissingColumns(x, scratch_.Span());
+    for (const std::int32_t j : missing) {
+      ++counts_[Index(j)].xMissing;
+      isMissing_[Index(j)] = 1;
+    }
+    Vell::VisitColumns<Vell::kValuePlane>(
+        x, [&](std::int32_t j) { counts_[Index(j)].xOnes += 1 - isMissing_[Index(j)]; });
+    Vell::VisitColumns<Vell::kOnlyPlane>(data_.z.Row(record), [&](std::int32_t j) {
+      ++counts_[Index(j)].zOnes;
+      counts_[Index(j)].zOnesWithKnownX += 1 - isMissing_[Index(j)];
+    });
+    for (const std::int32_t j : missing) {
+      isMissing_[Index(j)] = 0;
     }
   }
-}
 
-/// Notes as dependent what is no longer in the data set and has no other reason. Elimination keeps
-/// the order of the columns that stay.
-void NoteDependent(std::vector<VariableCounts>& variables, const DataSet& dataSet) {
+  bool HasNoEmptyClass(std::int32_t records) {
+    return std::none_of(counts_.begin() + 1, counts_.end(), [records](VariableCounts& counts) {
+      counts.records = records;
+      return counts.IsEmptyWithZ() || counts.IsEmptyWithoutZ();
+    });
+  }
+
+  /// The counts of `records` records, without the intercept's.
+  std::vector<VariableCounts> Take(std::int32_t records) {
+    for (std::int32_t j = 0; j < data_.variableCount; ++j) {
+      counts_[Index(j)].zName = Text(data_.zNames[j]);
+      counts_[Index(j)].xName = Text(data_.xNames[j]);
+      counts_[Index(j)].records = records;
+    }
+    counts_.erase(counts_.begin());
+    return std::move(counts_);
+  }
+
+ private:
+  static std::size_t Index(std::int32_t column) noexcept {
+    return static_cast<std::size_t>(column);
+  }
+
+  const DataSet& data_;
+  std::vector<VariableCounts> counts_;
+  std::vector<std::int32_t> isMissing_;  // 1 where the record's X is
+  Vell::IndexVector scratch_;
+};
+
+/// Notes which variables are no longer in the data set, where the others stand in their order.
+void NoteRemoved(std::vector<VariableCounts>& variables, const DataSet& dataSet) {
   std::int32_t next = 1;
   for (VariableCounts& variable : variables) {
-    if (variable.removal != Removal::kNone) {
-      continue;
-    }
     if (next < dataSet.variableCount && dataSet.xNames[next].View() == variable.xName &&
         dataSet.zNames[next].View() == variable.zName) {
       ++next;
     } else {
-      variable.removal = Removal::kDependent;
+      variable.removal = Removal::kDependentX;
     }
   }
 }
 
-void NoteZeroColumns(std::vector<VariableCounts>& variables, const DataSet& dataSet) {
-  std::vector<std::size_t> all(static_cast<std::size_t>(dataSet.variableCount));
-  for (std::size_t j = 1; j < all.size(); ++j) {
-    all[j] = j - 1;
+/// Takes the stage at which each of them was removed from the lines of the log.
+void NoteStages(std::vector<VariableCounts>& variables, std::string_view log) {
+  constexpr std::array<std::pair<std::string_view, Removal>, 4> kStages = {{
+      {"Eliminating Z zero columns", Removal::kZeroZ},
+      {"Eliminating X zero columns", Removal::kZeroX},
+      {"Eliminating dependent Z columns", Removal::kDependentZ},
+      {"Eliminating dependent X columns P = 0", Removal::kDependentX},
+  }};
+  Removal stage = Removal::kNone;
+  while (!log.empty()) {
+    const std::string_view line = log.substr(0, log.find('\n'));
+    log.remove_prefix(std::min(line.size() + 1, log.size()));
+    for (const auto& [heading, itsStage] : kStages) {
+      stage = line == heading ? itsStage : stage;
+    }
+    for (VariableCounts& variable : variables) {
+      if (variable.removal != Removal::kNone && line == variable.zName + ", " + variable.xName) {
+        variable.removal = stage;
+      }
+    }
   }
-  NoteRemoved(variables, all, FindZeroColumns(dataSet.x, dataSet.recordHasMissing),
-              Removal::kZeroX);
-  NoteRemoved(variables, all, FindZeroColumns(dataSet.z), Removal::kZeroZ);
+}
+
+/// Runs column elimination, keeps its log lines, and returns its error.
+std::optional<std::string> EliminateWithLog(DataSet& dataSet, double tolerance, std::string& log) {
+  using Vell::IO::TextSink;
+  const auto sink = Vell::MakeShared<TextSink>(TextSink::Use::kKeep);
+  Vell::IO::Log().Attach(Vell::MakeShared<Vell::IO::TextWriter>(sink));
+  std::optional<std::string> error = ErrorOf([&] { EliminateColumns(dataSet, tolerance); });
+  Vell::IO::Log().Clear();
+  log = sink->Text();
+  return error;
 }
 
 void AddEliminationError(Findings& findings, const DefinitionFile& definition,
@@ -78,7 +148,7 @@ void CheckXzTables(Findings& findings, const DefinitionFile& definition, const D
       continue;
     }
     ++column;
-    const bool isSuspect = variable.IsEmptyWithZ() || variable.IsEmptyWithoutZ(dataSet.recordCount);
+    const bool isSuspect = variable.IsEmptyWithZ() || variable.IsEmptyWithoutZ();
     if (isSuspect && ErrorOf([&] { ComputeXzTable(dataSet, column); }).has_value()) {
       const char* const z = variable.IsEmptyWithZ() ? "1" : "0";
       findings.AddError(definition.data, {},
@@ -89,155 +159,35 @@ void CheckXzTables(Findings& findings, const DefinitionFile& definition, const D
   }
 }
 
-std::string Percent(std::int64_t part, std::int64_t whole) {
-  if (whole == 0) {
-    return "-";
-  }
-  // Hundredths of a percent, rounded half up.
-  const std::int64_t hundredths = (part * 20000 + whole) / (2 * whole);
-  const std::string decimals = std::to_string(100 + hundredths % 100).substr(1);
-  return std::to_string(hundredths / 100) + '.' + decimals + " %";
-}
-
-std::string HospitalsWithoutCompleteRecords(const DataSet& dataSet) {
-  std::string lines;
-  std::int32_t count = 0;
-  for (std::int32_t h = 0; h < dataSet.hospitalCount; ++h) {
-    if (dataSet.hospitalComplete[h] == 0) {
-      ++count;
-      lines += "    " + Quoted(dataSet.hospitalIds[h].View()) + ", " +
-               Counted(dataSet.hospitalSize[h], "record") + '\n';
-    }
-  }
-  return "  hospitals without a complete record: " + std::to_string(count) + '\n' + lines;
-}
-
-std::string Named(const VariableCounts& variable) {
-  return Quoted(variable.zName) + ", " + Quoted(variable.xName);
-}
-
-std::string_view ReasonOf(Removal removal) noexcept {
-  switch (removal) {
-    case Removal::kZeroZ:
-      return "Z is 0 everywhere";
-    case Removal::kZeroX:
-      return "X is 0 in all complete records";
-    case Removal::kDependent:
-      return "depends on other variables";
-    case Removal::kNone:
-      break;
-  }
-  return "";
-}
-
-std::string RemovedVariables(const std::vector<VariableCounts>& variables) {
-  std::string lines;
-  for (const VariableCounts& variable : variables) {
-    if (variable.removal != Removal::kNone) {
-      lines += "    " + Named(variable) + ": " + std::string(ReasonOf(variable.removal)) + '\n';
-    }
-  }
-  return "  removed by column elimination:" + std::string(lines.empty() ? " none" : "") + '\n' +
-         lines;
-}
-
-std::string EmptyClasses(std::int32_t records, const std::vector<VariableCounts>& variables) {
-  std::string lines;
-  for (const VariableCounts& variable : variables) {
-    if (variable.IsEmptyWithZ()) {
-      lines += "    " + Named(variable) + ": no record with Z = 1 and a known X\n";
-    }
-    if (variable.IsEmptyWithoutZ(records)) {
-      lines += "    " + Named(variable) + ": no record with Z = 0 and a known X\n";
-    }
-  }
-  return "  empty [X|Z] classes:" + std::string(lines.empty() ? " none" : "") + '\n' + lines;
-}
-
 }  // namespace
 
-std::vector<VariableCounts> CountVariables(const DataSet& dataSet) {
-  std::vector<VariableCounts> counts(static_cast<std::size_t>(dataSet.variableCount));
-  std::vector<bool> hasMissingX(counts.size());
-  Vell::IndexVector missingScratch(dataSet.variableCount);
-  for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
-    const Vell::TernaryRow x = dataSet.x.Row(i);
-    const auto missing = Vell::MissingColumns(x, missingScratch.Span());
-    for (const std::int32_t j : missing) {
-      ++counts[static_cast<std::size_t>(j)].xMissing;
-      hasMissingX[static_cast<std::size_t>(j)] = true;
+std::vector<VariableCounts> CountVariables(const DataSet& dataSet, CountExtent extent) {
+  VariableCounter counter(dataSet);
+  std::int32_t record = 0;
+  for (; record < dataSet.recordCount; ++record) {
+    constexpr std::int32_t kRecordsBetweenLooks = 4096;
+    if (extent == CountExtent::kUntilNoClassIsEmpty && record % kRecordsBetweenLooks == 0 &&
+        counter.HasNoEmptyClass(record)) {
+      break;
     }
-    Vell::VisitColumns<Vell::kValuePlane>(x, [&](std::int32_t j) {
-      const auto column = static_cast<std::size_t>(j);
-      counts[column].xOnes += hasMissingX[column] ? 0 : 1;
-    });
-    Vell::VisitColumns<Vell::kOnlyPlane>(dataSet.z.Row(i), [&](std::int32_t j) {
-      const auto column = static_cast<std::size_t>(j);
-      ++counts[column].zOnes;
-      counts[column].zOnesWithKnownX += hasMissingX[column] ? 0 : 1;
-    });
-    for (const std::int32_t j : missing) {
-      hasMissingX[static_cast<std::size_t>(j)] = false;
-    }
+    counter.Count(record);
   }
-  for (std::int32_t j = 1; j < dataSet.variableCount; ++j) {
-    counts[static_cast<std::size_t>(j)].zName = Text(dataSet.zNames[j]);
-    counts[static_cast<std::size_t>(j)].xName = Text(dataSet.xNames[j]);
-  }
-  counts.erase(counts.begin());  // the intercept
-  return counts;
+  return counter.Take(record);
 }
 
 void CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
                   std::vector<VariableCounts>& variables) {
-  NoteZeroColumns(variables, dataSet);
   const std::int32_t completeP0Count = dataSet.completeP0Count;  // before cells are removed
+  std::string log;
   const std::optional<std::string> error =
-      ErrorOf([&] { EliminateColumns(dataSet, definition.analysis.linearDependenceTolerance); });
-  NoteDependent(variables, dataSet);
+      EliminateWithLog(dataSet, definition.analysis.linearDependenceTolerance, log);
+  NoteRemoved(variables, dataSet);
+  NoteStages(variables, log);
   if (error.has_value() || dataSet.variableCount == 0) {
     AddEliminationError(findings, definition, completeP0Count, error.value_or("Invalid argument"));
     return;
   }
   CheckXzTables(findings, definition, dataSet, variables);
-}
-
-std::string DescribeDataSet(const DefinitionFile& definition, const DataSet& dataSet) {
-  const std::int32_t records = dataSet.recordCount;
-  std::int32_t outcomes = 0;
-  std::int32_t present = 0;
-  std::int32_t missing = 0;
-  for (std::int32_t i = 0; i < records; ++i) {
-    outcomes += dataSet.y.Get(i) ? 1 : 0;
-    missing += dataSet.p.IsMissing(i) ? 1 : 0;
-    present += !dataSet.p.IsMissing(i) && dataSet.p.Value(i) ? 1 : 0;
-  }
-  std::string text = Quoted(definition.data) + ": " + Counted(records, "record") + ", " +
-                     Counted(dataSet.hospitalCount, "hospital") + ", " +
-                     Counted(dataSet.variableCount - 1, "variable") + ", " +
-                     Counted(definition.poaCount, "POA indicator") + '\n';
-  text += "  Y = 1: " + std::to_string(outcomes) + " (" + Percent(outcomes, records) + ")\n";
-  text += "  P = 1: " + std::to_string(present) + " (" + Percent(present, records - missing) +
-          " of the known), missing: " + std::to_string(missing) + " (" + Percent(missing, records) +
-          ")\n";
-  text += "  complete records: " + std::to_string(dataSet.completeCount) + " (" +
-          Percent(dataSet.completeCount, records) +
-          "), with P = 0: " + std::to_string(dataSet.completeP0Count) + '\n';
-  return text + HospitalsWithoutCompleteRecords(dataSet);
-}
-
-std::string DescribeVariables(const DefinitionFile& definition, std::int32_t records,
-                              const std::vector<VariableCounts>& variables) {
-  std::string text = "  variables (Z, X): Z = 1; X = 1 of the known; X missing\n";
-  for (const VariableCounts& variable : variables) {
-    text += "    " + Named(variable) + ": " + Percent(variable.zOnes, records) + "; " +
-            Percent(variable.xOnes, records - variable.xMissing) + "; " +
-            Percent(variable.xMissing, records) + '\n';
-  }
-  if (definition.kind == RunKind::kAnalysis) {
-    text += RemovedVariables(variables);
-  }
-  return text + EmptyClasses(records, variables);
 }
 
 }  // namespace Hovar

@@ -248,13 +248,13 @@ void OutputCheck::WarnOfMeeting(Findings& findings, const DefinitionFile& defini
   const Place place = definition.PlaceOfValue(output.element);
   if (const WrittenFile* const earlier = Written(output.path)) {
     const bool isLog = earlier->what == "log file";
-    findings.AddWarning(definition.path, place,
-                        Subject(output) + " is also the " + earlier->what + " of " +
-                            (earlier->definition == definition.path ? std::string("this run")
-                                                                    : Quoted(earlier->definition)) +
-                            (isLog ? ", which goes on writing at its old place in it"
-                                   : ", which would be overwritten") +
-                            ". Give each file a name of its own.");
+    findings.AddWarning(
+        definition.path, place,
+        Subject(output) + " is also the " + earlier->what + " of " +
+            (earlier->run == run_ ? std::string("this run") : Quoted(earlier->definition)) +
+            (isLog ? ", which goes on writing at its old place in it"
+                   : ", which would be overwritten") +
+            ". Give each file a name of its own.");
     return;
   }
   if (Platform::KindOf(OnDisk(output.path).c_str()) == PathKind::kFile) {
@@ -285,13 +285,14 @@ void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
   WarnOfInputs(findings, definition, output);
   WarnOfMeeting(findings, definition, output);
   const std::string normal = NormalPath(output.path);
-  if (files_.insert_or_assign(normal, WrittenFile{output.path, output.what, definition.path})
+  if (files_.insert_or_assign(normal, WrittenFile{output.path, output.what, definition.path, run_})
           .second) {
     spellings_.emplace(SmallLetters(normal), normal);
   }
 }
 
 void OutputCheck::Check(Findings& findings, const DefinitionFile& definition) {
+  ++run_;
   if (definition.folder.empty()) {
     findings.AddWarning(
         definition.path, definition.PlaceOfValue("Output/Folder"),

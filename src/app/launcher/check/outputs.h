@@ -24,6 +24,7 @@ struct WrittenFile {
   std::string path;        // as written
   std::string what;        // "log file"
   std::string definition;  // of the run
+  int run = 0;             // its number
 };
 
 class OutputCheck {
@@ -51,6 +52,7 @@ class OutputCheck {
   void WarnOfMeeting(Findings& findings, const DefinitionFile& definition,
                      const PlannedOutput& output) const;
 
+  int run_ = 0;
   std::map<std::string, WrittenFile> files_;           // by normal path
   std::map<std::string, bool> folders_;                // made by runs; by normal path
   std::multimap<std::string, std::string> spellings_;  // normal paths by their small letters

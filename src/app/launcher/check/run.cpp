@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "app/launcher/check/columns.h"
+#include "app/launcher/check/data_file.h"
+#include "app/launcher/check/description.h"
 #include "app/launcher/check/grammar.h"
-#include "app/launcher/check/tables.h"
+#include "app/launcher/check/model_files.h"
 #include "app/launcher/check/values.h"
 #include "app/launcher/silent_reading.h"
 #include "app/launcher/text_places.h"
@@ -163,15 +165,13 @@ void RunCheckup::CheckAnalysisData(const DefinitionFile& definition, DataSet& da
   if (definition.kind != RunKind::kAnalysis && !isDescribed) {
     return;
   }
-  std::vector<VariableCounts> variables = CountVariables(dataSet);
-  std::string description = DescribeDataSet(definition, dataSet);
-  const std::int32_t records = dataSet.recordCount;
+  std::vector<VariableCounts> variables = CountVariables(
+      dataSet, isDescribed ? CountExtent::kAllRecords : CountExtent::kUntilNoClassIsEmpty);
+  description_ += isDescribed ? DescribeDataSet(definition, dataSet) : "";
   if (definition.kind == RunKind::kAnalysis) {
     CheckColumns(findings_, definition, dataSet, variables);
   }
-  if (isDescribed) {
-    description_ += description + DescribeVariables(definition, records, variables);
-  }
+  description_ += isDescribed ? DescribeVariables(definition, variables) : "";
 }
 
 /// The files that an Analysis or a Prediction wrote. `dataSet` is null where it could not be read.
@@ -189,21 +189,7 @@ void RunCheckup::CheckModelInputs(const DefinitionFile& definition, DataSet* dat
       !CheckIndividualPredictions(findings_, definition, predictions) || dataSet == nullptr) {
     return;
   }
-  const std::int32_t rows = predictions.yGivenZ.Size();
-  const std::string text = "The file has " + Counted(rows, "complete line") + " for the " +
-                           Counted(dataSet->recordCount, "record") + " of " +
-                           Quoted(definition.data);
-  const Place end =
-      PlaceOf(definition.individualPredictions, TraitsOf(definition.individualPredictions).length);
-  if (rows < dataSet->recordCount) {
-    findings_.AddError(definition.individualPredictions, end,
-                       text +
-                           ". Use the predictions of the same data; each line ends with a line "
-                           "feed.");
-  } else if (rows > dataSet->recordCount) {
-    findings_.AddWarning(definition.individualPredictions, end,
-                         text + "; the others are not used. Use the predictions of the same data.");
-  }
+  CheckPredictionCount(findings_, definition, dataSet->recordCount, predictions);
 }
 
 }  // namespace Hovar

@@ -1,34 +1,70 @@
 #pragma once
 
-// Where and why the program's readers stopped in one of the comma-separated files that a run reads:
-// the data file, a coefficient file, individual predictions. The readers decide that something is
-// wrong; here the place is found and the sentence made.
+// What the checks of all comma-separated files share. The program's readers decide that something
+// is wrong; here is found where and in which cell they stopped.
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "app/launcher/check/csv.h"
 #include "app/launcher/check/findings.h"
-#include "app/launcher/definition_file.h"
-#include "data/data_set.h"
-#include "prediction/individual_predictions.h"
-#include "regression/regression_results.h"
+#include "app/launcher/silent_reading.h"
+#include "app/launcher/text_places.h"
+#include "foundation/io/file_stream.h"
 
 namespace Hovar {
 
-// Each reads a file of the definition, which exists, with the program's own reader. An error of the
-// reader becomes a finding; the answer is whether there was none. What would surprise in the file
-// becomes a warning.
+/// Where a reader stopped, and in which error.
+struct Stop {
+  std::int64_t offset = 0;
+  std::string error;
+};
 
-bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet& dataSet);
-bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,
-                          RegressionResults& results);
-bool CheckIndividualPredictions(Findings& findings, const DefinitionFile& definition,
-                                IndividualPredictions& predictions);
+/// Lets `read` read a file from a stream on it.
+template <typename Read>
+std::optional<Stop> StopOf(const std::string& path, Read read) {
+  std::int64_t offset = 0;
+  std::optional<std::string> error = ErrorOf([&] {
+    Vell::IO::FileStream stream(Vell::String(std::string_view(path)), Vell::IO::Mode::kReadText);
+    try {
+      read(stream);
+    } catch (const Vell::Exceptions::Exception&) {
+      offset = stream.Tell();
+      throw;
+    }
+  });
+  if (!error.has_value()) {
+    return std::nullopt;
+  }
+  return Stop{offset, std::move(*error)};
+}
 
-/// Compares the variables of the data and of the coefficient file as the program does, which
-/// removes from the data set what the other one lacks.
-bool CheckVariables(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
-                    const RegressionResults& results);
+/// The cell in which a reader of numbers stopped.
+struct Cell {
+  Place place;
+  std::size_t field = 0;  // from 0
+  std::string text;
+};
+
+/// Finds the cell. Reading a number passes over line ends before it, so a reader that stopped in
+/// the first fields of a line, of which field `firstNumber` is the first that holds a number,
+/// looked for the last field of the line before.
+Cell CellAt(const std::string& path, std::int64_t offset, QuoteUse quotes, std::size_t firstNumber);
+
+/// "Field 5".
+std::string FieldNumber(std::size_t field);
+
+/// " is empty" or " holds "x"".
+std::string Holds(std::string_view cell);
+
+/// Adds an error that all tables share, or one that has no words of its own.
+void AddCommonError(Findings& findings, const std::string& path, const Stop& stop);
+
+void WarnOfByteOrderMark(Findings& findings, const std::string& path, const FileTraits& traits);
+void WarnOfCarriageReturn(Findings& findings, const std::string& path, const FileTraits& traits);
 
 }  // namespace Hovar

@@ -1,0 +1,159 @@
+#include "app/launcher/check/data_file.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <vector>
+
+#include "app/launcher/check/tables.h"
+#include "data/data_file_reader.h"
+
+namespace Hovar {
+namespace {
+
+constexpr std::int64_t kLeadingFields = 3;  // key, hospital and outcome
+
+/// What the field at an index is, with its name from the header.
+std::string RoleOf(const DefinitionFile& definition, const std::string& header, std::size_t field) {
+  const auto index = static_cast<std::int64_t>(field);
+  const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
+  const std::int64_t variables = (fields - kLeadingFields - definition.poaCount) / 2;
+  std::string role = "X";
+  if (index < kLeadingFields) {
+    role = index == 0 ? "key" : index == 1 ? "hospital ID" : "Y";
+  } else if (index < kLeadingFields + definition.poaCount) {
+    role = "POA indicator";
+  } else if (index < kLeadingFields + definition.poaCount + variables) {
+    role = "Z";
+  }
+  const std::string_view name = FieldOf(header, field, QuoteUse::kHonour);
+  return " (" + role + (name.empty() ? "" : ", " + Quoted(name)) + ')';
+}
+
+void AddCellError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  const Cell cell = CellAt(definition.data, stop.offset, QuoteUse::kHonour, 2);
+  const std::string role = RoleOf(definition, HeaderOf(definition.data), cell.field);
+  const bool mayBeMissing = role.starts_with(" (X") || role.starts_with(" (POA");
+  findings.AddError(definition.data, cell.place,
+                    FieldNumber(cell.field) + role + Holds(cell.text) +
+                        (mayBeMissing ? ". Write 0 or 1, or leave it empty where it is missing."
+                                      : ". Write 0 or 1; it may not be missing."));
+}
+
+void AddShapeError(Findings& findings, const std::string& path) {
+  RecordWalker walker(path);
+  std::size_t wanted = 0;
+  while (walker.Next()) {
+    const std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
+    if (wanted == 0) {
+      wanted = starts.size();
+    } else if (starts.size() != wanted) {
+      const std::size_t within = starts.size() > wanted ? starts[wanted] : walker.Record().size();
+      findings.AddError(path, PlaceOf(path, walker.Offset() + static_cast<std::int64_t>(within)),
+                        walker.Record().empty()
+                            ? "The line is empty. Remove it."
+                            : "The line has " +
+                                  Counted(static_cast<std::int64_t>(starts.size()), "field") +
+                                  ", the header has " + std::to_string(wanted) +
+                                  ". Give every line the same number of fields.");
+      return;
+    }
+  }
+}
+
+/// What fields the definition's number of indicators leaves for X and Z.
+void AddIndicatorError(Findings& findings, const DefinitionFile& definition) {
+  const auto fields =
+      static_cast<std::int64_t>(FieldStarts(HeaderOf(definition.data), QuoteUse::kHonour).size());
+  findings.AddError(definition.path, definition.PlaceOfValue("Input/NumberOfPoaIndicators"),
+                    "The lines of " + Quoted(definition.data) + " have " +
+                        Counted(fields, "field") + "; behind key, hospital, Y and " +
+                        Counted(definition.poaCount, "POA indicator") + " that leaves " +
+                        std::to_string(fields - kLeadingFields - definition.poaCount) +
+                        " for Z and X, which come in pairs. Correct the number of indicators.");
+}
+
+void AddSizeError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  const std::string header = HeaderOf(definition.data);
+  const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
+  if (TraitsOf(definition.data).length == 0) {
+    findings.AddError(definition.data, {}, "The data file is empty. Give it a header and records.");
+  } else if (definition.poaCount < 0 || fields < kLeadingFields + definition.poaCount) {
+    AddIndicatorError(findings, definition);
+  } else if (!LineOf(definition.data, 0).text.empty() &&
+             header.size() == static_cast<std::size_t>(TraitsOf(definition.data).length)) {
+    findings.AddError(definition.data, PlaceOf(definition.data, TraitsOf(definition.data).length),
+                      "The header does not end with a line feed. End every line with one.");
+  } else {
+    AddCommonError(findings, definition.data, stop);
+  }
+}
+
+void AddLastLineError(Findings& findings, const std::string& path) {
+  const FileTraits traits = TraitsOf(path);
+  findings.AddError(path, PlaceOf(path, traits.length),
+                    traits.endsWithLineFeed
+                        ? "The records do not end where the lines do. Look for a key that holds a "
+                          "comma or a line feed."
+                        : "The last line does not end with a line feed. Add one.");
+}
+
+/// Finds the record at which a hospital's ID comes again after another hospital.
+void AddGroupingError(Findings& findings, const std::string& path) {
+  std::unordered_set<std::string> earlier;
+  std::string last;
+  RecordWalker walker(path);
+  walker.Next();  // the header
+  while (walker.Next()) {
+    const std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
+    std::string id(FieldOf(walker.Record(), 1, QuoteUse::kHonour));
+    if (id.size() >= 2 && id.front() == '"') {
+      id = id.substr(1, id.size() - 2);  // quoted or not, it is the same hospital
+    }
+    if (!earlier.empty() && id == last) {
+      continue;
+    }
+    if (!earlier.insert(id).second && starts.size() > 1) {
+      findings.AddError(path, PlaceOf(path, walker.Offset() + static_cast<std::int64_t>(starts[1])),
+                        "The hospital " + Quoted(id) +
+                            " comes again after another one. Sort the records by hospital.");
+      return;
+    }
+    last = std::move(id);
+  }
+}
+
+void AddDataError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  if (stop.error == "Variable number of fields") {
+    AddShapeError(findings, definition.data);
+  } else if (stop.error == "Wrong number of POA indicators in definition file") {
+    AddIndicatorError(findings, definition);
+  } else if (stop.error == "Data wrong format") {
+    AddLastLineError(findings, definition.data);
+  } else if (stop.error == "Data must be grouped by hospital ID") {
+    AddGroupingError(findings, definition.data);
+  } else if (stop.error == "Invalid input" || stop.error == "IO Exception" ||
+             stop.error == "Unexpected end of stream") {
+    AddCellError(findings, definition, stop);
+  } else if (stop.error == "Invalid argument" || stop.error == "Index out of range") {
+    AddSizeError(findings, definition, stop);
+  } else {
+    AddCommonError(findings, definition.data, stop);
+  }
+}
+
+}  // namespace
+
+bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet& dataSet) {
+  const std::optional<Stop> stop = StopOf(definition.data, [&](Vell::IO::Stream& stream) {
+    ReadDataFile(dataSet, stream, definition.poaCount);
+  });
+  if (stop.has_value()) {
+    AddDataError(findings, definition, *stop);
+  }
+  const FileTraits traits = TraitsOf(definition.data);
+  WarnOfByteOrderMark(findings, definition.data, traits);
+  WarnOfCarriageReturn(findings, definition.data, traits);
+  return !stop.has_value();
+}
+
+}  // namespace Hovar

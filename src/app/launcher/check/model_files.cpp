@@ -1,0 +1,192 @@
+#include "app/launcher/check/model_files.h"
+
+#include "app/launcher/check/tables.h"
+#include "prediction/prediction_files.h"
+#include "regression/coefficient_file.h"
+
+namespace Hovar {
+namespace {
+
+/// One of these files: how its reader passes over fields, and what its lines hold.
+struct TableForm {
+  QuoteUse quotes;
+  std::size_t firstNumber;
+  std::size_t fields;
+};
+constexpr TableForm kCoefficientForm = {QuoteUse::kHonour, 2, 21};
+constexpr TableForm kPredictionForm = {QuoteUse::kIgnore, 3, 11};
+
+/// The first line before the stop that has too few fields, which lets a reader go astray.
+bool AddShortLineError(Findings& findings, const std::string& path, std::int64_t stop,
+                       const TableForm& form) {
+  RecordWalker walker(path);
+  walker.Next();  // the header, which is passed over
+  while (walker.Next() && walker.Offset() <= stop) {
+    const std::size_t fields = FieldStarts(walker.Record(), QuoteUse::kHonour).size();
+    if (fields < form.fields) {
+      const auto length = static_cast<std::int64_t>(walker.Record().size());
+      findings.AddError(path, PlaceOf(path, walker.Offset() + length),
+                        "The line has " + Counted(static_cast<std::int64_t>(fields), "field") +
+                            " of " + std::to_string(form.fields) +
+                            ". Use the file as the program wrote it.");
+      return true;
+    }
+  }
+  return false;
+}
+
+void AddNumberError(Findings& findings, const std::string& path, const Stop& stop,
+                    const TableForm& form) {
+  if (AddShortLineError(findings, path, stop.offset, form)) {
+    return;
+  }
+  const Cell cell = CellAt(path, stop.offset, form.quotes, form.firstNumber);
+  const std::string header = HeaderOf(path);
+  const std::string_view name = FieldOf(header, cell.field, QuoteUse::kHonour);
+  findings.AddError(
+      path, cell.place,
+      FieldNumber(cell.field) + (name.empty() ? std::string() : " (" + std::string(name) + ')') +
+          Holds(cell.text) + " where a number is due. Use the file as the program wrote it.");
+}
+
+template <typename Read>
+bool CheckTable(Findings& findings, const std::string& path, const TableForm& form, Read read) {
+  const std::optional<Stop> stop = StopOf(path, read);
+  if (!stop.has_value()) {
+    return true;
+  }
+  if (stop->error == "Unexpected end of stream") {
+    AddNumberError(findings, path, *stop, form);
+  } else if (stop->error == "Invalid argument") {
+    findings.AddError(path, {}, "The file has no complete line. Use it as the program wrote it.");
+  } else {
+    AddCommonError(findings, path, *stop);
+  }
+  return false;
+}
+
+/// Warns of commas within quotes, which separate for the reader of this file.
+void WarnOfQuotedCommas(Findings& findings, const std::string& path) {
+  RecordWalker walker(path);
+  walker.Next();
+  while (walker.Next()) {
+    const std::string& record = walker.Record();
+    if (record.find('"') != std::string::npos &&
+        FieldStarts(record, QuoteUse::kIgnore).size() !=
+            FieldStarts(record, QuoteUse::kHonour).size()) {
+      const auto quote = static_cast<std::int64_t>(record.find('"'));
+      findings.AddWarning(path, PlaceOf(path, walker.Offset() + quote),
+                          "A key or hospital ID holds a comma, which separates here in spite of "
+                          "the quotes: values would be taken from wrong columns. Use IDs without "
+                          "commas.");
+      return;
+    }
+  }
+}
+
+/// The names of the coefficient file that the data set lacks, for a sentence.
+std::string MissingVariables(const DataSet& dataSet, const RegressionResults& results) {
+  constexpr int kMost = 5;
+  std::string names;
+  int count = 0;
+  for (std::int32_t r = 0; r < results.VariableCount(); ++r) {
+    bool isFound = false;
+    for (std::int32_t j = 0; j < dataSet.variableCount && !isFound; ++j) {
+      isFound = dataSet.xNames[j].View() == results.xNames[r].View() &&
+                dataSet.zNames[j].View() == results.zNames[r].View();
+    }
+    if (!isFound && ++count <= kMost) {
+      names += (names.empty() ? "" : ", ") + Quoted(results.xNames[r].View());
+    }
+  }
+  return count > kMost ? names + " and " + std::to_string(count - kMost) + " more" : names;
+}
+
+/// Warns when the variables, which are matched by position, do not stand in the same order.
+void WarnOfOrder(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet,
+                 const RegressionResults& results) {
+  for (std::int32_t j = 0; j < dataSet.variableCount; ++j) {
+    const std::string_view ofData = dataSet.xNames[j].View();
+    const std::string_view ofFile = results.xNames[j].View();
+    if (ofData != ofFile || dataSet.zNames[j].View() != results.zNames[j].View()) {
+      findings.AddWarning(
+          definition.coefficients, {j + 2, 1},
+          "The coefficients of " + Quoted(ofFile) + " would serve for " + Quoted(ofData) +
+              " of the data: variables are matched by position. Bring the columns of the data "
+              "into the order of the coefficient file.");
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,
+                          RegressionResults& results) {
+  const std::string& path = definition.coefficients;
+  const FileTraits traits = TraitsOf(path);
+  if (!traits.endsWithLineFeed) {
+    findings.AddWarning(path, PlaceOf(path, traits.length),
+                        "The last line does not end with a line feed, so its variable is lost. Add "
+                        "a line feed.");
+  }
+  WarnOfByteOrderMark(findings, path, traits);
+  WarnOfCarriageReturn(findings, path, traits);
+  return CheckTable(findings, path, kCoefficientForm,
+                    [&results](Vell::IO::Stream& stream) { ReadCoefficientFile(results, stream); });
+}
+
+bool CheckIndividualPredictions(Findings& findings, const DefinitionFile& definition,
+                                IndividualPredictions& predictions) {
+  const std::string& path = definition.individualPredictions;
+  const FileTraits traits = TraitsOf(path);
+  WarnOfByteOrderMark(findings, path, traits);
+  const bool isRead = CheckTable(
+      findings, path, kPredictionForm,
+      [&predictions](Vell::IO::Stream& stream) { ReadIndividualPredictions(predictions, stream); });
+  if (isRead) {
+    WarnOfQuotedCommas(findings, path);
+  }
+  return isRead;
+}
+
+bool CheckVariables(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
+                    const RegressionResults& results) {
+  if (ErrorOf([&] { ReconcileVariables(dataSet, results); }).has_value()) {
+    const std::string missing = MissingVariables(dataSet, results);
+    findings.AddError(definition.coefficients, {},
+                      "The data have " + Counted(dataSet.variableCount - 1, "variable") +
+                          " of the " + std::to_string(results.VariableCount() - 1) +
+                          " in the coefficient file" +
+                          (missing.empty() ? std::string() : "; missing: " + missing) +
+                          ". Use the coefficient file of an Analysis of the same variables.");
+    return false;
+  }
+  if (results.VariableCount() == 0) {
+    findings.AddWarning(definition.coefficients, {},
+                        "No complete line stands behind the header, so all predictions would be "
+                        "one half. Use the file as the program wrote it.");
+  }
+  WarnOfOrder(findings, definition, dataSet, results);
+  return true;
+}
+
+void CheckPredictionCount(Findings& findings, const DefinitionFile& definition,
+                          std::int32_t records, const IndividualPredictions& predictions) {
+  const std::int32_t rows = predictions.yGivenZ.Size();
+  const std::string text = "The file has " + Counted(rows, "complete line") + " for the " +
+                           Counted(records, "record") + " of " + Quoted(definition.data);
+  const Place end =
+      PlaceOf(definition.individualPredictions, TraitsOf(definition.individualPredictions).length);
+  if (rows < records) {
+    findings.AddError(definition.individualPredictions, end,
+                      text +
+                          ". Use the predictions of the same data; each line ends with a line "
+                          "feed.");
+  } else if (rows > records) {
+    findings.AddWarning(definition.individualPredictions, end,
+                        text + "; the others are not used. Use the predictions of the same data.");
+  }
+}
+
+}  // namespace Hovar
