@@ -91,13 +91,27 @@ class TraceReader {
   std::set<std::string> folders_;
 };
 
-std::vector<TracedCall> ReadTrace(const std::string& text) {
+/// True for calls on standard streams and on files in the folder of the run, whose paths it gives
+/// as relative ones.
+bool IsInFolder(const SystemCallReport& call, const std::string& folder) {
+  constexpr int kLastStandard = 2;
+  const std::string_view path(call.path);
+  return call.file < 0 ? !path.starts_with('/')
+                       : call.file <= kLastStandard || path.starts_with(folder);
+}
+
+std::vector<TracedCall> ReadTrace(const std::string& text, const std::string& folder) {
+  constexpr int kStandardOutput = 1;
   std::vector<TracedCall> calls;
+  bool isBegun = false;
   TraceReader reader;
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
     if (!line.starts_with("+++") && !line.starts_with("---")) {
-      calls.push_back(reader.Read(line));
+      TracedCall& traced = calls.emplace_back(reader.Read(line));
+      // The banner is the first thing that the program writes.
+      isBegun = isBegun || (traced.name == "write" && traced.call.file == kStandardOutput);
+      traced.isOfProgram = isBegun && IsInFolder(traced.call, folder);
     }
   }
   return calls;
@@ -137,7 +151,7 @@ TracedResult RunTraced(const FaultStudy& study, const std::string& definition,
                                       : ProcessEnd{.signal = result.signal};
   traced.run.output = result.output;
   traced.run.error = result.error;
-  traced.calls = ReadTrace(study.Read(kTrace));
+  traced.calls = ReadTrace(study.Read(kTrace), std::filesystem::canonical(study.Path()));
   return traced;
 }
 

@@ -19,6 +19,9 @@ inline constexpr char kTracedCalls[] = "openat,read,write,lseek,close,mkdir";
 
 struct TracedCall {
   std::string name;
+  /// False for the calls of the loader, which looks for libraries, and of the sanitizers, which
+  /// open pipes of their own and read what the system tells of the process.
+  bool isOfProgram = false;
   SystemCallReport call;  // isThere: an earlier call has made the folder
   std::size_t size = 0;   // of a read or a write
   bool isInjected = false;
