@@ -37,7 +37,7 @@ class TracedFaultTest : public testing::TestWithParam<const char*> {
  protected:
   void SetUp() override {
     const std::string reason = WhyNothingCanBeTraced();
-    ASSERT_EQ(reason, "");
+    ASSERT_TRUE(reason.empty()) << reason;
     study_.Enlarge();
     whole_ = RunTraced(study_, GetParam());
     ASSERT_EQ(whole_.run.end, ProcessEnd{0}) << whole_.run.Text();
