@@ -106,14 +106,4 @@ TEST(DispatchTest, ADefinitionCutAtAnyByteRaisesOneError) {
   Vell::IO::Log().Clear();
 }
 
-TEST(DispatchTest, TheDefinitionIsClosedWhenTheRunnerIsBuilt) {
-  const ScratchFolder folder;
-  const auto openFiles = [] {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-  };
-  const auto before = openFiles();
-  const Hovar::RunnerHandle runner = Dispatch(folder, "<Batch><Simulations></Simulations></Batch>");
-  EXPECT_EQ(openFiles(), before);
-}
-
 }  // namespace

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
+#include "foundation/io/platform/platform.h"
 #include "support/files.h"
 #include "support/outcome.h"
 #include "support/raised.h"
@@ -46,7 +45,7 @@ TEST(StartupDirectoryTest, SomethingMustStandBeforeTheBackslash) {
 class ProgramTest : public testing::Test {
  protected:
   // After an error the program waits for a key.
-  ProgramTest() { EXPECT_NE(std::freopen("/dev/null", "r", stdin), nullptr); }
+  ProgramTest() { Vell::IO::Platform::DetachStandardInput(); }
 
   static void Expect(int count, const char* const* arguments, int status, const std::string& output,
                      const std::string& error) {

@@ -1,4 +1,4 @@
-// Output that cannot be written: never exit status 0.
+// Standard streams that cannot be written: never exit status 0.
 
 #include <gtest/gtest.h>
 
@@ -7,48 +7,6 @@
 
 namespace Testing {
 namespace {
-
-TEST(BrokenOutputTest, AFullDiskUnderAnOutputFileIsAnError) {
-  struct Row {
-    const char* definition;
-    const char* file;
-    std::string progress;
-  };
-  const std::string analysis = std::string(kTinyReading) + kTinyElimination + kTinyFits;
-  const std::string individual = std::string(kTinyReading) + "Calculating individual predictions\n";
-  // A log line goes to standard output first.
-  const std::string firstLine = "Reading data file...\nNumber of records: 6\n";
-  const std::vector<Row> rows = {
-      {"analysis.xml", "analysis.log", firstLine},
-      {"analysis.xml", "mcmc/Chain.csv", analysis},
-      {"analysis.xml", "fitted.csv", analysis},
-      {"prediction.xml", "prediction.log", firstLine},
-      {"prediction.xml", "predicted.csv", individual},
-      {"prediction.xml", "hospital.csv",
-       individual + "Calculating hospital-aggregated predictions\n"},
-      {"validation.xml", "validation.log", firstLine},
-      {"validation.xml", "cstatistics.csv",
-       std::string(kTinyReading) + "Y|Z\nY|X\nP|X\nP|YPZX\n0/1\n"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.file);
-    const TinyStudy study;
-    study.Write("out/mcmc/empty", "");
-    std::filesystem::create_symlink("/dev/full", study.Path() / "out" / row.file);
-    ExpectError(RunHovar(study, {row.definition}), "IO Exception", row.progress);
-  }
-}
-
-TEST(BrokenOutputTest, AFullDiskUnderTheSummaryIsAnError) {
-  const TinyStudy study;
-  study.Write("d.xml", Replaced(AnalysisText(), "<Steps>0<", "<Steps>2<"));
-  study.Write("out/mcmc/empty", "");
-  std::filesystem::create_symlink("/dev/full", study.Path() / "out/mcmc/Summary.csv");
-  const ProcessResult result = RunHovar(study, {"d.xml"});
-  EXPECT_EQ(result.error, "Error: IO Exception\n");
-  EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_FALSE(study.Has("out/fitted.csv"));
-}
 
 TEST(BrokenOutputTest, StandardOutputThatFailsIsAnError) {
   for (const Output output : {Output::kFull, Output::kClosed}) {

@@ -307,23 +307,5 @@ INSTANTIATE_TEST_SUITE_P(
                     RowOfPredictions("EmptyRow", "\n", "Unexpected end of stream")),
     NameOf);
 
-// Log and output files
-
-TEST(LogFailureTest, AWriterThatFailsIsTheLastOneToGetItsLine) {
-  const TinyStudy study;
-  study.Write("batch.xml", BatchText({"prediction.xml", "validation.xml"}));
-  study.Write("out/other", "");
-  std::filesystem::create_symlink("/dev/full", study.Path() / "out/validation.log");
-  // Standard output and the log of the first run stand before the log of the second one.
-  ExpectError(RunHovar(study, {"batch.xml"}), "IO Exception",
-              std::string(kTinyReading) +
-                  "Calculating individual predictions\n"
-                  "Calculating hospital-aggregated predictions\n"
-                  "Reading data file...\nNumber of records: 6\n");
-  EXPECT_EQ(study.Read("out/prediction.log"),
-            std::string(kTinyReadingLog) + "Number of records: 6\n");
-  EXPECT_FALSE(study.Has("out/cstatistics.csv"));
-}
-
 }  // namespace
 }  // namespace Testing

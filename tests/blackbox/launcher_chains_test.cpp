@@ -6,6 +6,7 @@
 #include <map>
 
 #include "launcher_runs.h"
+#include "support/running_process.h"
 #include "tiny_study.h"
 
 namespace Testing {

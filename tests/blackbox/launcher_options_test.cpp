@@ -5,6 +5,7 @@
 #include <csignal>
 
 #include "launcher_runs.h"
+#include "support/running_process.h"
 #include "tiny_study.h"
 
 namespace Testing {

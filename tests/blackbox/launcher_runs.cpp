@@ -1,11 +1,11 @@
 #include "launcher_runs.h"
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <fstream>
 #include <iterator>
 #include <thread>
-
-#include "tiny_study.h"
 
 namespace Testing {
 
@@ -26,12 +26,23 @@ ProcessResult RunLauncher(const ScratchFolder& folder, const std::vector<std::st
   return RunProcess(LauncherIn(folder, arguments, launcher));
 }
 
+std::string LauncherFile() { return "bin/" + fs::path(HOVAR_LAUNCHER).filename().string(); }
+
+std::string ProgramFile() { return "libexec/hovar/" + fs::path(HOVAR_PROGRAM).filename().string(); }
+
 std::string CopyTreeTo(const fs::path& root) {
   fs::create_directories(root / "bin");
   fs::create_directories(root / "libexec/hovar");
-  fs::copy_file(HOVAR_LAUNCHER, root / "bin/hovar");
-  fs::copy_file(HOVAR_PROGRAM, root / "libexec/hovar/hovar");
-  return (root / "bin/hovar").string();
+  fs::copy_file(HOVAR_LAUNCHER, root / LauncherFile());
+  fs::copy_file(HOVAR_PROGRAM, root / ProgramFile());
+  return (root / LauncherFile()).string();
+}
+
+void ExpectPredicts(const TinyStudy& study, const std::string& launcher) {
+  SCOPED_TRACE(launcher);
+  fs::remove_all(study.Path() / "out");
+  ExpectSuccess(RunLauncher(study, {"prediction.xml"}, launcher), kPredictionProgress);
+  EXPECT_TRUE(study.Has("out/predicted.csv"));
 }
 
 std::string CopyTreeWithPageTo(const fs::path& root) {

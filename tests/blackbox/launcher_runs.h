@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "runs.h"
+#include "tiny_study.h"
 
 namespace Testing {
 
@@ -20,6 +21,16 @@ ProcessResult RunLauncher(const ScratchFolder& folder, const std::vector<std::st
 
 /// A copy of bin/ and libexec/ below a folder; returns the launcher.
 std::string CopyTreeTo(const std::filesystem::path& root);
+
+/// The names of these two files in such a tree.
+std::string LauncherFile();  // bin/hovar or bin/hovar.exe
+std::string ProgramFile();   // libexec/hovar/hovar or libexec/hovar/hovar.exe
+
+/// Expects that the launcher runs the study's prediction.xml to its end.
+void ExpectPredicts(const TinyStudy& study, const std::string& launcher);
+inline const std::string kPredictionProgress = std::string(kTinyReading) +
+                                               "Calculating individual predictions\n"
+                                               "Calculating hospital-aggregated predictions\n";
 
 /// The same with a small page for reports in share/: kPageHead, the line for the files, kPageTail.
 std::string CopyTreeWithPageTo(const std::filesystem::path& root);

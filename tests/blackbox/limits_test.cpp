@@ -5,6 +5,7 @@
 
 #include "progress.h"
 #include "runs.h"
+#include "support/running_process.h"
 #include "tiny_study.h"
 
 namespace Testing {

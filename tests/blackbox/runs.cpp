@@ -46,7 +46,7 @@ std::set<std::string> FilesBelow(const ScratchFolder& folder) {
   std::set<std::string> names;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path())) {
     if (!entry.is_directory()) {
-      names.insert(std::filesystem::relative(entry.path(), folder.Path()).string());
+      names.insert(std::filesystem::relative(entry.path(), folder.Path()).generic_string());
     }
   }
   return names;

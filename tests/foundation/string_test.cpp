@@ -8,7 +8,7 @@
 
 #include "support/all_texts.h"
 #include "support/allocation_fault.h"
-#include "support/child_process.h"
+#include "support/huge_text.h"
 #include "support/raised.h"
 
 namespace {

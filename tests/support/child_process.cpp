@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/wait.h>
@@ -135,13 +134,5 @@ int Interruptions::Count() const { return interruptionCount; }
 void SleepMilliseconds(int milliseconds) {
   std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
-
-HugeText::HugeText(std::size_t size)
-    : bytes_(mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)),
-      size_(size) {
-  EXPECT_NE(bytes_, MAP_FAILED);
-}
-
-HugeText::~HugeText() { munmap(bytes_, size_); }
 
 }  // namespace Testing

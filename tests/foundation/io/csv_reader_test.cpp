@@ -287,8 +287,8 @@ TEST(ReadFieldTest, DoubledQuoteIsOneQuoteOnlyInAQuotedField) {
 }
 
 TEST(ReadFieldTest, KeepsTheCarriageReturnInTheLastFieldOfALine) {
-  const InputStream stream("a,b\r\nc,d\r\n");
-  const Parsed parsed = ReadAll(*stream);
+  MemoryStream stream("a,b\r\nc,d\r\n");
+  const Parsed parsed = ReadAll(stream);
   const std::vector<std::vector<std::string>> expected{{"a", "b\r"}, {"c", "d\r"}, {""}};
   EXPECT_EQ(parsed.records, expected);
 }

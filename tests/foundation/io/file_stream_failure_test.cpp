@@ -1,4 +1,5 @@
-// File streams over things that fail, interrupt, or have no position: full disks, pipes, signals.
+// Streams and writers over things that fail, interrupt, or have no position: full disks, pipes,
+// signals.
 
 #include <gtest/gtest.h>
 
@@ -8,6 +9,10 @@
 #include <string>
 
 #include "foundation/io/file_stream.h"
+#include "foundation/io/log.h"
+#include "foundation/io/standard_writers.h"
+#include "foundation/io/text_writer.h"
+#include "support/allocation_fault.h"
 #include "support/child_process.h"
 #include "support/files.h"
 #include "support/raised.h"
@@ -111,6 +116,59 @@ TEST(ClosedHandleTest, ReadingAndWritingFail) {
   FileStream out(kNoHandle, Mode::kWriteText, buffer);
   out.WriteByte('x');
   ExpectIOException([&] { out.Flush(); });
+}
+
+TEST(FullDiskTest, LogLineFails) {
+  Vell::IO::LogWriterList log;
+  log.AttachFile(String("/dev/full"));
+  ExpectRaises<IOException>("IO Exception", [&log] { log.WriteLine("lost"); });
+}
+
+TEST(FullDiskTest, LineOfAWriterThatFlushesFailsWhenItEnds) {
+  Vell::IO::TextWriter writer(Vell::MakeShared<FileStream>(String("/dev/full"), Mode::kWriteText),
+                              Vell::IO::LineEnd::kFlush);
+  writer.Write("lost");
+  ExpectRaises<IOException>("IO Exception", [&writer] { writer.EndLine(); });
+}
+
+TEST(FullDiskTest, TryFlushTellsWhetherStandardOutputTookEverything) {
+  EXPECT_TRUE(Vell::IO::TryFlushStandardOutput());
+  const Testing::ProcessEnd end = Testing::RunInChild([] {
+    Testing::ReplaceHandle(1, "/dev/full");
+    Vell::IO::StandardOutput().Write("text");
+    return Vell::IO::TryFlushStandardOutput() ? 1 : 0;
+  });
+  EXPECT_EQ(end, Testing::ProcessEnd{0});
+}
+
+TEST(PipeTest, WrappedFileStaysOpenAndHasNoName) {
+  const Testing::Pipe pipe;
+  std::array<unsigned char, 1024> buffer{};
+  {
+    FileStream stream(pipe.WriteEnd(), Mode::kWriteText, buffer);
+    EXPECT_EQ(stream.Name(), "");
+    EXPECT_EQ(stream.OpenMode(), 258u);
+    stream.Put("one ");
+    stream.Close();
+  }
+  ASSERT_TRUE(Testing::IsOpenHandle(pipe.WriteEnd()));
+  pipe.Write("two");
+  std::string received;
+  while (received.size() < 7) {
+    received += static_cast<char>(pipe.ReadByte());
+  }
+  EXPECT_EQ(received, "one two");
+}
+
+TEST(PipeTest, WrappedFileNeedsNoMemory) {
+  const Testing::Pipe pipe;
+  std::array<unsigned char, 1024> buffer{};
+  const Testing::AllocationFault fault(1, Testing::AllocationFault::Extent::kFromThenOn);
+  FileStream stream(pipe.WriteEnd(), Mode::kWriteText, buffer);
+  stream.Put("text");
+  stream.Flush();
+  EXPECT_EQ(pipe.ReadByte(), 't');
+  EXPECT_FALSE(fault.HasFired());
 }
 
 TEST(PipeTest, GivesWhatIsThereWithoutWaitingForAFullBlock) {

@@ -114,12 +114,6 @@ TEST(LogTest, FileThatCannotBeMadeIsAnOpenErrorAndAttachesNothing) {
   EXPECT_EQ(memory.streams[0]->Content(), "goes on\n");
 }
 
-TEST(LogTest, LineOnAFullDiskFails) {
-  LogWriterList log;
-  log.AttachFile(String("/dev/full"));
-  ExpectRaises<IOException>("IO Exception", [&log] { log.WriteLine("lost"); });
-}
-
 TEST(LogTest, ClosingDetachesAllWriters) {
   MemoryLog memory(2);
   memory.log.WriteLine("a");

@@ -5,7 +5,6 @@
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/text_sink.h"
 #include "support/allocation_fault.h"
-#include "support/child_process.h"
 #include "support/raised.h"
 
 namespace {
@@ -83,16 +82,6 @@ TEST(StandardWritersTest, OtherWritersMayStandInForAScope) {
   EXPECT_EQ(inner->Text(), "two\n");
   EXPECT_EQ(capture.TakeOutput(), "four\n");
   EXPECT_EQ(capture.TakeError(), "Error: fault\n");
-}
-
-TEST(StandardWritersTest, TryFlushTellsWhetherStandardOutputTookEverything) {
-  EXPECT_TRUE(Vell::IO::TryFlushStandardOutput());
-  const Testing::ProcessEnd end = Testing::RunInChild([] {
-    Testing::ReplaceHandle(1, "/dev/full");
-    StandardOutput().Write("text");
-    return Vell::IO::TryFlushStandardOutput() ? 1 : 0;
-  });
-  EXPECT_EQ(end, Testing::ProcessEnd{0});
 }
 
 }  // namespace

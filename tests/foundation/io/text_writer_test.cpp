@@ -118,13 +118,6 @@ TEST(LineEndTest, OrdinaryWriterKeepsLinesUntilItIsFlushed) {
   EXPECT_EQ(folder.Read("f"), "line\n");
 }
 
-TEST(LineEndTest, LineOnAFullDiskFailsWhenItEnds) {
-  TextWriter writer(MakeShared<FileStream>(Vell::String("/dev/full"), Vell::IO::Mode::kWriteText),
-                    LineEnd::kFlush);
-  writer.Write("lost");
-  ExpectRaises<IOException>("IO Exception", [&writer] { writer.EndLine(); });
-}
-
 TEST(CreateTextFileTest, CreatesOrEmptiesTheFile) {
   const Testing::ScratchFolder folder;
   folder.Write("old", "an earlier run");

@@ -1,11 +1,13 @@
 // The platform where it shows in what POSIX systems have: descriptors, copies of a process.
 
 #include <gtest/gtest.h>
+#include <sched.h>
 
 #include <filesystem>
 #include <string>
 
 #include "foundation/io/platform/platform.h"
+#include "foundation/io/platform/processes.h"
 #include "support/child_process.h"
 #include "support/files.h"
 
@@ -89,6 +91,22 @@ TEST(StandardInputTest, DetachedInputIsEmpty) {
             }),
             ProcessEnd{0});
   EXPECT_EQ(pipe.ReadByte(), 't');
+}
+
+void LimitToOneProcessor() {
+  cpu_set_t one;
+  CPU_ZERO(&one);
+  CPU_SET(static_cast<std::size_t>(sched_getcpu()), &one);
+  sched_setaffinity(0, sizeof one, &one);
+}
+
+TEST(ProcessorCountTest, CountsThoseThatMayBeUsed) {
+  EXPECT_GE(Platform::ProcessorCount(), 1);
+  EXPECT_EQ(RunInChild([] {
+              LimitToOneProcessor();
+              return Platform::ProcessorCount();
+            }),
+            (ProcessEnd{1, -1}));
 }
 
 }  // namespace

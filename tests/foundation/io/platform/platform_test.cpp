@@ -1,16 +1,15 @@
 #include "foundation/io/platform/platform.h"
 
 #include <gtest/gtest.h>
-#include <sched.h>
 
 #include <algorithm>
+#include <chrono>
 #include <ctime>
 #include <filesystem>
 #include <string>
+#include <thread>
 
 #include "foundation/io/platform/folders.h"
-#include "foundation/io/platform/processes.h"
-#include "support/child_process.h"
 #include "support/files.h"
 
 namespace {
@@ -18,21 +17,12 @@ namespace {
 namespace Platform = Vell::IO::Platform;
 using Platform::Access;
 using Platform::Origin;
-using Testing::ProcessEnd;
-using Testing::RunInChild;
 using Testing::ScratchFolder;
 
 /// Opens a file and closes it again.
 bool CanOpen(const std::string& path, Access access) {
   const Platform::FileHandle file = Platform::OpenFile(path.c_str(), access);
   return file != Platform::kNoFile && Platform::CloseFile(file);
-}
-
-void LimitToOneProcessor() {
-  cpu_set_t one;
-  CPU_ZERO(&one);
-  CPU_SET(static_cast<std::size_t>(sched_getcpu()), &one);
-  sched_setaffinity(0, sizeof one, &one);
 }
 
 TEST(OpenFileTest, BothSlashesSeparateFolders) {
@@ -67,42 +57,6 @@ TEST(OpenFileTest, MissingFileOrFolderIsNoFile) {
   EXPECT_FALSE(CanOpen(folder.File("none/file"), Access::kWrite));
   EXPECT_FALSE(CanOpen(folder.Path().string(), Access::kWrite));
   EXPECT_FALSE(CanOpen("", Access::kRead));
-}
-
-TEST(OpenFileTest, NeverGivesAStandardHandle) {
-  const ScratchFolder folder;
-  const std::string file = folder.Write("f", "abc");
-  for (int closed = 1; closed < 8; ++closed) {  // one bit for each of the three
-    SCOPED_TRACE(closed);
-    const ProcessEnd end = RunInChild([&] {
-      for (int handle = 0; handle < 3; ++handle) {
-        if ((closed >> handle & 1) != 0) {
-          Testing::CloseHandle(handle);
-        }
-      }
-      for (const Access access : {Access::kRead, Access::kWrite, Access::kReadAppend}) {
-        const Platform::FileHandle opened = Platform::OpenFile(file.c_str(), access);
-        if (opened < 3 || !Testing::IsOpenHandle(static_cast<int>(opened))) {
-          return 1;
-        }
-      }
-      return 0;
-    });
-    EXPECT_EQ(end, ProcessEnd{0});
-  }
-}
-
-TEST(OpenFileTest, OpenedFilesAreNotHandedToProgramsThatAreStarted) {
-  const ScratchFolder folder;
-  const std::string file = folder.Write("f", "abc");
-  const ProcessEnd end = RunInChild([&] {
-    const auto opened = Platform::OpenFile(file.c_str(), Access::kRead);
-    const std::string path = "/proc/self/fd/" + std::to_string(opened);
-    const char* const arguments[] = {"test", "-e", path.c_str(), nullptr};
-    Platform::BecomeProgram("/usr/bin/test", arguments);
-    return 99;
-  });
-  EXPECT_EQ(end, ProcessEnd{1}) << "the file is still open in the other program";
 }
 
 TEST(FileTest, ReadsWritesSeeksAndMeasures) {
@@ -187,19 +141,13 @@ TEST(ClockTest, CalendarSecondsAreThoseOfTheSystem) {
 TEST(ClockTest, ProcessorTimePassesWhileWorkingOnly) {
   const std::int64_t start = Platform::ProcessorMilliseconds();
   EXPECT_GE(start, 0);
-  Testing::SleepMilliseconds(200);
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
   EXPECT_LT(Platform::ProcessorMilliseconds() - start, 150) << "sleeping is no work";
-  const std::clock_t goal = std::clock() + CLOCKS_PER_SEC / 20;
-  while (std::clock() < goal) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (Platform::ProcessorMilliseconds() - start < 40 &&
+         std::chrono::steady_clock::now() < deadline) {
   }
   EXPECT_GE(Platform::ProcessorMilliseconds() - start, 40);
-}
-
-TEST(ProgramFileTest, IsTheFileOfThisTest) {
-  char path[4096];
-  ASSERT_TRUE(Platform::ProgramFile(path, sizeof(path)));
-  EXPECT_TRUE(std::filesystem::equivalent(path, "/proc/self/exe")) << path;
-  EXPECT_EQ(path, std::filesystem::canonical(path).string());
 }
 
 TEST(ProgramFileTest, PathThatDoesNotFitIsRefused) {
@@ -209,37 +157,6 @@ TEST(ProgramFileTest, PathThatDoesNotFitIsRefused) {
   EXPECT_TRUE(Platform::ProgramFile(path, length + 1)) << "the zero byte fits just so";
   EXPECT_FALSE(Platform::ProgramFile(path, length));
   EXPECT_FALSE(Platform::ProgramFile(path, 1));
-}
-
-TEST(BecomeProgramTest, RunsAnotherProgramWithItsExitStatus) {
-  EXPECT_EQ(RunInChild([] {
-              const char* const arguments[] = {"false", nullptr};
-              Platform::BecomeProgram("/bin/false", arguments);
-              return 99;
-            }),
-            ProcessEnd{1});
-}
-
-TEST(BecomeProgramTest, ReturnsWhenThereIsNoSuchProgram) {
-  EXPECT_EQ(RunInChild([] {
-              const char* const arguments[] = {"none", nullptr};
-              Platform::BecomeProgram("/no/such/program", arguments);
-              return 99;
-            }),
-            ProcessEnd{99});
-}
-
-TEST(StandardInputTest, DetachedInputIsEmpty) {
-  const Testing::Pipe pipe;
-  pipe.Write("typed");
-  EXPECT_EQ(RunInChild([&pipe] {
-              Testing::ReplaceHandle(0, pipe.ReadEnd());
-              Platform::DetachStandardInput();
-              char byte;
-              return Platform::ReadFile(Platform::kStandardInput, &byte, 1) == 0 ? 0 : 1;
-            }),
-            ProcessEnd{0});
-  EXPECT_EQ(pipe.ReadByte(), 't');
 }
 
 TEST(ReplaceFileTest, TakesThePlaceOfAnotherFile) {
@@ -262,15 +179,6 @@ TEST(RemoveFileTest, RemovesFilesOnly) {
   EXPECT_FALSE(Platform::RemoveFile(folder.File("inner/file").c_str()));
   EXPECT_FALSE(Platform::RemoveFile(folder.File("inner").c_str()));
   EXPECT_TRUE(folder.Has("inner"));
-}
-
-TEST(ProcessorCountTest, CountsThoseThatMayBeUsed) {
-  EXPECT_GE(Platform::ProcessorCount(), 1);
-  EXPECT_EQ(RunInChild([] {
-              LimitToOneProcessor();
-              return Platform::ProcessorCount();
-            }),
-            (ProcessEnd{1, -1}));
 }
 
 }  // namespace
