@@ -1,5 +1,5 @@
-// The wait for a key after an error, watched while it lasts: on a terminal, on a pipe, under signals.
-// A run that succeeds never waits.
+// The wait for a key after an error, watched while it lasts: on a terminal, on a pipe, under
+// signals. A run that succeeds never waits.
 
 #include <gtest/gtest.h>
 

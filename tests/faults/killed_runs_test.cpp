@@ -13,7 +13,7 @@
 #include "faults/forked_run.h"
 #include "faults/sample.h"
 #include "faults/system_calls.h"
-#include "support/process.h"
+#include "support/running_process.h"
 
 namespace Testing {
 namespace {
