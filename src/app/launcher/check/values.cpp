@@ -67,11 +67,11 @@ bool HasEntity(std::string_view text) noexcept {
 
 /// Paths and names, which are taken as they stand.
 void CheckTexts(ValueCheck& check, const DefinitionFile& definition) {
-  constexpr std::array<std::string_view, 12> kTexts = {
-      "Input/Data",         "Input/RegressionCoefficients",  "Input/IndividualPredictions",
-      "Output/Folder",      "Output/RegressionCoefficients", "Output/McmcSubFolder",
-      "Output/LogFile",     "Output/IndividualPredictions",  "Output/HospitalPredictions",
-      "Output/CStatistics", "Simulations/Simulation",        ""};
+  constexpr std::array<std::string_view, 10> kTexts = {
+      "Input/Data",        "Input/RegressionCoefficients",  "Input/IndividualPredictions",
+      "Output/Folder",     "Output/RegressionCoefficients", "Output/McmcSubFolder",
+      "Output/LogFile",    "Output/IndividualPredictions",  "Output/HospitalPredictions",
+      "Output/CStatistics"};
   for (const std::string_view element : kTexts) {
     const std::string& text = definition.Value(element).text;
     const bool isOutput = element.starts_with("Output/");  // an input of this name is missing
