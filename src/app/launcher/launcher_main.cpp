@@ -5,6 +5,8 @@
 // one of the launcher's own options is answered by the launcher, with the tools of this folder.
 
 #include <cstddef>
+#include <cstdlib>
+#include <exception>
 #include <new>
 #include <optional>
 #include <span>
@@ -33,6 +35,21 @@ int Print(std::string_view text) {
                                                                                   : kFailure;
 }
 
+int FailForMemory() {
+  constexpr std::string_view kLine = "hovar: out of memory\n";
+  Platform::WriteFile(Platform::kStandardError, kLine.data(), kLine.size());
+  return kFailure;
+}
+
+/// Ends the process where an error could not be raised: a machine without memory when the process
+/// started leaves the runtime nothing to throw with.
+[[noreturn]] void EndWithoutException() {
+  if (std::current_exception() != nullptr) {
+    std::abort();  // something else is wrong
+  }
+  std::_Exit(FailForMemory());
+}
+
 int RunTask(std::span<const char* const> arguments) {
   const std::optional<Hovar::Options> options =
       Hovar::ParseOptions(std::vector<std::string_view>(arguments.begin(), arguments.end()));
@@ -57,6 +74,7 @@ int RunTask(std::span<const char* const> arguments) {
 }  // namespace
 
 int main(int argumentCount, char** argumentVector) {
+  std::set_terminate(EndWithoutException);
   std::span<const char* const> arguments(argumentVector, static_cast<std::size_t>(argumentCount));
   arguments = arguments.subspan(arguments.empty() ? 0 : 1);
   const std::string_view first = arguments.empty() ? "" : arguments.front();
@@ -71,8 +89,6 @@ int main(int argumentCount, char** argumentVector) {
   } catch (const Vell::Exceptions::Exception&) {
     return kFailure;  // its line stands on standard error
   } catch (const std::bad_alloc&) {
-    constexpr std::string_view kLine = "hovar: out of memory\n";
-    Platform::WriteFile(Platform::kStandardError, kLine.data(), kLine.size());
-    return kFailure;
+    return FailForMemory();
   }
 }
