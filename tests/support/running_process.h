@@ -1,7 +1,7 @@
 #pragma once
 
-// A process that a test talks to while it runs: signals, a terminal, an input that stays open. POSIX
-// only.
+// A process that a test talks to while it runs: signals, a terminal, an input that stays open.
+// POSIX only.
 
 #include <array>
 #include <chrono>
