@@ -78,8 +78,8 @@ std::int64_t CalendarSeconds() noexcept;
 /// Processor time that this process has used, in milliseconds.
 std::int64_t ProcessorMilliseconds() noexcept;
 
-/// Writes the path of the running program's file, zero-terminated, with '/' between folders and with
-/// symbolic links resolved, into `path`. False when it cannot be told or does not fit.
+/// Writes the path of the running program's file, zero-terminated, with '/' between folders and
+/// with symbolic links resolved, into `path`. False when it cannot be told or does not fit.
 bool ProgramFile(char* path, std::size_t size) noexcept;
 
 /// Runs the program in file `program` with `arguments` (the first one is the name that it sees as
