@@ -101,7 +101,19 @@ compare() {  # NAME
       "$(cat "$folder/results/$1"/*/status.txt | grep -c '^0$') runs without an error"
   else
     echo "$1: different, see $folder/$1.diff"
-    status=1
+  fi
+}
+
+# Runs and compares beside others, as many at once as there are processors.
+checked=
+running=0
+check() {  # NAME
+  { run_all "$1"; compare "$1"; } &
+  checked="$checked $1"
+  running=$((running + 1))
+  if [ "$running" -ge "$jobs" ]; then
+    wait
+    running=0
   fi
 }
 
@@ -110,12 +122,13 @@ start() {
   bash -c 'exec -a "x\\hovar" "$0" "$@"' "$program" "$@"
 }
 
-rm -rf "$folder/results"
-status=0
+rm -rf "$folder/results" "$folder"/*.diff
+program=$folder/$first/libexec/hovar/hovar
+run_all "$first"
 for name in $builds; do
+  [ "$name" != "$first" ] || continue
   program=$folder/$name/libexec/hovar/hovar
-  run_all "$name"
-  compare "$name"
+  check "$name"
 done
 
 # The C library chooses its functions, the exponential among them, by the processor. It is told that
@@ -132,8 +145,7 @@ for without in -AVX512F,-AVX512VL,-AVX512BW,-AVX512DQ,-AVX512CD \
   for name in g++-O3 clang++-O3; do
     program=$folder/$name/libexec/hovar/hovar
     start() { GLIBC_TUNABLES=$tunables bash -c 'exec -a "x\\hovar" "$0" "$@"' "$program" "$@"; }
-    run_all "$name$without"
-    compare "$name$without"
+    check "$name$without"
   done
 done
 
@@ -142,7 +154,9 @@ if [ -n "$windows" ]; then
   export WINEPREFIX="$folder/wine" WINEDEBUG=-all
   start() { "$wine" "$windows" "$@"; }
   start none.xml < /dev/null > /dev/null 2>&1 || true  # makes the prefix, and says so
-  run_all windows
-  compare windows
+  check windows
 fi
-exit $status
+wait
+for name in $checked; do  # a comparison that was not made has left no file
+  { [ -f "$folder/$name.diff" ] && [ ! -s "$folder/$name.diff" ]; } || exit 1
+done
