@@ -124,7 +124,7 @@ TEST(LineEndsTest, EndsOfBlocksDoNotMatter) {
     const Reading expected = Expected(text);
     SCOPED_TRACE(Testing::Quoted(text.substr(kBlock - 6)));
     FileStream stream = OpenAsWindowsText(folder, text);
-    for (const std::size_t back : {30, 3, 2, 1}) {
+    for (const std::size_t back : {30U, 3U, 2U, 1U}) {
       const std::size_t start = expected.bytes.size() - back;
       stream.Seek(expected.places[start]);
       ASSERT_NO_FATAL_FAILURE(ExpectReads(stream, expected, start));
