@@ -24,7 +24,7 @@ struct ChainSet {
 
 /// Makes the definitions of several chains of an Analysis. Nothing, and a line on standard error,
 /// when the file is no valid definition of an Analysis or its seed serves no several chains.
-std::optional<ChainSet> MakeChainSet(const std::string& definition, int count);
+std::optional<ChainSet> MakeChainSet(const std::string& path, int count);
 
 /// Makes the folder of a chain, in that of the set, and writes its definition there. False, with a
 /// line on standard error, when that fails.

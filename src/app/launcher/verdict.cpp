@@ -42,10 +42,9 @@ std::vector<Judgement> JudgeAll(const std::vector<ChainDraws>& chains,
                                 const std::vector<std::string>& names) {
   std::vector<Judgement> judgements;
   for (std::size_t column = 0; column < names.size(); ++column) {
-    std::vector<std::vector<double>> draws;
-    for (const ChainDraws& chain : chains) {
-      draws.push_back(chain.columns[column]);
-    }
+    std::vector<std::vector<double>> draws(chains.size());
+    std::transform(chains.begin(), chains.end(), draws.begin(),
+                   [column](const ChainDraws& chain) { return chain.columns[column]; });
     judgements.push_back({names[column], JudgeConvergence(draws)});
   }
   return judgements;
