@@ -201,8 +201,8 @@ void FileStream::ForgetReturnsBefore(const unsigned char* place) noexcept {
 
 /// The number of bytes of the file from this place of the block on that are not in the block.
 std::int64_t FileStream::ReturnsFrom(const unsigned char* place) const noexcept {
-  const auto first = std::lower_bound(droppedReturns_.begin(), droppedReturns_.end(),
-                                      place != nullptr ? place - Block() : 0);
+  const auto* const first = std::lower_bound(droppedReturns_.begin(), droppedReturns_.end(),
+                                             place != nullptr ? place - Block() : 0);
   return droppedReturns_.end() - first + (holdsReturn_ ? 1 : 0);
 }
 

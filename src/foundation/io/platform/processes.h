@@ -38,7 +38,7 @@ int WaitForProcess(ProcessHandle process) noexcept;
 /// Asks a process to end. It has ended when PollProcess or WaitForProcess says so.
 void StopProcess(ProcessHandle process) noexcept;
 
-/// Lets at least `milliseconds` pass.
+/// Lets at least `milliseconds` pass, or less when a request to end comes that is remembered.
 void Sleep(int milliseconds) noexcept;
 
 /// From now on a request to end (INT, TERM or HUP; Ctrl-C, Ctrl-Break or the console's closing on

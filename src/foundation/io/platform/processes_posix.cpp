@@ -35,7 +35,7 @@ bool Connect(FileHandle file, int standard) noexcept {
     BecomeProgram(program, arguments);
   }
   const char failed = 1;
-  static_cast<void>(!write(failure, &failed, 1));
+  static_cast<void>(write(failure, &failed, 1) == 1);
   constexpr int kCannotExecute = 126;
   _exit(kCannotExecute);
 }
