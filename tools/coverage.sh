@@ -7,7 +7,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 folder=${1:-build/coverage}
-tools/install_packages.sh cmake g++ make libgtest-dev gcovr
+tools/install_packages.sh cmake g++ make libgtest-dev gcovr libxml2-utils python3 strace
 cmake -S . -B "$folder" -DCMAKE_CXX_COMPILER=g++ -DCMAKE_BUILD_TYPE=Debug -DHOVAR_BUILD_TESTS=ON \
   -DCMAKE_CXX_FLAGS="--coverage -fprofile-update=atomic"
 cmake --build "$folder" -j "$(nproc)"
