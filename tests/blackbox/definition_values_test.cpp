@@ -152,7 +152,7 @@ TEST(DefinitionTextTest, ANulByteInARequiredNameIsRejected) {
 }
 
 TEST(DefinitionTextTest, TextsAreTakenAsTheyStand) {
-  for (const char* name : {" data.csv", "data.csv ", "\ndata.csv", "data.csv\r", "a&amp;b.csv",
+  for (const char* name : {" data.csv", "data.csv\t", "\ndata.csv", "data.csv\r", "a&amp;b.csv",
                            "> data.csv", "\"data.csv\""}) {
     SCOPED_TRACE(name);
     const TinyStudy study;

@@ -35,7 +35,8 @@ std::string CopyTreeTo(const fs::path& root) {
   fs::create_directories(root / "libexec/hovar");
   fs::copy_file(HOVAR_LAUNCHER, root / LauncherFile());
   fs::copy_file(HOVAR_PROGRAM, root / ProgramFile());
-  return (root / LauncherFile()).string();
+  const std::u8string launcher = (root / LauncherFile()).u8string();
+  return {launcher.begin(), launcher.end()};
 }
 
 void ExpectPredicts(const TinyStudy& study, const std::string& launcher) {

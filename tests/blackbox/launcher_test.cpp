@@ -29,7 +29,7 @@ TEST(LauncherTest, WorksInAMovedTreeWithBlanksAndLettersOfAnyKind) {
   const ScratchFolder place;
   ExpectPredicts(study, CopyTreeTo(place.Path() / "plain"));
   ExpectPredicts(study, CopyTreeTo(place.Path() / "with two  blanks"));
-  ExpectPredicts(study, CopyTreeTo(place.Path() / "K\xC3\xB6ln \xE2\x82\xAC \xF0\x9F\x8F\xA5"));
+  ExpectPredicts(study, CopyTreeTo(place.Path() / u8"K\u00F6ln \u20AC \U0001F3E5"));
   ExpectPredicts(study, CopyTreeTo(place.Path() / "quote ' $HOME %PATH% ; ^ &"));
 }
 

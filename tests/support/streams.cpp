@@ -19,7 +19,9 @@ std::string NewFile(std::string_view content) {
 }
 
 Vell::SharedHandle<Vell::IO::Stream> Open(const std::string& path, std::uint32_t mode) {
-  return Vell::MakeShared<Vell::IO::FileStream>(Vell::String(path), mode);
+  // Readers are tested with the same bytes on every platform.
+  return Vell::MakeShared<Vell::IO::FileStream>(Vell::String(path), mode,
+                                                Vell::IO::Platform::LineEnds::kLineFeeds);
 }
 
 }  // namespace

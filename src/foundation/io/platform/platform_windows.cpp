@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <ctime>
-#include <limits>
+#include <string_view>
 
 #include "foundation/io/platform/platform.h"
 #include "foundation/io/platform/wide_text_windows.h"
@@ -62,6 +62,15 @@ constexpr std::size_t kMostAtOnce = std::size_t{1} << 24;
 DWORD AtOnce(std::size_t size) noexcept { return static_cast<DWORD>(std::min(size, kMostAtOnce)); }
 
 bool HasPositions(HANDLE handle) noexcept { return GetFileType(handle) == FILE_TYPE_DISK; }
+
+/// True when the last folder of a path is "." or "..". Windows would make the folder before it;
+/// elsewhere nothing is made.
+bool EndsInDots(std::string_view path) noexcept {
+  constexpr std::string_view kSeparators = "\\/";
+  path = path.substr(0, path.find_last_not_of(kSeparators) + 1);
+  path = path.substr(path.find_last_of(kSeparators) + 1);
+  return path == "." || path == "..";
+}
 
 bool IsConsole(HANDLE handle) noexcept {
   DWORD mode = 0;
@@ -134,7 +143,7 @@ bool CloseFile(FileHandle file) noexcept {
 
 void CreateFolder(const char* path) noexcept {
   const NativePath native(path);
-  if (native.Get() != nullptr) {
+  if (native.Get() != nullptr && !EndsInDots(path)) {
     CreateDirectoryW(native.Get(), nullptr);
   }
 }

@@ -68,15 +68,17 @@ class CommandLine {
     }
   }
 
-  /// The program's name has rules of its own: it ends at the next double quote, whatever stands
-  /// before that.
+  /// The program's name has rules of its own, which are not the same everywhere where a backslash
+  /// stands before a double quote. So there are quotes only where a blank asks for them; no file
+  /// has one in its name.
   void AppendName(const wchar_t* name) noexcept {
-    Append(L'"');
+    const bool isQuoted = *name == L'\0' || std::wcspbrk(name, L" \t\r\n") != nullptr;
+    fits_ = fits_ && std::wcschr(name, L'"') == nullptr;
+    Append(isQuoted ? 1 : 0, L'"');
     for (; *name != L'\0'; ++name) {
-      fits_ = fits_ && *name != L'"';
       Append(*name);
     }
-    Append(L'"');
+    Append(isQuoted ? 1 : 0, L'"');
   }
 
   void AppendArgument(const wchar_t* argument) noexcept {

@@ -116,6 +116,14 @@ TEST(CreateFolderTest, MakesOneFolderAndNotItsParents) {
   EXPECT_FALSE(folder.Has("missing"));
 }
 
+TEST(CreateFolderTest, DotsAreNoFolderToMake) {
+  const ScratchFolder folder;
+  for (const char* const path : {"new/.", "new\\..", "new/./", "new\\.\\"}) {
+    Platform::CreateFolder(folder.File(path).c_str());
+    EXPECT_FALSE(folder.Has("new")) << path;
+  }
+}
+
 TEST(CreateFolderTest, ExistingFolderKeepsItsFiles) {
   const ScratchFolder folder;
   folder.Write("old/file", "x");
