@@ -266,5 +266,17 @@ TEST(KeyRunTest, ADataFileThatIsGoneWhenItsKeysAreDueIsNamed) {
                   "Calculating individual predictions\n");
 }
 
+// On Windows the carriage return belongs to the end of the line.
+TEST(PredictionEdgeTest, ACarriageReturnStaysInTheLastNameOfALine) {
+  const TinyStudy study;
+  study.Write("data.csv", "Key,Hospital,Y,POA,Z1,X1\r\na,A,1,0,1,1\r\nb,A,0,0,0,0\r\n");
+  study.Write("coefficients.csv", std::string(kCoefficientHeader) + kModelRow +
+                                      "X1,Z1,0.5,0.5,0.5,0.5,0,,,0,,,0,,,0,,,0,,\n");
+  ExpectError(RunHovar(study, {"prediction.xml"}), "Variables mismatch",
+              OneHospital(2, 2, 2, 2) + RemovalLines("Z1, X1\r\n", 1, 2, 2));
+  EXPECT_EQ(study.Read("out/prediction.log").empty(), false);
+  EXPECT_FALSE(study.Has("out/predicted.csv"));
+}
+
 }  // namespace
 }  // namespace Testing

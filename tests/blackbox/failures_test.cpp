@@ -267,14 +267,6 @@ std::vector<FailureCase> CoefficientFailures() {
       failure.progress += RemovalLines("Z1, X1\n", 1, 2, 2);
     }
   }
-  // A carriage return stays in the last name of a line.
-  cases.push_back({"CarriageReturnInTheLastName",
-                   {{"data.csv", "Key,Hospital,Y,POA,Z1,X1\r\na,A,1,0,1,1\r\nb,A,0,0,0,0\r\n"},
-                    {"coefficients.csv", std::string(kCoefficientHeader) + kModelRow + kPairRow}},
-                   "prediction.xml",
-                   "Variables mismatch",
-                   OneHospital(2, 2, 2, 2) + RemovalLines("Z1, X1\r\n", 1, 2, 2),
-                   {"prediction.log"}});
   return cases;
 }
 
