@@ -118,7 +118,7 @@ TEST(BatchTest, ItsOwnListIsReadToTheEndBeforeAnythingRuns) {
 
 TEST(BatchTest, NamesInTheListAreTakenAsTheyStand) {
   const TinyStudy study;
-  for (const char* name : {"", " prediction.xml", "prediction.xml ", "a&amp;b.xml"}) {
+  for (const char* name : {"", " prediction.xml", "prediction.xml\t", "a&amp;b.xml"}) {
     SCOPED_TRACE(name);
     ExpectError(RunBatch(study, {name}), CannotOpen(name));
   }

@@ -614,7 +614,7 @@ TEST(CheckWarningTest, Values) {
 TEST(CheckWarningTest, Texts) {
   ExpectWarnings({
       Surprising(">fitted.csv<", "> fitted.csv<", "d.xml:8:25", "White space round the text"),
-      Surprising(">fitted.csv<", ">fitted.csv\n<", "d.xml:8:25", "White space round the text"),
+      Surprising(">fitted.csv<", ">fitted.csv <", "d.xml:8:25", "White space round the text"),
       Surprising(">fitted.csv<", ">a&amp;b.csv<", "d.xml:8:25", "Entities such as &amp;"),
       {Replaced(QuietAnalysis(), "<Input>\n", "<Input>\r\n"), {}, "d.xml:2:8", "carriage return"},
   });

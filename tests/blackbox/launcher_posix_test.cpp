@@ -40,6 +40,16 @@ TEST(LauncherTest, WorksThroughSymbolicLinks) {
   ExpectPredicts(study, links.File("a link"));
 }
 
+TEST(CheckWarningTest, ABatchThatNamesItselfByALink) {
+  const TinyStudy study;
+  fs::create_symlink("d.xml", study.Path() / "link.xml");
+  study.Write("d.xml", BatchText({"link.xml"}));
+  const ProcessResult check = RunLauncher(study, {"--check", "d.xml"});
+  EXPECT_EQ(check.exitStatus, 0);
+  EXPECT_TRUE(check.output.starts_with("d.xml:3:13: warning: The batch would start "))
+      << check.output;
+}
+
 TEST(LauncherTest, OnATerminalTheKeyIsStillWaitedFor) {
   const ScratchFolder folder;
   Command command = LauncherIn(folder, {"none.xml"});

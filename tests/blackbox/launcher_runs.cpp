@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 Command LauncherIn(const ScratchFolder& folder, const std::vector<std::string>& arguments,
                    const std::string& launcher) {
   Command command;
-  command.program = launcher;
+  command.program = std::u8string(launcher.begin(), launcher.end());
   command.folder = folder.Path();
   command.arguments = {launcher};
   command.arguments.insert(command.arguments.end(), arguments.begin(), arguments.end());

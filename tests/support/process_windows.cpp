@@ -131,7 +131,9 @@ Platform::ProcessHandle Start(const Command& command, const Streams& streams) {
   }
   arguments.push_back(nullptr);
   const Surroundings surroundings(command);
-  return Platform::StartProcess(command.program.string().c_str(), arguments.data(), streams.Get());
+  const std::u8string program = command.program.u8string();
+  return Platform::StartProcess(reinterpret_cast<const char*>(program.c_str()), arguments.data(),
+                                streams.Get());
 }
 
 }  // namespace
