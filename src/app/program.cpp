@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "app/dispatch.h"
+#include "app/exit_status.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/log.h"
 #include "foundation/io/platform/platform.h"
@@ -17,9 +18,6 @@ namespace {
 using Vell::Exceptions::Exception;
 using Vell::IO::Log;
 using Vell::IO::StandardOutput;
-
-constexpr int kSuccess = 0;
-constexpr int kFailure = 1;
 
 Vell::String& StartupDirectoryStorage() noexcept {
   static Vell::String directory;

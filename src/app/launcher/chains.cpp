@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/exit_status.h"
 #include "app/launcher/chain_definitions.h"
 #include "app/launcher/chain_files.h"
 #include "app/launcher/child_run.h"
@@ -19,10 +20,6 @@ namespace Hovar {
 namespace {
 
 namespace Platform = Vell::IO::Platform;
-
-constexpr int kSuccess = 0;
-constexpr int kFailure = 1;
-constexpr int kSignalStatus = 128;
 
 /// A chain that runs.
 class RunningChain {
@@ -83,7 +80,7 @@ class ChainPool {
     StopAll();
     if (Platform::StopRequest() != 0) {
       Say("stopped");
-      return kSignalStatus + Platform::StopRequest();
+      return Platform::kSignalStatus + Platform::StopRequest();
     }
     return isGood ? kSuccess : kFailure;
   }

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/exit_status.h"
 #include "app/launcher/chains.h"
 #include "app/launcher/check/check.h"
 #include "app/launcher/options.h"
@@ -27,8 +28,8 @@ namespace {
 
 namespace Platform = Vell::IO::Platform;
 
-constexpr int kSuccess = 0;
-constexpr int kFailure = 1;
+using Hovar::kFailure;
+using Hovar::kSuccess;
 
 int Print(std::string_view text) {
   return Platform::WriteFile(Platform::kStandardOutput, text.data(), text.size()) ? kSuccess

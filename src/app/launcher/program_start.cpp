@@ -1,5 +1,6 @@
 #include "app/launcher/program_start.h"
 
+#include "app/exit_status.h"
 #include "app/launcher/installation.h"
 #include "foundation/growable_array.h"
 #include "foundation/io/platform/platform.h"
@@ -9,7 +10,6 @@ namespace Hovar {
 namespace Platform = Vell::IO::Platform;
 
 int BecomeHovar(std::span<const char* const> arguments) {
-  constexpr int kFailure = 1;
   const Vell::String root = InstallationFolder();
   const Vell::String file = ProgramFileIn(root);
   const Vell::String name = ProgramNameIn(root);

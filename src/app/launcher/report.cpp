@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include "app/exit_status.h"
 #include "app/launcher/base64.h"
 #include "app/launcher/files.h"
 #include "app/launcher/installation.h"
@@ -196,8 +197,6 @@ bool WriteReport(const std::string& reportFile, const std::vector<std::string>& 
 }
 
 int RunReport(const std::vector<std::string>& folders, const std::string& reportFile) {
-  constexpr int kSuccess = 0;
-  constexpr int kFailure = 1;
   const std::string file =
       reportFile.empty() ? folders.front() + "/" + std::string(kReportName) : reportFile;
   if (!WriteReport(file, folders)) {

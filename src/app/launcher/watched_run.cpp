@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/exit_status.h"
 #include "app/launcher/child_run.h"
 #include "app/launcher/files.h"
 #include "app/launcher/kept_outputs.h"
@@ -21,10 +22,6 @@ namespace Hovar {
 namespace {
 
 namespace Platform = Vell::IO::Platform;
-
-constexpr int kSuccess = 0;
-constexpr int kFailure = 1;
-constexpr int kSignalStatus = 128;
 
 // Behind the name of the log, or of the run record for a file that goes when the program has ended.
 constexpr std::string_view kCaptureSuffix = ".output.txt";
@@ -136,7 +133,7 @@ int Watch(ChildRun& run, Bar& bar, const LineEcho& echo) {
   run.Stop();
   bar.End(run);
   if (!hasEnded && Platform::StopRequest() != 0) {
-    return kSignalStatus + Platform::StopRequest();
+    return Platform::kSignalStatus + Platform::StopRequest();
   }
   if (!echo.IsGood()) {
     Say("cannot write to standard output");

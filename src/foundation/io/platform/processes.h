@@ -27,8 +27,11 @@ struct ProcessStreams {
 ProcessHandle StartProcess(const char* program, const char* const* arguments,
                            const ProcessStreams& streams) noexcept;
 
-/// The exit status of a process that has ended (128 and the signal's number when a signal ended
-/// it), or nothing while it runs. The handle is of no use after a status was returned.
+/// What stands for the end by a signal in an exit status, beside the number of the signal.
+inline constexpr int kSignalStatus = 128;
+
+/// The exit status of a process that has ended (kSignalStatus + n when signal n ended it), or
+/// nothing while it runs. The handle is of no use after a status was returned.
 std::optional<int> PollProcess(ProcessHandle process) noexcept;
 
 /// Waits for the end of a process and returns its exit status as PollProcess does, or -1 when there

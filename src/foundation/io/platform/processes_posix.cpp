@@ -15,8 +15,6 @@
 namespace Vell::IO::Platform {
 namespace {
 
-constexpr int kSignalStatus = 128;
-
 int StatusOf(int waited) noexcept {
   return WIFSIGNALED(waited) ? kSignalStatus + WTERMSIG(waited) : WEXITSTATUS(waited);
 }

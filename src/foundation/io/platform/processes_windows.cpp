@@ -14,7 +14,6 @@
 namespace Vell::IO::Platform {
 namespace {
 
-constexpr int kSignalStatus = 128;
 constexpr int kHangUp = 1;
 constexpr int kAbort = 6;
 
