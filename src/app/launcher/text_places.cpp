@@ -5,6 +5,7 @@
 
 #include "app/launcher/silent_reading.h"
 #include "foundation/io/file_stream.h"
+#include "foundation/io/platform/platform.h"
 
 namespace Hovar {
 namespace {
@@ -106,6 +107,10 @@ FileTraits TraitsOf(const std::string& path) {
   });
   traits.endsWithLineFeed = last == '\n';
   return traits;
+}
+
+bool KeepsCarriageReturns() noexcept {
+  return Vell::IO::Platform::TextLineEnds() == Vell::IO::Platform::LineEnds::kLineFeeds;
 }
 
 }  // namespace Hovar

@@ -83,7 +83,7 @@ void WarnOfByteOrderMark(Findings& findings, const std::string& path, const File
 }
 
 void WarnOfCarriageReturn(Findings& findings, const std::string& path, const FileTraits& traits) {
-  if (traits.firstCarriageReturnLineFeed >= 0) {
+  if (traits.firstCarriageReturnLineFeed >= 0 && KeepsCarriageReturns()) {
     findings.AddWarning(path, PlaceOf(path, traits.firstCarriageReturnLineFeed),
                         "The line ends with a carriage return and a line feed. End lines with line "
                         "feeds alone: on Linux the last name of the header keeps the carriage "

@@ -160,7 +160,7 @@ void CheckValues(Findings& findings, const DefinitionFile& definition) {
 
 void CheckDefinitionText(Findings& findings, const DefinitionFile& definition) {
   const FileTraits traits = TraitsOf(definition.path);
-  if (traits.firstCarriageReturnLineFeed >= 0) {
+  if (traits.firstCarriageReturnLineFeed >= 0 && KeepsCarriageReturns()) {
     findings.AddWarning(
         definition.path, PlaceOf(definition.path, traits.firstCarriageReturnLineFeed),
         "The line ends with a carriage return and a line feed. Between tags that does no harm; in "
