@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "launcher_runs.h"
 #include "runs.h"
 #include "tiny_study.h"
 
@@ -48,6 +49,27 @@ TEST(FullDiskTest, UnderTheSummaryIsAnError) {
   EXPECT_EQ(result.error, "Error: IO Exception\n");
   EXPECT_EQ(result.exitStatus, 1);
   EXPECT_FALSE(study.Has("out/fitted.csv"));
+}
+
+TEST(FullDiskTest, UnderARunRecordIsAnError) {
+  const TinyStudy study;
+  const ProcessResult result = RunLauncher(study, {"--json", "/dev/full", "analysis.xml"});
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.error, "hovar: cannot write /dev/full\n");
+  EXPECT_TRUE(study.Has("out/fitted.csv"));
+  EXPECT_EQ(FilesBelow(study).count("out/analysis.log.output.part"), 0U);
+}
+
+TEST(FullDiskTest, UnderAReportIsAnError) {
+  const TinyStudy study;
+  const ScratchFolder place;
+  const std::string launcher = CopyTreeWithPageTo(place.Path());
+  study.Write("out/a.csv", "f");
+  const ProcessResult result =
+      RunLauncher(study, {"--report", "out", "--output", "/dev/full"}, launcher);
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.error, "hovar: cannot write /dev/full\n");
 }
 
 TEST(LogFailureTest, AWriterThatFailsIsTheLastOneToGetItsLine) {

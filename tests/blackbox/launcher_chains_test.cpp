@@ -2,21 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <map>
 
 #include "launcher_runs.h"
-#include "support/running_process.h"
 #include "tiny_study.h"
 
 namespace Testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-void ExpectHolds(const std::string& text, const std::string& part) {
-  EXPECT_NE(text.find(part), std::string::npos) << "no " << part << " in\n" << text;
-}
 
 class ChainsTest : public testing::Test {
  protected:
@@ -169,27 +163,8 @@ TEST_F(ChainsTest, AFailureStopsTheOthers) {
   EXPECT_FALSE(study_.Has("out/report.html"));
 }
 
-TEST_F(ChainsTest, ARequestToEndStopsAll) {
-  study_.Write("analysis.xml", LongAnalysisText());
-  for (const int signal : {SIGINT, SIGTERM}) {
-    RemoveResults();
-    Process process(
-        LauncherIn(study_, {"--chains", "2", "analysis.xml", "--jobs", "2"}, launcher_));
-    const fs::path first = study_.Path() / "out/chain-1/analysis.log.output.txt";
-    const fs::path second = study_.Path() / "out/chain-2/analysis.log.output.txt";
-    EXPECT_TRUE(WaitForText(first, "\nBurnin: 1 "));
-    EXPECT_TRUE(WaitForText(second, "\nBurnin: 1 "));
-    process.Signal(signal);
-    const ProcessResult result = process.Wait();
-    EXPECT_EQ(result.exitStatus, 128 + signal);
-    EXPECT_TRUE(result.error.ends_with("hovar: stopped\n")) << result.error;
-    EXPECT_TRUE(HasStoppedGrowing(first));
-    EXPECT_TRUE(HasStoppedGrowing(second));
-  }
-}
-
 TEST_F(ChainsTest, AMissingProgramIsNamed) {
-  fs::remove(place_.Path() / "libexec/hovar/hovar");
+  fs::remove(place_.Path() / ProgramFile());
   const ProcessResult result = Chains({"2", "analysis.xml"});
   EXPECT_EQ(result.exitStatus, 1);
   ExpectHolds(result.error, "hovar: cannot start ");

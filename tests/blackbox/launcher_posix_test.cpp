@@ -1,4 +1,5 @@
-// The launcher where the system has symbolic links, terminals, signals and file names of any bytes.
+// The launcher where the system has symbolic links, terminals, signals, coreutils and file names of
+// any bytes.
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,16 @@ namespace Testing {
 namespace {
 
 namespace fs = std::filesystem;
+
+/// The digest of a file by coreutils.
+std::string DigestOf(const ScratchFolder& folder, const std::string& name) {
+  Command command;
+  command.program = "/usr/bin/sha256sum";
+  command.folder = folder.Path();
+  command.arguments = {"sha256sum", name};
+  const std::string output = RunProcess(command).output;
+  return output.substr(0, output.find(' '));
+}
 
 TEST(LauncherTest, WorksInFoldersWithNamesOfAnyBytes) {
   const TinyStudy study;
@@ -77,6 +88,83 @@ TEST(LauncherTest, DeathBySignalIsPassedThrough) {
     EXPECT_TRUE(waiting.WaitForOutput(kPrompt));
     waiting.Signal(signal);
     EXPECT_EQ(waiting.Wait().signal, signal);
+  }
+}
+
+TEST(RunRecordTest, DigestsAreThoseOfCoreutils) {
+  const TinyStudy study;
+  study.Write("batch.xml", BatchText({"analysis.xml", "prediction.xml"}));
+  EXPECT_EQ(RunLauncher(study, {"--json", "run.json", "batch.xml"}).exitStatus, 0);
+  const std::string record = study.Read("run.json");
+  for (const char* name :
+       {"batch.xml", "analysis.xml", "prediction.xml", "data.csv", "coefficients.csv"}) {
+    const std::string digest = DigestOf(study, name);
+    EXPECT_EQ(digest.size(), 64U);
+    ExpectHolds(record, "\"sha256\": \"" + digest + "\"");
+  }
+}
+
+TEST(RunRecordTest, ARequestToEndEndsTheProgramAndIsRecorded) {
+  const TinyStudy study;
+  study.Write("long.xml", LongAnalysisText());
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    Process process(LauncherIn(study, {"--json", "run.json", "long.xml"}));
+    EXPECT_TRUE(process.WaitForOutput("\nBurnin: 1 "));
+    process.Signal(signal);
+    EXPECT_EQ(process.Wait().exitStatus, 128 + signal);
+    ExpectHolds(study.Read("run.json"), "\"exitStatus\": " + std::to_string(128 + signal));
+  }
+}
+
+TEST(RunRecordTest, OnATerminalNoKeyIsWaitedFor) {
+  const TinyStudy study;
+  Command command = LauncherIn(study, {"--json", "run.json", "none.xml"});
+  command.input = Input::kTerminal;
+  ExpectError(RunProcess(command), CannotOpen("none.xml"));
+}
+
+TEST(ProgressTest, ARequestToEndEndsTheProgram) {
+  const TinyStudy study;
+  study.Write("long.xml", LongAnalysisText());
+  Process process(LauncherIn(study, {"--progress", "long.xml"}));
+  const fs::path capture = study.Path() / "out/analysis.log.output.txt";
+  EXPECT_TRUE(WaitForText(capture, "\nBurnin: 1 "));
+  process.Signal(SIGTERM);
+  EXPECT_EQ(process.Wait().exitStatus, 128 + SIGTERM);
+  EXPECT_TRUE(HasStoppedGrowing(capture));
+}
+
+TEST(ProgressTest, TheDeathOfTheProgramIsTold) {
+  const TinyStudy study;
+  const ScratchFolder place;
+  const std::string launcher = CopyTreeTo(place.Path());
+  fs::remove(place.Path() / "libexec/hovar/hovar");
+  place.Write("libexec/hovar/hovar", "#!/bin/sh\nkill -KILL $$\n");
+  fs::permissions(place.Path() / "libexec/hovar/hovar", fs::perms::owner_all);
+  const ProcessResult result = RunLauncher(study, {"--progress", "analysis.xml"}, launcher);
+  EXPECT_EQ(result.exitStatus, 128 + SIGKILL);
+  ExpectHolds(result.error, "hovar: the program ended with status 137\n");
+}
+
+TEST(ChainsRequestTest, ARequestToEndStopsAll) {
+  const ScratchFolder place;
+  const TinyStudy study;
+  const std::string launcher = CopyTreeWithPageTo(place.Path());
+  study.Write("analysis.xml", LongAnalysisText());
+  for (const int signal : {SIGINT, SIGTERM}) {
+    SCOPED_TRACE(signal);
+    fs::remove_all(study.Path() / "out");
+    Process process(LauncherIn(study, {"--chains", "2", "analysis.xml", "--jobs", "2"}, launcher));
+    const fs::path first = study.Path() / "out/chain-1/analysis.log.output.txt";
+    const fs::path second = study.Path() / "out/chain-2/analysis.log.output.txt";
+    EXPECT_TRUE(WaitForText(first, "\nBurnin: 1 "));
+    EXPECT_TRUE(WaitForText(second, "\nBurnin: 1 "));
+    process.Signal(signal);
+    const ProcessResult result = process.Wait();
+    EXPECT_EQ(result.exitStatus, 128 + signal);
+    EXPECT_TRUE(result.error.ends_with("hovar: stopped\n")) << result.error;
+    EXPECT_TRUE(HasStoppedGrowing(first));
+    EXPECT_TRUE(HasStoppedGrowing(second));
   }
 }
 

@@ -114,7 +114,6 @@ TEST_F(ReportTest, FailuresLeaveTheEarlierReport) {
   }
   EXPECT_EQ(Report({"out", "--output", "none/x.html"}).error, "hovar: cannot write none/x.html\n");
   EXPECT_EQ(Report({"out", "--output", "out"}).error, "hovar: cannot write out\n");
-  EXPECT_EQ(Report({"out", "--output", "/dev/full"}).error, "hovar: cannot write /dev/full\n");
   EXPECT_EQ(work_.Read("out/report.html"), "earlier");
   EXPECT_EQ(FilesBelow(work_), (std::set<std::string>{"out/report.html", "file"}));
 }

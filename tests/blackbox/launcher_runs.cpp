@@ -77,4 +77,12 @@ bool HasStoppedGrowing(const fs::path& file) {
   return fs::file_size(file) == size;
 }
 
+void ExpectHolds(const std::string& text, const std::string& part) {
+  EXPECT_NE(text.find(part), std::string::npos) << "no " << part << " in\n" << text;
+}
+
+void ExpectLacks(const std::string& text, const std::string& part) {
+  EXPECT_EQ(text.find(part), std::string::npos) << part << " in\n" << text;
+}
+
 }  // namespace Testing

@@ -46,4 +46,8 @@ bool WaitForText(const std::filesystem::path& file, std::string_view text);
 /// True when a file does not grow for a while: whoever wrote it has gone.
 bool HasStoppedGrowing(const std::filesystem::path& file);
 
+/// Expects that a text holds, or does not hold, a part.
+void ExpectHolds(const std::string& text, const std::string& part);
+void ExpectLacks(const std::string& text, const std::string& part);
+
 }  // namespace Testing

@@ -10,11 +10,6 @@
 namespace Testing {
 namespace {
 
-ProcessResult RunText(const TinyStudy& study, const std::string& definition) {
-  study.Write("d.xml", definition);
-  return RunHovar(study, {"d.xml"});
-}
-
 struct Kind {
   std::string text;
   std::string log;

@@ -10,11 +10,6 @@
 namespace Testing {
 namespace {
 
-ProcessResult RunText(const TinyStudy& study, const std::string& definition) {
-  study.Write("d.xml", definition);
-  return RunHovar(study, {"d.xml"});
-}
-
 std::string WithChain(const std::string& thinning, const std::string& burnin,
                       const std::string& steps) {
   std::string text = Replaced(AnalysisText(), "<Thinning>1<", "<Thinning>" + thinning + "<");

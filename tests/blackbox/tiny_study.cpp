@@ -106,4 +106,19 @@ TinyStudy::TinyStudy() {
   Write("validation.xml", ValidationText());
 }
 
+ProcessResult RunText(const TinyStudy& study, const std::string& definition) {
+  study.Write("d.xml", definition);
+  return RunHovar(study, {"d.xml"});
+}
+
+std::string WithValues(std::string text,
+                       const std::vector<std::pair<std::string, std::string>>& values) {
+  for (const auto& [name, value] : values) {
+    const std::string tag = "<" + name + ">";
+    const std::size_t start = text.find(tag) + tag.size();
+    text.replace(start, text.find('<', start) - start, value);
+  }
+  return text;
+}
+
 }  // namespace Testing

@@ -4,9 +4,11 @@
 // indicator, no covariates, so that every model has nothing but an intercept.
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/files.h"
+#include "support/process.h"
 
 namespace Testing {
 
@@ -117,5 +119,12 @@ class TinyStudy : public ScratchFolder {
  public:
   TinyStudy();
 };
+
+/// Runs a definition, which becomes the file d.xml.
+ProcessResult RunText(const TinyStudy& study, const std::string& definition);
+
+/// A definition with other values in the first elements of these names.
+std::string WithValues(std::string text,
+                       const std::vector<std::pair<std::string, std::string>>& values);
 
 }  // namespace Testing
