@@ -155,8 +155,9 @@ TEST(RunRecordTest, AMissingProgramIsNamed) {
   fs::remove(place.Path() / ProgramFile());
   const ProcessResult result = RunLauncher(study, {"--json", "r.json", "analysis.xml"}, launcher);
   EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error,
-            "hovar: cannot start " + (fs::canonical(place.Path()) / ProgramFile()).string() + "\n");
+  EXPECT_EQ(result.error, "hovar: cannot start " +
+                              (fs::canonical(place.Path()) / ProgramFile()).generic_string() +
+                              "\n");
   EXPECT_FALSE(study.Has("r.json"));
   EXPECT_FALSE(study.Has("r.json.part"));
 }

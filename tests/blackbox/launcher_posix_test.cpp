@@ -5,7 +5,7 @@
 
 #include <csignal>
 
-#include "launcher_runs.h"
+#include "launcher_reports.h"
 #include "support/running_process.h"
 
 namespace Testing {
@@ -166,6 +166,13 @@ TEST(ChainsRequestTest, ARequestToEndStopsAll) {
     EXPECT_TRUE(HasStoppedGrowing(first));
     EXPECT_TRUE(HasStoppedGrowing(second));
   }
+}
+
+TEST_F(ReportTest, NamesOfFilesAndFoldersAreEscaped) {
+  work_.Write("two\"</script>/<b>&\"x\".csv", "f");
+  EXPECT_EQ(Report({"two\"</script>", "--output", "all.html"}).exitStatus, 0);
+  EXPECT_EQ(work_.Read("all.html"), Page(File(0, "&lt;b&gt;&amp;&quot;x&quot;.csv", "Zg==") +
+                                         Folders(R"("two\"\u003c/script>")")));
 }
 
 TEST(InstallTest, AnInstalledTreeRuns) {

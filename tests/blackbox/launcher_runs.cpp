@@ -48,7 +48,7 @@ void ExpectPredicts(const TinyStudy& study, const std::string& launcher) {
 
 std::string CopyTreeWithPageTo(const fs::path& root) {
   fs::create_directories(root / "share/hovar");
-  std::ofstream(root / "share/hovar/report.html")
+  std::ofstream(root / "share/hovar/report.html", std::ios::binary)
       << kPageHead << "<!-- hovar:files -->" << kPageTail;
   return CopyTreeTo(root);
 }
