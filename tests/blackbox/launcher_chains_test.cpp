@@ -113,6 +113,29 @@ TEST_F(ChainsTest, ACollectionWithoutAChainIsAnError) {
             "out\\chain-2\\mcmc\\Chain.csv\n");
 }
 
+TEST_F(ChainsTest, ACollectionOfUnlikeChainsIsAnError) {
+  ASSERT_EQ(Chains({"2", "analysis.xml", "--only", "1"}).exitStatus, 0);
+  for (const char* chain :
+       {"Step,BetaYX[0]\n1,0.5\n", "Step,BetaYX[1]\n1,0.5\n", "Step\n1\n", "Step,BetaYX[0]\n"}) {
+    SCOPED_TRACE(chain);
+    study_.Write("out/chain-2/mcmc/Chain.csv", chain);
+    const ProcessResult result = Chains({"2", "analysis.xml", "--collect"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.error,
+              "hovar: cannot read the draws of chain-2 in out\\chain-2\\mcmc\\Chain.csv\n");
+  }
+}
+
+TEST_F(ChainsTest, AVerdictThatCannotBeToldIsAnError) {
+  Command command = LauncherIn(study_, {"--chains", "2", "analysis.xml"}, launcher_);
+  command.output = Output::kFull;
+  const ProcessResult result = RunProcess(command);
+  EXPECT_EQ(result.exitStatus, 1);
+  ExpectHolds(result.error, "hovar: cannot write to standard output\n");
+  EXPECT_FALSE(study_.Has("out/report.html"));
+}
+
 TEST_F(ChainsTest, DefinitionsThatDoNotServeAreRefused) {
   const auto expectRefused = [this](const std::string& definition, const std::string& line) {
     const ProcessResult result = Chains({"2", definition});
@@ -134,6 +157,10 @@ TEST_F(ChainsTest, DefinitionsThatDoNotServeAreRefused) {
   expectRefused("clock.xml",
                 "hovar: the seed of clock.xml is taken from the clock, so the chains could not be "
                 "repeated; give it two fixed words (a Seed of the type Vector)");
+  // A definition is a small file; 16 MiB of blanks behind it would have to be written for each
+  // chain.
+  study_.Write("large.xml", text + std::string(17 << 20, ' '));
+  expectRefused("large.xml", "hovar: cannot read large.xml");
   // The words that stay what they are at every step: 36969 * 65536 - 1 and 18000 * 65536 - 1.
   study_.Write("fixed.xml", Replaced(Replaced(text, "<Element>3<", "<Element>2422800383<"),
                                      "<Element>5<", "<Element>1179647999<"));

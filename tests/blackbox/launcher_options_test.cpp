@@ -182,6 +182,25 @@ TEST(KeepTest, EarlierOutputsGetTheFirstFreeNumber) {
   EXPECT_TRUE(study.Has("out/predicted.csv.3"));
 }
 
+TEST(RunRecordTest, AChainWithoutBurninWarnsInItsMainPhaseAlone) {
+  const TinyStudy study;
+  study.Write("analysis.xml", Replaced(WarningAnalysisText(), "<Burnin>2<", "<Burnin>0<"));
+  EXPECT_EQ(RunLauncher(study, {"--json", "run.json", "analysis.xml"}).exitStatus, 0);
+  ExpectHolds(study.Read("run.json"),
+              "\"count\": 3,\n          \"iterations\": {\n            \"burnin\": 0,\n"
+              "            \"main\": 3,\n            \"firstBurnin\": null,\n"
+              "            \"firstMain\": 1\n");
+}
+
+TEST(RunRecordTest, RecordsThatWereWarnedOfAreListed) {
+  const TinyStudy study;
+  study.Write("data.csv",
+              Replaced(Replaced(kTinyData, "c,A,0,0", "c,A,0,1"), "f,B,0,0", "f,B,0,1"));
+  EXPECT_EQ(RunLauncher(study, {"--json", "run.json", "prediction.xml"}).exitStatus, 0);
+  ExpectHolds(study.Read("run.json"), "\"count\": 2,\n          \"records\": [");
+  ExpectHolds(study.Read("run.json"), "2,\n            5\n");
+}
+
 TEST(KeepTest, WithoutEarlierOutputsNothingIsSaid) {
   const TinyStudy study;
   const ProcessResult plain = RunLauncher(study, {"validation.xml"});
@@ -258,6 +277,15 @@ TEST(ProgressTest, TheBarReachesTheEndAndTheLinesAreInTheFile) {
     }
     EXPECT_EQ(FilesBelow(study).size(), files.size() + 1);
   }
+}
+
+TEST(ProgressTest, WithoutAFileForTheLinesNothingIsRun) {
+  const TinyStudy study;
+  study.Write("out/analysis.log.output.txt/inside", "");
+  const ProcessResult result = RunLauncher(study, {"--progress", "analysis.xml"});
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.error, "hovar: cannot write out\\analysis.log.output.txt\n");
+  EXPECT_FALSE(study.Has("out/fitted.csv"));
 }
 
 TEST(ProgressTest, AnErrorIsShown) {

@@ -13,6 +13,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// A launcher whose program is a shell script.
+std::string LauncherOfScript(const ScratchFolder& place, const std::string& script) {
+  const std::string launcher = CopyTreeWithPageTo(place.Path());
+  fs::remove(place.Path() / ProgramFile());
+  place.Write(ProgramFile(), "#!/bin/sh\n" + script);
+  fs::permissions(place.Path() / ProgramFile(), fs::perms::owner_all);
+  return launcher;
+}
+
 /// The digest of a file by coreutils.
 std::string DigestOf(const ScratchFolder& folder, const std::string& name) {
   Command command;
@@ -137,13 +146,67 @@ TEST(ProgressTest, ARequestToEndEndsTheProgram) {
 TEST(ProgressTest, TheDeathOfTheProgramIsTold) {
   const TinyStudy study;
   const ScratchFolder place;
-  const std::string launcher = CopyTreeTo(place.Path());
-  fs::remove(place.Path() / "libexec/hovar/hovar");
-  place.Write("libexec/hovar/hovar", "#!/bin/sh\nkill -KILL $$\n");
-  fs::permissions(place.Path() / "libexec/hovar/hovar", fs::perms::owner_all);
+  const std::string launcher = LauncherOfScript(place, "kill -KILL $$\n");
   const ProcessResult result = RunLauncher(study, {"--progress", "analysis.xml"}, launcher);
   EXPECT_EQ(result.exitStatus, 128 + SIGKILL);
   ExpectHolds(result.error, "hovar: the program ended with status 137\n");
+}
+
+TEST(RunRecordTest, ALastLineWithoutItsEndIsPassedOn) {
+  const TinyStudy study;
+  const ScratchFolder place;
+  const std::string launcher =
+      LauncherOfScript(place, "printf 'first\\nError: broken off'\nexit 3\n");
+  const ProcessResult result = RunLauncher(study, {"--json", "run.json", "analysis.xml"}, launcher);
+  EXPECT_EQ(result.exitStatus, 3);
+  EXPECT_EQ(result.output, "first\n");
+  EXPECT_EQ(result.error, "Error: broken off");
+  ExpectHolds(study.Read("run.json"), "\"error\": \"Error: broken off\"");
+}
+
+TEST(ChainsRequestTest, AChainThatEndsWithoutAnErrorLineIsTold) {
+  const TinyStudy study;
+  const ScratchFolder place;
+  const std::string launcher = LauncherOfScript(place, "exit 3\n");
+  const ProcessResult result = RunLauncher(study, {"--chains", "2", "analysis.xml"}, launcher);
+  EXPECT_EQ(result.exitStatus, 1);
+  ExpectHolds(result.error, "chain-1: ended with status 3\n");
+  ExpectHolds(result.error, "hovar: chain-1 failed; its output is in ");
+}
+
+TEST(ChainsRequestTest, TheInterruptKeyStopsAllAndBlamesNone) {
+  const ScratchFolder place;
+  const TinyStudy study;
+  const std::string launcher = CopyTreeWithPageTo(place.Path());
+  study.Write("analysis.xml", LongAnalysisText());
+  // On a terminal the key interrupts the programs as well as the launcher.
+  Command command = LauncherIn(study, {"--chains", "2", "analysis.xml", "--jobs", "2"}, launcher);
+  command.input = Input::kTerminal;
+  Process process(command);
+  for (const char* chain : {"chain-1", "chain-2"}) {
+    EXPECT_TRUE(
+        WaitForText(study.Path() / "out" / chain / "analysis.log.output.txt", "\nBurnin: 1 "));
+  }
+  process.Type("\x03");
+  const ProcessResult result = process.Wait();
+  EXPECT_EQ(result.exitStatus, 128 + SIGINT);
+  EXPECT_TRUE(result.error.ends_with("hovar: stopped\n")) << result.error;
+  ExpectLacks(result.error, "failed");
+  EXPECT_FALSE(study.Has("out/report.html"));
+}
+
+TEST(RunRecordTest, ARequestThatIsIgnoredStaysIgnored) {
+  const TinyStudy study;
+  study.Write("analysis.xml", ChainedAnalysisText(2000, 2000));
+  Command command = LauncherIn(study, {});
+  command.program = "/bin/sh";
+  command.arguments = {"sh", "-c", "trap '' HUP; exec \"$1\" --json run.json analysis.xml", "sh",
+                       HOVAR_LAUNCHER};
+  Process process(command);
+  EXPECT_TRUE(process.WaitForOutput("\nBurnin: 1 "));
+  process.Signal(SIGHUP);
+  EXPECT_EQ(process.Wait().exitStatus, 0);
+  ExpectHolds(study.Read("run.json"), "\"exitStatus\": 0");
 }
 
 TEST(ChainsRequestTest, ARequestToEndStopsAll) {
@@ -173,6 +236,18 @@ TEST_F(ReportTest, NamesOfFilesAndFoldersAreEscaped) {
   EXPECT_EQ(Report({"two\"</script>", "--output", "all.html"}).exitStatus, 0);
   EXPECT_EQ(work_.Read("all.html"), Page(File(0, "&lt;b&gt;&amp;&quot;x&quot;.csv", "Zg==") +
                                          Folders(R"("two\"\u003c/script>")")));
+}
+
+// The memory of a process is a regular file whose first page nobody can read.
+TEST_F(ReportTest, AFileThatCannotBeReadIsNamed) {
+  work_.Write("out/sub/a.csv", "f");
+  work_.Write("out/report.html", "earlier");
+  fs::create_symlink("/proc/self/mem", work_.Path() / "out/sub/b.csv");
+  const ProcessResult result = Report({"out"});
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.error, "hovar: cannot read out/sub/b.csv\n");
+  EXPECT_EQ(work_.Read("out/report.html"), "earlier");
 }
 
 TEST(InstallTest, AnInstalledTreeRuns) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/wait.h>
@@ -88,6 +89,24 @@ int Pipe::ReadByte() const {
 bool Pipe::IsReadable(int milliseconds) const {
   pollfd entry{ends_[0], POLLIN, 0};
   return poll(&entry, 1, milliseconds) == 1;
+}
+
+NoFreeDescriptors::NoFreeDescriptors() {
+  rlimit limit{};
+  EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  before_ = limit.rlim_cur;
+  const int lowestFree = open("/dev/null", O_RDONLY);
+  EXPECT_GE(lowestFree, 0);
+  close(lowestFree);
+  limit.rlim_cur = static_cast<rlim_t>(lowestFree);
+  EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+}
+
+NoFreeDescriptors::~NoFreeDescriptors() {
+  rlimit limit{};
+  EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  limit.rlim_cur = before_;
+  EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
 }
 
 void ReplaceHandle(int handle, int source) {

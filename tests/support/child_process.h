@@ -2,6 +2,7 @@
 
 // Child processes, pipes, and what else tests of the platform layer need of the operating system.
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -53,6 +54,18 @@ class Pipe {
 
  private:
   int ends_[2];
+};
+
+/// While it exists, this process cannot open anything.
+class NoFreeDescriptors {
+ public:
+  NoFreeDescriptors();
+  ~NoFreeDescriptors();
+  NoFreeDescriptors(const NoFreeDescriptors&) = delete;
+  NoFreeDescriptors& operator=(const NoFreeDescriptors&) = delete;
+
+ private:
+  std::uint64_t before_;
 };
 
 /// Makes `handle` another name of the open file `source`, or of the file `path`.

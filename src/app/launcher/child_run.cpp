@@ -45,9 +45,6 @@ bool ChildRun::Start(const std::string& definition) {
 }
 
 bool ChildRun::Advance() {
-  if (HasEnded()) {
-    return false;
-  }
   // In this order: what the program wrote before its end is there when the end is known.
   exitStatus_ = Platform::PollProcess(process_);
   ReadNew();

@@ -31,7 +31,7 @@ class ChildRun {
   /// Starts the program with a definition. When that fails a line on standard error says why.
   bool Start(const std::string& definition);
 
-  /// Reads what is new. True while the program runs.
+  /// Reads what is new. True while the program runs; not to be called after its end.
   bool Advance();
   /// Asks the program to end, waits for it and reads the rest.
   void Stop();

@@ -49,8 +49,7 @@ Chain MeansOf(const Chains& chains) {
 /// True when nothing can be said: a draw that is not finite, or draws that do not differ.
 bool IsDegenerate(const Chains& chains) {
   const Chain all = AllOf(chains);
-  if (all.empty() ||
-      !std::all_of(all.begin(), all.end(), [](double value) { return std::isfinite(value); })) {
+  if (!std::all_of(all.begin(), all.end(), [](double value) { return std::isfinite(value); })) {
     return true;
   }
   const auto [least, most] = std::minmax_element(all.begin(), all.end());
@@ -115,7 +114,7 @@ Chains NormalScores(const Chains& chains) {
 }
 
 double Rhat(const Chains& halves) {
-  if (IsDegenerate(halves) || halves.front().size() < 2) {
+  if (IsDegenerate(halves)) {
     return kNotAvailable;
   }
   const auto draws = static_cast<double>(halves.front().size());
@@ -197,7 +196,7 @@ class CombinedCorrelations {
     }
     const auto draws = static_cast<double>(covariances_.size());
     within_ = covariances_[0] * draws / (draws - 1);
-    total_ = covariances_[0] + (halves.size() > 1 ? VarianceOf(MeansOf(halves)) : 0);
+    total_ = covariances_[0] + VarianceOf(MeansOf(halves));
   }
 
   double At(std::size_t lag) const { return 1 - (within_ - covariances_[lag]) / total_; }

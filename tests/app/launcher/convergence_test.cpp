@@ -82,6 +82,18 @@ TEST(ConvergenceTest, TheScaleDoesNotMatter) {
   EXPECT_EQ(after.tailSampleSize, before.tailSampleSize);
 }
 
+TEST(ConvergenceTest, HalvesThatDoNotDifferCannotBeJudged) {
+  // Of an odd number of draws the one in the middle belongs to no half.
+  const Convergence judged = JudgeConvergence({{1, 1, 2, 1, 1}, {1, 1, 2, 1, 1}});
+  EXPECT_TRUE(std::isnan(judged.rhat));
+  EXPECT_TRUE(std::isnan(judged.bulkSampleSize));
+  EXPECT_FALSE(judged.IsGood());
+}
+
+TEST(ConvergenceTest, WithoutChainsNothingCanBeJudged) {
+  EXPECT_TRUE(std::isnan(JudgeConvergence({}).rhat));
+}
+
 TEST(ConvergenceTest, TheThresholdsAreMetInclusively) {
   EXPECT_TRUE((Convergence{1.01, 400, 400}.IsGood()));
   EXPECT_FALSE((Convergence{1.0101, 400, 400}.IsGood()));

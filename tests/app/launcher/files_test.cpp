@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "app/launcher/run_record.h"
+#include "app/launcher/sha256.h"
+#include "support/child_process.h"
 #include "support/files.h"
 
 namespace Hovar {
@@ -42,6 +44,23 @@ TEST(OutputFileTest, FoldersAndMissingFoldersCannotBeWritten) {
   EXPECT_FALSE(WriteWholeFile(folder.File("none/file"), "x"));
 }
 
+TEST(OutputFileTest, WhatWasNeverOpenIsNotComplete) {
+  const ScratchFolder folder;
+  OutputFile file(folder.File("none/file"));
+  file.Write("x");
+  EXPECT_FALSE(file.Complete());
+}
+
+TEST(OutputFileTest, AFolderInItsPlaceIsNotReplaced) {
+  const ScratchFolder folder;
+  OutputFile file(folder.File("file"));
+  ASSERT_TRUE(file.Open());
+  folder.Write("file/inside", "stays");
+  EXPECT_FALSE(file.Complete());
+  EXPECT_EQ(folder.Read("file/inside"), "stays");
+  EXPECT_FALSE(folder.Has("file.part"));
+}
+
 TEST(OutputFileTest, ADeviceIsWrittenDirectly) {
   EXPECT_TRUE(WriteWholeFile("/dev/null", "x"));
   EXPECT_FALSE(std::filesystem::exists("/dev/null.part"));
@@ -59,6 +78,21 @@ TEST(ReadSmallFileTest, RegularFilesOnly) {
   EXPECT_EQ(ReadSmallFile(folder.Path().string()), std::nullopt);
   EXPECT_EQ(ReadSmallFile("/dev/zero"), std::nullopt);
   EXPECT_EQ(ReadSmallFile(folder.Write("large", std::string(17 << 20, 'x'))), std::nullopt);
+}
+
+// The memory of this process is a regular file whose first page nobody can read.
+TEST(InputFileTest, AFileThatCannotBeReadIsNoFile) {
+  constexpr const char* kUnreadable = "/proc/self/mem";
+  EXPECT_EQ(ReadSmallFile(kUnreadable), std::nullopt);
+  EXPECT_EQ(Sha256OfFile(kUnreadable), std::nullopt);
+}
+
+TEST(InputFileTest, WithoutAFreeDescriptorNothingIsRead) {
+  const ScratchFolder folder;
+  const std::string file = folder.Write("a", "text");
+  const Testing::NoFreeDescriptors none;
+  EXPECT_EQ(ReadSmallFile(file), std::nullopt);
+  EXPECT_EQ(Sha256OfFile(file), std::nullopt);
 }
 
 // coreutils: date -u -d @SECONDS +%FT%TZ

@@ -48,6 +48,7 @@ TEST(JsonStringTest, OtherBytesAreReplacedOneByOne) {
       {"\x80z", r + "z"},                   // continuation without a lead
       {"\xC3", r},                          // cut short
       {"\xE2\x82", r + r},                  //
+      {"\xE2\x82x", r + r + "x"},           // the last byte is no continuation
       {"\xC3(", r + "("},                   // no continuation
       {"\xC0\x80", r + r},                  // longer than needed
       {"\xE0\x9F\xBF", r + r + r},          //

@@ -31,6 +31,14 @@ TEST(RunLinesTest, AWarningBelongsToTheFitBeforeIt) {
   EXPECT_EQ(lines.WarningCount(), 2);
 }
 
+TEST(RunLinesTest, LinesBeforeTheFirstRunMakeOne) {
+  const RunLines lines = Taken({kLimit, "1/2"});
+  ASSERT_EQ(lines.Runs().size(), 1U);
+  EXPECT_EQ(lines.Runs()[0].stage, Stage::kReading);
+  ASSERT_EQ(lines.Runs()[0].warnings.size(), 1U);
+  EXPECT_EQ(lines.Runs()[0].warnings[0].fit, "");
+}
+
 TEST(RunLinesTest, RecordsAreCollected) {
   const RunLines lines =
       Taken({"Reading data file...", "Reading data...",

@@ -63,6 +63,78 @@ TEST(VerdictTest, NamesThatDoNotFitAreNotUsed) {
   ExpectHolds(text, "(BetaYX[0])");
 }
 
+/// Chains of several coefficients: the columns of `parts` side by side.
+std::vector<ChainDraws> Joined(const std::vector<std::vector<ChainDraws>>& parts) {
+  std::vector<ChainDraws> result(parts.front().size());
+  for (const std::vector<ChainDraws>& part : parts) {
+    for (std::size_t c = 0; c < result.size(); ++c) {
+      result[c].names.push_back("BetaYX[" + std::to_string(result[c].names.size()) + "]");
+      result[c].columns.push_back(part[c].columns[0]);
+    }
+  }
+  return result;
+}
+
+TEST(VerdictTest, TheLargestAndTheSmallestFigureAreNamed) {
+  // Of the same draws, those that stand still every other time are worth half as much.
+  std::vector<ChainDraws> slow = ChainsOf(4, 2000);
+  for (ChainDraws& chain : slow) {
+    for (std::size_t i = 1; i < chain.columns[0].size(); i += 2) {
+      chain.columns[0][i] = chain.columns[0][i - 1];
+    }
+  }
+  const std::string text =
+      VerdictText(Joined({ChainsOf(4, 2000), slow, ChainsOf(4, 2000)}), {"a", "b", "c"});
+  ExpectHolds(text, "4 chains of 2000 draws, 3 coefficients. ");
+  ExpectHolds(text, "The chains have converged. Largest R-hat: 1.00");
+  ExpectHolds(text, " (b).\n");
+}
+
+TEST(VerdictTest, TheWorstComeFirstAndOnlyTwentyOfThem) {
+  std::vector<std::vector<ChainDraws>> parts;
+  std::vector<std::string> names;
+  for (int i = 0; i < 23; ++i) {
+    parts.push_back(ChainsOf(4, 100, 1 + i));
+    names.push_back("v" + std::to_string(i));
+  }
+  const std::string text = VerdictText(Joined(parts), names);
+  ExpectHolds(text, "NOT converged: 23 of 23 coefficients do not pass.\n  v22: R-hat ");
+  EXPECT_LT(text.find("  v4: "), text.find("  v3: ")) << text;
+  ExpectHolds(text, "\n  and 3 more\n");
+  EXPECT_EQ(text.find("  v2: "), std::string::npos) << text;
+}
+
+TEST(VerdictTest, WhatCannotBeJudgedComesFirst) {
+  std::vector<ChainDraws> still = ChainsOf(4, 100);
+  for (ChainDraws& chain : still) {
+    chain.columns[0].assign(chain.columns[0].size(), 0.5);
+  }
+  const std::string text =
+      VerdictText(Joined({ChainsOf(4, 100, 1), still, ChainsOf(4, 100, 2), still}),
+                  {"apart", "still", "further", "still too"});
+  ExpectHolds(text,
+              "cannot be told: 4 of 4 coefficients do not pass.\n"
+              "  still: cannot be judged\n"
+              "  still too: cannot be judged\n"
+              "  further: R-hat ");
+}
+
+TEST(VerdictTest, ChainsThatStandStillApartHaveNotConverged) {
+  std::vector<ChainDraws> chains = ChainsOf(2, 100);
+  for (std::size_t c = 0; c < chains.size(); ++c) {
+    chains[c].columns[0].assign(100, static_cast<double>(c));
+  }
+  const std::string text = VerdictText(chains, {"v"});
+  EXPECT_EQ(text.find("have converged"), std::string::npos) << text;
+  ExpectHolds(text, "1 of 1 coefficient do not pass.\n  v: ");
+}
+
+TEST(VerdictTest, ChainsWithoutCoefficientsAreTold) {
+  const std::string text = VerdictText(std::vector<ChainDraws>(2), {});
+  ExpectHolds(text, "2 chains of 0 draws, 0 coefficients. ");
+  EXPECT_TRUE(text.ends_with("There is nothing to judge.\n")) << text;
+}
+
 TEST(ChainFileTest, IsReadAsItWasWritten) {
   const Testing::ScratchFolder folder;
   const std::optional<ChainDraws> draws =

@@ -238,6 +238,15 @@ TEST(FileStreamTest, UngetPutsTheLastByteBack) {
   EXPECT_EQ(stream->ReadByte(), kEndOfStream);
 }
 
+TEST(FileStreamTest, AByteCanBePutBackBeforeTheFirstReading) {
+  const InputStream stream("abc");
+  stream->Unget('x');
+  for (const int byte : {'x', 'a', 'b', 'c'}) {
+    EXPECT_EQ(stream->ReadByte(), byte);
+  }
+  EXPECT_EQ(stream->ReadByte(), kEndOfStream);
+}
+
 TEST(FileStreamTest, AnotherByteCanBePutBackWithoutChangingTheFile) {
   const InputStream stream("abc");
   stream->ReadByte();

@@ -80,6 +80,9 @@ std::optional<int> PollProcess(ProcessHandle process) noexcept {
 }
 
 int WaitForProcess(ProcessHandle process) noexcept {
+  if (process == kNoProcess) {
+    return -1;  // for waitpid it would be any process
+  }
   int waited = 0;
   while (waitpid(static_cast<pid_t>(process), &waited, 0) < 0) {
     if (errno != EINTR) {

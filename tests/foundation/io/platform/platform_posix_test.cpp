@@ -80,6 +80,17 @@ TEST(BecomeProgramTest, ReturnsWhenThereIsNoSuchProgram) {
             ProcessEnd{99});
 }
 
+TEST(StartProcessTest, WithoutAFreeDescriptorNothingIsStarted) {
+  const char* const arguments[] = {"true", nullptr};
+  const Testing::NoFreeDescriptors none;
+  EXPECT_EQ(Platform::StartProcess("/bin/true", arguments, {}), Platform::kNoProcess);
+}
+
+TEST(WaitForProcessTest, AProcessOfAnotherIsNotWaitedFor) {
+  constexpr Platform::ProcessHandle kFirstProcess = 1;
+  EXPECT_EQ(Platform::WaitForProcess(kFirstProcess), -1);
+}
+
 TEST(StandardInputTest, DetachedInputIsEmpty) {
   const Testing::Pipe pipe;
   pipe.Write("typed");

@@ -107,6 +107,12 @@ TEST(ProcessesTest, WhatCannotBeExecutedIsNoProcess) {
   }
 }
 
+TEST(ProcessesTest, NoProcessIsNotWaitedForAndOthersAreLeftAlone) {
+  const ProcessHandle other = Start({"exit", "7"});
+  EXPECT_EQ(Platform::WaitForProcess(Platform::kNoProcess), -1);
+  EXPECT_EQ(Platform::WaitForProcess(other), 7);
+}
+
 TEST(ProcessesTest, ARunningProcessHasNoStatusUntilItIsStopped) {
   const auto start = std::chrono::steady_clock::now();
   const ProcessHandle process = Start({"sleep"});
