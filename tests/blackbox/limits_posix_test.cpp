@@ -25,6 +25,8 @@ ProcessResult RunLimited(const ScratchFolder& folder, const std::string& limits,
   return RunProcess(command);
 }
 
+const std::string kAnalysisProgress = std::string(kTinyReading) + kTinyElimination + kTinyFits;
+
 TEST(IntegerLimitTest, TheLargestNumberOfPassesIsBegun) {
   for (const std::string& text : {PredictionText(), ValidationText()}) {
     const TinyStudy study;

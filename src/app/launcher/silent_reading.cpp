@@ -1,18 +1,35 @@
 #include "app/launcher/silent_reading.h"
 
+#include <new>
+
 namespace Hovar {
 
 using Vell::MakeShared;
 using Vell::IO::TextSink;
 
+void ErrorLineSink::Write(const void* buffer, std::size_t count) {
+  try {
+    lines_.append(static_cast<const char*>(buffer), count);
+  } catch (const std::bad_alloc&) {
+    isLost_ = true;
+  }
+}
+
+const std::string& ErrorLineSink::Lines() const {
+  if (isLost_) {
+    throw std::bad_alloc();
+  }
+  return lines_;
+}
+
 SilentWriters::SilentWriters()
-    : errorSink_(MakeShared<TextSink>(TextSink::Use::kKeep)),
+    : errorSink_(MakeShared<ErrorLineSink>()),
       output_(MakeShared<TextSink>(TextSink::Use::kDrop)),
       error_(errorSink_),
       redirection_(output_, error_) {}
 
 std::string SilentWriters::ErrorText() const {
-  std::string_view text = errorSink_->Text();
+  std::string_view text = errorSink_->Lines();
   constexpr std::string_view kPrefix = "Error: ";
   if (text.starts_with(kPrefix)) {
     text.remove_prefix(kPrefix.size());

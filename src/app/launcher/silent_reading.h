@@ -4,6 +4,7 @@
 // apart. This is how they are called: what they print and log is not shown, and the error that ends
 // them is a result.
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,22 +15,38 @@
 
 namespace Hovar {
 
+/// Keeps error lines. Without memory for one it says so afterwards: an error that is raised while an
+/// error line is written ends the process.
+class ErrorLineSink final : public Vell::IO::TextSink {
+ public:
+  ErrorLineSink() : TextSink(Use::kDrop) {}
+  void Write(const void* buffer, std::size_t count) override;
+
+  /// Errors: std::bad_alloc when there was no memory for the text.
+  const std::string& Lines() const;
+
+ private:
+  std::string lines_;
+  bool isLost_ = false;
+};
+
 /// The two writers that a reader sees, and the error line that it left.
 class SilentWriters {
  public:
   SilentWriters();
   /// The text of the first error line, without "Error: " and the line feed.
+  /// Errors: std::bad_alloc.
   std::string ErrorText() const;
 
  private:
-  Vell::SharedHandle<Vell::IO::TextSink> errorSink_;
+  Vell::SharedHandle<ErrorLineSink> errorSink_;
   Vell::IO::TextWriter output_;
   Vell::IO::TextWriter error_;
   Vell::IO::StandardWritersRedirection redirection_;
 };
 
 /// Runs a reader. Result: the text of the error that it ended in, or nothing.
-/// Errors: OutOfMemoryException, which says nothing about the file.
+/// Errors: OutOfMemoryException and std::bad_alloc, which say nothing about the file.
 template <typename Call>
 std::optional<std::string> ErrorOf(Call call) {
   const SilentWriters writers;

@@ -7,7 +7,7 @@ namespace Vell::IO {
 
 /// A stream for writing that leads nowhere: it keeps in memory what is written, or drops it.
 /// Reading from it gives the end at once; seeking is "IO Exception".
-class TextSink final : public Stream {
+class TextSink : public Stream {
  public:
   enum class Use { kKeep, kDrop };
 
