@@ -24,11 +24,8 @@ struct Judgement {
   }
 };
 
-/// A number with so many digits behind the point, at most 6.
+/// A finite number with so many digits behind the point, at most 6.
 std::string Fixed(double value, std::size_t digits) {
-  if (!std::isfinite(value)) {
-    return std::string(Vell::IO::NumberText::OfReal(value).View());
-  }
   const double scale = std::pow(10.0, static_cast<double>(digits));
   const std::string text(Vell::IO::NumberText::OfFixed(std::round(value * scale) / scale).View());
   return text.substr(0, text.find('.') + (digits > 0 ? 1 + digits : 0));

@@ -32,7 +32,7 @@ TEST(RunLinesTest, AWarningBelongsToTheFitBeforeIt) {
 }
 
 TEST(RunLinesTest, LinesBeforeTheFirstRunMakeOne) {
-  const RunLines lines = Taken({kLimit, "1/2"});
+  const RunLines lines = Taken({kLimit});
   ASSERT_EQ(lines.Runs().size(), 1U);
   EXPECT_EQ(lines.Runs()[0].stage, Stage::kReading);
   ASSERT_EQ(lines.Runs()[0].warnings.size(), 1U);
