@@ -17,7 +17,8 @@ cmake -S . -B "$folder" -DCMAKE_CXX_COMPILER=g++ -DCMAKE_BUILD_TYPE=Debug -DHOVA
 cmake --build "$folder" -j "$(nproc)"
 mkdir -p "$folder/html"
 find "$folder" -name '*.gcda' -delete
-ctest --test-dir "$folder" -j "$(nproc)" --output-on-failure | tail -n 3
+# Counting needs memory itself, so tests without any are left out.
+ctest --test-dir "$folder" -j "$(nproc)" --output-on-failure -E FailingMallocTest | tail -n 3
 # Left out by name: what asks for absent processors, and conditions that are asserted.
 gcovr --root . --filter src/ --exclude src/linalg/kernels/processor.cpp \
   --exclude-throw-branches --exclude-unreachable-branches --exclude-branches-by-pattern '.*assert\(.*' \
