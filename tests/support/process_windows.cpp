@@ -143,7 +143,7 @@ ProcessResult RunProcess(const Command& command) {
   ProcessResult result;
   const Platform::ProcessHandle process = Start(command, streams);
   if (process == Platform::kNoProcess) {
-    ADD_FAILURE() << "cannot start " << command.program;
+    ADD_FAILURE() << "cannot start " << command.program << ", error " << GetLastError();
     return result;
   }
   const auto deadline = std::chrono::steady_clock::now() + kPatience;
