@@ -132,8 +132,16 @@ Platform::ProcessHandle Start(const Command& command, const Streams& streams) {
   arguments.push_back(nullptr);
   const Surroundings surroundings(command);
   const std::u8string program = command.program.u8string();
-  return Platform::StartProcess(reinterpret_cast<const char*>(program.c_str()), arguments.data(),
-                                streams.Get());
+  const auto start = [&] {
+    return Platform::StartProcess(reinterpret_cast<const char*>(program.c_str()), arguments.data(),
+                                  streams.Get());
+  };
+  // One process in ten thousand dies before its first instruction on a busy machine under Wine,
+  // which calls that an internal error.
+  const Platform::ProcessHandle process = start();
+  const bool isWinesFault =
+      process == Platform::kNoProcess && GetLastError() == ERROR_INTERNAL_ERROR;
+  return isWinesFault ? start() : process;
 }
 
 }  // namespace
