@@ -7,10 +7,9 @@
 #include <algorithm>
 #include <map>
 
+#include "check_runs.h"
 #include "foundation/io/platform/platform.h"
-#include "runs.h"
 #include "support/definition_tags.h"
-#include "tiny_study.h"
 
 namespace Testing {
 namespace {
@@ -18,75 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 namespace Platform = Vell::IO::Platform;
 
-ProcessResult RunCheck(const ScratchFolder& folder, const std::vector<std::string>& arguments) {
-  Command command;
-  command.program = HOVAR_LAUNCHER;
-  command.folder = folder.Path();
-  command.arguments = {HOVAR_LAUNCHER, "--check"};
-  command.arguments.insert(command.arguments.end(), arguments.begin(), arguments.end());
-  return RunProcess(command);
-}
-
-/// Everything below a folder: the files with their contents, and the folders.
-std::map<std::string, std::string> Snapshot(const ScratchFolder& folder) {
-  std::map<std::string, std::string> entries;
-  for (const auto& entry : fs::recursive_directory_iterator(folder.Path())) {
-    entries[entry.path().string()] =
-        entry.is_regular_file() ? ReadFile(entry.path()) : std::string("no file");
-  }
-  return entries;
-}
-
-/// Checks d.xml, which must change nothing and leave nothing on standard error, and returns what
-/// stands on standard output.
-ProcessResult CheckDefinition(const ScratchFolder& folder,
-                              const std::vector<std::string>& arguments = {"d.xml"}) {
-  const std::map<std::string, std::string> before = Snapshot(folder);
-  ProcessResult result = RunCheck(folder, arguments);
-  EXPECT_EQ(Snapshot(folder), before);
-  EXPECT_EQ(result.error, "");
-  return result;
-}
-
-/// Runs the check and then the program; both must end alike. Returns what the check printed.
-std::string ExpectAgreement(const ScratchFolder& folder) {
-  const ProcessResult check = CheckDefinition(folder);
-  const ProcessResult run = RunHovar(folder, {"d.xml"});
-  EXPECT_EQ(check.exitStatus, run.exitStatus) << check.output << "the program:\n"
-                                              << run.output << run.error;
-  return check.output;
-}
-
-bool HasError(const std::string& output) { return output.find(": error: ") != std::string::npos; }
-
-/// A change of the tiny study.
-struct Row {
-  std::string what;
-  std::string definition;
-  std::vector<std::pair<std::string, std::string>> files;
-  /// How the line of the first error begins; nothing for a run that is good.
-  std::string error;
-};
-
-void ExpectRows(const std::vector<Row>& rows) {
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.what + "\n" + row.definition);
-    const TinyStudy study;
-    study.Write("d.xml", row.definition);
-    for (const auto& [name, content] : row.files) {
-      study.Write(name, content);
-    }
-    const std::string output = ExpectAgreement(study);
-    EXPECT_EQ(HasError(output), !row.error.empty()) << output;
-    const std::string expected = row.error + (row.error.empty() ? "" : ": error: ");
-    EXPECT_TRUE(("\n" + output).find("\n" + expected) != std::string::npos) << output;
-  }
-}
-
-Row Changed(const std::string& text, const std::string& from, const std::string& to,
-            const std::string& error = "") {
-  return {from + " -> " + to, Replaced(text, from, to), {}, error};
-}
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 TEST(CheckAgreementTest, GoodDefinitionsOfAllKinds) {
   ExpectRows({
@@ -122,10 +53,18 @@ TEST(CheckAgreementTest, Grammar) {
       Changed(analysis, "<Analysis>", "<Analysis a='b'>", "d.xml:1:13"),
       Changed(analysis, "<Analysis>", "<Analysis a>", "d.xml:1:1"),
       Changed(analysis, "<Analysis>", "<Analysis a=\"1\" a=\"2\">", "d.xml:1:1"),
+      Changed(analysis, "<Analysis>", "<Analysis /x>", "d.xml:1:1"),
+      Changed(analysis, "<Analysis>", "<Analysis ?>", "d.xml:1:11"),
+      Changed(analysis, "<Analysis>", "<>", "d.xml:1:1"),
+      Changed(analysis, "<Analysis>", "</ x>", "d.xml:1:4"),
+      Changed(analysis, "<Analysis>", "< x>", "d.xml:1:1"),
+      {"an end without >", "<?xml version=\"1.0\"?x>\n" + analysis, {}, "d.xml:1:21"},
+      {"an end without ?", "<?xml version=\"1.0\">\n" + analysis, {}, "d.xml:1:20"},
       Changed(analysis, "</Analysis>", "</Analyses>", "d.xml:39:1"),
       Changed(analysis, "</Analysis>", "", "d.xml:40:1"),
       Changed(analysis, "<Data>", "<data>", "d.xml:3:1"),
       Changed(analysis, "<Data>", "<DataFile>", "d.xml:3:1"),
+      Changed(analysis, "<Data>", "<DataFile/>", "d.xml:3:1"),
       Changed(analysis, "<Data>", "<Data a=\"b\">", "d.xml:3:7"),
       Changed(analysis, "<Data>data.csv</Data>", "<Data/>", "d.xml:3:1"),
       Changed(analysis, "<Data>data.csv</Data>", "<Data />", "d.xml:3:1"),
@@ -141,6 +80,7 @@ TEST(CheckAgreementTest, Grammar) {
       Changed(analysis, ">1<", ">1.5<", "d.xml:4:24"),
       Changed(analysis, ">1<", ">1e3<", "d.xml:4:24"),
       Changed(analysis, ">1<", "> 1 <"),
+      Changed(analysis, ">1<", ">\n x<", "d.xml:5:2"),
       Changed(analysis, ">1e-9<", ">1,5<", "d.xml:15:12"),
       Changed(analysis, ">1e-9<", ">small<", "d.xml:15:12"),
       Changed(analysis, ">false<", ">False<", "d.xml:13:36"),
@@ -206,6 +146,8 @@ TEST(CheckAgreementTest, OutputFoldersAndFiles) {
       Changed(AnalysisText(), "<Folder>out<", "<Folder>out/<"),
       Changed(AnalysisText(), "<Folder>out<", "<Folder>out/.<", "d.xml:7:9"),
       Changed(AnalysisText(), "<Folder>out<", "<Folder>.<"),
+      Changed(AnalysisText(), "<Folder>out<", "<Folder>a..b<"),
+      Changed(AnalysisText(), "<Folder>out<", "<Folder>a/b/../c<", "d.xml:7:9"),
       Changed(AnalysisText(), "<Folder>out<", "<Folder>" + std::string(300, 'x') + "<",
               "d.xml:7:9"),
       {"there", Replaced(AnalysisText(), "<Folder>out<", "<Folder>a\\b<"), {{"a/x", ""}}, ""},
@@ -229,6 +171,14 @@ TEST(CheckAgreementTest, OutputFoldersAndFiles) {
       {"a file as the folder", ValidationText(), {{"out", ""}}, "d.xml:9:9"},
       {"earlier files", AnalysisText(), {{"out/mcmc/Chain.csv", "x"}, {"out/fitted.csv", "x"}}, ""},
   });
+}
+
+TEST(CheckAgreementTest, AFolderThroughTheOneAbove) {
+  const TinyStudy study;
+  const std::string here = study.Path().filename().string();
+  study.Write("d.xml", Replaced(QuietAnalysis(), "<Folder>out<", "<Folder>../" + here + "/out<"));
+  EXPECT_EQ(ExpectAgreement(study), "0 errors, 0 warnings\n");
+  EXPECT_TRUE(study.Has("out/fitted.csv"));
 }
 
 TEST(CheckAgreementTest, OutputsThatAreInputs) {
@@ -256,21 +206,6 @@ TEST(CheckAgreementTest, OutputsThatAreInputs) {
   });
 }
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-const std::string kHeader = "Key,Hospital,Y,POA,Z,X\n";
-
-/// A prediction of a data file with one variable.
-Row Data(const std::string& what, const std::string& indicators, const std::string& data,
-         const std::string& error = "") {
-  return {what,
-          Replaced(PredictionText(), "Indicators>1<", "Indicators>" + indicators + "<"),
-          {{"data.csv", data},
-           {"coefficients.csv", std::string(kCoefficientHeader) + kModelRow +
-                                    "X,Z,0.5,0.5,0.5,0.5,0,,,0,,,0,,,0,,,0,,\n"}},
-          error};
-}
-
 TEST(CheckAgreementTest, ShapeOfTheDataFile) {
   const std::string first = "a,A,1,0,1,1\n";
   ExpectRows({
@@ -291,11 +226,29 @@ TEST(CheckAgreementTest, ShapeOfTheDataFile) {
       Data("last line feed missing", "1", kHeader + first + "b,A,1,0,1,1", "data.csv:3:12"),
       Data("a blank at the end", "1", kHeader + first + " ", "data.csv:3:2"),
       Data("two fields", "1", "Key,Hospital\n", "d.xml:4:24"),
+      Data("a line feed alone", "1", "\n", "d.xml:4:24"),
+      Data("a header without its first names", "1", ",,,,Z,X\n" + first),
+      Data("a quoted header over two lines", "1", "\"Key\n\",Hospital,Y,POA,Z,X\n" + first,
+           "data.csv:1:1"),
+      Data("a comma in the header", "1", "Key,Hospital,\"Y, or N\",POA,Z,X\n" + first,
+           "data.csv:1:14"),
+      Data("a comma in a name", "1", Replaced(kHeader, "Z,X", "Z,\"X, Y\""),
+           "coefficients.csv:1:1"),
+      Data("a quoted header without its end", "1", "\"Key\n\",Hospital,Y,POA,Z,X", "data.csv:2:21"),
       Data("carriage returns", "1", "Key,Hospital,Y,POA,Z,Q,X,Q\r\na,A,1,0,1,1,0,0\r\n"),
       Data("byte order mark", "1", "\xEF\xBB\xBF" + kHeader + first),
       Data("byte order mark before a quote", "1",
            "\xEF\xBB\xBF\"Key\",Hospital,Y,POA,Z,X\n" + first, "data.csv:1:2"),
   });
+}
+
+TEST(CheckAgreementTest, ANegativeNumberOfIndicatorsWithMoreCellsThan31BitsCount) {
+  // 2200 * 1,000,001 cells.
+  std::string data = "Key,Hospital,Y\n";
+  for (int i = 0; i < 2200; ++i) {
+    data += "k,A,1\n";
+  }
+  ExpectRows({Data("negative", "-2000000", data, "d.xml:4:24")});
 }
 
 TEST(CheckAgreementTest, CellsOfTheDataFile) {
@@ -316,6 +269,12 @@ TEST(CheckAgreementTest, CellsOfTheDataFile) {
       Data("X empty", "1", first + "b,A,1,0,1,\n"),
       Data("text behind numbers", "1", first + "b,A,1 yes,0\t,1.5,1abc\n"),
       Data("beyond ASCII", "1", first + "b,Z\xC3\xBCrich,7,0,1,1\n", "data.csv:3:10"),
+      Data("hospital like a broken nan", "1", first + "b,North,2,0,1,1\n", "data.csv:3:9"),
+      Data("hospital like a broken inf", "1", first + "b,Isala,,0,1,1\n", "data.csv:3:9"),
+      Data("Y nan", "1", first + "b,A,nan,0,1,1\n", "data.csv:3:5"),
+      Data("Z Na", "1", first + "b,A,1,0,Na,1\n", "data.csv:3:9"),
+      Data("Y 2 without a name", "1", "Key,Hospital,,POA,Z,X\nb,A,2,0,1,1\n", "data.csv:2:5"),
+      Data("hospital over two lines", "1", first + "b,\"Q\nR\",7,0,1,1\n", "data.csv:4:4"),
       Data("quoted hospital", "1", first + "b,\"Q, R\",7,0,1,1\n", "data.csv:3:10"),
       Data("grouping", "1", first + "b,B,1,0,1,1\nc,A,1,0,1,1\n", "data.csv:4:3"),
       Data("grouping with quotes", "1", first + "b,B,1,0,1,1\nc,\"A\",1,0,1,1\n", "data.csv:4:3"),
@@ -341,13 +300,6 @@ TEST(CheckAgreementTest, EmptyOutcomesAtTheEndOfALine) {
   });
 }
 
-/// An analysis of a data file with one variable.
-Row Fit(const std::string& what, const std::string& records, const std::string& error = "") {
-  Row row{what, AnalysisText(), {{"data.csv", kHeader + records}}, error};
-  row.definition = Replaced(row.definition, "<PriorPrecision>0<", "<PriorPrecision>1<");
-  return row;
-}
-
 TEST(CheckAgreementTest, DataThatAnAnalysisCannotUse) {
   ExpectRows({
       Fit("good", "a,A,1,0,1,1\nb,A,0,0,0,0\nc,A,1,0,0,1\nd,A,0,0,1,0\ne,A,1,1,1,1\n"),
@@ -355,6 +307,8 @@ TEST(CheckAgreementTest, DataThatAnAnalysisCannotUse) {
       Fit("P is 1 everywhere", "a,A,1,1,1,1\nb,A,1,1,0,0\n", "data.csv:1:1"),
       Fit("no records", "", "data.csv:1:1"),
       Fit("X known with one Z", "a,A,1,0,1,1\nb,A,0,0,1,0\nc,A,1,0,0,\nd,A,0,0,1,1\n",
+          "data.csv:1:1"),
+      Fit("X known without Z alone", "a,A,1,0,0,1\nb,A,0,0,0,0\nc,A,1,0,1,\nd,A,0,0,0,1\n",
           "data.csv:1:1"),
       Changed(AnalysisText(), "<Tolerance>1e-9<", "<Tolerance>1<", "d.xml:15:12"),
       Changed(AnalysisText(), "<Tolerance>1e-9<", "<Tolerance>nan<", "d.xml:15:12"),
@@ -364,11 +318,72 @@ TEST(CheckAgreementTest, DataThatAnAnalysisCannotUse) {
   });
 }
 
-std::string WithChain(std::string text, const char* thinning, const char* burnin,
-                      const char* steps) {
-  text = Replaced(text, "<Thinning>1<", "<Thinning>" + std::string(thinning) + "<");
-  text = Replaced(text, "<Burnin>0<", "<Burnin>" + std::string(burnin) + "<");
-  return Replaced(text, "<Steps>0<", "<Steps>" + std::string(steps) + "<");
+/// Records of one variable: `count` times the cells in turn, behind a varying outcome.
+std::string Records(int count, const std::vector<std::string>& cells) {
+  std::string text;
+  for (int i = 0; i < count; ++i) {
+    const auto turn = static_cast<std::size_t>(i);
+    text += "k,A," + std::to_string(i / 4 % 2) + ",0," + cells[turn % cells.size()] + "\n";
+  }
+  return text;
+}
+
+TEST(CheckAgreementTest, ClassesThatAreFilledLateInALongFile) {
+  const std::vector<std::string> withZ = {"1,1", "1,0"};
+  const std::vector<std::string> withoutZ = {"0,1", "0,0", "0,0"};
+  ExpectRows({
+      Fit("all in the first records", Records(5000, {"1,1", "0,0", "0,1", "1,0"})),
+      Fit("Z = 0 behind many", Records(5000, withZ) + Records(6, withoutZ)),
+      Fit("Z = 1 behind many", Records(5000, withoutZ) + Records(6, withZ)),
+      Fit("Z = 0 with unknown X", Records(5000, withZ) + Records(6, {"0,"}), "data.csv:1:1"),
+      Fit("Z = 1 with unknown X", Records(5000, withoutZ) + Records(6, {"1,"}), "data.csv:1:1"),
+  });
+}
+
+TEST(CheckAgreementTest, TwoVariablesOfOneName) {
+  // The X of one is 0 everywhere, so that it is removed, and the Z of the other is 1 wherever its X
+  // is known, so that it has no [X|Z] table. The two stand in both orders.
+  const auto fit = [](const std::string& data) {
+    Row row = Fit(data, "", "data.csv:1:1");
+    row.files[0].second = "Key,Hospital,Y,POA,Z,Z,X,X\n" + data;
+    return row;
+  };
+  ExpectRows({
+      fit("a,A,1,0,1,1,0,1\nb,A,0,0,0,1,0,0\nc,A,1,0,1,0,0,\nd,A,0,0,0,1,0,1\ne,A,1,0,0,1,0,0\n"),
+      fit("a,A,1,0,1,1,1,0\nb,A,0,0,1,0,0,0\nc,A,1,0,0,1,,0\nd,A,0,0,1,0,1,0\ne,A,1,0,1,0,0,0\n"),
+  });
+}
+
+TEST(CheckAgreementTest, ATrickyTolerance) {
+  // The counts of the intercept and of Z, (40 4 3; 4 4 0; 3 0 3), have the singular values 0.065
+  // and 0.0904 times the largest; without the second Z the ratio is 0.08806. A tolerance between
+  // the two removes one column and is then not met.
+  std::string data = "Key,Hospital,Y,POA,Z1,Z2,X1,X2\n";
+  for (int i = 0; i < 40; ++i) {
+    data += "k,A," + std::to_string(i % 2) + ",0," +
+            (i < 4   ? "1,0,"
+             : i < 7 ? "0,1,"
+                     : "0,0,") +
+            std::to_string(i % 2) + "," + std::to_string(i / 2 % 2) + "\n";
+  }
+  Row row = Changed(AnalysisText(), "<Tolerance>1e-9<", "<Tolerance>0.09<", "d.xml:15:12");
+  row.files = {{"data.csv", data}};
+  ExpectRows({row});
+}
+
+TEST(CheckAgreementTest, MoreVariablesThanColumnEliminationCounts) {
+  // With the intercept, 46341 and 65536 variables: numbers of which the square is beyond 31 bits.
+  for (const int variables : {46340, 65535}) {
+    std::string header = "Key,Hospital,Y";
+    std::string record = "k,A,1";
+    for (int field = 0; field < 2 * variables; ++field) {
+      header += "," + std::to_string(field);
+      record += ",1";
+    }
+    Row row = Changed(AnalysisText(), "Indicators>1<", "Indicators>0<", "data.csv:1:1");
+    row.files = {{"data.csv", header + "\n" + record + "\n"}};
+    ExpectRows({row});
+  }
 }
 
 TEST(CheckAgreementTest, LengthOfAChain) {
@@ -415,6 +430,12 @@ TEST(CheckAgreementTest, CoefficientFiles) {
       Model("text", prefix + "x,,,0,,,0,,,0,,,0,,\n", "coefficients.csv:2:27"),
       Model("text further on", prefix + "0,,,0,,,NA,,,0,,,0,,\n", "coefficients.csv:2:35"),
       Model("last estimate", prefix + "0,,,0,,,0,,,0,,,,,\n", "coefficients.csv:2:43"),
+      Model("NA, then text", prefix + "0,,NA,x,,,0,,,0,,,0,,\n", "coefficients.csv:2:33"),
+      Model("half an infinity", prefix + "infi,,,0,,,0,,,0,,,0,,\n", "coefficients.csv:2:27"),
+      Model("half a nan", prefix + "-na,,,0,,,0,,,0,,,0,,\n", "coefficients.csv:2:27"),
+      Model("words", prefix + "nan,,,inf,,,-Infinity,,,0,,,0,,\n"),
+      Model("a header without names", "x\nXIntercept,ZIntercept,,,,,x,,,0,,,0,,,0,,,0,,\n",
+            "coefficients.csv:2:27"),
       Model("a sign", prefix + "0,,,0,,,0,,,0,,,-,,\n", "coefficients.csv:2:43"),
       Model("short row", prefix + "0,,,0,,,0,,\n", "coefficients.csv:2:38"),
       Model("standard errors", prefix + "0,x,,0,-1,nan,0,,,0,,,0,,NA\n"),
@@ -428,6 +449,12 @@ TEST(CheckAgreementTest, CoefficientFiles) {
       Model("a quote", prefix + "0,,,0,,,0,,,0,,,0,\",\n", "coefficients.csv:2:45"),
       Model("no [X|Z]", header + kModelRow + "X1,Z1,0.5,,0.5,0.5,0,,,0,,,0,,,0,,,0,,\n",
             "coefficients.csv:3:11"),
+      {"one variable twice",
+       PredictionText(),
+       {{"data.csv", kHeader + "a,A,1,0,1,1\n"},
+        {"coefficients.csv",
+         header + kModelRow + Replaced(more, "X1,Z1", "X,Z") + Replaced(more, "X1,Z1", "X,Z")}},
+       "coefficients.csv:1:1"},
       {"more variables, validation",
        ValidationText(),
        {{"coefficients.csv", header + kModelRow + more}},
@@ -450,6 +477,14 @@ TEST(CheckAgreementTest, IndividualPredictions) {
       row("text", "a,A,1,0.9", "a,A,1,x", "individual.csv:2:7"),
       row("empty", "a,A,1,0.9,0.75", "a,A,1,0.9,", "individual.csv:2:11"),
       row("last value", "0.3,1\nb", "0.3,e\nb", "individual.csv:2:28"),
+      row("Y no", "a,A,1,0.9", "a,A,no,x", "individual.csv:2:8"),
+      row("NA in a column that is not read", "0.75,0,0,0,1,0.3,1\nb", "0.75,NA,x,0,1,0.3,1\nb",
+          "individual.csv:2:19"),
+      row("blanks before nan", "a,A,1,0.9,0.75", "a,A,1,   nan,x", "individual.csv:2:14"),
+      row("na", "a,A,1,0.9", "a,A,1,na", "individual.csv:2:7"),
+      // The number is then looked for in the key of the next line.
+      row("no last value and a number as key", "0.3,1\nb,A", "0.3,\n2,A", "individual.csv:2:28"),
+      row("a blank as last value", "0.3,1\nb,A", "0.3, \n2,A", "individual.csv:2:28"),
       row("a short line", "a,A,1,0.9,0.75,0,0,0,1,0.3,1", "a,A,1,0.9,0.75,0",
           "individual.csv:2:17"),
       row("a comma in a key", "a,A,1", "\"a,b\",A,1", ""),
@@ -457,6 +492,11 @@ TEST(CheckAgreementTest, IndividualPredictions) {
       row("one line less", "f,B,0,0.3,0.75,0,0.3,0.3,0,0.5,0\n", "", "individual.csv:7:1"),
       row("no last line feed", "0.5,0\n", "0.5,0", "individual.csv:7:33"),
       row("one line more", "0.5,0\n", "0.5,0\ng,C,1,0,0,0,0,0,0,0,0\n", ""),
+      {"without data", Replaced(ValidationText(), "data.csv", "none.csv"), {}, "d.xml:3:7"},
+      {"without coefficients",
+       Replaced(ValidationText(), "coefficients.csv", "none.csv"),
+       {},
+       "d.xml:5:25"},
       {"none", ValidationText(), {{"individual.csv", ""}}, "individual.csv:1:1"},
       {"header alone", ValidationText(), {{"individual.csv", header}}, "individual.csv:2:1"},
   });
@@ -530,42 +570,6 @@ TEST(CheckAgreementTest, ChangedAndCutDefinitions) {
   }
 }
 
-/// An analysis that leaves nothing to say.
-std::string QuietAnalysis() { return WithChain(AnalysisText(), "1", "2", "4"); }
-
-struct Warning {
-  std::string definition;
-  std::vector<std::pair<std::string, std::string>> files;
-  /// How the line of the warning begins, and what it says.
-  std::string place;
-  std::string words;
-};
-
-void WriteFiles(const TinyStudy& study, const Warning& row) {
-  study.Write("d.xml", row.definition);
-  for (const auto& [name, content] : row.files) {
-    study.Write(name, content);
-  }
-}
-
-/// Each definition must give this one warning and nothing else, run, and fail under --strict.
-void ExpectWarnings(const std::vector<Warning>& rows) {
-  for (const Warning& row : rows) {
-    SCOPED_TRACE(row.definition);
-    const TinyStudy study;
-    WriteFiles(study, row);
-    const ProcessResult check = CheckDefinition(study);
-    EXPECT_EQ(check.exitStatus, 0);
-    EXPECT_TRUE(check.output.starts_with(row.place + ": warning: ")) << check.output;
-    EXPECT_NE(check.output.find(row.words), std::string::npos) << check.output;
-    EXPECT_TRUE(check.output.ends_with("\n0 errors, 1 warning\n")) << check.output;
-    const ProcessResult strict = CheckDefinition(study, {"--strict", "d.xml"});
-    EXPECT_EQ(strict.exitStatus, 1);
-    EXPECT_EQ(strict.output, check.output);
-    EXPECT_EQ(RunHovar(study, {"d.xml"}).exitStatus, 0);
-  }
-}
-
 TEST(CheckWarningTest, NothingToSay) {
   const TinyStudy study;
   study.Write("d.xml", QuietAnalysis());
@@ -578,11 +582,10 @@ TEST(CheckWarningTest, NothingToSay) {
     EXPECT_EQ(check.output, "0 errors, 0 warnings\n");
     EXPECT_EQ(check.exitStatus, 0);
   }
-}
-
-Warning Surprising(const std::string& from, const std::string& to, const std::string& place,
-                   const std::string& words) {
-  return {Replaced(QuietAnalysis(), from, to), {}, place, words};
+  for (const char* name : {"a&b.csv", "a;b&c.csv", "a b.csv"}) {
+    study.Write("d.xml", Replaced(QuietAnalysis(), "fitted.csv", name));
+    EXPECT_EQ(CheckDefinition(study).output, "0 errors, 0 warnings\n");
+  }
 }
 
 TEST(CheckWarningTest, Values) {
@@ -595,13 +598,21 @@ TEST(CheckWarningTest, Values) {
       Surprising("<MaxIterations>50<", "<MaxIterations>-3<", "d.xml:19:16", "does the same as 1"),
       Surprising("<PriorPrecision>0<", "<PriorPrecision>-0.01<", "d.xml:20:17",
                  "A precision is 0 or more"),
+      Surprising("<PriorPrecision>0<", "<PriorPrecision>inf<", "d.xml:20:17",
+                 "A precision is 0 or more"),
+      Surprising("<PriorPrecision>0<", "<PriorPrecision>nan<", "d.xml:20:17",
+                 "A precision is 0 or more"),
       Surprising("<Burnin>2<", "<Burnin>-2<", "d.xml:36:9", "The count -2 is negative"),
       Surprising("<Steps>4<", "<Steps>-4<", "d.xml:37:8", "The count -4 is negative"),
       Surprising("<Steps>4<", "<Steps>1<", "d.xml:37:8", "The chain keeps 1 draw, too few"),
       Surprising("<Thinning>1<", "<Thinning>3<", "d.xml:37:8", "The chain keeps 1 draw, too few"),
       Surprising("<Thinning>1<", "<Thinning>9<", "d.xml:37:8", "The chain keeps 0 draws, too few"),
       Surprising("<Burnin>2<", "<Burnin>4294967298<", "d.xml:36:9", "outside its range"),
+      Surprising("<Burnin>2<", "<Burnin>-4294967294<", "d.xml:36:9", "outside its range"),
       Surprising("<Element>5<", "<Element>-5<", "d.xml:32:10", "outside its range"),
+      Surprising("<Element>5<", "<Element>4294967296<", "d.xml:32:10", "outside its range"),
+      Surprising("<Element>5<", "<Element>99999999999999999999<", "d.xml:32:10",
+                 "outside its range"),
       {Replaced(PredictionText(), "<Thinning>1<", "<Thinning>-1<"),
        {},
        "d.xml:20:11",
@@ -733,6 +744,11 @@ TEST(CheckWarningTest, TextsOfInputFiles) {
        {{"data.csv", two}, {"coefficients.csv", header + kModelRow + row("2") + row("1")}},
        "coefficients.csv:3:1",
        "The coefficients of \"X2\" would serve for \"X1\" of the data"},
+      {PredictionText(),
+       {{"data.csv", Replaced(two, "X1,X2", "X1,X1")},
+        {"coefficients.csv", header + kModelRow + Replaced(row("2"), "X2", "X1") + row("1")}},
+       "coefficients.csv:3:1",
+       "The coefficients of \"Z2\" would serve for \"Z1\" of the data"},
       {ValidationText(),
        {{"individual.csv", predictions + "g,C,1,0,0,0,0,0,0,0,0\n"}},
        "individual.csv:9:1",
@@ -851,6 +867,27 @@ TEST(CheckFindingTest, SentencesSayWhatToDo) {
             "and "
             "2 POA indicators that leaves -1 for Z and X, which come in pairs. Correct the number "
             "of indicators.\n"},
+           {Replaced(QuietAnalysis(), "<Steps>4<", "<Steps>\t x<"), good,
+            "d.xml:37:10: error: The value \"x\" of <Steps> is no whole number. Write digits "
+            "alone.\n"},
+           {Replaced(QuietAnalysis(), "<Steps>4<", "<Steps>" + std::string(5000, '1') + "x<"), good,
+            "d.xml:37:8: error: The value \"" + std::string(60, '1') +
+                "...\" of <Steps> is no whole number. Write digits alone.\n"},
+           {Replaced(QuietAnalysis(), "<Analysis>",
+                     "<Analysis a=\"" + std::string(5000, 'x') + "\" a=\"\">"),
+            good, "d.xml:1:1: error: An attribute is given twice. Remove one of the two.\n"},
+           {Replaced(QuietAnalysis(), "<Analysis>", "<Analysis /x>"), good,
+            "d.xml:1:1: error: The element \"<Analysis>\" is empty. Write a start tag, its content "
+            "and an end tag.\n"},
+           {Replaced(QuietAnalysis(), "<Data>", "<DataFile/>"), good,
+            "d.xml:3:1: error: <Data> is due here, but \"<DataFile/>\" stands here. Every element "
+            "is required, in a fixed order and nothing between.\n"},
+           {"<?xml version=\"1.0\"?x>\n" + QuietAnalysis(), good,
+            "d.xml:1:21: error: The declaration does not end with ?>. Close it.\n"},
+           {"<?xml version=\"1.0\">\n" + QuietAnalysis(), good,
+            "d.xml:1:20: error: The declaration does not end with ?>. Close it.\n"},
+           {QuietAnalysis(), Replaced(Replaced(good, "Hospital,Y", "Hospital,"), "c,A,0", "c,A,2"),
+            "data.csv:4:5: error: Field 3 (Y) holds \"2\". Write 0 or 1; it may not be missing.\n"},
            // Both are told: the check does not stop at the first one.
            {Replaced(Replaced(QuietAnalysis(), "<Thinning>1<", "<Thinning>0<"), "data.csv",
                      "none.csv"),
@@ -869,6 +906,40 @@ TEST(CheckFindingTest, SentencesSayWhatToDo) {
   }
 }
 
+TEST(CheckFindingTest, AtMostFiveMissingVariablesAreNamed) {
+  struct Missing {
+    int first;
+    int last;
+    std::string sentence;
+  };
+  for (const Missing& missing :
+       {Missing{
+            1, 5,
+            "The data have 1 variable of the 6 in the coefficient file; missing: \"X1\", \"X2\", "
+            "\"X3\", \"X4\", \"X5\". Use"},
+        Missing{
+            2, 8,
+            "The data have 1 variable of the 8 in the coefficient file; missing: \"X2\", \"X3\", "
+            "\"X4\", \"X5\", \"X6\" and 2 more. Use"},
+        // The same X with another Z is missing too, and twice the same is not.
+        Missing{
+            0, 0,
+            "The data have 1 variable of the 2 in the coefficient file; missing: \"X\". Use"}}) {
+    const TinyStudy study;
+    study.Write("d.xml", PredictionText());
+    study.Write("data.csv", kHeader + "a,A,1,0,1,1\n");
+    const std::string values = ",0.5,0.5,0.5,0.5,0,,,0,,,0,,,0,,,0,,\n";
+    std::string coefficients = std::string(kCoefficientHeader) + kModelRow + "X,Z" + values;
+    for (int i = missing.first; i <= missing.last; ++i) {
+      const std::string number = std::to_string(i);
+      coefficients += (i == 0 ? "X,Z0" : "X" + number + ",Z" + number) + values;
+    }
+    study.Write("coefficients.csv", coefficients);
+    const std::string output = CheckDefinition(study).output;
+    EXPECT_NE(output.find(missing.sentence), std::string::npos) << output;
+  }
+}
+
 TEST(CheckFindingTest, AFindingStaysOnItsLine) {
   const TinyStudy study;
   study.Write("d.xml", Replaced(AnalysisText(), "data.csv", "a\nb\x01"));
@@ -884,7 +955,7 @@ TEST(CheckCommandTest, AWrongCommandLineIsAnError) {
                                                     {"--data"},
                                                     {"--all", "prediction.xml"},
                                                     {"prediction.xml", "analysis.xml"}}) {
-    const ProcessResult result = RunCheck(study, arguments);
+    const ProcessResult result = RunProcess(CheckIn(study, arguments));
     EXPECT_EQ(result.output, "");
     EXPECT_TRUE(result.error.starts_with("hovar: ")) << result.error;
     EXPECT_EQ(result.exitStatus, 1);
@@ -894,10 +965,7 @@ TEST(CheckCommandTest, AWrongCommandLineIsAnError) {
 TEST(CheckCommandTest, OutputThatCannotBeWrittenIsAnError) {
   const TinyStudy study;
   for (const Output output : {Output::kFull, Output::kClosed}) {
-    Command command;
-    command.program = HOVAR_LAUNCHER;
-    command.folder = study.Path();
-    command.arguments = {HOVAR_LAUNCHER, "--check", "prediction.xml"};
+    Command command = CheckIn(study, {"prediction.xml"});
     command.output = output;
     EXPECT_EQ(RunProcess(command).exitStatus, 1);
   }
@@ -996,6 +1064,55 @@ TEST(CheckDescriptionTest, StagesOfColumnElimination) {
                               "  empty [X|Z] classes: none\n"),
             std::string::npos)
       << check.output;
+}
+
+TEST(CheckDescriptionTest, NothingIsRemovedAndNoClassIsEmpty) {
+  const TinyStudy study;
+  study.Write("d.xml", QuietAnalysis());
+  const std::string output = CheckDefinition(study, {"--data", "d.xml"}).output;
+  EXPECT_TRUE(
+      output.ends_with("  variables (Z, X): Z = 1; X = 1 of the known; X missing\n"
+                       "  removed by column elimination: none\n"
+                       "  empty [X|Z] classes: none\n"
+                       "0 errors, 0 warnings\n"))
+      << output;
+}
+
+TEST(CheckDescriptionTest, SharesOfNothingAreNotTold) {
+  const TinyStudy study;
+  const Row row = Data("", "1", kHeader);
+  study.Write("d.xml", row.definition);
+  for (const auto& [name, content] : row.files) {
+    study.Write(name, content);
+  }
+  EXPECT_EQ(CheckDefinition(study, {"--data", "d.xml"}).output,
+            "\"data.csv\": 0 records, 0 hospitals, 1 variable, 1 POA indicator\n"
+            "  Y = 1: 0 (-)\n"
+            "  P = 1: 0 (- of the known), missing: 0 (-)\n"
+            "  complete records: 0 (-), with P = 0: 0\n"
+            "  hospitals without a complete record: 0\n"
+            "  variables (Z, X): Z = 1; X = 1 of the known; X missing\n"
+            "    \"Z\", \"X\": -; -; -\n"
+            "  empty [X|Z] classes:\n"
+            "    \"Z\", \"X\": no record with Z = 1 and a known X\n"
+            "    \"Z\", \"X\": no record with Z = 0 and a known X\n"
+            "0 errors, 0 warnings\n");
+}
+
+TEST(CheckDescriptionTest, VariablesOfOneNameAreToldApartByTheOther) {
+  const TinyStudy study;
+  study.Write("data.csv",
+              "Key,Hospital,Y,POA,ZA,ZB,X,X\n"
+              "a,A,1,0,0,1,0,1\nb,A,0,0,0,0,1,1\nc,A,1,0,0,1,0,0\nd,A,0,0,0,0,1,0\n");
+  study.Write("d.xml", QuietAnalysis());
+  const std::string output = CheckDefinition(study, {"--data", "d.xml"}).output;
+  EXPECT_NE(output.find("  removed by column elimination:\n"
+                        "    \"ZA\", \"X\": Z is 0 everywhere\n"
+                        "  empty [X|Z] classes:\n"
+                        "    \"ZA\", \"X\": no record with Z = 1 and a known X\n"
+                        "0 errors, "),
+            std::string::npos)
+      << output;
 }
 
 TEST(CheckDescriptionTest, DataThatCannotBeReadAreNotDescribed) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -9,7 +10,6 @@
 #include "data/column_elimination.h"
 #include "foundation/io/log.h"
 #include "linalg/kernels/set_columns.h"
-#include "regression/xz_table.h"
 
 namespace Hovar {
 namespace {
@@ -93,6 +93,7 @@ void NoteStages(std::vector<VariableCounts>& variables, std::string_view log) {
       {"Eliminating dependent Z columns", Removal::kDependentZ},
       {"Eliminating dependent X columns P = 0", Removal::kDependentX},
   }};
+  std::map<std::string, Removal> stages;  // by the lines of the log
   Removal stage = Removal::kNone;
   while (!log.empty()) {
     const std::string_view line = log.substr(0, log.find('\n'));
@@ -100,10 +101,12 @@ void NoteStages(std::vector<VariableCounts>& variables, std::string_view log) {
     for (const auto& [heading, itsStage] : kStages) {
       stage = line == heading ? itsStage : stage;
     }
-    for (VariableCounts& variable : variables) {
-      if (variable.removal != Removal::kNone && line == variable.zName + ", " + variable.xName) {
-        variable.removal = stage;
-      }
+    stages.insert_or_assign(std::string(line), stage);
+  }
+  for (VariableCounts& variable : variables) {
+    const auto found = stages.find(variable.zName + ", " + variable.xName);
+    if (variable.removal != Removal::kNone && found != stages.end()) {
+      variable.removal = found->second;
     }
   }
 }
@@ -131,6 +134,10 @@ void AddEliminationError(Findings& findings, const DefinitionFile& definition,
     findings.AddError(definition.path, definition.PlaceOfValue(element),
                       "With this tolerance all columns count as dependent. Write a small number, "
                       "such as 1e-9.");
+  } else if (error == "Invalid argument" || error == "Integer overflow") {
+    findings.AddError(definition.data, {},
+                      "The file has more variables than column elimination can count. Remove those "
+                      "that are not needed.");
   } else {
     findings.AddError(definition.path, definition.PlaceOfValue(element),
                       "Column elimination would end in " + Quoted(error) +
@@ -139,17 +146,11 @@ void AddEliminationError(Findings& findings, const DefinitionFile& definition,
   }
 }
 
-/// The first [X|Z] table that the program could not make.
-void CheckXzTables(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet,
-                   const std::vector<VariableCounts>& variables) {
-  std::int32_t column = 0;
-  for (const VariableCounts& variable : variables) {
-    if (variable.removal != Removal::kNone) {
-      continue;
-    }
-    ++column;
-    const bool isSuspect = variable.IsEmptyWithZ() || variable.IsEmptyWithoutZ();
-    if (isSuspect && ErrorOf([&] { ComputeXzTable(dataSet, column); }).has_value()) {
+/// The [X|Z] tables that the program could not make, of the variables that the data set has now.
+void CheckXzTables(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet) {
+  for (const VariableCounts& variable :
+       CountVariables(dataSet, CountExtent::kUntilNoClassIsEmpty)) {
+    if (variable.IsEmptyWithZ() || variable.IsEmptyWithoutZ()) {
       const char* const z = variable.IsEmptyWithZ() ? "1" : "0";
       findings.AddError(definition.data, {},
                         "No record with a known X of " + Quoted(variable.xName) + " has Z = " + z +
@@ -187,7 +188,7 @@ void CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet&
     AddEliminationError(findings, definition, completeP0Count, error.value_or("Invalid argument"));
     return;
   }
-  CheckXzTables(findings, definition, dataSet, variables);
+  CheckXzTables(findings, definition, dataSet);
 }
 
 }  // namespace Hovar

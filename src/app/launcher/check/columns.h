@@ -39,7 +39,8 @@ enum class CountExtent { kAllRecords, kUntilNoClassIsEmpty };
 std::vector<VariableCounts> CountVariables(const DataSet& dataSet, CountExtent extent);
 
 /// Removes columns from the data set as the Analysis of the definition does, notes which ones in
-/// `variables`, and adds an error for what the program ends in before it fits.
+/// `variables` (all of them, or none when nobody asks), and adds an error for what the program ends
+/// in before it fits.
 void CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
                   std::vector<VariableCounts>& variables);
 

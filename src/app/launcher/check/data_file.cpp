@@ -10,7 +10,7 @@
 namespace Hovar {
 namespace {
 
-constexpr std::int64_t kLeadingFields = 3;  // key, hospital and outcome
+constexpr std::int32_t kLeadingFields = 3;  // key, hospital and outcome
 
 /// What the field at an index is, with its name from the header.
 std::string RoleOf(const DefinitionFile& definition, const std::string& header, std::size_t field) {
@@ -19,7 +19,7 @@ std::string RoleOf(const DefinitionFile& definition, const std::string& header, 
   const std::int64_t variables = (fields - kLeadingFields - definition.poaCount) / 2;
   std::string role = "X";
   if (index < kLeadingFields) {
-    role = index == 0 ? "key" : index == 1 ? "hospital ID" : "Y";
+    role = "Y";  // key and hospital ID may hold anything
   } else if (index < kLeadingFields + definition.poaCount) {
     role = "POA indicator";
   } else if (index < kLeadingFields + definition.poaCount + variables) {
@@ -29,8 +29,40 @@ std::string RoleOf(const DefinitionFile& definition, const std::string& header, 
   return " (" + role + (name.empty() ? "" : ", " + Quoted(name)) + ')';
 }
 
+/// Finds a field that the program passes over without a look at its quotes, and in which a comma or
+/// a line feed therefore separates: the key of a record, and the fields of the header before the
+/// variables. Behind it cells are taken from wrong places. All records have the fields that they
+/// should have.
+bool AddPassedOverError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  RecordWalker walker(definition.data);
+  std::int64_t passedOver = std::int64_t{kLeadingFields} + definition.poaCount;  // of the header
+  while (walker.Next() && walker.Offset() <= stop.offset) {
+    std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
+    starts.push_back(walker.Record().size() + 1);
+    for (std::size_t field = 0; static_cast<std::int64_t>(field) < passedOver; ++field) {
+      const std::string_view text =
+          std::string_view(walker.Record())
+              .substr(starts[field], starts[field + 1] - starts[field] - 1);
+      if (text.find_first_of(",\n") != std::string_view::npos) {
+        findings.AddError(
+            definition.data,
+            PlaceOf(definition.data, walker.Offset() + static_cast<std::int64_t>(starts[field])),
+            FieldNumber(field) +
+                " holds a comma or a line feed, which separates here in spite of the quotes. "
+                "Remove it.");
+        return true;
+      }
+    }
+    passedOver = 1;  // the key
+  }
+  return false;
+}
+
 void AddCellError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
-  const Cell cell = CellAt(definition.data, stop.offset, QuoteUse::kHonour, 2);
+  if (AddPassedOverError(findings, definition, stop)) {
+    return;
+  }
+  const Cell cell = CellAt(definition.data, stop.offset, {QuoteUse::kHonour, kLeadingFields - 1});
   const std::string role = RoleOf(definition, HeaderOf(definition.data), cell.field);
   const bool mayBeMissing = role.starts_with(" (X") || role.starts_with(" (POA");
   findings.AddError(definition.data, cell.place,
@@ -72,20 +104,23 @@ void AddIndicatorError(Findings& findings, const DefinitionFile& definition) {
                         " for Z and X, which come in pairs. Correct the number of indicators.");
 }
 
-void AddSizeError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+/// A file without a size that suits; false when it has one.
+bool AddSizeError(Findings& findings, const DefinitionFile& definition) {
   const std::string header = HeaderOf(definition.data);
   const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
-  if (TraitsOf(definition.data).length == 0) {
+  const std::int64_t length = TraitsOf(definition.data).length;
+  if (length == 0) {
     findings.AddError(definition.data, {}, "The data file is empty. Give it a header and records.");
-  } else if (definition.poaCount < 0 || fields < kLeadingFields + definition.poaCount) {
+  } else if (definition.poaCount < 0 ||
+             fields < std::int64_t{kLeadingFields} + definition.poaCount) {
     AddIndicatorError(findings, definition);
-  } else if (!LineOf(definition.data, 0).text.empty() &&
-             header.size() == static_cast<std::size_t>(TraitsOf(definition.data).length)) {
-    findings.AddError(definition.data, PlaceOf(definition.data, TraitsOf(definition.data).length),
+  } else if (header.size() == static_cast<std::size_t>(length)) {
+    findings.AddError(definition.data, PlaceOf(definition.data, length),
                       "The header does not end with a line feed. End every line with one.");
   } else {
-    AddCommonError(findings, definition.data, stop);
+    return false;
   }
+  return true;
 }
 
 void AddLastLineError(Findings& findings, const std::string& path) {
@@ -122,6 +157,11 @@ void AddGroupingError(Findings& findings, const std::string& path) {
   }
 }
 
+bool IsSizeError(std::string_view error) noexcept {
+  return error == "Invalid argument" || error == "Index out of range" ||
+         error == "Integer overflow";
+}
+
 void AddDataError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
   if (stop.error == "Variable number of fields") {
     AddShapeError(findings, definition.data);
@@ -134,9 +174,7 @@ void AddDataError(Findings& findings, const DefinitionFile& definition, const St
   } else if (stop.error == "Invalid input" || stop.error == "IO Exception" ||
              stop.error == "Unexpected end of stream") {
     AddCellError(findings, definition, stop);
-  } else if (stop.error == "Invalid argument" || stop.error == "Index out of range") {
-    AddSizeError(findings, definition, stop);
-  } else {
+  } else if (!(IsSizeError(stop.error) && AddSizeError(findings, definition))) {
     AddCommonError(findings, definition.data, stop);
   }
 }

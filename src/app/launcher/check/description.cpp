@@ -45,14 +45,15 @@ std::string_view ReasonOf(Removal removal) noexcept {
     case Removal::kNone:
       break;
   }
-  return "";
+  return "";  // it stays
 }
 
 std::string RemovedVariables(const std::vector<VariableCounts>& variables) {
   std::string lines;
   for (const VariableCounts& variable : variables) {
-    if (variable.removal != Removal::kNone) {
-      lines += "    " + Named(variable) + ": " + std::string(ReasonOf(variable.removal)) + '\n';
+    const std::string_view reason = ReasonOf(variable.removal);
+    if (!reason.empty()) {
+      lines += "    " + Named(variable) + ": " + std::string(reason) + '\n';
     }
   }
   return "  removed by column elimination:" + std::string(lines.empty() ? " none" : "") + '\n' +

@@ -12,7 +12,7 @@
 namespace Hovar {
 namespace {
 
-constexpr std::int64_t kContext = 4096;
+constexpr std::int64_t kContext = 4096;  // bytes behind the stop that are looked at
 
 constexpr std::array<std::string_view, 6> kWholeNumbers = {
     "NumberOfPoaIndicators", "MaxIterations", "Thinning", "Burnin", "Steps", "Element"};
@@ -46,15 +46,14 @@ std::string Lower(std::string_view text) {
 std::string Tag(std::string_view name) { return '<' + std::string(name) + '>'; }
 std::string EndTag(std::string_view name) { return "</" + std::string(name) + '>'; }
 
-/// The bytes round the place where the reader stopped.
+/// The bytes up to the place where the reader stopped, and some behind it.
 class Surroundings {
  public:
   Surroundings(const std::string& path, std::int64_t stop)
-      : first_(std::max<std::int64_t>(stop - kContext, 0)),
-        bytes_(BytesAt(path, first_, static_cast<std::size_t>(stop - first_ + kContext))),
-        stop_(std::min(static_cast<std::size_t>(stop - first_), bytes_.size())) {}
+      : bytes_(BytesAt(path, 0, static_cast<std::size_t>(stop + kContext))),
+        stop_(std::min(static_cast<std::size_t>(stop), bytes_.size())) {}
 
-  std::int64_t Offset(std::size_t index) const { return first_ + static_cast<std::int64_t>(index); }
+  std::int64_t Offset(std::size_t index) const { return static_cast<std::int64_t>(index); }
   std::string_view All() const { return bytes_; }
   std::string_view Before(std::size_t index) const {
     return std::string_view(bytes_).substr(0, index);
@@ -62,10 +61,9 @@ class Surroundings {
   std::size_t Stop() const { return stop_; }
   bool IsAtEnd() const { return stop_ == bytes_.size(); }
 
-  /// The last '<' before an index, or the first byte.
+  /// The last '<' before an index, behind which a tag was read.
   std::size_t TagStart(std::size_t index) const {
-    const std::size_t found = Before(index).rfind('<');
-    return found == std::string_view::npos ? 0 : found;
+    return std::min(Before(index).rfind('<'), index);
   }
   /// The byte behind the last '>' before an index, or the first byte.
   std::size_t BehindTag(std::size_t index) const { return Before(index).rfind('>') + 1; }
@@ -81,7 +79,6 @@ class Surroundings {
   }
 
  private:
-  std::int64_t first_;
   std::string bytes_;
   std::size_t stop_;
 };
@@ -104,7 +101,7 @@ GrammarError WrongNumber(const Surroundings& around, std::size_t index) {
 
 GrammarError WrongName(const Surroundings& around, const Mismatch& mismatch) {
   const std::size_t name = around.Stop() - std::min(around.Stop(), mismatch.current.size());
-  const bool isEnd = name > 0 && around.All()[name - 1] == '/';
+  const bool isEnd = around.Before(name).ends_with('/');
   const std::size_t tag = around.TagStart(name);
   const std::string_view found = around.NameAt(tag + 1);
   const std::string due = isEnd ? EndTag(mismatch.expected) : Tag(mismatch.expected);
@@ -122,17 +119,24 @@ GrammarError WrongName(const Surroundings& around, const Mismatch& mismatch) {
   return error;
 }
 
-/// A tag that was read under its name goes on behind it.
+GrammarError WrongDeclarationEnd(const Surroundings& around) {
+  return {around.Offset(around.Stop() - 1), "The declaration does not end with ?>. Close it."};
+}
+
+/// A tag that was read up to here does not end here.
 GrammarError WrongTagEnd(const Surroundings& around, char current) {
   const std::size_t wrong = around.Stop() - 1;
   const std::size_t tag = around.TagStart(wrong);
   const std::string_view found = around.NameAt(tag + 1);
   const std::string name(around.All().substr(tag + 1, wrong - tag - 1));
-  if (current == '/' || found.ends_with('/')) {
+  if (name.ends_with('?')) {
+    return WrongDeclarationEnd(around);
+  }
+  if (current == '/' || name.ends_with('/')) {
     return {around.Offset(tag), "The element " + Quoted(Tag(found)) +
                                     " is empty. Write a start tag, its content and an end tag."};
   }
-  if (!name.empty() && !IsBlank(name.back())) {
+  if (!IsBlank(around.All()[wrong - 1])) {
     return {around.Offset(tag), Tag(name) + " is due here, but " + Quoted(Tag(found)) +
                                     " stands here. Every element is required, in a fixed order "
                                     "and nothing between."};
@@ -177,8 +181,8 @@ GrammarError WrongByte(const Surroundings& around, const Mismatch& mismatch) {
     case '"':
       return {around.Offset(wrong),
               "An attribute's value does not stand in double quotes. Write name=\"value\"."};
-    default:
-      return {around.Offset(wrong), "The declaration does not end with ?>. Close it."};
+    default:  // '?'
+      return WrongDeclarationEnd(around);
   }
 }
 

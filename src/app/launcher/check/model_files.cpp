@@ -1,24 +1,43 @@
 #include "app/launcher/check/model_files.h"
 
+#include <initializer_list>
+
 #include "app/launcher/check/tables.h"
+#include "foundation/string.h"
 #include "prediction/prediction_files.h"
 #include "regression/coefficient_file.h"
 
 namespace Hovar {
 namespace {
 
-/// One of these files: how its reader passes over fields, and what its lines hold.
-struct TableForm {
-  QuoteUse quotes;
-  std::size_t firstNumber;
+/// One of these files: how its reader takes it, and how many fields its lines have.
+struct ModelForm {
+  TableForm table;
   std::size_t fields;
 };
-constexpr TableForm kCoefficientForm = {QuoteUse::kHonour, 2, 21};
-constexpr TableForm kPredictionForm = {QuoteUse::kIgnore, 3, 11};
 
-/// The first line before the stop that has too few fields, which lets a reader go astray.
-bool AddShortLineError(Findings& findings, const std::string& path, std::int64_t stop,
-                       const TableForm& form) {
+constexpr std::uint32_t Bits(std::initializer_list<int> fields) {
+  std::uint32_t bits = 0;
+  for (const int field : fields) {
+    bits |= std::uint32_t{1} << field;
+  }
+  return bits;
+}
+
+// Names and standard errors are texts, and the unused columns of predictions are passed over.
+constexpr ModelForm kCoefficientForm = {{QuoteUse::kHonour, 2, Bits({3, 5, 6, 9, 12, 15, 18})}, 21};
+constexpr ModelForm kPredictionForm = {{QuoteUse::kIgnore, 3, Bits({3, 4, 6, 7, 9, 10})}, 11};
+
+std::string NumberError(std::size_t field, std::string_view name, std::string_view cell) {
+  return FieldNumber(field) + (name.empty() ? std::string() : " (" + std::string(name) + ')') +
+         Holds(cell) + " where a number is due. Use the file as the program wrote it.";
+}
+
+/// The first line before the stop that lets a reader go astray: it has too few fields, or it has to
+/// end with a number and ends with nothing, so that the next line is taken for the number.
+bool AddLineError(Findings& findings, const std::string& path, std::int64_t stop,
+                  const ModelForm& form) {
+  const std::size_t last = form.fields - 1;
   RecordWalker walker(path);
   walker.Next();  // the header, which is passed over
   while (walker.Next() && walker.Offset() <= stop) {
@@ -31,26 +50,33 @@ bool AddShortLineError(Findings& findings, const std::string& path, std::int64_t
                             ". Use the file as the program wrote it.");
       return true;
     }
+    const std::string_view cell = FieldOf(walker.Record(), last, form.table.quotes);
+    if (form.table.IsReal(last) &&
+        cell.find_first_not_of(Vell::kWhitespace) == std::string_view::npos) {
+      const std::string header = HeaderOf(path);
+      const auto start =
+          static_cast<std::int64_t>(FieldStarts(walker.Record(), form.table.quotes)[last]);
+      findings.AddError(path, PlaceOf(path, walker.Offset() + start),
+                        NumberError(last, FieldOf(header, last, QuoteUse::kHonour), cell));
+      return true;
+    }
   }
   return false;
 }
 
 void AddNumberError(Findings& findings, const std::string& path, const Stop& stop,
-                    const TableForm& form) {
-  if (AddShortLineError(findings, path, stop.offset, form)) {
+                    const ModelForm& form) {
+  if (AddLineError(findings, path, stop.offset, form)) {
     return;
   }
-  const Cell cell = CellAt(path, stop.offset, form.quotes, form.firstNumber);
+  const Cell cell = CellAt(path, stop.offset, form.table);
   const std::string header = HeaderOf(path);
   const std::string_view name = FieldOf(header, cell.field, QuoteUse::kHonour);
-  findings.AddError(
-      path, cell.place,
-      FieldNumber(cell.field) + (name.empty() ? std::string() : " (" + std::string(name) + ')') +
-          Holds(cell.text) + " where a number is due. Use the file as the program wrote it.");
+  findings.AddError(path, cell.place, NumberError(cell.field, name, cell.text));
 }
 
 template <typename Read>
-bool CheckTable(Findings& findings, const std::string& path, const TableForm& form, Read read) {
+bool CheckTable(Findings& findings, const std::string& path, const ModelForm& form, Read read) {
   const std::optional<Stop> stop = StopOf(path, read);
   if (!stop.has_value()) {
     return true;
@@ -106,9 +132,10 @@ std::string MissingVariables(const DataSet& dataSet, const RegressionResults& re
 void WarnOfOrder(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet,
                  const RegressionResults& results) {
   for (std::int32_t j = 0; j < dataSet.variableCount; ++j) {
-    const std::string_view ofData = dataSet.xNames[j].View();
-    const std::string_view ofFile = results.xNames[j].View();
-    if (ofData != ofFile || dataSet.zNames[j].View() != results.zNames[j].View()) {
+    const bool isOtherX = dataSet.xNames[j].View() != results.xNames[j].View();
+    const std::string_view ofData = (isOtherX ? dataSet.xNames : dataSet.zNames)[j].View();
+    const std::string_view ofFile = (isOtherX ? results.xNames : results.zNames)[j].View();
+    if (ofData != ofFile) {
       findings.AddWarning(
           definition.coefficients, {j + 2, 1},
           "The coefficients of " + Quoted(ofFile) + " would serve for " + Quoted(ofData) +

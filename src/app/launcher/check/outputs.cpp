@@ -16,11 +16,9 @@ constexpr std::size_t kLongestName = 255;  // bytes, of the usual file systems
 
 bool IsSeparator(char c) noexcept { return c == '/' || c == '\\'; }
 
-/// What stands before the last name of a path: "." where nothing does.
+/// What stands before the last name of a path, which must have one: "." where nothing does.
 std::string ParentOf(std::string_view path) {
-  while (path.size() > 1 && IsSeparator(path.back())) {
-    path.remove_suffix(1);
-  }
+  path = path.substr(0, path.find_last_not_of("/\\") + 1);
   const std::size_t separator = path.find_last_of("/\\");
   if (separator == std::string_view::npos) {
     return ".";
@@ -263,17 +261,13 @@ void OutputCheck::WarnOfMeeting(Findings& findings, const DefinitionFile& defini
                             " exists and would be overwritten. Move it away if it is still "
                             "needed.");
   }
-  const std::string normal = NormalPath(output.path);
-  const auto [first, last] = spellings_.equal_range(SmallLetters(normal));
-  for (auto other = first; other != last; ++other) {
-    if (other->second != normal) {
-      findings.AddWarning(definition.path, place,
-                          Subject(output) + " differs from " +
-                              Quoted(files_.at(other->second).path) +
-                              " in capital letters alone: on Windows they are one file. Give each "
-                              "file a name of its own.");
-      return;
-    }
+  // Its own spelling is not there yet, or it would be an earlier output.
+  if (const auto other = spellings_.find(SmallLetters(NormalPath(output.path)));
+      other != spellings_.end()) {
+    findings.AddWarning(definition.path, place,
+                        Subject(output) + " differs from " + Quoted(files_.at(other->second).path) +
+                            " in capital letters alone: on Windows they are one file. Give each "
+                            "file a name of its own.");
   }
 }
 
@@ -285,10 +279,8 @@ void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
   WarnOfInputs(findings, definition, output);
   WarnOfMeeting(findings, definition, output);
   const std::string normal = NormalPath(output.path);
-  if (files_.insert_or_assign(normal, WrittenFile{output.path, output.what, definition.path, run_})
-          .second) {
-    spellings_.emplace(SmallLetters(normal), normal);
-  }
+  files_.insert_or_assign(normal, WrittenFile{output.path, output.what, definition.path, run_});
+  spellings_.emplace(SmallLetters(normal), normal);
 }
 
 void OutputCheck::Check(Findings& findings, const DefinitionFile& definition) {

@@ -53,9 +53,9 @@ class OutputCheck {
                      const PlannedOutput& output) const;
 
   int run_ = 0;
-  std::map<std::string, WrittenFile> files_;           // by normal path
-  std::map<std::string, bool> folders_;                // made by runs; by normal path
-  std::multimap<std::string, std::string> spellings_;  // normal paths by their small letters
+  std::map<std::string, WrittenFile> files_;      // by normal path
+  std::map<std::string, bool> folders_;           // made by runs; by normal path
+  std::map<std::string, std::string> spellings_;  // the first normal path of those small letters
 };
 
 }  // namespace Hovar

@@ -162,16 +162,17 @@ void RunCheckup::CheckAnalysisData(const DefinitionFile& definition, DataSet& da
       describe_ == Describe::kData &&
       described_.insert(NormalPath(definition.data) + '\n' + std::to_string(definition.poaCount))
           .second;
-  if (definition.kind != RunKind::kAnalysis && !isDescribed) {
-    return;
+  std::vector<VariableCounts> variables;
+  if (isDescribed) {
+    variables = CountVariables(dataSet, CountExtent::kAllRecords);
+    description_ += DescribeDataSet(definition, dataSet);
   }
-  std::vector<VariableCounts> variables = CountVariables(
-      dataSet, isDescribed ? CountExtent::kAllRecords : CountExtent::kUntilNoClassIsEmpty);
-  description_ += isDescribed ? DescribeDataSet(definition, dataSet) : "";
   if (definition.kind == RunKind::kAnalysis) {
     CheckColumns(findings_, definition, dataSet, variables);
   }
-  description_ += isDescribed ? DescribeVariables(definition, variables) : "";
+  if (isDescribed) {
+    description_ += DescribeVariables(definition, variables);
+  }
 }
 
 /// The files that an Analysis or a Prediction wrote. `dataSet` is null where it could not be read.

@@ -3,44 +3,70 @@
 #include <algorithm>
 #include <vector>
 
+#include "foundation/string.h"
+
 namespace Hovar {
 namespace {
 
-/// True for a text that begins like "nan" or "inf" and is neither. Reading such a word, as the C
-/// library reads it, also takes the first byte that is wrong, the comma behind the cell perhaps.
+/// True for a text that begins like "nan", "inf" or "infinity" and is none of them. Reading such a
+/// word, as the C library reads it, also takes the first byte that is wrong, the comma behind the
+/// cell perhaps.
 bool IsBrokenWord(std::string_view cell) {
-  std::string word(cell.substr(0, 4));
-  word.erase(0, word.find_first_not_of(" \t+-"));
+  cell.remove_prefix(std::min(cell.find_first_not_of(Vell::kWhitespace), cell.size()));
+  if (cell.starts_with('-') || cell.starts_with('+')) {
+    cell.remove_prefix(1);
+  }
+  std::string word(cell);
   for (char& c : word) {
     c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
   }
-  return (word.starts_with('n') && !word.starts_with("nan")) ||
-         (word.starts_with('i') && !word.starts_with("inf"));
+  if (word.starts_with('n')) {
+    return !word.starts_with("nan");
+  }
+  return word.starts_with('i') && !word.starts_with(word.starts_with("infi") ? "infinity" : "inf");
+}
+
+struct RecordAt {
+  std::int64_t offset = 0;
+  std::string text;
+};
+
+/// The record that holds the byte at an offset, or the last one: a line, where quotes mean nothing.
+RecordAt RecordOf(const std::string& path, std::int64_t offset, QuoteUse quotes) {
+  if (quotes == QuoteUse::kIgnore) {
+    const LineAt line = LineOf(path, offset);
+    return {line.offset, line.text};
+  }
+  RecordAt record;
+  for (RecordWalker walker(path); walker.Next() && walker.Offset() <= offset;) {
+    record = {walker.Offset(), walker.Record()};
+  }
+  return record;
 }
 
 }  // namespace
 
-Cell CellAt(const std::string& path, std::int64_t offset, QuoteUse quotes,
-            std::size_t firstNumber) {
-  LineAt line = LineOf(path, offset);
+Cell CellAt(const std::string& path, std::int64_t offset, const TableForm& form) {
+  RecordAt record = RecordOf(path, offset, form.quotes);
   const auto fieldAt = [&](std::int64_t place) {
-    const auto within = static_cast<std::size_t>(std::max<std::int64_t>(place - line.offset, 0));
-    return FieldStarts(std::string_view(line.text).substr(0, within), quotes).size() - 1;
+    const auto within = static_cast<std::size_t>(std::max<std::int64_t>(place - record.offset, 0));
+    return FieldStarts(std::string_view(record.text).substr(0, within), form.quotes).size() - 1;
   };
   std::size_t field = fieldAt(offset);
-  if (field < firstNumber && line.offset > 0) {
-    offset = line.offset - 1;
-    line = LineOf(path, offset);
+  if (field < form.firstNumber) {
+    offset = record.offset - 1;
+    record = RecordOf(path, offset, form.quotes);
     field = fieldAt(offset);
   }
-  if (field > 0 && IsBrokenWord(FieldOf(line.text, field - 1, quotes))) {
+  if (field > 0 && form.IsReal(field - 1) &&
+      IsBrokenWord(FieldOf(record.text, field - 1, form.quotes))) {
     --field;
   }
   Cell cell;
-  const std::vector<std::size_t> starts = FieldStarts(line.text, quotes);
+  const std::vector<std::size_t> starts = FieldStarts(record.text, form.quotes);
   cell.field = std::min(field, starts.size() - 1);
-  cell.place = PlaceOf(path, line.offset + static_cast<std::int64_t>(starts[cell.field]));
-  cell.text = std::string(FieldOf(line.text, cell.field, quotes));
+  cell.place = PlaceOf(path, record.offset + static_cast<std::int64_t>(starts[cell.field]));
+  cell.text = std::string(FieldOf(record.text, cell.field, form.quotes));
   return cell;
 }
 

@@ -50,10 +50,21 @@ struct Cell {
   std::string text;
 };
 
+/// How a reader takes the fields of a record.
+struct TableForm {
+  QuoteUse quotes = QuoteUse::kHonour;
+  std::size_t firstNumber = 0;   // the first field in which it can stop
+  std::uint32_t realFields = 0;  // a bit for each field of which it reads a real number
+
+  bool IsReal(std::size_t field) const noexcept {
+    return field < 32 && (realFields >> field & 1U) != 0;
+  }
+};
+
 /// Finds the cell. Reading a number passes over line ends before it, so a reader that stopped in
-/// the first fields of a line, of which field `firstNumber` is the first that holds a number,
-/// looked for the last field of the line before.
-Cell CellAt(const std::string& path, std::int64_t offset, QuoteUse quotes, std::size_t firstNumber);
+/// the fields before the first number looked for the last field of the record before. Reading a
+/// word such as "nan" can take the comma behind it, so then the field before may be meant.
+Cell CellAt(const std::string& path, std::int64_t offset, const TableForm& form);
 
 /// "Field 5".
 std::string FieldNumber(std::size_t field);

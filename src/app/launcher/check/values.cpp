@@ -1,7 +1,6 @@
 #include "app/launcher/check/values.h"
 
 #include <array>
-#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 
@@ -100,11 +99,11 @@ void CheckWholeNumbers(Findings& findings, const DefinitionFile& definition) {
     for (const std::string_view whole : kNames) {
       isWhole = isWhole || name == whole;
     }
-    errno = 0;
+    // Of a number that is too long for any type the nearest one, which is outside as well.
     const long long number = isWhole ? std::strtoll(value.text.c_str(), nullptr, 10) : 0;
     const bool isOutside =
         isWord ? number < 0 || number > UINT32_MAX : number < INT32_MIN || number > INT32_MAX;
-    if (errno == ERANGE || isOutside) {
+    if (isOutside) {
       findings.AddWarning(
           definition.path, PlaceOf(definition.path, value.offset),
           "The number is outside its range and would be read as another one. "
