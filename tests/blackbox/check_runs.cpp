@@ -49,6 +49,16 @@ std::string ExpectAgreement(const ScratchFolder& folder) {
   return check.output;
 }
 
+Command HovarByLink(const ScratchFolder& links, const ScratchFolder& folder,
+                    const std::vector<std::string>& arguments) {
+  const std::string link = links.File("C:\\hovar");
+  fs::create_symlink(HOVAR_PROGRAM, link);
+  Command command = HovarIn(folder, arguments);
+  command.program = link;
+  command.arguments[0] = link;
+  return command;
+}
+
 bool HasError(const std::string& output) { return output.find(": error: ") != std::string::npos; }
 
 void ExpectRows(const std::vector<Row>& rows) {

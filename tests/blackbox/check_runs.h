@@ -23,6 +23,11 @@ ProcessResult CheckDefinition(const ScratchFolder& folder,
 /// Runs the check and then the program; both must end alike. Returns what the check printed.
 std::string ExpectAgreement(const ScratchFolder& folder);
 
+/// The program in a folder, started by a program that hands its path on: by a link, to be made in
+/// `links`, whose name holds the backslash that the program looks for in its own. POSIX only.
+Command HovarByLink(const ScratchFolder& links, const ScratchFolder& folder,
+                    const std::vector<std::string>& arguments);
+
 bool HasError(const std::string& output);
 
 /// A change of the tiny study.

@@ -3,6 +3,7 @@
 #include <new>
 #include <string_view>
 
+#include "app/launcher/silent_reading.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/platform/platform.h"
 
@@ -20,9 +21,10 @@ bool Print(std::string_view text) {
 int RunCheck(const std::string& definition, bool isStrict, Describe describe) {
   RunCheckup checkup(describe);
   try {
+    const SilentWriters silence;  // not all of the check is within a reader
     checkup.Check(definition);
   } catch (const Vell::Exceptions::OutOfMemoryException&) {
-    throw std::bad_alloc();  // its own line was not shown
+    throw std::bad_alloc();  // the exception's own line was not shown
   }
   const Findings& found = checkup.Found();
   const bool isPrinted = Print(found.Lines() + checkup.Description() + found.Summary());

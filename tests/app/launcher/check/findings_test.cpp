@@ -34,6 +34,17 @@ TEST(CheckFindingsTest, TheSameFindingIsToldOnce) {
   EXPECT_EQ(findings.Summary(), "1 error, 1 warning\n");
 }
 
+TEST(CheckFindingsTest, FindingsThatDifferInOneThingAreTwo) {
+  Findings findings;
+  findings.AddError("a", {1, 1}, "Text.");
+  findings.AddWarning("a", {1, 1}, "Text.");
+  findings.AddError("b", {1, 1}, "Text.");
+  findings.AddError("a", {2, 1}, "Text.");
+  findings.AddError("a", {1, 2}, "Text.");
+  findings.AddError("a", {1, 1}, "Other.");
+  EXPECT_EQ(findings.Summary(), "5 errors, 1 warning\n");
+}
+
 TEST(CheckFindingsTest, NothingFound) {
   EXPECT_EQ(Findings().Lines(), "");
   EXPECT_EQ(Findings().Summary(), "0 errors, 0 warnings\n");

@@ -1,0 +1,131 @@
+// Files and folders that the user may not read or write: check and program must agree, and the
+// check must tell what is missing. Root may do everything, so as root both run without root's
+// rights.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "check_runs.h"
+
+namespace Testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The command without the right to pass over the rights of files: as it stands, and for root with
+/// no capability.
+Command WithoutRights(Command command) {
+  if (geteuid() == 0) {
+    const std::string program = command.program.string();
+    command.program = "/usr/bin/setpriv";
+    command.arguments[0] = program;
+    command.arguments.insert(command.arguments.begin(),
+                             {"setpriv", "--bounding-set=-all", "--inh-caps=-all", "--"});
+  }
+  return command;
+}
+
+/// Takes rights to a file or folder away for one scope.
+class LimitedRights {
+ public:
+  LimitedRights(const fs::path& path, fs::perms rights) : path_(path) {
+    fs::permissions(path_, rights);
+  }
+  ~LimitedRights() { fs::permissions(path_, fs::perms::owner_all); }
+  LimitedRights(const LimitedRights&) = delete;
+  LimitedRights& operator=(const LimitedRights&) = delete;
+
+ private:
+  fs::path path_;
+};
+
+/// What the check of d.xml prints when the program can not open a file.
+std::string ErrorsWithoutRights(const ScratchFolder& folder, const std::string& file) {
+  const ProcessResult check = RunProcess(WithoutRights(CheckIn(folder, {"d.xml"})));
+  EXPECT_EQ(check.exitStatus, 1) << check.output;
+  const ScratchFolder links;
+  const ProcessResult run = RunProcess(WithoutRights(HovarByLink(links, folder, {"d.xml"})));
+  EXPECT_EQ(run.exitStatus, 1);
+  EXPECT_EQ(run.error, "Error: " + CannotOpen(file) + "\n");
+  return check.output;
+}
+
+constexpr auto kNone = fs::perms::none;
+constexpr auto kReadOnly = fs::perms::owner_read;
+constexpr auto kReadAndSearch = fs::perms::owner_read | fs::perms::owner_exec;
+
+TEST(RightsTest, InputsThatMayNotBeRead) {
+  struct Input {
+    const char* file;
+    std::string definition;
+    std::string errors;
+  };
+  for (const Input& input :
+       {Input{"d.xml", PredictionText(), "d.xml:1:1: error: The definition file \"d.xml\""},
+        Input{"data.csv", PredictionText(), "d.xml:3:7: error: The data file \"data.csv\""},
+        Input{"coefficients.csv", PredictionText(),
+              "d.xml:5:25: error: The coefficient file \"coefficients.csv\""},
+        Input{"individual.csv", ValidationText(),
+              "d.xml:6:24: error: The file of individual predictions \"individual.csv\""},
+        Input{"prediction.xml", BatchText({"prediction.xml"}),
+              "d.xml:3:13: error: The definition file \"prediction.xml\""}}) {
+    SCOPED_TRACE(input.file);
+    const TinyStudy study;
+    study.Write("d.xml", input.definition);
+    const LimitedRights limited(study.Path() / input.file, kNone);
+    EXPECT_EQ(ErrorsWithoutRights(study, input.file),
+              input.errors +
+                  " cannot be read. Ask for the right to read it.\n"
+                  "1 error, 0 warnings\n");
+  }
+}
+
+TEST(RightsTest, AFolderInWhichNoOtherMayBeMade) {
+  const TinyStudy study;
+  study.Write("d.xml", PredictionText());
+  const LimitedRights limited(study.Path(), kReadAndSearch);
+  EXPECT_EQ(ErrorsWithoutRights(study, "out\\prediction.log"),
+            "d.xml:8:9: error: The folder \"out\" cannot be made: nothing may be written in \".\". "
+            "Choose another folder.\n"
+            "1 error, 0 warnings\n");
+}
+
+TEST(RightsTest, AFolderInWhichNoFileMayBeMade) {
+  const TinyStudy study;
+  study.Write("d.xml", ValidationText());
+  fs::create_directory(study.Path() / "out");
+  const LimitedRights limited(study.Path() / "out", kReadAndSearch);
+  EXPECT_EQ(ErrorsWithoutRights(study, "out\\validation.log"),
+            "d.xml:10:14: error: The file of C-statistics \"out\\cstatistics.csv\" cannot be made: "
+            "nothing may be written in \"out\". Choose another folder.\n"
+            "d.xml:11:10: error: The log file \"out\\validation.log\" cannot be made: nothing may "
+            "be written in \"out\". Choose another folder.\n"
+            "2 errors, 0 warnings\n");
+}
+
+TEST(RightsTest, AFileThatMayNotBeWritten) {
+  const TinyStudy study;
+  study.Write("d.xml", ValidationText());
+  study.Write("out/cstatistics.csv", "");
+  const LimitedRights limited(study.Path() / "out/cstatistics.csv", kReadOnly);
+  EXPECT_EQ(ErrorsWithoutRights(study, "out\\cstatistics.csv"),
+            "d.xml:10:14: error: The file of C-statistics \"out\\cstatistics.csv\" cannot be "
+            "written. Ask for the right to write it.\n"
+            "1 error, 0 warnings\n");
+}
+
+TEST(RightsTest, AFileThatMayBeWrittenInAFolderThatMayNot) {
+  const TinyStudy study;
+  study.Write("d.xml", ValidationText());
+  study.Write("out/cstatistics.csv", "");
+  study.Write("out/validation.log", "");
+  const LimitedRights limited(study.Path() / "out", kReadAndSearch);
+  const ProcessResult check = RunProcess(WithoutRights(CheckIn(study, {"d.xml"})));
+  EXPECT_TRUE(check.output.ends_with("\n0 errors, 2 warnings\n")) << check.output;
+  const ScratchFolder links;
+  const ProcessResult run = RunProcess(WithoutRights(HovarByLink(links, study, {"d.xml"})));
+  EXPECT_EQ(run.exitStatus, 0) << run.error;
+}
+
+}  // namespace
+}  // namespace Testing
