@@ -287,6 +287,24 @@ TEST(CheckAgreementTest, CellsOfTheDataFile) {
   });
 }
 
+TEST(CheckAgreementTest, KeysWithCommasThatLookLikeOtherRecords) {
+  // The program passes over `"x`, takes the quote behind the comma for the beginning of the
+  // hospital's ID, and the one in the next line for its end: the hospitals are `,A,1` and a line
+  // feed, then A.
+  const std::string pair = "\"x,\",A,1\n\",1,0\",A,0\n";
+  const std::string longer = "\"x,\",A,1\n\",1,0,C,1,2\",A,0\n";
+  const auto row = [](const std::string& data, const std::string& error) {
+    Row made = Data(data, "0", "Key,Hospital,Y\n" + data, error);
+    made.files[1].second = std::string(kCoefficientHeader) + kModelRow;
+    return made;
+  };
+  ExpectRows({
+      row(pair, ""), row(pair + pair, "data.csv:2:1"),  // not grouped by hospital
+      row(longer, "data.csv:2:1"),                      // bytes behind the last record
+      row("a,A,1\n" + longer, "data.csv:3:1"),          // the same
+  });
+}
+
 TEST(CheckAgreementTest, EmptyOutcomesAtTheEndOfALine) {
   const auto row = [](const std::string& data, const std::string& error) {
     Row made = Data(data, "0", data, error);

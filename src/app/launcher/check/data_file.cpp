@@ -59,9 +59,6 @@ bool AddPassedOverError(Findings& findings, const DefinitionFile& definition, co
 }
 
 void AddCellError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
-  if (AddPassedOverError(findings, definition, stop)) {
-    return;
-  }
   const Cell cell = CellAt(definition.data, stop.offset, {QuoteUse::kHonour, kLeadingFields - 1});
   const std::string role = RoleOf(definition, HeaderOf(definition.data), cell.field);
   const bool mayBeMissing = role.starts_with(" (X") || role.starts_with(" (POA");
@@ -111,25 +108,23 @@ bool AddSizeError(Findings& findings, const DefinitionFile& definition) {
   const std::int64_t length = TraitsOf(definition.data).length;
   if (length == 0) {
     findings.AddError(definition.data, {}, "The data file is empty. Give it a header and records.");
-  } else if (definition.poaCount < 0 ||
-             fields < std::int64_t{kLeadingFields} + definition.poaCount) {
+    return true;
+  }
+  if (definition.poaCount < 0 || fields < std::int64_t{kLeadingFields} + definition.poaCount) {
     AddIndicatorError(findings, definition);
-  } else if (header.size() == static_cast<std::size_t>(length)) {
+    return true;
+  }
+  const bool isHeaderOpen = header.size() == static_cast<std::size_t>(length);
+  if (isHeaderOpen) {
     findings.AddError(definition.data, PlaceOf(definition.data, length),
                       "The header does not end with a line feed. End every line with one.");
-  } else {
-    return false;
   }
-  return true;
+  return isHeaderOpen;
 }
 
 void AddLastLineError(Findings& findings, const std::string& path) {
-  const FileTraits traits = TraitsOf(path);
-  findings.AddError(path, PlaceOf(path, traits.length),
-                    traits.endsWithLineFeed
-                        ? "The records do not end where the lines do. Look for a key that holds a "
-                          "comma or a line feed."
-                        : "The last line does not end with a line feed. Add one.");
+  findings.AddError(path, PlaceOf(path, TraitsOf(path).length),
+                    "The last line does not end with a line feed. Add one.");
 }
 
 /// Finds the record at which a hospital's ID comes again after another hospital.
@@ -141,7 +136,7 @@ void AddGroupingError(Findings& findings, const std::string& path) {
   while (walker.Next()) {
     const std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
     std::string id(FieldOf(walker.Record(), 1, QuoteUse::kHonour));
-    if (id.size() >= 2 && id.front() == '"') {
+    if (id.starts_with('"')) {
       id = id.substr(1, id.size() - 2);  // quoted or not, it is the same hospital
     }
     if (!earlier.empty() && id == last) {
@@ -162,19 +157,37 @@ bool IsSizeError(std::string_view error) noexcept {
          error == "Integer overflow";
 }
 
+bool IsCellError(std::string_view error) noexcept {
+  return error == "Invalid input" || error == "IO Exception" || error == "Unexpected end of stream";
+}
+
+/// What the records hold, of a file of which the shape is right.
+bool AddRecordError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  const bool isWrongEnd = stop.error == "Data wrong format";
+  const bool isWrongOrder = stop.error == "Data must be grouped by hospital ID";
+  if (!isWrongEnd && !isWrongOrder && !IsCellError(stop.error)) {
+    return false;
+  }
+  if (AddPassedOverError(findings, definition, stop)) {
+    return true;
+  }
+  if (isWrongEnd) {
+    AddLastLineError(findings, definition.data);
+  } else if (isWrongOrder) {
+    AddGroupingError(findings, definition.data);
+  } else {
+    AddCellError(findings, definition, stop);
+  }
+  return true;
+}
+
 void AddDataError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
   if (stop.error == "Variable number of fields") {
     AddShapeError(findings, definition.data);
   } else if (stop.error == "Wrong number of POA indicators in definition file") {
     AddIndicatorError(findings, definition);
-  } else if (stop.error == "Data wrong format") {
-    AddLastLineError(findings, definition.data);
-  } else if (stop.error == "Data must be grouped by hospital ID") {
-    AddGroupingError(findings, definition.data);
-  } else if (stop.error == "Invalid input" || stop.error == "IO Exception" ||
-             stop.error == "Unexpected end of stream") {
-    AddCellError(findings, definition, stop);
-  } else if (!(IsSizeError(stop.error) && AddSizeError(findings, definition))) {
+  } else if (!AddRecordError(findings, definition, stop) &&
+             !(IsSizeError(stop.error) && AddSizeError(findings, definition))) {
     AddCommonError(findings, definition.data, stop);
   }
 }

@@ -41,6 +41,16 @@ TEST(CheckTablesTest, ABrokenWordTakesTheCommaBehindIt) {
   EXPECT_EQ(FieldOfStop("na,", "x,1\n"), 1U) << "no number is read of the first field";
 }
 
+TEST(CheckTablesTest, FieldsFarBehindAreNotRead) {
+  constexpr TableForm kForm = {QuoteUse::kIgnore, 1, 0x8000'0002U};
+  for (const std::size_t field : {1U, 31U}) {
+    EXPECT_TRUE(kForm.IsReal(field)) << field;
+  }
+  for (const std::size_t field : {0U, 2U, 30U, 32U, 33U, 65U}) {
+    EXPECT_FALSE(kForm.IsReal(field)) << field;
+  }
+}
+
 TEST(CheckTablesTest, AStopBeforeTheFirstNumberBelongsToTheRecordBefore) {
   const Testing::ScratchFolder folder;
   const std::string path = folder.Write("f", "h,1\nk,\nl,2\n");
