@@ -502,6 +502,8 @@ TEST(CheckAgreementTest, IndividualPredictions) {
       row("na", "a,A,1,0.9", "a,A,1,na", "individual.csv:2:7"),
       // The number is then looked for in the key of the next line.
       row("no last value and a number as key", "0.3,1\nb,A", "0.3,\n2,A", "individual.csv:2:28"),
+      row("text, and no last value", "0.9,0.75,0,0,0,1,0.3,1\nb", "x,0.75,0,0,0,1,0.3,\nb",
+          "individual.csv:2:7"),
       row("a blank as last value", "0.3,1\nb,A", "0.3, \n2,A", "individual.csv:2:28"),
       row("a short line", "a,A,1,0.9,0.75,0,0,0,1,0.3,1", "a,A,1,0.9,0.75,0",
           "individual.csv:2:17"),

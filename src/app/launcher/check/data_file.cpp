@@ -31,15 +31,15 @@ std::string RoleOf(const DefinitionFile& definition, const std::string& header, 
 
 /// Finds a field that the program passes over without a look at its quotes, and in which a comma or
 /// a line feed therefore separates: the key of a record, and the fields of the header before the
-/// variables. Behind it cells are taken from wrong places. All records have the fields that they
-/// should have.
+/// variables. Behind it cells are taken from wrong places.
 bool AddPassedOverError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
   RecordWalker walker(definition.data);
   std::int64_t passedOver = std::int64_t{kLeadingFields} + definition.poaCount;  // of the header
   while (walker.Next() && walker.Offset() <= stop.offset) {
     std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
     starts.push_back(walker.Record().size() + 1);
-    for (std::size_t field = 0; static_cast<std::int64_t>(field) < passedOver; ++field) {
+    const auto count = std::min(passedOver, static_cast<std::int64_t>(starts.size() - 1));
+    for (std::size_t field = 0; static_cast<std::int64_t>(field) < count; ++field) {
       const std::string_view text =
           std::string_view(walker.Record())
               .substr(starts[field], starts[field + 1] - starts[field] - 1);

@@ -51,12 +51,12 @@ bool AddLineError(Findings& findings, const std::string& path, std::int64_t stop
       return true;
     }
     const std::string_view cell = FieldOf(walker.Record(), last, form.table.quotes);
-    if (form.table.IsReal(last) &&
+    const std::int64_t place = walker.Offset() + static_cast<std::int64_t>(FieldStarts(
+                                                     walker.Record(), form.table.quotes)[last]);
+    if (form.table.IsReal(last) && place <= stop &&
         cell.find_first_not_of(Vell::kWhitespace) == std::string_view::npos) {
       const std::string header = HeaderOf(path);
-      const auto start =
-          static_cast<std::int64_t>(FieldStarts(walker.Record(), form.table.quotes)[last]);
-      findings.AddError(path, PlaceOf(path, walker.Offset() + start),
+      findings.AddError(path, PlaceOf(path, place),
                         NumberError(last, FieldOf(header, last, QuoteUse::kHonour), cell));
       return true;
     }
