@@ -46,6 +46,9 @@ std::string Lower(std::string_view text) {
 std::string Tag(std::string_view name) { return '<' + std::string(name) + '>'; }
 std::string EndTag(std::string_view name) { return "</" + std::string(name) + '>'; }
 
+/// Of a byte of Surroundings, which begin where the file does.
+std::int64_t Offset(std::size_t index) { return static_cast<std::int64_t>(index); }
+
 /// The bytes up to the place where the reader stopped, and some behind it.
 class Surroundings {
  public:
@@ -53,7 +56,6 @@ class Surroundings {
       : bytes_(BytesAt(path, 0, static_cast<std::size_t>(stop + kContext))),
         stop_(std::min(static_cast<std::size_t>(stop), bytes_.size())) {}
 
-  std::int64_t Offset(std::size_t index) const { return static_cast<std::int64_t>(index); }
   std::string_view All() const { return bytes_; }
   std::string_view Before(std::size_t index) const {
     return std::string_view(bytes_).substr(0, index);
@@ -95,7 +97,7 @@ GrammarError WrongNumber(const Surroundings& around, std::size_t index) {
   const std::size_t start = around.BehindTag(index);
   const std::size_t end = std::min(around.All().find('<', start), around.All().size());
   const std::size_t value = std::min(around.All().find_first_not_of(Vell::kWhitespace, start), end);
-  return {around.Offset(value),
+  return {Offset(value),
           NotANumber(around.LastTagName(start), around.All().substr(start, end - start))};
 }
 
@@ -105,7 +107,7 @@ GrammarError WrongName(const Surroundings& around, const Mismatch& mismatch) {
   const std::size_t tag = around.TagStart(name);
   const std::string_view found = around.NameAt(tag + 1);
   const std::string due = isEnd ? EndTag(mismatch.expected) : Tag(mismatch.expected);
-  GrammarError error{around.Offset(tag),
+  GrammarError error{Offset(tag),
                      due + " is due here, but " + Quoted(Tag(found)) + " stands here. "};
   if (found.empty()) {
     error.text = due + " is due here, but the file ends. Complete the file.";
@@ -120,7 +122,7 @@ GrammarError WrongName(const Surroundings& around, const Mismatch& mismatch) {
 }
 
 GrammarError WrongDeclarationEnd(const Surroundings& around) {
-  return {around.Offset(around.Stop() - 1), "The declaration does not end with ?>. Close it."};
+  return {Offset(around.Stop() - 1), "The declaration does not end with ?>. Close it."};
 }
 
 /// A tag that was read up to here does not end here.
@@ -133,33 +135,33 @@ GrammarError WrongTagEnd(const Surroundings& around, char current) {
     return WrongDeclarationEnd(around);
   }
   if (current == '/' || name.ends_with('/')) {
-    return {around.Offset(tag), "The element " + Quoted(Tag(found)) +
-                                    " is empty. Write a start tag, its content and an end tag."};
+    return {Offset(tag), "The element " + Quoted(Tag(found)) +
+                             " is empty. Write a start tag, its content and an end tag."};
   }
   if (!IsBlank(around.All()[wrong - 1])) {
-    return {around.Offset(tag), Tag(name) + " is due here, but " + Quoted(Tag(found)) +
-                                    " stands here. Every element is required, in a fixed order "
-                                    "and nothing between."};
+    return {Offset(tag), Tag(name) + " is due here, but " + Quoted(Tag(found)) +
+                             " stands here. Every element is required, in a fixed order "
+                             "and nothing between."};
   }
-  return {around.Offset(wrong), "The tag of " + Tag(Trimmed(name)) +
-                                    " goes on behind its name. Remove what stands there: only the "
-                                    "root and the outer Seed have attributes."};
+  return {Offset(wrong), "The tag of " + Tag(Trimmed(name)) +
+                             " goes on behind its name. Remove what stands there: only the "
+                             "root and the outer Seed have attributes."};
 }
 
 GrammarError WrongText(const Surroundings& around) {
   const std::size_t wrong = around.Stop() - 1;
-  if (around.Offset(wrong) == 0 && around.All().starts_with(kByteOrderMark)) {
+  if (Offset(wrong) == 0 && around.All().starts_with(kByteOrderMark)) {
     return {0, "The file begins with a byte order mark. Save it as UTF-8 without one."};
   }
   const std::string_view last = around.LastTagName(wrong);
   if (last.empty()) {
-    return {around.Offset(wrong),
+    return {Offset(wrong),
             "The file does not begin with a tag. Name a definition file, which is XML."};
   }
   if (Contains(kWholeNumbers, last) || Contains(kReals, last)) {
     return WrongNumber(around, wrong);
   }
-  return {around.Offset(wrong),
+  return {Offset(wrong),
           "Text stands where a tag is due. Remove it: only blanks and "
           "comments may stand between tags."};
 }
@@ -170,16 +172,16 @@ GrammarError WrongByte(const Surroundings& around, const Mismatch& mismatch) {
     case '<':
       return WrongText(around);
     case '/':
-      return {around.Offset(around.TagStart(wrong)),
+      return {Offset(around.TagStart(wrong)),
               "The element " + Tag(around.LastTagName(wrong)) + " is not closed before " +
                   Quoted(Tag(around.NameAt(wrong))) + ". Write its end tag."};
     case '>':
       return WrongTagEnd(around, mismatch.current.front());
     case '=':
-      return {around.Offset(around.TagStart(wrong)),
+      return {Offset(around.TagStart(wrong)),
               "An attribute of this tag has no value. Write name=\"value\"."};
     case '"':
-      return {around.Offset(wrong),
+      return {Offset(wrong),
               "An attribute's value does not stand in double quotes. Write name=\"value\"."};
     default:  // '?'
       return WrongDeclarationEnd(around);
@@ -187,14 +189,14 @@ GrammarError WrongByte(const Surroundings& around, const Mismatch& mismatch) {
 }
 
 GrammarError WrongSeed(const Surroundings& around) {
-  return {around.Offset(around.TagStart(around.Stop())),
+  return {Offset(around.TagStart(around.Stop())),
           "A Seed is due here: <Seed xsi:type=\"Vector\"> with two elements, or "
           "<Seed xsi:type=\"Randomize\" />. Write one of the two as it stands here."};
 }
 
 GrammarError WrongEnd(const Surroundings& around) {
   if (around.IsAtEnd()) {
-    return {around.Offset(around.Stop()), "The file ends before the definition does. Complete it."};
+    return {Offset(around.Stop()), "The file ends before the definition does. Complete it."};
   }
   return WrongNumber(around, around.Stop());  // a word of a Seed
 }
@@ -202,30 +204,30 @@ GrammarError WrongEnd(const Surroundings& around) {
 GrammarError WrongFlag(const Surroundings& around) {
   const std::size_t end = around.TagStart(around.Stop());
   const std::size_t value = around.BehindTag(end);
-  return {around.Offset(value), "The flag is " + Quoted(around.All().substr(value, end - value)) +
-                                    ". Write true or false, in small letters and without blanks."};
+  return {Offset(value), "The flag is " + Quoted(around.All().substr(value, end - value)) +
+                             ". Write true or false, in small letters and without blanks."};
 }
 
 GrammarError WrongRoot(const Surroundings& around) {
   const std::size_t tag = around.TagStart(around.Stop());
-  return {around.Offset(tag), "The root element is " + Quoted(Tag(around.NameAt(tag + 1))) +
-                                  ". Write Analysis, Prediction, Validation or Batch."};
+  return {Offset(tag), "The root element is " + Quoted(Tag(around.NameAt(tag + 1))) +
+                           ". Write Analysis, Prediction, Validation or Batch."};
 }
 
 GrammarError WrongListEntry(const Surroundings& around) {
   const std::size_t tag = around.TagStart(around.Stop());
-  return {around.Offset(tag), Quoted(Tag(around.NameAt(tag + 1))) +
-                                  " stands in the list of a batch. Write Simulation elements, each "
-                                  "with the path of a definition file."};
+  return {Offset(tag), Quoted(Tag(around.NameAt(tag + 1))) +
+                           " stands in the list of a batch. Write Simulation elements, each "
+                           "with the path of a definition file."};
 }
 
 GrammarError WrongAttributes(const Surroundings& around) {
-  return {around.Offset(around.TagStart(around.Stop())),
+  return {Offset(around.TagStart(around.Stop())),
           "An attribute is given twice. Remove one of the two."};
 }
 
 GrammarError NulByte(const Surroundings& around) {
-  return {around.Offset(around.Stop() - 1),
+  return {Offset(around.Stop() - 1),
           "The file holds a NUL byte. Save it as UTF-8 or another text without NUL bytes."};
 }
 
