@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "check_runs.h"
+#include "launcher_runs.h"
 
 namespace Testing {
 namespace {
@@ -125,6 +126,34 @@ TEST(RightsTest, AFileThatMayBeWrittenInAFolderThatMayNot) {
   const ScratchFolder links;
   const ProcessResult run = RunProcess(WithoutRights(HovarByLink(links, study, {"d.xml"})));
   EXPECT_EQ(run.exitStatus, 0) << run.error;
+}
+
+TEST(RightsTest, ResultsThatCannotBeMovedAsideStopTheRun) {
+  const TinyStudy study;
+  study.Write("out/predicted.csv", "earlier");
+  study.Write("out/prediction.log", "earlier");
+  const LimitedRights limited(study.Path() / "out", kReadAndSearch);
+  const ProcessResult run =
+      RunProcess(WithoutRights(LauncherIn(study, {"--keep", "prediction.xml"})));
+  EXPECT_EQ(run.exitStatus, 1);
+  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(run.error, "hovar: cannot move out\\prediction.log aside\n");
+  EXPECT_EQ(study.Read("out/prediction.log"), "earlier");
+  EXPECT_EQ(study.Read("out/predicted.csv"), "earlier");
+}
+
+TEST(RightsTest, AReportNamesTheFileThatMayNotBeRead) {
+  const TinyStudy study;
+  const ScratchFolder place;
+  const std::string launcher = CopyTreeWithPageTo(place.Path());
+  study.Write("out/a.csv", "f");
+  study.Write("out/b.csv", "f");
+  const LimitedRights limited(study.Path() / "out/b.csv", kNone);
+  const ProcessResult run =
+      RunProcess(WithoutRights(LauncherIn(study, {"--report", "out"}, launcher)));
+  EXPECT_EQ(run.exitStatus, 1);
+  EXPECT_EQ(run.error, "hovar: cannot read out/b.csv\n");
+  EXPECT_FALSE(study.Has("out/report.html"));
 }
 
 }  // namespace

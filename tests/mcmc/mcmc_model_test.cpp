@@ -279,6 +279,33 @@ TEST_F(McmcModelTest, ValueWithoutChainBufferHasNoColumnButARow) {
                            "h0,1.5,0.5,1\nh1,3,2,1\n");
 }
 
+/// A variable that answers no more than it must.
+class PlainScalar : public Vell::Mcmc::McmcScalar {
+ public:
+  double Propose() override { return value_ + 1; }
+  double AcceptanceProbability(double /*proposal*/) override { return 1; }
+  Vell::String GetName() const override { return Vell::String("plain"); }
+};
+
+/// A model whose variable was there before it ran.
+class PlainModel : public Vell::Mcmc::McmcModel {
+ public:
+  explicit PlainModel(Vell::Mcmc::McmcVariable& variable) { Register(variable); }
+};
+
+TEST_F(McmcModelTest, WhatIsNotOverriddenDoesNothing) {
+  PlainScalar scalar;
+  PlainModel model(scalar);
+  const Outcome outcome = Observe([&] {
+    model.Run(
+        Lengths{.bufferSize = 0, .thinning = 1, .burnin = 2, .steps = 3}.In(scratch_.File("mcmc")));
+  });
+  EXPECT_EQ(outcome.error, "");
+  EXPECT_EQ(scalar.Value(), 5);
+  // The values 3, 4 and 5 of the main phase have the mean 4 and the variance 1.
+  EXPECT_EQ(Summary(), kSummaryHeader + std::string("plain,4,1,1\n"));
+}
+
 TEST_F(McmcModelTest, ModelWithoutVariablesWritesStepsAlone) {
   ToyModel model(calls_, {});
   RunToy(model, {.thinning = 1, .steps = 2});
