@@ -194,6 +194,22 @@ TEST(ChainsRequestTest, TheInterruptKeyStopsAllAndBlamesNone) {
   EXPECT_FALSE(study.Has("out/report.html"));
 }
 
+TEST(ChainsRequestTest, AChainThatARequestEndedIsNotBlamed) {
+  const TinyStudy study;
+  const ScratchFolder place;
+  // The launcher sees the request and the end of the program at the same time.
+  const std::string launcher = LauncherOfScript(place,
+                                                "launcher=$PPID\n"
+                                                "kill -STOP $launcher\n"
+                                                "kill -INT $launcher\n"
+                                                "(sleep 0.2; kill -CONT $launcher) &\n"
+                                                "exit 130\n");
+  const ProcessResult result =
+      RunLauncher(study, {"--chains", "2", "analysis.xml", "--jobs", "1"}, launcher);
+  EXPECT_EQ(result.exitStatus, 128 + SIGINT);
+  EXPECT_EQ(result.error, "hovar: stopped\n");
+}
+
 TEST(RunRecordTest, ARequestThatIsIgnoredStaysIgnored) {
   const TinyStudy study;
   study.Write("analysis.xml", ChainedAnalysisText(2000, 2000));

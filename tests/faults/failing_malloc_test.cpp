@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -12,6 +13,7 @@
 #include "faults/fault_study.h"
 #include "faults/forked_run.h"
 #include "faults/sample.h"
+#include "support/files.h"
 #include "support/process.h"
 
 namespace Testing {
@@ -151,6 +153,29 @@ TEST(FailingMallocLauncherTest, TheLauncherEndsWithOutOfMemoryOrStartsTheProgram
       EXPECT_EQ(result.error,
                 isFromThenOn && failing == 1 ? "hovar: out of memory\n" : kOutOfMemory);
     }
+  }
+}
+
+// The launcher keeps the line that it reads until its end has come.
+TEST(LittleMemoryTest, AnEndlessLineEndsTheProgramAndLeavesNothing) {
+  const FaultStudy study;
+  const ScratchFolder place;
+  place.Write("libexec/hovar/hovar", "#!/bin/sh\necho $$ > pid\nexec tr '\\0' x < /dev/zero\n");
+  place.Write("bin/hovar", ReadFile(HOVAR_LAUNCHER));
+  for (const char* file : {"libexec/hovar/hovar", "bin/hovar"}) {
+    std::filesystem::permissions(place.Path() / file, std::filesystem::perms::owner_all);
+  }
+  Command command;
+  command.program = "/bin/sh";
+  command.folder = study.Path();
+  command.arguments = {"sh", "-c", "ulimit -v 200000 && exec \"$1\" --json run.json analysis.xml",
+                       "sh", place.File("bin/hovar")};
+  const ProcessResult result = RunProcess(command);
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.error, "hovar: out of memory\n");
+  EXPECT_EQ(kill(std::stoi(study.Read("pid")), 0), -1) << "the program still runs";
+  for (const char* file : {"run.json", "run.json.part", "run.json.output.part"}) {
+    EXPECT_FALSE(study.Has(file)) << file;
   }
 }
 

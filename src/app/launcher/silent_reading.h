@@ -15,8 +15,8 @@
 
 namespace Hovar {
 
-/// Keeps error lines. Without memory for one it says so afterwards: an error that is raised while an
-/// error line is written ends the process.
+/// Keeps error lines. Without memory for one it says so afterwards: an error that is raised while
+/// an error line is written ends the process.
 class ErrorLineSink final : public Vell::IO::TextSink {
  public:
   ErrorLineSink() : TextSink(Use::kDrop) {}

@@ -48,8 +48,8 @@ struct FileTraits {
 
 FileTraits TraitsOf(const std::string& path);
 
-/// True when the program reads a carriage return before a line feed as a byte of the line; on Windows
-/// it belongs to the line's end.
+/// True when the program reads a carriage return before a line feed as a byte of the line; on
+/// Windows it belongs to the line's end.
 bool KeepsCarriageReturns() noexcept;
 
 inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/exit_status.h"
@@ -142,6 +143,22 @@ int Watch(ChildRun& run, Bar& bar, const LineEcho& echo) {
   return run.ExitStatus();
 }
 
+/// Removes a file, if its path is not empty, at the end of the scope.
+class PassingFile {
+ public:
+  explicit PassingFile(std::string path) : path_(std::move(path)) {}
+  ~PassingFile() {
+    if (!path_.empty()) {
+      Platform::RemoveFile(path_.c_str());
+    }
+  }
+  PassingFile(const PassingFile&) = delete;
+  PassingFile& operator=(const PassingFile&) = delete;
+
+ private:
+  std::string path_;
+};
+
 /// True when the run reads or writes the file itself.
 bool BelongsToRun(const std::string& path, const RunPlan& plan) {
   std::vector<std::string> files{plan.definition};
@@ -201,14 +218,13 @@ int RunWatched(const Options& options) {
   }
   Platform::DetachStandardInput();
   Platform::RememberStopRequests();
+  const PassingFile passing(options.showProgress ? std::string() : captureFile);
   LineEcho echo;
   ChildRun run(
       captureFile,
       options.showProgress ? ChildRun::LineTaker() : [&echo](auto line) { echo.Take(line); });
   const int status = RunRecorded(options, plan, run, echo);
-  if (!options.showProgress) {
-    Platform::RemoveFile(captureFile.c_str());
-  } else if (run.HasEnded()) {
+  if (options.showProgress && run.HasEnded()) {
     Say((status == kSuccess ? "done, " : "not done, ") +
         Count(run.Lines().WarningCount(), "warning") + "; output in " + captureFile);
   }
