@@ -14,7 +14,7 @@ export interface SourceFile {
 
 export type FileKind =
   | 'coefficients' | 'chain' | 'summary' | 'individual' | 'hospitals' | 'cStatistics'
-  | 'log' | 'definition' | 'runRecord' | 'unused';
+  | 'log' | 'definition' | 'runRecord' | 'description' | 'unused';
 
 export interface FileEntry {
   folder: number;
@@ -134,21 +134,40 @@ export interface CStatisticFile {
   rows: { estimate: string; value: NumberCell }[];
 }
 
+/** The stages of column elimination; the last one is the removal of what a coefficient file does not have. */
+export type RemovalStage = 'zeroZ' | 'zeroX' | 'dependentZ' | 'dependentX' | 'notInCoefficients';
+
+export interface RemovedVariable {
+  z: string;
+  x: string;
+  stage: RemovalStage;
+}
+
 export interface LogDigest {
   origin: Origin;
   /** True for the log of an Analysis. */
   analysis: boolean;
   records: number;
+  /** After the last removal, with the intercept. */
   variables: number;
   hospitals: number;
   /** Complete records as read and after the last removal of variables. */
   completeFirst: number;
   completeLast: number;
-  removed: string[];
+  removed: RemovedVariable[];
   /** Records with Y = 0 and P = 1. */
   contradictions: number;
   /** Fits that reached their largest number of iterations. */
   unfinishedFits: number;
+}
+
+/** What `hovar --check --data` says of one data file. */
+export interface DataDescription {
+  origin: Origin;
+  records: number;
+  missingP: number;
+  /** Share of records in which X is missing, for each variable that column elimination leaves. */
+  missingX: number[];
 }
 
 export interface DefinitionDigest {
@@ -178,12 +197,13 @@ export interface Report {
   logs: LogDigest[];
   definitions: DefinitionDigest[];
   runRecords: RunRecord[];
+  descriptions: DataDescription[];
 }
 
 export function emptyReport(): Report {
   return {
     files: [], coefficients: [], chains: [], summaries: [], hospitals: [], individuals: [],
-    cStatistics: [], logs: [], definitions: [], runRecords: [],
+    cStatistics: [], logs: [], definitions: [], runRecords: [], descriptions: [],
   };
 }
 

@@ -7,7 +7,7 @@ import { defaultExpectation, judgeHospitals, pairOf, usesGee } from '../src/anal
 import { convergenceFinding, fitFinding, hospitalFinding, missingFinding, runFinding } from '../src/analysis/verdict';
 import type { Report, SourceFile } from '../src/model';
 import { loadReport } from '../src/read/load';
-import { chainText, coefficientText, hospitalText, kHospitalHeader, kStatisticsText, type ChainShape } from './support/study';
+import { chainText, coefficientText, hospitalText, kHospitalHeader, kIndividualHeader, kStatisticsText, type ChainShape } from './support/study';
 
 const kNames = ['XIntercept', 'XA', 'XB'];
 
@@ -162,6 +162,84 @@ test('missing records are counted over hospitals', async () => {
   const report = await load(source(0, 'h', hospitalText(['A', 'B'])));
   const [records, complete] = [0, 1].map((what) => report.hospitals[0].rows.reduce((sum, row) => sum + (what === 0 ? row.records : row.complete), 0));
   assert.ok(missingFinding(report)?.answer.startsWith(`${records - complete} of ${records} records`));
+});
+
+// 1,000 records with 4 X and P. 700 incomplete, which lack 1 to 5 cells each: 700 to 3,500 of 5,000.
+const kHalf = `${kHospitalHeader}\nA,600,180,100,0,0,0,0,0,0,0,0,0\nB,400,120,100,0,0,0,0,0,0,0,0,0\n`;
+const kFive = coefficientText(['XIntercept', 'XA', 'XB', 'XC', 'XD']);
+const descriptionOf = (...missing: number[]): string => ['"data.csv": 1000 records, 2 hospitals, 4 variables, 1 POA indicator',
+  `  P = 1: 50 (5.26 % of the known), missing: ${10 * missing[0]} (${missing[0].toFixed(2)} %)`,
+  ...missing.slice(1).map((share, i) => `    "Z${i}", "X${i}": 9.00 %; 8.00 %; ${share.toFixed(2)} %`), '0 errors, 0 warnings', ''].join('\n');
+
+test('many incomplete records are no reason to warn: the missing cells are, and are bounded', async () => {
+  const finding = missingFinding(await load(source(0, 'h', kHalf), source(0, 'c', kFive)));
+  assert.equal(finding?.level, 'plain');
+  assert.equal(finding?.answer, '700 of 1,000 records (70 %) lack a value somewhere and were filled in.');
+  assert.match(finding?.details[0] ?? '', /^Between 14\.0 % and 70\.0 % of the cells are missing \(X of 4 variables, and P/);
+  assert.match(finding?.details[1] ?? '', /hovar --check --data/);
+  assert.match(finding?.details[2] ?? '', /86 to 92 % of the time with 40 %/);
+});
+
+test('individual predictions narrow the bound by the records that lack P', async () => {
+  const rows = Array.from({ length: 1000 }, (_, i) => `r${i},A,0,0.1,0.1,0,0.1,0.1,${i < 300 ? '' : 0},0.1,0`);
+  const finding = missingFinding(await load(source(0, 'h', kHalf), source(0, 'c', kFive), source(0, 'i', [kIndividualHeader, ...rows, ''].join('\n'))));
+  // At most 700 x 4 + 300 = 3,100 of 5,000.
+  assert.match(finding?.details[0] ?? '', /^Between 14\.0 % and 62\.0 % of the cells/);
+});
+
+test('with few incomplete records the bound alone shows that few cells are missing', async () => {
+  const few = kHalf.replace('600,180', '600,540').replace('400,120', '400,360');
+  const finding = missingFinding(await load(source(0, 'h', few), source(0, 'c', kFive)));
+  assert.match(finding?.details.join(' ') ?? '', /^Between 2\.0 % and 10\.0 % of the cells/);
+  assert.doesNotMatch(finding?.details.join(' ') ?? '', /simulated|--check/);
+});
+
+test('a description of the data gives the share of missing cells, which decides', async () => {
+  const findingWith = async (...missing: number[]) =>
+    missingFinding(await load(source(0, 'h', kHalf), source(0, 'c', kFive), source(0, 'd.txt', descriptionOf(...missing))));
+  const some = await findingWith(20, 10, 30, 25, 15);
+  assert.match(some?.details[0] ?? '', /^20\.0 % of the cells are missing/);
+  assert.equal(some?.level, 'plain');
+  const many = await findingWith(40, 38, 42, 41, 39);
+  assert.match(many?.details[0] ?? '', /^40\.0 % of the cells are missing/);
+  assert.equal(many?.level, 'look');
+  assert.match(many?.answer ?? '', /Many cells are missing: intervals of the fifth block come out too narrow\.$/);
+});
+
+test('a description of other data is not taken for that of the run', async () => {
+  const other = descriptionOf(40, 40, 40, 40, 40).replace('1000 records', '999 records');
+  const finding = missingFinding(await load(source(0, 'h', kHalf), source(0, 'c', kFive), source(0, 'd.txt', other)));
+  assert.match(finding?.details[0] ?? '', /^Between/);
+});
+
+test('a log alone bounds the missing cells', async () => {
+  const report = await load(source(0, 'l', 'Number of records: 100\nNumber of variables: 6\nNumber of non-missing records: 60\nEliminating Z zero columns\n' +
+    'Eliminating columns:\nZA, XA\nNumber of variables: 5\nNumber of non-missing records: 75\n'));
+  // 25 incomplete records of 4 X and P: 25 to 125 of 500.
+  assert.match(missingFinding(report)?.details.join(' ') ?? '', /Between 5\.0 % and 25\.0 % of the cells/);
+});
+
+test('with nothing missing nothing is said of cells', async () => {
+  const all = kHalf.replace('600,180', '600,600').replace('400,120', '400,400');
+  const finding = missingFinding(await load(source(0, 'h', all), source(0, 'c', kFive)));
+  assert.equal(finding?.answer, 'None of the 1,000 records lacks a value.');
+  assert.deepEqual(finding?.details, []);
+});
+
+test('each removed variable has its reason, and one removed for its Z the loss of X', async () => {
+  const removal = (...pairs: string[]) => `Eliminating columns:\n${pairs.join('\n')}\nNumber of variables: 9\n`;
+  const report = await load(source(0, 'l', `Number of records: 9\nEliminating Z zero columns\n${removal('ZNone, XNone')}` +
+    `Eliminating X zero columns\n${removal('ZNever, XNever', 'ZNo, XNo')}Eliminating dependent Z columns\n${removal('ZTwin, XTwin')}` +
+    `Eliminating dependent X columns P = 0\n${removal('ZSure, XSure')}`));
+  assert.deepEqual(runFinding(report)?.details, [
+    '1 variable was removed (ZNone with XNone): Z is 0 in every record. X goes with its Z, although it may be a risk factor itself; ' +
+      'see docs/choosing-z.md.',
+    '2 variables were removed (XNever and XNo): X is 0 in every complete record.',
+    '1 variable was removed (ZTwin with XTwin): Z follows from the other variables in all records: it is always 1, equals another Z, ' +
+      'or is a linear combination of several. X goes with its Z, although it may be a risk factor itself; see docs/choosing-z.md.',
+    '1 variable was removed (XSure): X follows from the other variables in the complete records with P = 0: it is always 0 or always 1 ' +
+      'there, equals another X, or is a linear combination of several.',
+  ]);
 });
 
 test('a fit that reached its limit is to be acted on', async () => {

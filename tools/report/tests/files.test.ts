@@ -6,7 +6,7 @@ import { decodeBase64 } from '../src/doors/inlined';
 import { identify } from '../src/read/identify';
 import { readIndividual } from '../src/read/individual_predictions';
 import { deriveHospitals, loadReport } from '../src/read/load';
-import { readDefinition, readLog, readRunRecord } from '../src/read/texts';
+import { readDefinition, readDescription, readLog, readRunRecord } from '../src/read/texts';
 import { chainText, coefficientText, hospitalText, kIndividualHeader, kStatisticsText, summaryText } from './support/study';
 
 const kOrigin = { folder: 0, folderName: 'out', path: 'file' };
@@ -131,8 +131,46 @@ test('a log is read up to the run that follows in a batch', async () => {
   const log = await readLog(new Blob([kLog]), kOrigin);
   assert.deepEqual({ ...log, origin: null }, {
     origin: null, analysis: true, records: 100, variables: 3, hospitals: 7, completeFirst: 60, completeLast: 64,
-    removed: ['ZNever, XNever', '"Z, odd", XOdd'], contradictions: 1, unfinishedFits: 1,
+    removed: [{ z: 'ZNever', x: 'XNever', stage: 'zeroX' }, { z: '"Z, odd"', x: 'XOdd', stage: 'zeroX' }], contradictions: 1, unfinishedFits: 1,
   });
+});
+
+test('a log says in which stage a variable was removed, and that of a Prediction that it is not in the coefficients', async () => {
+  const stages = ['Eliminating Z zero columns', 'Eliminating X zero columns', 'Eliminating dependent Z columns', 'Eliminating dependent X columns P = 0'];
+  const removal = (i: number) => `Eliminating columns:\nZ${i}, X${i}\nNumber of variables: 9\n`;
+  const analysis = await readLog(new Blob([`Number of records: 9\n${stages.map((line, i) => `${line}\n${removal(i)}`).join('')}`]), kOrigin);
+  assert.deepEqual(analysis.removed.map(({ x, stage }) => [x, stage]),
+    [['X0', 'zeroZ'], ['X1', 'zeroX'], ['X2', 'dependentZ'], ['X3', 'dependentX']]);
+  const prediction = await readLog(new Blob([`Number of records: 9\n${removal(7)}`]), kOrigin);
+  assert.deepEqual(prediction.removed, [{ z: 'Z7', x: 'X7', stage: 'notInCoefficients' }]);
+});
+
+// As hovar --check --data prints it, with a finding before it.
+const kDescription = `analysis.xml:10:29: warning: The coefficient file "c.csv" exists and would be overwritten.
+"data.csv": 200 records, 3 hospitals, 4 variables, 1 POA indicator
+  Y = 1: 30 (15.00 %)
+  P = 1: 12 (6.67 % of the known), missing: 20 (10.00 %)
+  complete records: 150 (75.00 %), with P = 0: 140
+  hospitals without a complete record: 0
+  variables (Z, X): Z = 1; X = 1 of the known; X missing
+    "ZA", "XA": 29.08 %; 24.50 %; 4.10 %
+    "Z; ""B""", "XB": 6.62 %; 6.36 %; 40.00 %
+    "ZNever", "XNever": 2.94 %; 0.00 %; 50.00 %
+    "ZTwice", "XTwice": 29.08 %; 24.00 %; 60.00 %
+  removed by column elimination:
+    "ZNever", "XNever": X is 0 in all complete records
+    "ZTwice", "XTwice": Z depends on other variables
+  empty [X|Z] classes:
+    "ZA", "XA": no record with Z = 1 and a known X
+"other.csv": 7 records, 1 hospital, 1 variable, 1 POA indicator
+  P = 1: 1 (20.00 % of the known), missing: 2 (28.57 %)
+0 errors, 1 warning
+`;
+
+test('a description of the data gives the missing cells of the variables that stay', async () => {
+  assert.equal((await identify(new Blob([kDescription]))).kind, 'description');
+  const digest = await readDescription(new Blob([kDescription]), kOrigin);
+  assert.deepEqual([digest.records, digest.missingP, digest.missingX.map((share) => share.toFixed(4))], [200, 20, ['0.0410', '0.4000']]);
 });
 
 test('a definition gives its elements with their groups', async () => {

@@ -1,5 +1,7 @@
 // What the run says, in words. Each finding answers one question; the sections below show the evidence.
-import type { Calibration, IndividualDigest, Report } from '../model';
+import type { Calibration, Report } from '../model';
+import { missingCells, missingCellsTexts, kManyCells } from './missing_cells';
+import { removalTexts } from './removed_variables';
 import { count, fixed, list, number, percent, plural } from '../view/format';
 import { chainName, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary } from './diagnostics';
 import { runUsesGee, type HospitalJudgement, type HospitalRatio, type Position } from './hospital_ratios';
@@ -190,7 +192,6 @@ function calibrationSentence(calibration: Calibration): [boolean, string] {
 export function missingFinding(report: Report): Finding | null {
   const log = report.logs.find((candidate) => candidate.analysis) ?? report.logs[0];
   const hospitals = report.hospitals.find((file) => !file.derived);
-  const individual: IndividualDigest | undefined = report.individuals[0];
   const details: string[] = [];
   let records = NaN;
   let complete = NaN;
@@ -201,6 +202,7 @@ export function missingFinding(report: Report): Finding | null {
     records = log.records;
     complete = log.completeLast;
   }
+  const individual = report.individuals[0];
   if (individual) {
     details.push(`Present on admission (P) is missing in ${count(individual.missingP)} of ${count(individual.records)} records ` +
       `(${percent(individual.missingP / individual.records, 1)}).`);
@@ -208,14 +210,17 @@ export function missingFinding(report: Report): Finding | null {
   if (log && log.completeFirst !== log.completeLast && !Number.isNaN(log.completeFirst)) {
     details.push(`${count(log.completeFirst)} records were complete as read; without the removed variables ${count(log.completeLast)} are.`);
   }
+  const cells = missingCells(report, records, records - complete);
+  details.unshift(...missingCellsTexts(cells));
   if (Number.isNaN(complete) && details.length === 0) return null;
-  const share = 1 - complete / records;
+  const answers = [
+    Number.isNaN(records - complete) ? '' : records === complete ? `None of the ${count(records)} records lacks a value.`
+      : `${count(records - complete)} of ${count(records)} records (${percent(1 - complete / records)}) lack a value somewhere and were filled in.`,
+    cells && cells.least > kManyCells ? 'Many cells are missing: intervals of the fifth block come out too narrow.' : '',
+  ].filter(Boolean);
   return {
-    question: 'How much was missing?', section: hospitals ? 'hospitals' : 'run', level: share > 0.4 ? 'look' : 'plain',
-    answer: Number.isNaN(share)
-      ? details.shift() ?? ''
-      : `${count(records - complete)} of ${count(records)} records (${percent(share)}) lack a value somewhere and were filled in.` +
-        (share > 0.4 ? ' That is much: intervals of the fifth block come out too narrow.' : ''),
+    question: 'How much was missing?', section: hospitals ? 'hospitals' : 'run', level: cells && cells.least > kManyCells ? 'look' : 'plain',
+    answer: answers.length > 0 ? answers.join(' ') : details.shift() ?? '',
     details,
   };
 }
@@ -241,10 +246,7 @@ export function runFinding(report: Report): Finding | null {
   const log = report.logs.find((candidate) => candidate.analysis) ?? report.logs[0];
   const unfinished = Math.max(...report.logs.map((candidate) => candidate.unfinishedFits));
   const details: string[] = [];
-  if (log.removed.length > 0) {
-    details.push(`${plural(log.removed.length, 'variable was', 'variables were')} removed, because nothing can be learned from ` +
-      `${log.removed.length === 1 ? 'it' : 'them'} beside the others: ${list(log.removed.map((pair) => pair.replace(/^.*, /, '')))}.`);
-  }
+  details.push(...removalTexts(log));
   if (log.contradictions > 0) {
     details.push(`${plural(log.contradictions, 'record')} with an outcome that was present on admission and not found: P was taken as 0.`);
   }

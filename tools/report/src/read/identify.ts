@@ -9,6 +9,9 @@ export const kBlockNames = ['[P|X]', '[Y|Z]', '[Y|X]', '[Y|X,P=0]', '[Y|X,P=0,MC
 /** A definition's root may stand behind declarations and comments. */
 const kRoot = /^\s*(?:<\?[^]*?\?>\s*|<![^]*?>\s*)*<(Analysis|Prediction|Validation|Batch)[\s/>]/;
 
+/** The line that begins a description of the data; findings may stand before it. */
+const kDescription = /^".*": \d+ records?, \d+ hospitals?, \d+ variables?, \d+ POA indicators?\r?$/m;
+
 export async function identify(blob: Blob): Promise<{ kind: FileKind; note: string }> {
   if (blob.size === 0) return { kind: 'unused', note: 'empty file' };
   const head = new TextDecoder('windows-1252')
@@ -21,6 +24,7 @@ function kindOf(head: string): FileKind {
   if (/^\s*\{\s*"format"\s*:\s*"hovar run record"/.test(head)) return 'runRecord';
   if (kRoot.test(head)) return 'definition';
   if (/^Number of records: -?\d+\r?\n/.test(head)) return 'log';
+  if (kDescription.test(head)) return 'description';
   const row = (Papa.parse(head, { delimiter: ',', newline: '\n', preview: 1 }).data[0] ?? []) as string[];
   return kindOfHeader(row);
 }

@@ -5,7 +5,7 @@ import { identify } from './identify';
 import { readChain } from './chain_file';
 import { readIndividual } from './individual_predictions';
 import { readCStatistics, readCoefficients, readHospitals, readSummary } from './tables';
-import { readDefinition, readLog, readRunRecord } from './texts';
+import { readDefinition, readDescription, readLog, readRunRecord } from './texts';
 
 export type OnBytes = (count: number) => void | Promise<void>;
 
@@ -53,6 +53,7 @@ async function readInto(report: Report, entry: FileEntry, blob: Blob, onBytes: O
     case 'log': report.logs.push(await readLog(blob, origin)); break;
     case 'definition': report.definitions.push(await readDefinition(blob, origin)); break;
     case 'runRecord': report.runRecords.push(await readRunRecord(blob, origin)); break;
+    case 'description': report.descriptions.push(await readDescription(blob, origin)); break;
     case 'unused': break;
   }
 }

@@ -1,5 +1,5 @@
 // Readers of logs, definitions and run records.
-import type { DefinitionDigest, LogDigest, Origin, RunRecord } from '../model';
+import type { DataDescription, DefinitionDigest, LogDigest, Origin, RemovalStage, RunRecord } from '../model';
 
 /** Files of text are small; a larger one is cut, so that nothing can fill the memory. */
 const kLargestText = 16 << 20;
@@ -14,6 +14,13 @@ async function textOf(blob: Blob): Promise<string> {
   }
 }
 
+const kStageLines = new Map<string, RemovalStage>([
+  ['Eliminating Z zero columns', 'zeroZ'], ['Eliminating X zero columns', 'zeroX'],
+  ['Eliminating dependent Z columns', 'dependentZ'], ['Eliminating dependent X columns P = 0', 'dependentX'],
+]);
+/** `Z name, X name`; a name with a comma is in quotes. */
+const kRemovedLine = /^("(?:[^"]|"")*"|[^,]*), (.*)$/;
+
 /**
  * In a batch the log of an earlier run also receives the lines of the later ones, so only the lines up
  * to a second count of records belong to the run.
@@ -24,6 +31,7 @@ export async function readLog(blob: Blob, origin: Origin): Promise<LogDigest> {
     completeLast: NaN, removed: [], contradictions: 0, unfinishedFits: 0,
   };
   let removing = false;
+  let stage: RemovalStage = 'notInCoefficients';
   for (const line of (await textOf(blob)).split(/\r?\n/)) {
     const count = /^(Number of [^:]+): (-?\d+)$/.exec(line);
     if (count?.[1] === 'Number of records' && !Number.isNaN(digest.records)) break;
@@ -36,10 +44,13 @@ export async function readLog(blob: Blob, origin: Origin): Promise<LogDigest> {
       digest.contradictions++;
     } else if (line === 'Warning: Maximum number of iterations reached') {
       digest.unfinishedFits++;
-    } else if (line === 'Eliminating Z zero columns') {
+    } else if (kStageLines.has(line)) {
+      removing = false;
       digest.analysis = true;
+      stage = kStageLines.get(line) ?? stage;
     } else if (removing && line !== '') {
-      digest.removed.push(line);
+      const [, z, x] = kRemovedLine.exec(line) ?? [line, line, line];
+      digest.removed.push({ z, x, stage });
     }
   }
   return digest;
@@ -53,6 +64,29 @@ function addCount(digest: LogDigest, name: string, value: number): void {
     if (Number.isNaN(digest.completeFirst)) digest.completeFirst = value;
     digest.completeLast = value;
   }
+}
+
+/**
+ * The first description in what `hovar --check --data` prints. Shares are those of the printed percentages,
+ * which have two decimals. A description without variables has none.
+ */
+export async function readDescription(blob: Blob, origin: Origin): Promise<DataDescription> {
+  const missing = new Map<string, number>();
+  const digest: DataDescription = { origin, records: NaN, missingP: NaN, missingX: [] };
+  for (const line of (await textOf(blob)).split(/\r?\n/)) {
+    const records = /^".*": (\d+) records?, \d+ hospitals?, /.exec(line);
+    if (records && !Number.isNaN(digest.records)) break;
+    if (records) digest.records = Number(records[1]);
+    if (Number.isNaN(digest.records)) continue;
+    const p = /^ {2}P = 1: .*, missing: (\d+) \(/.exec(line);
+    if (p) digest.missingP = Number(p[1]);
+    const variable = /^ {4}(".*"): [^;"]*; [^;"]*; (\d+\.\d+) %$/.exec(line);
+    if (variable) missing.set(variable[1], Number(variable[2]) / 100);
+    const removed = /^ {4}(".*"): [ZX] [^"]*$/.exec(line);
+    if (removed) missing.delete(removed[1]);
+  }
+  digest.missingX = [...missing.values()];
+  return digest;
 }
 
 export async function readDefinition(blob: Blob, origin: Origin): Promise<DefinitionDigest> {

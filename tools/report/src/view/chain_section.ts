@@ -48,7 +48,7 @@ function groupParts(report: Report, diagnostics: GroupDiagnostics): Node[] {
   const { group, draws, summaries } = diagnostics;
   const names = group.chains.map((chain) => chainName(report, chain));
   const parts: (Node | false)[] = [
-    h('p', { class: 'note' }, `${plural(group.chains.length, 'chain')} with ${plural(draws, 'kept draw')} each: ${list(names, 12)}. ` +
+    h('p', { class: 'note' }, `${plural(group.chains.length, 'chain')} with ${plural(draws, 'kept draw')}${names.length > 1 ? ' each' : ''}: ${list(names, 12)}. ` +
       `Thresholds: R-hat at most ${kLargestRhat}, bulk and tail effective sample size (ESS) at least ${kSmallestEss}. Source: ${kSource}.`),
     group.note !== '' && h('p', { class: 'note strong' }, group.note),
     diagnostics.repeated.length > 0 && h('p', { class: 'note strong' }, repeatedText(report, diagnostics)),

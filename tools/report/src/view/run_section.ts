@@ -1,4 +1,5 @@
 // What ran: definitions, logs, records of runs, and which file was taken for what.
+import { kRemovalReason } from '../analysis/removed_variables';
 import { originText } from '../model';
 import type { FileEntry, FileKind, LogDigest, Report } from '../model';
 import { h, section, type Child } from './dom';
@@ -7,7 +8,7 @@ import { dataTable } from './table';
 
 export const kKindText: Record<FileKind, string> = {
   coefficients: 'coefficients', chain: 'chain', summary: 'summary of a chain', individual: 'individual predictions',
-  hospitals: 'hospital predictions', cStatistics: 'C-statistics', log: 'log', definition: 'definition', runRecord: 'record of a run',
+  hospitals: 'hospital predictions', cStatistics: 'C-statistics', log: 'log', definition: 'definition', runRecord: 'record of a run', description: 'description of the data',
   unused: 'not used',
 };
 
@@ -21,7 +22,7 @@ function logBlock(log: LogDigest): Child {
   const facts: [string, string][] = [
     ['Records', count(log.records)], ['Hospitals', count(log.hospitals)], ['Variables, with the intercept', count(log.variables)],
     ['Complete records as read', count(log.completeFirst)], ['Complete records in the end', count(log.completeLast)],
-    ['Removed variables (Z, X)', log.removed.join('; ') || 'none'],
+    ['Removed variables (Z, X)', log.removed.map(({ z, x, stage }) => `${z}, ${x}: ${kRemovalReason[stage]}`).join('; ') || 'none'],
     ['Records with Y = 0 and P = 1', count(log.contradictions)],
     ['Fits that stopped at the largest number of iterations', count(log.unfinishedFits)],
   ];
