@@ -2,7 +2,7 @@
 import { filesOfDrop, filesOfPicker } from './doors/dropped';
 import { hasInlinedFiles, inlinedFiles } from './doors/inlined';
 import type { GroupDiagnostics } from './analysis/diagnostics';
-import type { HospitalJudgement } from './analysis/hospital_ratios';
+import { judgeHospitals, type HospitalJudgement } from './analysis/hospital_ratios';
 import {
   convergenceFinding, fitFinding, hospitalFinding, missingFinding, runFinding, type Finding,
 } from './analysis/verdict';
@@ -13,7 +13,7 @@ import { chainSection } from './view/chain_section';
 import { startCharts } from './view/chart';
 import { coefficientSection } from './view/coefficient_section';
 import { byId, h } from './view/dom';
-import { count, list } from './view/format';
+import { count, list, plural } from './view/format';
 import { hospitalSection } from './view/hospital_section';
 import { runSection } from './view/run_section';
 import { startTheme } from './view/theme';
@@ -119,7 +119,9 @@ function showFailure(text: string): void {
   document.body.dataset.state = 'failed';
 }
 
+/** What the verdict is made from besides the report. */
 let judgement: HospitalJudgement | null = null;
+let groups: GroupDiagnostics[] | null = null;
 
 async function showReport(report: Report, firstJudgement: HospitalJudgement | null): Promise<void> {
   const place = byId('report');
@@ -130,8 +132,9 @@ async function showReport(report: Report, firstJudgement: HospitalJudgement | nu
   byId('doors').hidden = true;
   place.replaceChildren();
   judgement = firstJudgement;
-  if (judgement) await add(hospitalSection(report, judgement));
-  place.prepend(verdict(report, null));
+  groups = null;
+  if (judgement) await add(hospitalSection(report, judgement, (adjusted) => judgeAgain(report, adjusted)));
+  place.prepend(verdict(report));
   if (report.individuals.length > 0 || report.cStatistics.length > 0) await add(calibrationSection(report));
   if (report.coefficients.some((file) => file.xNames.length > 0)) await add(coefficientSection(report));
   if (report.chains.length > 0) await add(chainSection(report, null));
@@ -141,8 +144,17 @@ async function showReport(report: Report, firstJudgement: HospitalJudgement | nu
 }
 
 function showDiagnostics(report: Report, diagnostics: GroupDiagnostics[]): void {
-  document.getElementById('verdict')?.replaceWith(verdict(report, diagnostics));
+  groups = diagnostics;
+  document.getElementById('verdict')?.replaceWith(verdict(report));
   document.getElementById('chains')?.replaceWith(chainSection(report, diagnostics));
+}
+
+/** The verdict speaks of the first file and its expectation, by the limits that the reader chose. */
+function judgeAgain(report: Report, adjusted: boolean): void {
+  const file = report.hospitals.find((candidate) => candidate.rows.length > 0);
+  if (!judgement || !file) return;
+  judgement = judgeHospitals(file, judgement.pair, adjusted);
+  document.getElementById('verdict')?.replaceWith(verdict(report));
 }
 
 function folderNames(report: Report): string {
@@ -150,13 +162,13 @@ function folderNames(report: Report): string {
   return names.length > 0 ? list(names, 6) : 'picked files';
 }
 
-function verdict(report: Report, diagnostics: GroupDiagnostics[] | null): HTMLElement {
+function verdict(report: Report): HTMLElement {
   const findings: (Finding | null)[] = [
-    convergenceFinding(report, diagnostics), hospitalFinding(judgement),
+    convergenceFinding(report, groups), hospitalFinding(judgement),
     fitFinding(report, judgement?.pair.expected ?? 'E[Y|X,P=0]-MCMC'), missingFinding(report), runFinding(report),
   ];
   const used = report.files.filter((file) => file.kind !== 'unused').length;
-  const about = `${folderNames(report)}: ${count(used)} of ${count(report.files.length)} files used.`;
+  const about = `${folderNames(report)}: ${count(used)} of ${plural(report.files.length, 'file')} used.`;
   const present = findings.filter((finding): finding is Finding => finding !== null);
   if (used === 0) {
     present.push({

@@ -3,11 +3,11 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { groupChains } from '../src/analysis/chain_groups';
 import { diagnose } from '../src/analysis/diagnostics';
-import { defaultExpectation, judgeHospitals, pairOf, usesGee } from '../src/analysis/hospital_ratios';
+import { defaultExpectation, heterogeneityText, judgeHospitals, pairOf, usesGee } from '../src/analysis/hospital_ratios';
 import { convergenceFinding, fitFinding, hospitalFinding, missingFinding, runFinding } from '../src/analysis/verdict';
 import type { Report, SourceFile } from '../src/model';
 import { loadReport } from '../src/read/load';
-import { chainText, coefficientText, hospitalText, kHospitalHeader, kIndividualHeader, kStatisticsText, type ChainShape } from './support/study';
+import { chainText, coefficientText, hospitalText, kHospitalHeader, kIndividualHeader, kStatisticsText, normalNumbers, type ChainShape } from './support/study';
 
 const kNames = ['XIntercept', 'XA', 'XB'];
 
@@ -133,18 +133,52 @@ test('counts are records times means, and cases those that are not present on ad
   assert.equal(all.cases, 200);
 });
 
+const kFiveRates = [0.1, 0.125, 0.14, 0.075, 0.06];
+const hospitalRow = (rate: number, index: number): string => `${'abcde'[index]},1000,900,900,${rate},0.1,0.1,${rate},0.1,0.1,0,0,0`;
+
 // 1000 records with 100 expected: the standard deviation is 9.5, so 100 +- 19 is inside, 125 outside
 // 95 % and 140 outside 99.8 %.
 test('hospitals are placed by their own limits', async () => {
-  const row = (id: string, rate: number) => `${id},1000,900,900,${rate},0.1,0.1,${rate},0.1,0.1,0,0,0`;
-  const report = await load(source(0, 'h', [kHospitalHeader, row('a', 0.1), row('b', 0.125), row('c', 0.14), row('d', 0.075), row('e', 0.06), ''].join('\n')));
+  const report = await load(source(0, 'h', [kHospitalHeader, ...kFiveRates.map(hospitalRow), ''].join('\n')));
   const judgement = judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), false);
   assert.deepEqual(judgement.ratios.map((ratio) => ratio.position), ['inside', 'above95', 'above998', 'below95', 'below998']);
   const finding = hospitalFinding(judgement);
   assert.equal(finding?.answer, '2 of 5 lie outside the 99.8 % limits, 2 more outside the 95 % limits.');
   assert.equal(finding?.details[0], 'More outcomes than expected, outside 99.8 %: c (1.40).');
-  const wider = judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), true);
-  assert.ok(wider.ratios.every((ratio, i) => ratio.limits95.upper > judgement.ratios[i].limits95.upper));
+});
+
+// E = 100 of 1,000, so s^2 = 0.9 / 100 and w = 111.1. Ratios 1, 1.25, 1.4, 0.75, 0.6 have the mean 1:
+// Q = 111.1 (0.0625 + 0.16 + 0.0625 + 0.16) = 49.4 on 4 degrees of freedom, tau2 = 45.4 / (4 x 111.1) =
+// 0.102, tau = 0.32. Limits are then sqrt(1 + 0.102 / 0.009) = 3.5 times as wide: 95 % to 1 +- 0.65.
+test('with the limits widened the verdict has the wider ones and says so', async () => {
+  const report = await load(source(0, 'h', [kHospitalHeader, ...kFiveRates.map(hospitalRow), ''].join('\n')));
+  const [chance, wider] = [false, true].map((adjusted) => judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), adjusted));
+  assert.ok(wider.ratios.every((ratio, i) => ratio.limits95.upper > chance.ratios[i].limits95.upper));
+  assert.ok(wider.ratios.every((ratio) => ratio.position === 'inside'));
+  assert.equal(hospitalFinding(wider)?.answer, 'None: all 5 lie within the widened 95 % limits.');
+  assert.equal(hospitalFinding(wider)?.level, 'plain');
+  assert.match(hospitalFinding(wider)?.details.join(' ') ?? '', /limits widened by tau .*if ratios vary by chance and by tau only/);
+  for (const judgement of [chance, wider]) {
+    assert.match(hospitalFinding(judgement)?.details.join(' ') ?? '',
+      /differ by more than chance explains \(Cochran’s Q = 49\.4 on 4 degrees of freedom, p < 0\.001\)\. .* tau = 0\.32\./);
+  }
+});
+
+test('where Q is not large no difference is claimed, and no agreement either', async () => {
+  const report = await load(source(0, 'h', [kHospitalHeader, ...[0.1, 0.105, 0.095].map(hospitalRow), ''].join('\n')));
+  const text = heterogeneityText(judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), false));
+  // Q = 111.1 x 2 x 0.05^2 = 0.556 on 2 degrees of freedom, p = exp(-0.278) = 0.757.
+  assert.match(text, /^No more difference .* is shown .*Q = 0\.556 on 2 degrees of freedom, p = 0\.76\); that does not show that there is none\. .*tau = 0\.00\.$/);
+});
+
+test('a wide spread of the true ratios is not put down to chance', async () => {
+  // 25 hospitals with 10 expected and true ratios exp(0.3 times a normal number). The mean of the squared
+  // z-scores winsorised at 10 % is 1.30 here, which looks like chance.
+  const normal = normalNumbers(4);
+  const rates = Array.from({ length: 25 }, () => 0.01 * Math.exp(0.3 * normal()) + Math.sqrt(9.9) / 1000 * normal());
+  const rows = rates.map((rate, i) => `h${i},1000,900,900,${rate},0.01,0.01,${rate},0.01,0.01,0,0,0`);
+  const report = await load(source(0, 'h', [kHospitalHeader, ...rows, ''].join('\n')));
+  assert.match(heterogeneityText(judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), false)), /^The hospitals differ by more than chance/);
 });
 
 test('a hospital without expectation is not placed', async () => {

@@ -3,8 +3,11 @@
 // The files hold means; times the number of records they are counts. Where the expectation is of what
 // arose in hospital, a record with P = 1 cannot add to it, so the cases are the records that remain:
 // records x (1 - E[P|YPXZ]), rounded.
-import { adjustedLimits, funnelLimits, observedToExpectedInterval, overdispersion } from '../statistics/funnel';
+import {
+  adjustedLimits, funnelLimits, heterogeneity, observedToExpectedInterval, type Heterogeneity,
+} from '../statistics/funnel';
 import { kExpectations, kPredictionColumns } from '../model';
+import { fixed, number, plural } from '../view/format';
 import type { CalibrationColumn, CoefficientFile, HospitalFile, HospitalRow, PredictionColumn, Report } from '../model';
 
 export type Position = 'above998' | 'above95' | 'inside' | 'below95' | 'below998' | 'unknown';
@@ -13,6 +16,9 @@ export const kPositionText: Record<Position, string> = {
   above998: 'above 99.8 %', above95: 'above 95 %', inside: 'within 95 %',
   below95: 'below 95 %', below998: 'below 99.8 %', unknown: 'not known',
 };
+
+/** A Q that chance exceeds with a smaller probability is put down to differences between hospitals. */
+const kLargestP = 0.05;
 
 export interface Limits {
   lower: number;
@@ -36,8 +42,9 @@ export interface HospitalRatio {
 export interface HospitalJudgement {
   pair: CalibrationColumn;
   ratios: HospitalRatio[];
-  /** How much more the hospitals differ than chance lets them; 1 is chance alone. */
-  dispersion: ReturnType<typeof overdispersion> | null;
+  /** How much more the hospitals differ than chance lets them; null with fewer than two. */
+  heterogeneity: Heterogeneity | null;
+  /** True when the limits are widened by the variance between hospitals. */
   adjusted: boolean;
 }
 
@@ -82,12 +89,11 @@ export function defaultExpectation(report: Report): { column: PredictionColumn; 
 
 export function judgeHospitals(file: HospitalFile, pair: CalibrationColumn, adjusted: boolean): HospitalJudgement {
   const counted = file.rows.map((row) => countsOf(row, pair));
-  const usable = counted.filter((counts) => counts.expected > 0);
-  const dispersion = usable.length > 1 ? overdispersion(usable) : null;
+  const between = heterogeneity(counted);
   const ratios = counted.map((counts) => {
     if (!(counts.expected > 0)) return unknown(counts);
-    const limits = (level: 0.95 | 0.998) => adjusted && dispersion
-      ? adjustedLimits(counts.cases, counts.expected, level, dispersion)
+    const limits = (level: 0.95 | 0.998) => adjusted && between
+      ? adjustedLimits(counts.cases, counts.expected, level, between)
       : funnelLimits(counts.cases, counts.expected, level);
     const ratio = counts.observed / counts.expected;
     const [limits95, limits998] = [limits(0.95), limits(0.998)];
@@ -97,7 +103,23 @@ export function judgeHospitals(file: HospitalFile, pair: CalibrationColumn, adju
       position: positionOf(ratio, limits95, limits998),
     };
   });
-  return { pair, ratios, dispersion, adjusted };
+  return { pair, ratios, heterogeneity: between, adjusted };
+}
+
+/**
+ * Whether the hospitals differ by more than chance, in words. A Q that is not large is no proof that they
+ * do not differ, and the text does not say so.
+ */
+export function heterogeneityText({ heterogeneity: between }: HospitalJudgement): string {
+  if (!between) return '';
+  const { q, degrees, pValue, tau2 } = between;
+  const test = `Cochran’s Q = ${number(q)} on ${plural(degrees, 'degree')} of freedom, ` +
+    `p ${pValue < 0.001 ? '< 0.001' : `= ${fixed(pValue, pValue < 0.1 ? 3 : 2)}`}`;
+  const spread = `The estimated standard deviation of the ratio between hospitals is tau = ${fixed(Math.sqrt(tau2), 2)}.`;
+  return pValue < kLargestP
+    ? `The hospitals differ by more than chance explains (${test}). ${spread}`
+    : `No more difference between the hospitals is shown than chance explains (${test}); that does not show that there ` +
+      `is none. ${spread}`;
 }
 
 interface Counts {
@@ -153,8 +175,8 @@ export function funnelCurves(judgement: HospitalJudgement, points = 120): Funnel
     Math.max(1, Math.round(from * (largest * 1.03 / from) ** (i / (points - 1)) / risk)));
   return [...new Set(caseCounts)].map((cases) => {
     const expected = cases * risk;
-    const limits = (level: 0.95 | 0.998) => judgement.adjusted && judgement.dispersion
-      ? adjustedLimits(cases, expected, level, judgement.dispersion)
+    const limits = (level: 0.95 | 0.998) => judgement.adjusted && judgement.heterogeneity
+      ? adjustedLimits(cases, expected, level, judgement.heterogeneity)
       : funnelLimits(cases, expected, level);
     return { expected, limits95: limits(0.95), limits998: limits(0.998) };
   });

@@ -4,7 +4,7 @@ import { missingCells, missingCellsTexts, kManyCells } from './missing_cells';
 import { removalTexts } from './removed_variables';
 import { count, fixed, list, number, percent, plural } from '../view/format';
 import { chainName, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary } from './diagnostics';
-import { runUsesGee, type HospitalJudgement, type HospitalRatio, type Position } from './hospital_ratios';
+import { heterogeneityText, runUsesGee, type HospitalJudgement, type HospitalRatio, type Position } from './hospital_ratios';
 
 /** good: nothing to do. look: worth a look. act: not to be relied on as it is. plain: a fact. */
 export type Level = 'good' | 'look' | 'act' | 'plain' | 'wait';
@@ -114,6 +114,7 @@ export function hospitalFinding(judgement: HospitalJudgement | null): Finding | 
   const known = judgement.ratios.filter((ratio) => ratio.position !== 'unknown');
   const far = at('above998', 'below998');
   const near = at('above95', 'below95');
+  const widened = judgement.adjusted ? 'widened ' : '';
   const details: string[] = [];
   const line = (text: string, found: HospitalRatio[]) => {
     if (found.length > 0) details.push(`${text}: ${list(sortedRatios(found), 12)}.`);
@@ -124,15 +125,17 @@ export function hospitalFinding(judgement: HospitalJudgement | null): Finding | 
   line('Fewer than expected, outside 95 % only', at('below95'));
   const chance95 = fixed(0.05 * known.length, known.length < 20 ? 1 : 0);
   const chance998 = number(0.002 * known.length, 2);
-  details.push(`By chance alone about ${chance95} of ${count(known.length)} hospitals lie outside 95 % and ${chance998} outside 99.8 %. ` +
-    `Expectation: ${judgement.pair.expected}.`);
+  const byWhat = judgement.adjusted ? 'With the limits widened by tau (box in the section Hospitals), about' : 'By chance alone about';
+  details.push(`${byWhat} ${chance95} of ${count(known.length)} hospitals lie outside 95 % and ${chance998} outside 99.8 %` +
+    `${judgement.adjusted ? ' if ratios vary by chance and by tau only' : ''}. Expectation: ${judgement.pair.expected}.`);
+  if (judgement.heterogeneity) details.push(heterogeneityText(judgement));
   return {
     question: 'Which hospitals stand out?', section: 'hospitals',
     level: far.length > 0 ? 'look' : 'plain',
     answer: far.length + near.length === 0
-      ? `None: all ${count(known.length)} lie within the 95 % limits.`
-      : `${count(far.length)} of ${count(known.length)} ${far.length === 1 ? 'lies' : 'lie'} outside the 99.8 % limits, ` +
-        `${count(near.length)} more outside the 95 % limits.`,
+      ? `None: all ${count(known.length)} lie within the ${widened}95 % limits.`
+      : `${count(far.length)} of ${count(known.length)} ${far.length === 1 ? 'lies' : 'lie'} outside the ${widened}99.8 % limits, ` +
+        `${count(near.length)} more outside the ${widened}95 % limits.`,
     details,
   };
 }

@@ -10,7 +10,7 @@
 // distribution.
 
 /** d(n) for n > 0. From 16 on by the series in 1 / n, below it by steps of one up to there. */
-function stirlingError(n: number): number {
+export function stirlingError(n: number): number {
   let sum = 0;
   let m = n;
   for (; m < 16; m++) sum += (m + 0.5) * Math.log1p(1 / m) - 1;
@@ -19,7 +19,7 @@ function stirlingError(n: number): number {
 }
 
 /** D(x, m) for x > 0 and m > 0, by a series where x and m are close. */
-function deviance(x: number, m: number): number {
+export function deviance(x: number, m: number): number {
   if (Math.abs(x - m) >= 0.1 * (x + m)) return x * Math.log(x / m) + m - x;
   const v = (x - m) / (x + m);
   let sum = (x - m) * v;

@@ -13,28 +13,35 @@
 // That probabilities differ between the records of a hospital is left out; it makes the true
 // distribution a little narrower, so the limits err to the wide side.
 //
-// Overdispersion. Hospitals differ for reasons that the models do not know, so that many more than
-// expected fall outside; the limits can be widened accordingly: D. J. Spiegelhalter (2005), Handling
-// over-dispersion of performance indicators, Quality and Safety in Health Care 14, 347-351, and
-// D. Spiegelhalter, C. Sherlaw-Johnson, M. Bardsley, I. Blunt, C. Wood, O. Grigg (2012), Statistical
-// methods for healthcare regulation, Journal of the Royal Statistical Society A 175, 1-47. For each of
-// I hospitals, with s^2 = (1 - E / n) / E the variance of O / E,
+// Differences between hospitals. Hospitals differ for reasons that the models do not know, so that more
+// than expected may fall outside. For each of I hospitals let y = O / E, s^2 = (1 - E / n) / E and
+// w = 1 / s^2. Cochran's statistic is
 //
-//   z = (O / E - 1) / s,   winsorised: below the 10 % quantile of all z it becomes that quantile,
-//                          above the 90 % quantile that one
-//   phi  = mean of z^2
-//   tau2 = (I phi - (I - 1)) / (sum of w - sum of w^2 / sum of w),  w = 1 / s^2,  at least 0
+//   Q = sum of w (y - ybar)^2,   ybar = sum of w y / sum of w,
 //
-// tau2 is the variance between hospitals, added to s^2 (additive random effects). The exact limits are
-// moved away from 1 by the factor sqrt((s^2 + tau2) / s^2), so that they stay exact without
-// overdispersion.
+// which without differences is about chi-squared with I - 1 degrees of freedom: W. G. Cochran (1954), The
+// combination of estimates from different experiments, Biometrics 10, 101-129. The variance between
+// hospitals beyond chance is estimated by the method of moments,
+//
+//   tau2 = (Q - (I - 1)) / (sum of w - sum of w^2 / sum of w),   at least 0:
+//
+// R. DerSimonian, N. Laird (1986), Meta-analysis in clinical trials, Controlled Clinical Trials 7, 177-188.
+// s^2 is the variance of chance in a hospital that is as expected. It is formed from the expected count
+// and not from the observed one: a hospital with few events by chance would otherwise seem to be known
+// precisely and pull ybar down, and one with none would have no variance. z-scores are not winsorised:
+// that makes Q too small where chance alone is at work.
+//
+// tau2 is added to s^2 (additive random effects) as in D. J. Spiegelhalter (2005), Handling
+// over-dispersion of performance indicators, Quality and Safety in Health Care 14, 347-351: the exact
+// limits are moved away from 1 by the factor sqrt((s^2 + tau2) / s^2), so that they stay exact when tau2
+// is 0.
 import { betaQuantile, binomialDistribution, binomialProbability } from './binomial';
-import { quantile } from './moments';
+import { chiSquaredTail } from './chi_squared';
 
 /** The methods in a few words, for a reader. */
 export const kLimitsMethod = 'exact binomial limits, interpolated (Spiegelhalter 2005)';
-export const kOverdispersionMethod =
-  'additive random effects from z-scores winsorised at 10 % (Spiegelhalter 2005, Spiegelhalter et al. 2012)';
+export const kWideningMethod =
+  'between-hospital variance of DerSimonian and Laird (1986), added to that of chance (Spiegelhalter 2005)';
 export const kIntervalMethod = 'exact binomial interval (Clopper and Pearson 1934)';
 
 export interface Limits {
@@ -49,16 +56,17 @@ export interface HospitalCounts {
   cases: number;
 }
 
-export interface Overdispersion {
-  /** Mean of the squared winsorised z-scores; about 1, or a little less, without overdispersion. */
-  phi: number;
-  /** Variance of O / E between hospitals beyond chance. */
+export interface Heterogeneity {
+  /** Cochran's Q. */
+  q: number;
+  /** Its degrees of freedom: hospitals that count, less one. */
+  degrees: number;
+  /** Probability of a Q as large by chance alone, by the chi-squared distribution. */
+  pValue: number;
+  /** Variance of O / E between hospitals beyond chance, at least 0. */
   tau2: number;
-  /** Share of the hospitals whose z-score was moved to a quantile. */
-  winsorisedShare: number;
 }
 
-const kWinsorised = 0.1;
 const kNoLimits: Limits = { lower: NaN, upper: NaN };
 
 /**
@@ -104,33 +112,30 @@ function chanceVariance(cases: number, expected: number): number {
 
 /**
  * How much more hospitals differ than chance makes them differ. Hospitals without expectation, and
- * those in which every record is expected to have an event, say nothing and are left out. With fewer
- * than two others phi is NaN and tau2 is 0.
+ * those in which every record is expected to have an event, say nothing and are left out. Null with
+ * fewer than two others.
  */
-export function overdispersion(hospitals: readonly HospitalCounts[]): Overdispersion {
+export function heterogeneity(hospitals: readonly HospitalCounts[]): Heterogeneity | null {
   const used = hospitals.filter(({ expected, cases }) => expected > 0 && expected < cases);
-  const count = used.length;
-  if (count < 2) return { phi: NaN, tau2: 0, winsorisedShare: 0 };
+  if (used.length < 2) return null;
   const weights = used.map(({ cases, expected }) => 1 / chanceVariance(cases, expected));
-  const z = used.map(({ observed, expected }, i) => (observed / expected - 1) * Math.sqrt(weights[i]));
-  const sorted = Float64Array.from(z).sort();
-  const low = quantile(count, (place) => sorted[place], kWinsorised);
-  const high = quantile(count, (place) => sorted[place], 1 - kWinsorised);
-  const squares = z.map((score) => Math.min(high, Math.max(low, score)) ** 2);
-  const phi = sumOf(squares) / count;
+  const ratios = used.map(({ observed, expected }) => observed / expected);
   const sum = sumOf(weights);
+  const mean = sumOf(ratios.map((ratio, i) => weights[i] * ratio)) / sum;
+  const q = sumOf(ratios.map((ratio, i) => weights[i] * (ratio - mean) ** 2));
+  const degrees = used.length - 1;
   const sumOfSquares = sumOf(weights.map((weight) => weight * weight));
-  const tau2 = Math.max(0, (count * phi - (count - 1)) / (sum - sumOfSquares / sum));
-  return { phi, tau2, winsorisedShare: z.filter((score) => score < low || score > high).length / count };
+  const tau2 = Math.max(0, (q - degrees) / (sum - sumOfSquares / sum));
+  return { q, degrees, pValue: chiSquaredTail(q, degrees), tau2 };
 }
 
 function sumOf(values: readonly number[]): number {
   return values.reduce((sum, value) => sum + value, 0);
 }
 
-/** Funnel limits, widened for overdispersion. */
+/** Funnel limits, widened by the variance between hospitals. */
 export function adjustedLimits(
-  cases: number, expected: number, level: number, { tau2 }: Pick<Overdispersion, 'tau2'>,
+  cases: number, expected: number, level: number, { tau2 }: Pick<Heterogeneity, 'tau2'>,
 ): Limits {
   const { lower, upper } = funnelLimits(cases, expected, level);
   const variance = chanceVariance(cases, expected);

@@ -1,14 +1,14 @@
 // Hospitals: funnel, caterpillar and table over one expectation.
 import {
-  defaultExpectation, funnelCurves, judgeHospitals, kPositionText, meanOf, pairOf,
+  defaultExpectation, funnelCurves, heterogeneityText, judgeHospitals, kPositionText, meanOf, pairOf,
   type HospitalJudgement, type HospitalRatio, type Position,
 } from '../analysis/hospital_ratios';
-import { kIntervalMethod, kLimitsMethod, kOverdispersionMethod } from '../statistics/funnel';
+import { kIntervalMethod, kLimitsMethod, kWideningMethod } from '../statistics/funnel';
 import { kExpectations, kPredictionColumns, originText } from '../model';
 import type { HospitalFile, PredictionColumn, Report } from '../model';
 import { chart, legend, type Chart } from './chart';
 import { checkbox, choice, h, section } from './dom';
-import { count, fixed, number, shorten } from './format';
+import { count, fixed, plural, shorten } from './format';
 import { cloud, plot, Plot } from './plots';
 import { dataTable, type Column } from './table';
 
@@ -25,8 +25,13 @@ const kSymbols: Record<Position, Plot.SymbolType> = {
   inside: 'circle', unknown: 'circle',
 };
 
-/** `first` is the judgement of the first file that has hospitals, by the default expectation. */
-export function hospitalSection(report: Report, first: HospitalJudgement): HTMLElement {
+/**
+ * `first` is the judgement of the first file that has hospitals, by the default expectation. `onWiden` is
+ * called when the reader chooses between limits of chance alone and widened ones.
+ */
+export function hospitalSection(
+  report: Report, first: HospitalJudgement, onWiden: (adjusted: boolean) => void,
+): HTMLElement {
   const preset = defaultExpectation(report);
   const choices = report.hospitals.filter((candidate) => candidate.rows.length > 0);
   let file = choices[0];
@@ -36,7 +41,7 @@ export function hospitalSection(report: Report, first: HospitalJudgement): HTMLE
   let judgement = first;
 
   const reason = h('p', { class: 'note' });
-  const dispersion = h('p', { class: 'note' });
+  const spread = h('p', { class: 'note', role: 'status' });
   const found = h('p', { class: 'note', role: 'status' });
   const funnel = funnelChart(() => judgement, () => searched);
   const caterpillar = caterpillarChart(() => judgement, () => searched);
@@ -65,7 +70,7 @@ export function hospitalSection(report: Report, first: HospitalJudgement): HTMLE
   function explain(): void {
     reason.textContent = column === preset.column ? preset.reason
       : `Chosen by hand; the default is ${preset.column}. ${preset.reason}`;
-    dispersion.textContent = dispersionText(judgement);
+    spread.textContent = spreadText(judgement);
   }
 
   const searchBox = h('input', {
@@ -83,39 +88,41 @@ export function hospitalSection(report: Report, first: HospitalJudgement): HTMLE
   });
   explain();
   return section('hospitals', 'Hospitals',
-    'Observed over expected outcomes: 1 is what an average hospital would have had with the same patients.',
+    'Observed over expected outcomes. 1 is what the hospital’s patients would have had with the outcomes of all patients taken ' +
+      'together. A ratio compares a hospital with the expectation for its own patients; two ratios do not compare two hospitals.',
     h('div', { class: 'controls' }, files,
       choice('Expectation', kExpectations.map((pair) => [pair.expected, `${pair.expected} (against ${pair.observed})`]), column,
         (value) => {
           column = value as PredictionColumn;
           refresh();
         }),
-      checkbox('Widen the limits for overdispersion', false, (checked) => {
+      checkbox('Widen the limits for differences between hospitals', false, (checked) => {
         adjusted = checked;
         refresh();
+        onWiden(adjusted);
       }),
       h('label', { class: 'control' }, h('span', {}, 'Find'), searchBox)),
-    reason, found,
+    reason, spread, found,
     legend([
       { name: 'within the 95 % limits', colour: kColours.inside, shape: 'circle' },
       { name: 'outside 95 %', colour: kColours.above95, shape: 'triangle' },
       { name: 'outside 99.8 %', colour: kColours.above998, shape: 'diamond' },
     ]),
     h('div', { class: 'pair' }, funnel.element, caterpillar.element),
-    dispersion, table.element);
+    table.element);
 }
 
 const matches = (ratios: HospitalRatio[], text: string): HospitalRatio[] =>
   text === '' ? ratios : ratios.filter((ratio) => ratio.row.id.toLowerCase().includes(text.toLowerCase()));
 
-function dispersionText(judgement: HospitalJudgement): string {
-  if (!judgement.dispersion) return '';
-  const { phi, tau2 } = judgement.dispersion;
-  const spread = `Overdispersion: phi = ${number(phi)} (1 is chance alone), between-hospital variance tau² = ${number(tau2)}. `;
-  return spread + (judgement.adjusted
-    ? `The limits are widened by it: ${kOverdispersionMethod}.`
-    : phi > 1.5 ? 'The hospitals differ more than chance lets them; with the limits widened, fewer stand out.'
-      : 'The hospitals differ about as much as chance lets them.');
+function spreadText(judgement: HospitalJudgement): string {
+  if (!judgement.heterogeneity) return '';
+  const limits = judgement.heterogeneity.tau2 === 0
+    ? 'With tau = 0 the box that widens the limits leaves them as they are.'
+    : judgement.adjusted
+      ? `The limits are widened by tau (${kWideningMethod}); drawings, table and verdict follow.`
+      : 'The limits are those of chance alone. The box widens them by tau, for drawings, table and verdict.';
+  return `${heterogeneityText(judgement)} ${limits}`;
 }
 
 function columnsOf(column: PredictionColumn, file: HospitalFile): Column<HospitalRatio>[] {
@@ -174,30 +181,47 @@ function labelled(drawn: Drawn[], searched: string, place: (d: Drawn) => [number
   return kept.map(({ item }) => item);
 }
 
-function ratioDomain(drawn: Drawn[]): [number, number] {
-  const largest = Math.max(2, ...drawn.map((d) => d.ratio));
-  return [0, largest * 1.08];
+/**
+ * The largest ratio that is drawn at its place. A few far larger ones (fewer than one in twenty), as of
+ * tiny hospitals, stand at the edge, so that they do not flatten the others.
+ */
+function drawnTop(drawn: Drawn[]): number {
+  const ratios = drawn.map((d) => d.ratio);
+  const usual = Math.max(3, 1.5 * quantile(ratios, 0.95));
+  return 1.08 * Math.min(usual, Math.max(2, ...ratios));
+}
+
+/**
+ * Arrows at the upper edge for what goes on beyond it: one for each, or, where these stand closer than an
+ * arrow is wide, one for several. `share` gives the place across the drawing from 0 to 1.
+ */
+function edgeArrows(beyond: Drawn[], x: string, top: number, width: number, share: (d: Drawn) => number): Plot.Text {
+  const places = new Map(beyond.map((d) => [Math.round((share(d) * width) / 7), d]));
+  return Plot.text([...places.values()], {
+    x, y: () => top, text: () => '↑', dy: -9, fontSize: 14, fontWeight: 700, fill: 'var(--ink)', className: 'beyond',
+  });
 }
 
 function funnelChart(judgement: () => HospitalJudgement, searched: () => string): Chart {
   return chart({
     title: 'Funnel: does the ratio differ from 1 by more than chance?', height: 400, half: true,
     caption: [`Limits: ${kLimitsMethod}. Curves are for cases of average risk; each hospital is judged by its own limits, which is what ` +
-      'colour, symbol and table tell. The table below has the numbers.'],
+      'colour, symbol and table tell. An arrow at the upper edge: the ratio is larger. The table below has the numbers.'],
   }, (width) => {
     const current = judgement();
     const drawn = drawable(current);
     const curves = funnelCurves(current);
-    const [bottom, top] = ratioDomain(drawn);
+    const top = drawnTop(drawn);
     const clip = (value: number) => Math.min(value, top);
+    const beyond = drawn.filter((d) => d.ratio > top);
     const rings = searched() === '' ? [] : matches(drawn, searched());
     const outside = drawn.filter((d) => d.position !== 'inside').length;
     const right = Math.max(1, ...curves.map((c) => c.expected));
-    const place = (d: Drawn): [number, number] => [(d.expected / right) * (width - 100), (1 - d.ratio / top) * 326];
-    return plot(`Funnel plot of ${drawn.length} hospitals, ${outside} outside the 95 % limits`, {
+    const place = (d: Drawn): [number, number] => [(d.expected / right) * (width - 100), (1 - clip(d.ratio) / top) * 326];
+    return plot(`Funnel plot of ${drawn.length} hospitals, ${outside} outside the 95 % limits${beyondText(beyond.length, 'ratio')}`, {
       width, height: 400, marginLeft: 44, marginBottom: 46, marginRight: 56,
       x: { label: 'Expected outcomes', labelAnchor: 'center', labelOffset: 36, labelArrow: 'none', domain: [0, right], ticks: width < 500 ? 5 : 8 },
-      y: { label: 'Observed / expected', labelArrow: 'none', domain: [bottom, top], grid: true },
+      y: { label: 'Observed / expected', labelArrow: 'none', domain: [0, top], grid: true },
       marks: [
         Plot.areaY(curves, { x: 'expected', y1: (c) => c.limits998.lower, y2: (c) => clip(c.limits998.upper), fill: 'var(--muted)', fillOpacity: 0.08 }),
         Plot.areaY(curves, { x: 'expected', y1: (c) => c.limits95.lower, y2: (c) => clip(c.limits95.upper), fill: 'var(--muted)', fillOpacity: 0.1 }),
@@ -206,25 +230,32 @@ function funnelChart(judgement: () => HospitalJudgement, searched: () => string)
           Plot.line(curves, { x: 'expected', y: (c) => c.limits95[side], stroke: 'var(--warn)', strokeWidth: 1.25, strokeDasharray: '5,4', clip: true }),
         ]),
         Plot.ruleY([1], { stroke: 'var(--ink)', strokeWidth: 1 }),
-        ...points(drawn, 'expected', drawn.length > 500 ? 2.5 : 4),
-        Plot.dot(rings, { x: 'expected', y: 'ratio', r: 9, stroke: 'var(--accent)', strokeWidth: 2.5 }),
-        Plot.text(labelled(drawn, searched(), place), { x: 'expected', y: 'ratio', text: 'label', dx: 8, textAnchor: 'start', fill: 'var(--ink)', stroke: 'var(--paper)', strokeWidth: 4 }),
+        ...points(drawn, 'expected', top, drawn.length > 500 ? 2.5 : 4),
+        edgeArrows(beyond, 'expected', top, width, (d) => d.expected / right),
+        Plot.dot(rings, { x: 'expected', y: (d) => clip(d.ratio), r: 9, stroke: 'var(--accent)', strokeWidth: 2.5 }),
+        Plot.text(labelled(drawn, searched(), place), { x: 'expected', y: (d) => clip(d.ratio), text: 'label', dx: 8, textAnchor: 'start', fill: 'var(--ink)', stroke: 'var(--paper)', strokeWidth: 4 }),
         Plot.text(lastOf(curves), { x: 'expected', y: (c) => c.limits998.upper, text: () => '99.8 %', dx: 4, dy: -4, textAnchor: 'start', fill: 'var(--bad)' }),
         Plot.text(lastOf(curves), { x: 'expected', y: (c) => c.limits95.upper, text: () => '95 %', dx: 4, dy: 6, textAnchor: 'start', fill: 'var(--warn)' }),
-        Plot.tip(drawn, Plot.pointer({ x: 'expected', y: 'ratio', title: 'tip', fill: 'var(--paper)', stroke: 'var(--line)' })),
+        Plot.tip(drawn, Plot.pointer({ x: 'expected', y: (d) => clip(d.ratio), title: 'tip', fill: 'var(--paper)', stroke: 'var(--line)' })),
       ],
       color: { type: 'identity' }, symbol: { type: 'identity' } as Plot.ScaleOptions,
     });
   });
 }
 
-function points(drawn: Drawn[], x: string, r: number): Plot.Dot[] {
+/** For the description of a drawing. */
+const beyondText = (many: number, what: string): string =>
+  many > 0 ? `; ${plural(many, what)} beyond the upper edge, marked by arrows` : '';
+
+/** A ratio above `top` stands there. */
+function points(all: Drawn[], x: string, top: number, r: number): Plot.Dot[] {
+  const drawn = all.map((d) => ({ ...d, y: Math.min(d.ratio, top) }));
   if (drawn.length > kMostSymbols) {
     const layers: Position[][] = [['inside'], ['above95', 'below95'], ['above998', 'below998']];
-    return layers.map((layer) => cloud(drawn.filter((d) => layer.includes(d.position)), { x, y: 'ratio', colour: kColours[layer[0]], r: 1.8 }));
+    return layers.map((layer) => cloud(drawn.filter((d) => layer.includes(d.position)), { x, y: 'y', colour: kColours[layer[0]], r: 1.8 }));
   }
   return [Plot.dot(drawn, {
-    x, y: 'ratio', stroke: (d: Drawn) => kColours[d.position], fill: (d: Drawn) => kColours[d.position], fillOpacity: 0.55,
+    x, y: 'y', stroke: (d: Drawn) => kColours[d.position], fill: (d: Drawn) => kColours[d.position], fillOpacity: 0.55,
     symbol: (d: Drawn) => kSymbols[d.position], r,
   })];
 }
@@ -235,26 +266,30 @@ function caterpillarChart(judgement: () => HospitalJudgement, searched: () => st
   return chart({
     title: 'Caterpillar: ratios in order, with 95 % intervals', height: 400, half: true,
     caption: [`Intervals: ${kIntervalMethod}. ` + 'An interval that leaves out 1 says that the ratio differs from 1, ' +
-      'hospital by hospital; among many, some do so by chance.'],
+      'hospital by hospital; among many, some do so by chance. An arrow at the upper edge: the interval goes on beyond. Colours are those ' +
+      'of the funnel.'],
   }, (width) => {
     const drawn = drawable(judgement()).sort((a, b) => a.ratio - b.ratio);
     const ranked = drawn.map((d, index) => ({ ...d, rank: index + 1 }));
-    const top = Math.max(ratioDomain(drawn)[1], Math.min(quantile(drawn.map((d) => d.interval.upper), 0.9), 8));
+    const top = Math.max(drawnTop(drawn), Math.min(quantile(drawn.map((d) => d.interval.upper), 0.9), 8));
     const clipped = (d: Drawn) => Math.min(d.interval.upper, top);
+    const lower = (d: Drawn) => Math.min(d.interval.lower, top);
+    const beyond = ranked.filter((d) => d.interval.upper > top);
     const rings = searched() === '' ? [] : matches(ranked, searched());
     const wide = drawn.length > kMostSymbols;
-    return plot(`Caterpillar plot: observed over expected of ${drawn.length} hospitals in order, with 95 % intervals`, {
+    return plot(`Caterpillar plot: observed over expected of ${drawn.length} hospitals in order, with 95 % intervals${beyondText(beyond.length, 'interval')}`, {
       width, height: 400, marginLeft: 44, marginBottom: 46, marginRight: 16,
       x: { label: 'Hospitals by rank', labelAnchor: 'center', labelOffset: 36, labelArrow: 'none', domain: [0, Math.max(ranked.length, 1) + 1], ticks: Math.min(8, Math.max(ranked.length, 1)), tickFormat: (v: number) => (Number.isInteger(v) && v > 0 ? String(v) : '') },
       y: { label: 'Observed / expected', labelArrow: 'none', domain: [0, top], grid: true },
       marks: [
         Plot.ruleY([1], { stroke: 'var(--ink)' }),
         wide
-          ? Plot.areaY(ranked, { x: 'rank', y1: (d) => d.interval.lower, y2: clipped, fill: 'var(--muted)', fillOpacity: 0.3 })
-          : Plot.ruleX(ranked, { x: 'rank', y1: (d) => d.interval.lower, y2: clipped, stroke: (d) => kColours[d.position as Position], strokeWidth: drawn.length > 200 ? 1 : 2 }),
-        ...points(ranked, 'rank', drawn.length > 200 ? 1.8 : 3.4),
-        Plot.dot(rings, { x: 'rank', y: 'ratio', r: 9, stroke: 'var(--accent)', strokeWidth: 2.5 }),
-        Plot.tip(ranked, Plot.pointer({ x: 'rank', y: 'ratio', title: 'tip', fill: 'var(--paper)', stroke: 'var(--line)' })),
+          ? Plot.areaY(ranked, { x: 'rank', y1: lower, y2: clipped, fill: 'var(--muted)', fillOpacity: 0.3 })
+          : Plot.ruleX(ranked, { x: 'rank', y1: lower, y2: clipped, stroke: (d) => kColours[d.position as Position], strokeWidth: drawn.length > 200 ? 1 : 2 }),
+        ...points(ranked, 'rank', top, drawn.length > 200 ? 1.8 : 3.4),
+        edgeArrows(beyond, 'rank', top, width, (d) => (d as typeof ranked[number]).rank / (ranked.length + 1)),
+        Plot.dot(rings, { x: 'rank', y: (d) => Math.min(d.ratio, top), r: 9, stroke: 'var(--accent)', strokeWidth: 2.5 }),
+        Plot.tip(ranked, Plot.pointer({ x: 'rank', y: (d) => Math.min(d.ratio, top), title: 'tip', fill: 'var(--paper)', stroke: 'var(--line)' })),
       ],
       color: { type: 'identity' }, symbol: { type: 'identity' } as Plot.ScaleOptions,
     });

@@ -1,7 +1,7 @@
 // The page in Chromium, over the files of real runs: the examples of the project, in the folder that
 // EXAMPLES names (quickstart/results and gee/results).
 import assert from 'node:assert/strict';
-import { mkdirSync, readFileSync, readdirSync } from 'node:fs';
+import { mkdirSync, readFileSync, readdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
 import type { Browser, ElementHandle } from 'puppeteer-core';
@@ -11,7 +11,7 @@ import { inlineFolders } from '../support/inline';
 import {
   chooseIn, drop, kPageFile, kScratch, openPage, tableOf, textOf, untilDone, withBrowser, type Watched,
 } from '../support/browser';
-import { freshFolder } from '../support/study';
+import { freshFolder, kHospitalHeader, normalNumbers, six, write } from '../support/study';
 
 const kExamples = process.env.EXAMPLES ?? join(kScratch, 'examples');
 const kQuickstart = join(kExamples, 'quickstart/results');
@@ -306,6 +306,112 @@ test('individual predictions alone give the hospitals of the hospital file', asy
     assert.ok(Math.abs(Number(row[8]) - Number(file[i][7])) < 2e-6, row.join(' '));
     assert.ok(Math.abs(Number(row[9]) - Number(file[i][9])) < 2e-6, row.join(' '));
   }
+  await closeClean(watched);
+});
+
+/** Forty hospitals, most near 1; three that differ, and two tiny ones with many outcomes. */
+function writeOutliers(): string {
+  const folder = join(freshFolder(join(kScratch, 'outliers')), 'results');
+  const normal = normalNumbers(12);
+  const row = (id: string, records: number, ratio: number) => {
+    const [observed, expected] = [Math.max(0, 0.05 * ratio), 0.05].map(six);
+    return `${id},${records},${records},${records},${observed},${expected},${expected},${observed},${expected},${expected},0,0,0`;
+  };
+  const usual = Array.from({ length: 35 }, (_, i) => {
+    const records = 200 + 40 * i;
+    return row(`H${i + 1}`, records, 1 + 0.2 * normal() + normal() * Math.sqrt(0.95 / (0.05 * records)));
+  });
+  write(folder, 'hospital.csv', [kHospitalHeader, ...usual, row('Far', 1500, 1.9), row('Farther', 900, 2.2), row('Low', 1300, 0.35),
+    row('Tiny', 5, 8), row('Smallest', 4, 5), ''].join('\n'));
+  return folder;
+}
+
+const kHospitals = 'Hospitals with observed and expected outcomes';
+const kWarnOrBad = /--(warn|bad)/;
+
+/** Positions in the table, coloured bars of the caterpillar, the verdict on hospitals. */
+async function judgedAs(page: Watched['page']): Promise<{ outside: number; coloured: number; verdict: string }> {
+  const outside = (await tableOf(page, kHospitals)).slice(1).filter((row) => row[8] !== 'within 95 %').length;
+  const colours = await page.$$eval('#hospitals svg[aria-label^="Caterpillar"] g[aria-label="rule"] line', (lines) =>
+    lines.map((line) => line.getAttribute('stroke') ?? ''));
+  const verdict = await page.$$eval('#verdict .finding', (all) =>
+    (all as HTMLElement[]).find((finding) => finding.innerText.startsWith('Which hospitals'))?.innerText ?? '');
+  return { outside, coloured: colours.filter((colour) => kWarnOrBad.test(colour)).length, verdict };
+}
+
+test('the box that widens the limits governs drawings, table and verdict', async () => {
+  const watched = await dropped(writeOutliers());
+  const { page } = watched;
+  const tick = () => page.$eval('#hospitals input[type="checkbox"]', (box) => (box as HTMLInputElement).click());
+  await page.waitForSelector('#hospitals svg[aria-label^="Caterpillar"] g[aria-label="rule"] line');
+  const chance = await judgedAs(page);
+  assert.equal(chance.coloured, chance.outside);
+  assert.doesNotMatch(chance.verdict, /widened/);
+  assert.match(await textOf(page, '#hospitals'), /differ by more than chance explains .*The limits are those of chance alone/s);
+  await tick();
+  const wide = await judgedAs(page);
+  assert.ok(wide.outside < chance.outside, `${wide.outside} of ${chance.outside}`);
+  assert.equal(wide.coloured, wide.outside);
+  const [, far, near] = /(\d+) of 40 lies? outside the widened 99\.8 % limits, (\d+) more/.exec(wide.verdict) ?? [];
+  assert.equal(Number(far) + Number(near), wide.outside, wide.verdict);
+  assert.match(await textOf(page, '#hospitals'), /limits are widened by tau .*drawings, table and verdict follow/);
+  await page.$eval('#hospitals', (section) => section.scrollIntoView());
+  await (await page.$('#hospitals'))?.screenshot({ path: join(kShots, 'outliers-widened.png') });
+  await (await page.$('#verdict'))?.screenshot({ path: join(kShots, 'outliers-verdict-widened.png') });
+  await tick();
+  assert.deepEqual(await judgedAs(page), chance);
+  await (await page.$('#hospitals'))?.screenshot({ path: join(kShots, 'outliers.png') });
+  await closeClean(watched);
+});
+
+test('what leaves the drawing at the top has an arrow there', async () => {
+  const watched = await dropped(writeOutliers());
+  const { page } = watched;
+  await page.waitForSelector('#hospitals svg[aria-label^="Caterpillar"] g[aria-label="rule"] line');
+  const drawing = (name: string) => page.$eval(`#hospitals svg[aria-label^="${name}"]`, (svg) => ({
+    label: svg.getAttribute('aria-label') ?? '',
+    arrows: [...svg.querySelectorAll('g.beyond text')].length,
+    points: [...svg.querySelectorAll('g[aria-label="dot"] path')].length,
+    above: [...svg.querySelectorAll('path, line')].filter((shape) => shape.getBoundingClientRect().bottom < svg.getBoundingClientRect().top).length,
+  }));
+  const table = (await tableOf(page, kHospitals)).slice(1);
+  assert.deepEqual(table.filter((row) => Number(row[5]) > 4).map((row) => row[0]), ['Tiny', 'Smallest']);
+  const [funnel, caterpillar] = [await drawing('Funnel'), await drawing('Caterpillar')];
+  assert.match(funnel.label, /2 ratios beyond the upper edge, marked by arrows/);
+  // Both stand at nearly the same expected number and share an arrow.
+  assert.deepEqual([funnel.arrows, funnel.points, funnel.above], [1, 40, 0]);
+  assert.match(caterpillar.label, /2 intervals beyond the upper edge, marked by arrows/);
+  assert.deepEqual([caterpillar.arrows, caterpillar.points, caterpillar.above], [2, 40, 0]);
+  assert.match(await textOf(page, '#hospitals'), /An arrow at the upper edge: the interval goes on beyond/);
+  await closeClean(watched);
+  const none = await quickstart();
+  assert.equal(await none.page.$$eval('#hospitals svg[aria-label^="Funnel"] g.beyond text', (all) => all.length), 0);
+});
+
+test('one chain is counted as one', async () => {
+  const watched = await quickstart();
+  assert.match(await textOf(watched.page, '#chains'), /^1 chain with [\d,]+ kept draws: /m);
+  assert.doesNotMatch(await textOf(watched.page, '#chains'), /1 chain with .* each/);
+  assertClean(watched);
+});
+
+test('a ratio of 1 is explained by all patients together', async () => {
+  const watched = await quickstart();
+  const lead = await textOf(watched.page, '#hospitals .lead');
+  assert.match(lead, /1 is what the hospital’s patients would have had with the outcomes of all patients taken together\./);
+  assert.match(lead, /two ratios do not compare two hospitals/);
+  assertClean(watched);
+});
+
+test('a description of the data dropped with the folder gives the missing cells', async () => {
+  const file = join(freshFolder(join(kScratch, 'described')), 'data.txt');
+  writeFileSync(file, '"data.csv": 5000 records, 25 hospitals, 2 variables, 2 POA indicators\n' +
+    '  P = 1: 257 (5.43 % of the known), missing: 500 (10.00 %)\n    "ZA", "XA": 29.08 %; 24.50 %; 4.00 %\n    "ZB", "XB": 6.62 %; 6.36 %; 7.00 %\n');
+  const without = await quickstart();
+  assert.match(await textOf(without.page, '#verdict'), /Between 3\.\d % and 3\d\.\d % of the cells are missing \(X of 10 variables, and P/);
+  const watched = await dropped(kQuickstart, file);
+  assert.match(await textOf(watched.page, '#verdict'), /\b7\.0 % of the cells are missing \(X of 2 variables, and P/);
+  assert.ok((await tableOf(watched.page, 'Files')).some((row) => row[0] === 'data.txt' && row[1] === 'description of the data'));
   await closeClean(watched);
 });
 

@@ -1,8 +1,9 @@
-# Reference values of the funnel plot, from the formulas and R's own distributions.
+# Reference values of the funnel plot: limits from the formulas and R's own distributions, differences
+# between hospitals from the package metafor.
 #
+#     ../../../install_packages.sh r-base-core r-cran-metafor
 #     Rscript funnel.R > funnel.json
-#
-# needs the Debian package r-base-core.
+suppressPackageStartupMessages(library(metafor))
 number <- function(x) ifelse(is.nan(x), "\"nan\"", formatC(x, digits = 17, width = 1, format = "g"))
 record <- function(...) {
   fields <- c(...)
@@ -49,7 +50,16 @@ for (n in c(1, 3, 50, 204, 3000, 1000000)) {
   }
 }
 
-# Overdispersion and the limits that it widens.
+# Tails of the chi-squared distribution.
+tails <- list()
+for (degrees in c(1, 2, 3, 10, 24, 25, 400, 4999)) {
+  for (share in c(0.01, 0.3, 0.9, 1, 1.1, 1.5, 2, 5)) {
+    x <- share * degrees
+    tails[[length(tails) + 1]] <- record(x = x, degrees = degrees, tail = pchisq(x, degrees, lower.tail = FALSE))
+  }
+}
+
+# Differences between hospitals and the limits that they widen.
 set.seed(49)
 study <- function(hospitals, spread) {
   cases <- round(rlnorm(hospitals, 6, 0.9)) + 5
@@ -61,17 +71,13 @@ study <- function(hospitals, spread) {
 }
 judged <- function(data) {
   used <- data[data$expected > 0 & data$expected < data$cases, ]
-  count <- nrow(used)
+  y <- used$observed / used$expected
   s <- sqrt((1 - used$expected / used$cases) / used$expected)
-  z <- (used$observed / used$expected - 1) / s
-  ends <- quantile(z, c(0.1, 0.9))
-  moved <- z < ends[1] | z > ends[2]
-  z[z < ends[1]] <- ends[1]
-  z[z > ends[2]] <- ends[2]
-  phi <- sum(z^2) / count
+  fit <- rma(yi = y, vi = s^2, method = "DL")
   w <- 1 / s^2
-  tau2 <- (count * phi - (count - 1)) / (sum(w) - sum(w^2) / sum(w))
-  tau2 <- max(0, tau2)
+  q <- sum(w * (y - weighted.mean(y, w))^2)
+  tau2 <- max(0, (q - (nrow(used) - 1)) / (sum(w) - sum(w^2) / sum(w)))
+  stopifnot(all.equal(c(fit$QE, fit$tau2), c(q, tau2)), fit$k == nrow(used))
   first <- used[1, ]
   s2 <- s[1]^2
   tail <- (1 - 0.998) / 2
@@ -79,11 +85,11 @@ judged <- function(data) {
   wide <- pmax(0, 1 + (exact - 1) * sqrt((s2 + tau2) / s2))
   rows <- sapply(seq_len(nrow(data)), function(i) record(unlist(data[i, ])))
   paste0("{\"hospitals\":[", paste(rows, collapse = ",\n"), "],\n\"result\":",
-    record(phi = phi, tau2 = tau2, winsorisedShare = mean(moved), lower = wide[1], upper = wide[2]), "}")
+    record(q = fit$QE, degrees = fit$k - 1, pValue = fit$QEp, tau2 = fit$tau2, lower = wide[1], upper = wide[2]), "}")
 }
 studies <- list(study(25, 0), study(25, 0.4), study(140, 0.15), study(2, 1), study(11, 0.8),
-  rbind(study(9, 0.3), data.frame(observed = c(0, 3), expected = c(0, 3), cases = c(14, 3))))
+  study(600, 0.05), rbind(study(9, 0.3), data.frame(observed = c(0, 3), expected = c(0, 3), cases = c(14, 3))))
 
-cat("{\"limits\":[\n", paste(limits, collapse = ",\n"), "\n],\n\"intervals\":[\n",
+cat("{\"tails\":[\n", paste(tails, collapse = ",\n"), "\n],\n\"limits\":[\n", paste(limits, collapse = ",\n"), "\n],\n\"intervals\":[\n",
   paste(intervals, collapse = ",\n"), "\n],\n\"studies\":[\n", paste(sapply(studies, judged), collapse = ",\n"),
   "\n]}\n", sep = "")

@@ -2,8 +2,10 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { betaDistribution, betaQuantile, binomialDistribution, binomialProbability } from '../../src/statistics/binomial';
-import { adjustedLimits, funnelLimits, observedToExpectedInterval, overdispersion } from '../../src/statistics/funnel';
+import { adjustedLimits, funnelLimits, heterogeneity, observedToExpectedInterval } from '../../src/statistics/funnel';
+import { chiSquaredTail } from '../../src/statistics/chi_squared';
 import reference from '../reference/funnel.json';
+import { randomNumbers } from '../support/study';
 import { assertClose, assertRelative } from './close';
 
 const kLevels = [0.95, 0.998];
@@ -18,6 +20,21 @@ test('Limits are those of R', () => {
   }
 });
 
+test('Tails of the chi-squared distribution are those of R', () => {
+  for (const { x, degrees, tail } of reference.tails) {
+    assertRelative(chiSquaredTail(x, degrees), tail, `${x} on ${degrees} degrees of freedom`, 1e-11);
+  }
+});
+
+test('Tails of the chi-squared distribution by hand', () => {
+  // With two degrees of freedom it is exp(-x / 2).
+  for (const x of [0.001, 1, 3.99, 4.01, 60]) assertRelative(chiSquaredTail(x, 2), Math.exp(-x / 2), `x = ${x}`, 1e-13);
+  assert.equal(chiSquaredTail(0, 3), 1);
+  assert.equal(chiSquaredTail(Infinity, 3), 0);
+  assert.ok(Number.isNaN(chiSquaredTail(1, 0)));
+  assert.ok(Number.isNaN(chiSquaredTail(NaN, 3)));
+});
+
 test('Intervals are those of R', () => {
   for (const one of reference.intervals) {
     const actual = observedToExpectedInterval(one.observed, one.expected, one.cases, one.level);
@@ -28,11 +45,13 @@ test('Intervals are those of R', () => {
 });
 
 reference.studies.forEach(({ hospitals, result }, index) => {
-  test(`Overdispersion of study ${index} is that of R`, () => {
-    const actual = overdispersion(hospitals);
-    assertRelative(actual.phi, result.phi, 'phi', 1e-12);
+  test(`Q, its p-value and tau2 of study ${index} are those of metafor`, () => {
+    const actual = heterogeneity(hospitals);
+    assert.ok(actual);
+    assert.equal(actual.degrees, result.degrees);
+    assertRelative(actual.q, result.q, 'Q', 1e-12);
+    assertRelative(actual.pValue, result.pValue, 'p', 1e-10);
     assertRelative(actual.tau2, result.tau2, 'tau2', 1e-11);
-    assertRelative(actual.winsorisedShare, result.winsorisedShare, 'winsorisedShare', 1e-12);
     const { cases, expected } = hospitals[0];
     const limits = adjustedLimits(cases, expected, 0.998, actual);
     assertClose(limits.lower, result.lower, 'lower limit', 1e-10);
@@ -93,27 +112,50 @@ test('When every record must have an event, so it must be', () => {
 
 test('Hospitals as chance makes them need no adjustment', () => {
   const hospitals = [-1, -0.5, 0, 0.5, 1].map((z) => ({ observed: 100 + z * 9, expected: 100, cases: 1000 }));
-  const result = overdispersion(hospitals);
-  assert.equal(result.tau2, 0);
-  assert.deepEqual(adjustedLimits(1000, 100, 0.95, result), funnelLimits(1000, 100, 0.95));
+  const result = heterogeneity(hospitals);
+  assert.equal(result?.tau2, 0);
+  assert.deepEqual(adjustedLimits(1000, 100, 0.95, result ?? { tau2: NaN }), funnelLimits(1000, 100, 0.95));
 });
 
-test('Overdispersion by hand', () => {
-  // E = 100 of 200, so s^2 = 0.5 / 100 and w = 200. O / E of 0.8, 0.9, 1, 1.1, 1.2 is z = -2 r, -r, 0,
-  // r, 2 r with r = 0.1 sqrt(200) = sqrt(2). The 10 % quantile of five lies 0.4 between the first two: -1.6 r.
-  // phi = 2 (1.6^2 + 1) 2 / 5 = 2.848; tau2 = (5 phi - 4) / (1000 - 200) = 10.24 / 800 = 0.0128.
+test('Differences between hospitals by hand', () => {
+  // E = 100 of 200, so s^2 = 0.5 / 100 and w = 200. O / E of 0.8, 0.9, 1, 1.1, 1.2 has the mean 1:
+  // Q = 200 (0.04 + 0.01 + 0 + 0.01 + 0.04) = 20 on 4 degrees of freedom; the tail of 20 on 4 is
+  // exp(-10) (1 + 10); tau2 = (20 - 4) / (1000 - 200) = 0.02.
   const hospitals = [80, 90, 100, 110, 120].map((observed) => ({ observed, expected: 100, cases: 200 }));
-  const result = overdispersion(hospitals);
-  assertClose(result.phi, 2.848, 'phi', 1e-13);
-  assertClose(result.tau2, 0.0128, 'tau2', 1e-13);
-  assert.equal(result.winsorisedShare, 0.4);
+  const result = heterogeneity(hospitals);
+  assertClose(result?.q ?? NaN, 20, 'Q', 1e-12);
+  assert.equal(result?.degrees, 4);
+  assertRelative(result?.pValue ?? NaN, 11 * Math.exp(-10), 'p', 1e-11);
+  assertClose(result?.tau2 ?? NaN, 0.02, 'tau2', 1e-13);
 });
 
-test('Fewer than two hospitals say nothing of overdispersion', () => {
-  for (const hospitals of [[], [{ observed: 3, expected: 1, cases: 9 }]]) {
-    const result = overdispersion(hospitals);
-    assert.ok(Number.isNaN(result.phi));
-    assert.equal(result.tau2, 0);
+test('Q is about the weighted mean, so a shift of all hospitals alike is no difference between them', () => {
+  const result = heterogeneity([100, 200, 400].map((expected) => ({ observed: 1.3 * expected, expected, cases: 10 * expected })));
+  assertClose(result?.q ?? NaN, 0, 'Q', 1e-12);
+  assertClose(result?.pValue ?? NaN, 1, 'p', 1e-12);
+});
+
+// Events as chance makes them, 5 to 50 expected, in 2,000 studies: the share of studies with p < 0.05 has
+// a standard error of 0.5 %, so it lies within 3 and 7 % unless the p-value is wrong.
+test('Without differences between hospitals one study in twenty has p below 0.05', () => {
+  const random = randomNumbers(8);
+  let small = 0;
+  for (let study = 0; study < 2000; study++) {
+    const hospitals = Array.from({ length: 25 }, () => {
+      const cases = Math.round(100 + 900 * random());
+      let observed = 0;
+      for (let i = 0; i < cases; i++) if (random() < 0.05) observed++;
+      return { observed, expected: 0.05 * cases, cases };
+    });
+    if ((heterogeneity(hospitals)?.pValue ?? NaN) < 0.05) small++;
+  }
+  assert.ok(small >= 60 && small <= 140, `${small} of 2000`);
+});
+
+test('Fewer than two hospitals say nothing of differences between them', () => {
+  const one = { observed: 3, expected: 1, cases: 9 };
+  for (const hospitals of [[], [one], [one, { observed: 0, expected: 0, cases: 4 }, { observed: 2, expected: 2, cases: 2 }]]) {
+    assert.equal(heterogeneity(hospitals), null);
   }
 });
 
