@@ -131,6 +131,8 @@ class SweepImputation {
 
  private:
   static constexpr std::int32_t kBatchSize = 256;
+  /// The bit of column 0 in the first word of a row. The column has no prior and is never drawn.
+  static constexpr std::uint64_t kFirstColumn = 1;
 
   /// A number for a and one for b.
   using Pair = Vell::Lanes<2>::Real;
@@ -159,7 +161,8 @@ class SweepImputation {
     double reachA = 0;
     double reachB = 0;
     for (std::int32_t word = 0; word < Vell::ColumnWordCount(row.columns); ++word) {
-      const auto [values, missing] = Vell::TernaryColumnWords(row, word);
+      auto [values, missing] = Vell::TernaryColumnWords(row, word);
+      missing &= word == 0 ? ~kFirstColumn : ~std::uint64_t{0};
       const std::int32_t first = word * Vell::kColumnsPerWord;
       Vell::VisitBits(values,
                       [&](std::int32_t bit) { predictors += columns_[first + bit].coefficients; });

@@ -13,6 +13,10 @@
 // order within a record: the missing X_j ascending, then p. A missing p is known to be 0 where y is
 // 0. The draw of one cell uses one random word u: the cell becomes 1 when its probability is > u.
 //
+// Column 0 has no prior and is never drawn. It is the intercept, which is never missing, unless a
+// coefficient file lacks the intercept's row: then a variable takes the place, and its missing
+// cells keep the value 0.
+//
 // Source: S. Geman, D. Geman, IEEE Transactions on Pattern Analysis and Machine Intelligence 6
 // (1984), pages 721-741.
 
@@ -36,9 +40,9 @@ struct ImputationModel {
 /// value 0. (The missing marks stay for ever; sweeps change values only.)
 void PrepareImputation(DataSet& dataSet);
 
-/// Draws every missing cell of the data set anew. A prior of exactly 0 or 1 decides without a draw.
-/// Errors: "Out of memory". A record with P = 1 and Y = 0, which no reader lets in, ends the
-/// process.
+/// Draws every missing cell of columns 1 and up and of P anew. A prior of exactly 0 or 1 decides
+/// without a draw. Errors: "Out of memory". A record with P = 1 and Y = 0, which no reader lets in,
+/// ends the process.
 void RunImputationSweep(DataSet& dataSet, const ImputationModel& model);
 
 /// 1 / (e^-t + 1)

@@ -138,6 +138,36 @@ TEST_P(ImputationFormsTest, SweepDrawsTheCellsOfThePlainForm) {
   }
 }
 
+// Without an intercept the first variable is column 0, which no form draws. 65 columns take two
+// words.
+TEST_P(ImputationFormsTest, FirstColumnIsLeftAloneWhateverTheNumberOfColumns) {
+  Testing::SeededRandom random(912);
+  SCOPED_TRACE(random.Text());
+  for (const std::int32_t columns : {1, 2, 3, 64, 65, 130}) {
+    SCOPED_TRACE(columns);
+    DataSet quick = RandomDataSet(random, 100, columns);
+    Vell::IndexVector intercept;
+    intercept.Append(0);
+    RemoveColumns(quick, intercept);
+    Hovar::PrepareImputation(quick);
+    DataSet plain = quick;
+    const Vector yGivenX = RandomCoefficients(random, columns, GetParam());
+    const Vector pGivenX = RandomCoefficients(random, columns, GetParam());
+    Vector prior(2 * (columns - 1));
+    for (double& q : prior) {
+      q = random.Real(0, 1);
+    }
+    const Hovar::ImputationModel model{yGivenX, pGivenX, prior};
+    Vell::RandomGenerator::Seed(5, 77);
+    Hovar::RunImputationSweep(quick, model);
+    const std::uint32_t next = Vell::RandomGenerator::NextWord();
+    Vell::RandomGenerator::Seed(5, 77);
+    PlainSweep(plain, model);
+    EXPECT_EQ(next, Vell::RandomGenerator::NextWord());
+    ExpectSameCells(quick, plain);
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(CoefficientsUpTo, ImputationFormsTest,
                          testing::Values(0.0, 1.0, 50.0, 800.0));
 

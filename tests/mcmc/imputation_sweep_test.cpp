@@ -19,6 +19,7 @@ namespace {
 using Hovar::DataSet;
 using Testing::Describe;
 using Testing::MakeDataSet;
+using Testing::MakeDataSetWithoutIntercept;
 using Testing::MakeVector;
 using Vell::RandomGenerator;
 
@@ -98,6 +99,13 @@ TEST(PrepareImputationTest, ClearsTheValuesOfMissingCellsAndNothingElse) {
   }
 }
 
+// A coefficient file may lack the intercept's row; the first variable is column 0 then.
+TEST(PrepareImputationTest, ClearsTheFirstColumnToo) {
+  DataSet data = MakeDataSetWithoutIntercept("A 1 0 011 *1.\nA 0 0 110 1*0\n");
+  PrepareImputation(data);
+  EXPECT_EQ(Describe(data, 0), "A 1 0 011 .1.\nA 0 0 110 1.0\n");
+}
+
 TEST(ImputationSweepTest, WithoutMissingValuesNothingChangesAndNoWordIsDrawn) {
   const std::string text = "A 1 0 01 10\nA 1 1 11 00\nB 0 0 00 11\n";
   DataSet data = MakeDataSet(text);
@@ -125,6 +133,42 @@ TEST(ImputationSweepTest, MissingPWithoutTheOutcomeStaysZeroWithoutADraw) {
     Sweep(data, {{0, 0}, {intercept, 0}, {0.5, 0.5}});
     EXPECT_EQ(Describe(data), "A 0 . 0 0\nA 0 . 0 1\n");
     EXPECT_EQ(WordsDrawnSince(3), 0);
+  }
+}
+
+TEST(ImputationSweepTest, FirstColumnIsNeverDrawn) {
+  // One variable is left: there is no prior at all.
+  for (const char* record : {"A 1 0 0 .\n", "A 1 0 1 .\n", "A 0 0 1 .\n", "A 1 1 1 .\n"}) {
+    SCOPED_TRACE(record);
+    DataSet data = MakeDataSetWithoutIntercept(record);
+    EXPECT_EQ(data.completeCount, 0);
+    DrawsAfter(3, 1);
+    Sweep(data, {{9}, {-9}, {}});
+    EXPECT_EQ(Describe(data, 0), record);
+    EXPECT_TRUE(data.recordHasMissing.Get(0));
+    EXPECT_EQ(WordsDrawnSince(3), 0);
+  }
+  // P is drawn all the same.
+  DataSet data = MakeDataSetWithoutIntercept("A 1 . 1 .\n");
+  DrawsAfter(3, 1);
+  Sweep(data, {{0}, {800}, {}});  // x a = 0, so a posterior of 2/3
+  EXPECT_EQ(Describe(data, 0), DrawsAfter(3, 1)[0] < 2.0 / 3 ? "A 1 * 1 .\n" : "A 1 . 1 .\n");
+}
+
+TEST(ImputationSweepTest, WithoutTheInterceptTheOtherColumnsAreDrawn) {
+  // With coefficients of 0 each cell follows its prior, and P is 1 with probability 2/3.
+  const Coefficients coefficients = {{9, 0, 0}, {-9, 0, 0}, {0.3, 0.8, 0.5, 0.6}};
+  for (std::uint32_t seed = 1; seed <= 50; ++seed) {
+    const std::vector<double> u = DrawsAfter(seed, 4);
+    const auto cell = [&](std::size_t draw, double probability) {
+      return probability > u[draw] ? "*" : ".";
+    };
+    DataSet data = MakeDataSetWithoutIntercept("A 1 . 110 ...\nA 1 0 111 .1.\nA 0 . 101 .01\n");
+    Sweep(data, coefficients);
+    EXPECT_EQ(Describe(data, 0), std::string("A 1 ") + cell(2, 2.0 / 3) + " 110 ." + cell(0, 0.8) +
+                                     cell(1, 0.5) + "\nA 1 0 111 .1" + cell(3, 0.6) +
+                                     "\nA 0 . 101 .01\n");
+    EXPECT_EQ(WordsDrawnSince(seed), 4);
   }
 }
 

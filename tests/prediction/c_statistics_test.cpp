@@ -76,6 +76,21 @@ TEST(CStatisticsTest, TheStatisticsOfPLookAtCompleteRecordsOnly) {
   EXPECT_EQ(computed.values.yGivenZ, 0.875);
 }
 
+// As for predictions: column 0 is a variable when the coefficient file lacks the intercept's row.
+TEST(CStatisticsTest, WithoutAnInterceptTheFirstVariableIsNotImputed) {
+  Vell::RandomGenerator::Reset();
+  Hovar::DataSet dataSet = Testing::MakeDataSetWithoutIntercept(
+      "A 1 1 1 1\nA 1 0 1 .\nA 0 0 1 0\nB 1 0 0 .\nB 0 0 1 .\nB 0 0 1 0\n");
+  const Computed computed = Compute(dataSet, InterceptResults(0, 0), SixRecords(), 1, 2);
+  EXPECT_EQ(computed.output, kLabels + "0/1\n0/2\n1/2\n");
+  EXPECT_EQ(computed.values.yGivenXWithoutP, 1.0);
+  EXPECT_EQ(computed.values.yGivenXWithoutPMcmc, 0.0);
+  EXPECT_EQ(computed.values.pGivenX, 0.5);  // 0.3 against 0.2 and 0.5
+  EXPECT_EQ(Testing::Describe(dataSet, 0),
+            "A 1 1 1 1\nA 1 0 1 .\nA 0 0 1 0\nB 1 0 0 .\nB 0 0 1 .\nB 0 0 1 0\n");
+  EXPECT_EQ(Vell::RandomGenerator::NextWord(), 2422818384U) << "a word was drawn";
+}
+
 TEST(CStatisticsTest, SweepsAreAnnouncedFromZero) {
   struct Row {
     std::int32_t burnin;

@@ -135,6 +135,32 @@ TEST(IndividualPredictionsTest, WithoutTheOutcomeAMissingPStaysZero) {
   EXPECT_EQ(predicted.values.yGivenXWithoutP[0], 0.5);
 }
 
+// A coefficient file without the intercept's row takes the intercept from the data. A missing cell
+// of the variable that is column 0 then stays 0.
+TEST(IndividualPredictionsTest, WithoutAnInterceptTheFirstVariableIsNotImputed) {
+  Vell::RandomGenerator::Reset();
+  Hovar::DataSet one = Testing::MakeDataSetWithoutIntercept("A 1 0 1 .\nA 0 0 1 1\n");
+  const Predicted alone = Predict(one, MakeResults({{2}, {3}, {4}, {5}, {6}, {{0.5, 0.5}}}), 3, 4);
+  EXPECT_EQ(alone.output, kTitle + "0/3\n1/3\n2/3\n1/4\n2/4\n3/4\n") << "a record is incomplete";
+  EXPECT_DOUBLE_EQ(alone.values.yGivenZ[0], Logistic(3));
+  EXPECT_EQ(alone.values.yGivenX[0], 0.5);
+  EXPECT_EQ(alone.values.yGivenXWithoutP[0], 0.5);
+  EXPECT_EQ(alone.values.yGivenXWithoutPMcmc[0], 0.5);
+  EXPECT_EQ(alone.values.pGivenX[0], 0.5);
+  EXPECT_DOUBLE_EQ(alone.values.yGivenX[1], Logistic(4));
+  EXPECT_EQ(Vell::RandomGenerator::NextWord(), 2422818384U) << "a word was drawn";
+
+  // Of three the other two have a prior of 1 and of 0, so that every sweep sets them so.
+  Hovar::DataSet three = Testing::MakeDataSetWithoutIntercept("A 1 0 110 ...\n");
+  const Predicted predicted = Predict(
+      three,
+      MakeResults({{1, 2, 4}, {1, 2, 4}, {1, 2, 4}, {1, 2, 4}, {1, 2, 4}, {{0, 1}, {0, 1}, {}}}), 1,
+      3);
+  EXPECT_DOUBLE_EQ(predicted.values.yGivenX[0], Logistic(2));
+  EXPECT_DOUBLE_EQ(predicted.values.yGivenZ[0], Logistic(3));
+  EXPECT_DOUBLE_EQ(predicted.values.pGivenX[0], Logistic(2));
+}
+
 TEST(IndividualPredictionsTest, NoRecordsGiveNoPredictions) {
   Hovar::DataSet dataSet = MakeDataSet("");
   const Predicted predicted = Predict(dataSet, InterceptResults(0, 0), 2, 2);

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "data/column_elimination.h"
 #include "data/data_set.h"
 
 namespace Testing {
@@ -88,8 +89,18 @@ inline Hovar::DataSet MakeDataSet(std::string_view text) {
   return data;
 }
 
-/// The cells of a data set as the text that makes it.
-inline std::string Describe(const Hovar::DataSet& data) {
+/// A data set that lost its intercept, as it does to a coefficient file without the intercept's
+/// row: the first variable is column 0.
+inline Hovar::DataSet MakeDataSetWithoutIntercept(std::string_view text) {
+  Hovar::DataSet data = MakeDataSet(text);
+  Vell::IndexVector intercept;
+  intercept.Append(0);
+  RemoveColumns(data, intercept);
+  return data;
+}
+
+/// The cells of a data set as the text that makes it; those from column `first` on.
+inline std::string Describe(const Hovar::DataSet& data, std::int32_t first = 1) {
   const auto cell = [](bool value, bool isMissing) {
     return isMissing ? (value ? '*' : '.') : (value ? '1' : '0');
   };
@@ -100,7 +111,7 @@ inline std::string Describe(const Hovar::DataSet& data) {
     text += cell(data.p.Value(i), data.p.IsMissing(i));
     std::string z;
     std::string x;
-    for (std::int32_t j = 1; j < data.variableCount; ++j) {
+    for (std::int32_t j = first; j < data.variableCount; ++j) {
       z += data.z.Get(i, j) ? '1' : '0';
       x += cell(data.x.Value(i, j), data.x.IsMissing(i, j));
     }
