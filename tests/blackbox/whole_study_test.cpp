@@ -172,6 +172,27 @@ INSTANTIATE_TEST_SUITE_P(Studies, FaultStudyTest,
                                          "hospital_without_usable_records"),
                          [](const auto& study) { return study.param; });
 
+// A coefficient file that somebody changed by hand, of which the data still have as many variables.
+class ChangedModelTest : public testing::TestWithParam<std::string> {};
+
+TEST_P(ChangedModelTest, PredictionAndValidationEndAsDocumented) {
+  const StudyCopy study("faults/" + GetParam());
+  const ProcessResult result = RunHovar(study, {"batch.xml"});
+  EXPECT_EQ(result.output, study.Expected("stdout.txt"));
+  EXPECT_EQ(result.error, "");
+  EXPECT_EQ(result.exitStatus, 0) << "signal " << result.signal;
+  Files expected;
+  for (const char* name :
+       {"prediction.log", "validation.log", "individual.csv", "hospital.csv", "cstatistics.csv"}) {
+    expected[name] = study.Expected(name);
+  }
+  EXPECT_EQ(study.Output(), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Studies, ChangedModelTest,
+                         testing::Values("no_intercept_row", "no_intercept_row_one_variable"),
+                         [](const auto& study) { return study.param; });
+
 constexpr const char* kTwoAnalysesFiles[] = {
     "first.log",  "first_coefficients.csv",  "first/Chain.csv",  "first/Summary.csv",
     "second.log", "second_coefficients.csv", "second/Chain.csv", "second/Summary.csv"};

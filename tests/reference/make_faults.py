@@ -6,8 +6,9 @@
 Data on which a method has no proper answer, but for which the rules of the program still fix one:
 separation, equal responses, one hospital, one record, a working correlation that is infinite or not
 a number, an empirical variance that cannot be factored. Each study is a batch of an analysis, a
-prediction and a validation, so that what comes of the odd coefficients is compared too. The
-expected files come from reference.py; as in make_study.py, none of their digits may depend on the
+prediction and a validation, so that what comes of the odd coefficients is compared too; where the
+fault is a coefficient file that somebody changed, that file is given and the batch is a prediction
+and a validation. The expected files come from reference.py; as in make_study.py, none of their digits may depend on the
 last bits of exp.
 """
 import os
@@ -65,6 +66,23 @@ def run(inputs):
     return files
 
 
+def changed_model(rows, change):
+    """A prediction and a validation with a coefficient file whose lines went through `change`."""
+    inputs = study(rows, passes=(1, 2, 5))
+    lines = run(dict(inputs, **{"batch.xml": batch_xml(["analysis.xml"])}))["coefficients.csv"]
+    lines = change(lines.splitlines(keepends=True))
+    for name in ("prediction.xml", "validation.xml"):
+        inputs[name] = inputs[name].replace("out\\coefficients.csv", "coefficients.csv")
+    del inputs["analysis.xml"]
+    return dict(inputs, **{"coefficients.csv": "".join(lines),
+                           "batch.xml": batch_xml(["prediction.xml", "validation.xml"])})
+
+
+def without_intercept(lines):
+    assert lines[1].startswith("XIntercept,")
+    return lines[:1] + lines[2:]
+
+
 NO_PRIOR = ("1e-8", 12, 0)  # after more steps rounding would show
 
 STUDIES = {
@@ -117,6 +135,17 @@ STUDIES = {
         "D 0 0 1 1", "D 1 0 0 0", "D 0 0 1 0", "D 1 1 0 1", "D 0 0 0 0", "D 0 0 1 1",
         "E 1 0 1 1", "E 0 0 0 0", "E 0 0 1 0", "E 1 0 1 1", "E 0 0 0 1",
         "F 1 0 0 1", "F 0 0 1 0", "F 1 1 1 1", "F 1 0 0 0"], gee=True),
+    # The intercept's row is gone, so the first variable is column 0, which is never imputed: its
+    # missing cells count as 0. Some of them stand alone in their record, some beside other cells.
+    "no_intercept_row": lambda: changed_model([
+        "A 1 1 110 101", "A 0 0 100 .01", "A 1 0 011 .1.", "A 0 0 101 1.0", "A 1 . 000 ..1",
+        "B 1 0 111 .11", "B 0 0 010 01.", "B 1 1 100 .0.", "B 1 . 001 101", "B 0 . 110 ...",
+        "C 1 0 101 110", "C 0 0 010 001", "C 1 . 100 .10", "C 0 0 011 010", "C 1 1 111 011",
+        "C 0 0 000 100"], without_intercept),
+    "no_intercept_row_one_variable": lambda: changed_model([
+        "A 1 1 1 1", "A 0 0 0 .", "A 1 0 1 .", "A 0 0 0 1", "A 1 . 1 .", "B 1 0 1 1", "B 0 0 0 0",
+        "B 1 . 0 .", "B 0 . 1 .", "B 1 0 0 0", "B 0 0 1 0", "C 1 1 1 .", "C 0 0 0 0", "C 1 . 1 1"],
+        without_intercept),
 }
 
 

@@ -146,6 +146,19 @@ void WarnOfOrder(Findings& findings, const DefinitionFile& definition, const Dat
   }
 }
 
+/// Warns when the data lost their intercept, because the coefficient file does not have its row.
+void WarnOfMissingIntercept(Findings& findings, const DefinitionFile& definition,
+                            const DataSet& dataSet) {
+  if (dataSet.variableCount > 0 &&
+      (dataSet.xNames[0].View() != "XIntercept" || dataSet.zNames[0].View() != "ZIntercept")) {
+    findings.AddWarning(definition.coefficients, {2, 1},
+                        "The row of the intercept is missing, so all models would predict without "
+                        "an intercept, and missing values of " +
+                            Quoted(dataSet.xNames[0].View()) +
+                            " would count as 0. Use the file as the program wrote it.");
+  }
+}
+
 }  // namespace
 
 bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,
@@ -194,6 +207,7 @@ bool CheckVariables(Findings& findings, const DefinitionFile& definition, DataSe
                         "No complete line stands behind the header, so all predictions would be "
                         "one half. Use the file as the program wrote it.");
   }
+  WarnOfMissingIntercept(findings, definition, dataSet);
   WarnOfOrder(findings, definition, dataSet, results);
   return true;
 }
