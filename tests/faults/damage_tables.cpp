@@ -68,9 +68,51 @@ std::string MatchLine(std::string_view text, const std::string& file, std::strin
          "\", current \"" + std::string(current) + "\"";
 }
 
+constexpr std::array<std::string_view, 4> kLineChanges = {"drop", "repeat", "swap", "alone"};
+
+/// `content` consists of whole lines.
+std::string WithChangedLine(std::string_view content, std::string_view change, std::size_t line) {
+  std::vector<std::string> lines;
+  while (!content.empty()) {
+    lines.push_back(std::string(Take(content, '\n')) + '\n');
+  }
+  const std::string changed = lines.at(line);
+  const auto place = lines.begin() + static_cast<std::ptrdiff_t>(line);
+  if (change == "drop") {
+    lines.erase(place);
+  } else if (change == "repeat") {
+    lines.insert(place, changed);
+  } else if (change == "swap") {
+    std::swap(lines[line], lines[std::min(line + 1, lines.size() - 1)]);
+  } else {
+    lines.resize(1);
+    if (line > 0) {
+      lines.push_back(changed);
+    }
+  }
+  std::string text;
+  for (const std::string& each : lines) {
+    text += each;
+  }
+  return text;
+}
+
 }  // namespace
 
+bool IsLineChange(std::string_view change) {
+  return std::find(kLineChanges.begin(), kLineChanges.end(), change) != kLineChanges.end();
+}
+
+std::size_t DamageCount(const std::string& content, std::string_view change) {
+  return IsLineChange(change)
+             ? static_cast<std::size_t>(std::count(content.begin(), content.end(), '\n'))
+             : content.size();
+}
+
 std::string Damaged(const std::string& content, std::string_view change, std::size_t offset) {
+  if (IsLineChange(change)) {
+    return WithChangedLine(content, change, offset);
+  }
   if (change == "cut") {
     return content.substr(0, offset);
   }

@@ -9,8 +9,16 @@
 
 namespace Testing {
 
-/// `content` cut at an offset (change "cut"), or with the byte there replaced.
+/// `content` cut at an offset (change "cut"), or with the byte there replaced; or with a line,
+/// whose number from 0 is the offset, dropped, repeated, swapped with the next one, or alone with
+/// the first one.
 std::string Damaged(const std::string& content, std::string_view change, std::size_t offset);
+
+/// True for a change of whole lines.
+bool IsLineChange(std::string_view change);
+
+/// The number of damages of this kind: bytes or lines.
+std::size_t DamageCount(const std::string& content, std::string_view change);
 
 /// How a run must end.
 class DamageEnd {
@@ -32,7 +40,7 @@ class DamageEnd {
   std::vector<std::string> lines_;
 };
 
-/// The offsets up to `last` that no range before has, and their end.
+/// The offsets (or lines) up to `last` that no range before has, and their end.
 struct DamageRange {
   std::size_t last;
   std::string end;

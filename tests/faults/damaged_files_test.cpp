@@ -1,4 +1,5 @@
-// Whole runs with one damaged file: cut at every offset, every byte replaced by each of six others.
+// Whole runs with one damaged file: cut at every offset, every byte replaced by each of six others,
+// every line dropped, repeated, swapped with the next one, or alone with the first one.
 // The end that each must have was found from the rules of the formats by tests/reference/damage.py.
 
 #include <gtest/gtest.h>
@@ -46,11 +47,13 @@ TEST(DamagedFilesTest, EachEndsAsTheRulesSay) {
   int different = 0;
   for (const DamageTable& table : tables) {
     const std::string original = study.Read(table.file);
-    EXPECT_EQ(table.ranges.back().last + 1, original.size());
+    EXPECT_EQ(table.ranges.back().last + 1, DamageCount(original, table.change));
+    // They are few, and those that leave the file valid go on to compute with another model.
+    const bool isAlwaysTaken = table.file == "coefficients.csv" && IsLineChange(table.change);
     std::size_t offset = 0;
     for (const DamageRange& range : table.ranges) {
       for (; offset <= range.last; ++offset) {
-        if (!sample.Takes()) {
+        if (!sample.Takes() && !isAlwaysTaken) {
           continue;
         }
         const std::string content = Damaged(original, table.change, offset);

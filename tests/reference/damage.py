@@ -6,11 +6,13 @@
 The study has 30 records of 3 hospitals, 2 indicators, an intercept and 3 covariates, and all kinds
 of cells that are not plain: quoted names, keys and hospitals, blanks, text behind numbers, missing
 cells. Every file is damaged in seven ways: cut at every offset, and every byte replaced by NUL, a
-double quote, a comma, a line feed, `<` or 0xFF. ends.csv gives the end of the run for each, as
-validity.py finds it from the rules of the formats, below a line for each table of ends:
+double quote, a comma, a line feed, `<` or 0xFF; and each of its lines in four: the line is dropped,
+repeated, swapped with the next one, or stays alone with the first line. ends.csv gives the end of
+the run for each, as validity.py finds it from the rules of the formats, below a line for each table
+of ends:
 
     > definition, damaged file, change
-    last offset, end
+    last offset or line, counted from 0, end
 
 `end` is `ok` (exit status 0), `numeric` (valid input but not the full study any more: exit status 0 or
 one of the errors of a computation) or the error line (exit status 1), with \\xNN for unusual bytes.
@@ -33,6 +35,7 @@ FOLDER = os.path.join(HERE, "data", "damage")
 QUICKSTART = os.path.join(HERE, "..", "..", "examples", "quickstart")
 CHANGES = [("cut", None), ("nul", b"\0"), ("quote", b'"'), ("comma", b","), ("feed", b"\n"),
            ("less", b"<"), ("ff", b"\xff")]
+LINE_CHANGES = ["drop", "repeat", "swap", "alone"]
 RECORDS = 30
 QUICKSTART_DATA_CASES = 1500
 QUICKSTART_DEFINITION_CASES = 1500
@@ -141,6 +144,20 @@ def damaged(content, byte, offset):
     return content[:offset] + byte + content[offset + 1:]
 
 
+def with_changed_line(content, change, k):
+    lines = [line + b"\n" for line in content.split(b"\n")[:-1]]
+    assert b"".join(lines) == content
+    if change == "drop":
+        del lines[k]
+    elif change == "repeat":
+        lines.insert(k, lines[k])
+    elif change == "swap":
+        lines[k:k + 2] = lines[k:k + 2][::-1]
+    else:
+        lines = lines[:1] + lines[max(k, 1):k + 1]
+    return b"".join(lines)
+
+
 def shown(end, name):
     def escaped(line):
         line = line.replace(validity.in_file(name), b"")
@@ -156,15 +173,18 @@ def write_ends(files):
             assert validity.outcome(files, run, study) == {validity.OK}
             for name in names:
                 content = files[name.encode()]
-                for change, byte in CHANGES:
+                tables = [(change, [damaged(content, byte, k) for k in range(len(content))])
+                          for change, byte in CHANGES]
+                tables += [(change, [with_changed_line(content, change, k)
+                                     for k in range(content.count(b"\n"))])
+                           for change in LINE_CHANGES]
+                for change, contents in tables:
                     out.write("> %s,%s,%s\n" % (definition, name, change))
-                    ends = []
-                    for offset in range(len(content)):
-                        changed = {**files, name.encode(): damaged(content, byte, offset)}
-                        ends.append(shown(validity.outcome(changed, run, study), run))
-                    for offset, end in enumerate(ends):
-                        if offset + 1 == len(ends) or ends[offset + 1] != end:
-                            out.write("%d,%s\n" % (offset, end))
+                    ends = [shown(validity.outcome({**files, name.encode(): changed}, run, study),
+                                  run) for changed in contents]
+                    for k, end in enumerate(ends):
+                        if k + 1 == len(ends) or ends[k + 1] != end:
+                            out.write("%d,%s\n" % (k, end))
 
 
 def end_of_definition(content):
