@@ -1,4 +1,5 @@
-// The coefficient file reader, and the reconciliation of a data set with what it read.
+// The coefficient file reader, the reconciliation of a data set with what it read, and what a
+// Prediction and a Validation do with both: the imputation sweep draws as its plain form does.
 
 #include <algorithm>
 #include <cstdint>
@@ -9,11 +10,16 @@
 
 #include "data/data_set.h"
 #include "foundation/io/text_writer.h"
+#include "foundation/random/random_generator.h"
 #include "foundation/shared_handle.h"
 #include "fuzz_support.h"
+#include "mcmc/imputation_sweep.h"
+#include "prediction/c_statistics.h"
+#include "prediction/individual_predictions.h"
 #include "regression/coefficient_file.h"
 #include "regression/regression_results.h"
 #include "support/memory_stream.h"
+#include "support/plain_imputation.h"
 
 namespace {
 
@@ -96,6 +102,12 @@ DataSet MakeDataSet(const std::vector<Names>& names) {
   data.variableCount = static_cast<std::int32_t>(names.size());
   data.y.Resize(kRecords);
   data.p.Resize(kRecords);
+  for (std::int32_t i = 1; i <= 3; ++i) {
+    data.y.Set(i, true);
+  }
+  data.p.SetMissing(1, true);
+  data.p.SetValue(2, true);
+  data.p.SetMissing(4, true);
   data.z = Vell::BitMatrix(kRecords, data.variableCount);
   data.x = Vell::TernaryMatrix(kRecords, data.variableCount);
   data.zNames = Vell::StringArray(data.variableCount);
@@ -115,10 +127,7 @@ DataSet MakeDataSet(const std::vector<Names>& names) {
   data.hospitalStart.Append(kRecords);
   data.hospitalSize.Append(kRecords);
   data.recordHospital.Resize(kRecords);
-  data.hospitalComplete.Resize(1);
-  data.hospitalCompleteP0.Resize(1);
-  data.hospitalHasMissing.Resize(1);
-  data.recordHasMissing.Resize(kRecords);
+  CountNonMissing(data);
   return data;
 }
 
@@ -132,6 +141,58 @@ void RequireVariable(const DataSet& data, std::int32_t place, const std::vector<
                 data.x.Value(i, place) != Cell(variable, i) &&
                 data.x.IsMissing(i, place) == Cell(variable, i),
             "a variable has the cells of another one");
+  }
+}
+
+void RequireSameCells(const DataSet& a, const DataSet& b) {
+  for (std::int32_t i = 0; i < kRecords; ++i) {
+    Require(a.p.Value(i) == b.p.Value(i), "another P was drawn");
+    for (std::int32_t j = 0; j < a.variableCount; ++j) {
+      Require(a.x.Value(i, j) == b.x.Value(i, j), "another X was drawn");
+    }
+  }
+}
+
+/// Two sweeps with any coefficients and priors.
+void CheckSweep(DataSet data, const RegressionResults& results) {
+  const Vell::Vector y = EstimateVector(results.Block(Hovar::Model::kYGivenXWithoutPMcmc));
+  const Vell::Vector p = EstimateVector(results.Block(Hovar::Model::kPGivenX));
+  const Vell::Vector prior = PriorTable(results, data.variableCount);
+  PrepareImputation(data);
+  DataSet plain = data;
+  for (std::uint32_t sweep = 1; sweep <= 2; ++sweep) {
+    Vell::RandomGenerator::Seed(sweep, 362436069);
+    RunImputationSweep(data, {y, p, prior});
+    const std::uint32_t next = Vell::RandomGenerator::NextWord();
+    Vell::RandomGenerator::Seed(sweep, 362436069);
+    Testing::PlainSweep(plain, {y, p, prior});
+    Require(next == Vell::RandomGenerator::NextWord(), "another number of draws");
+    RequireSameCells(data, plain);
+    for (std::int32_t i = 0; i < kRecords && data.variableCount > 0; ++i) {
+      Require(!data.x.IsMissing(i, 0) || !data.x.Value(i, 0), "a cell of column 0 was drawn");
+    }
+  }
+}
+
+/// What the runs do, with few passes.
+void CheckRuns(const DataSet& data, const RegressionResults& results) {
+  const Hovar::McmcSettings settings{1, 1, 3};
+  DataSet predicted = data;
+  Hovar::IndividualPredictions predictions;
+  ComputeIndividualPredictions(predictions, predicted, results, settings);
+  for (const Vell::Vector* column :
+       {&predictions.yGivenZ, &predictions.yGivenX, &predictions.yGivenXWithoutP,
+        &predictions.yGivenXWithoutPMcmc, &predictions.pGivenX, &predictions.pGivenAll}) {
+    for (const double value : *column) {
+      Require(!(value < 0) && !(value > 1), "a prediction that is no probability");
+    }
+  }
+  DataSet validated = data;
+  Hovar::CStatisticValues values;
+  ComputeCStatistics(values, validated, results, predictions, settings);
+  for (const double value : {values.yGivenZ, values.yGivenX, values.yGivenXWithoutP,
+                             values.yGivenXWithoutPMcmc, values.pGivenX, values.pGivenAll}) {
+    Require(value >= -1 && value <= 1, "a C-statistic out of range");
   }
 }
 
@@ -159,6 +220,10 @@ void CheckReconciliation(const std::vector<Names>& names, const RegressionResult
   for (std::size_t j = 0; j < staying.size(); ++j) {
     RequireVariable(data, static_cast<std::int32_t>(j), names, staying[j]);
   }
+  if (error == nullptr) {
+    CheckSweep(data, results);
+    CheckRuns(data, results);
+  }
 }
 
 }  // namespace
@@ -182,4 +247,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
   }
   return 0;
+}
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t maxSize, unsigned seed) {
+  return Fuzzing::MutateLines(data, size, maxSize, seed);
 }

@@ -1,13 +1,14 @@
 // The data file reader. A file without anything unusual is read in one pass and any other one
 // carefully, so a file that is read in one pass must give the same data set when it is read
 // carefully: through a stream that gives one byte at a time, which one pass never takes, and with
-// quotes around the header's first name.
+// quotes around the header's first name. Then the columns of a small data set are eliminated.
 
 #include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "data/column_elimination.h"
 #include "data/data_file_reader.h"
 #include "data/data_set.h"
 #include "data/plain_data_reader.h"
@@ -121,6 +122,25 @@ void RequireConsistency(const DataSet& data) {
           "counts of complete records");
 }
 
+/// An Analysis imputes with the intercept in column 0: it stays, unless no variable does.
+void CheckElimination(DataSet data) {
+  constexpr std::int32_t kMost = 12;  // keeps the time of the decomposition low
+  constexpr double kTolerance = 1e-9;
+  if (data.variableCount > kMost) {
+    return;
+  }
+  const auto* const error = Fuzzing::ErrorOf([&] { EliminateColumns(data, kTolerance); });
+  if (error == nullptr && data.variableCount > 0) {
+    Require(data.xNames[0].View() == "XIntercept" && data.zNames[0].View() == "ZIntercept",
+            "the intercept was removed");
+    for (std::int32_t i = 0; i < data.recordCount; ++i) {
+      Require(data.x.Value(i, 0) && !data.x.IsMissing(i, 0) && data.z.Get(i, 0),
+              "another column is the first one");
+    }
+    RequireConsistency(data);
+  }
+}
+
 /// The first field of each record of a file without quotes, each with a line feed.
 std::string KeysOf(std::string_view file) {
   std::string keys;
@@ -168,6 +188,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   RequireSameReading(careful, Read(*block, poaCount, KeyUse::kDrop));
   if (careful.error == nullptr) {
     RequireConsistency(careful.data);
+    CheckElimination(careful.data);
   }
 
   DataSet plain;
@@ -180,4 +201,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckPlainFile(file, poaCount, blockSize);
   }
   return 0;
+}
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t maxSize, unsigned seed) {
+  return Fuzzing::MutateLines(data, size, maxSize, seed);
 }

@@ -8,10 +8,25 @@
 #include <bit>
 #include <cmath>
 #include <cstdlib>
+#include <random>
+#include <utility>
 #include <vector>
+
+/// The engine's own mutation.
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
 
 namespace Fuzzing {
 namespace {
+
+/// The lines of a text with their line feeds, which the last one may lack.
+std::vector<std::string_view> LinesOf(std::string_view text) {
+  std::vector<std::string_view> lines;
+  while (!text.empty()) {
+    lines.push_back(text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1));
+    text.remove_prefix(lines.back().size());
+  }
+  return lines;
+}
 
 /// Standard error as it was before the fuzzing engine closed it.
 int messageHandle = STDERR_FILENO;
@@ -72,6 +87,38 @@ std::uint8_t TakeByte(std::string_view& input) noexcept {
   const auto byte = static_cast<std::uint8_t>(input.front());
   input.remove_prefix(1);
   return byte;
+}
+
+std::size_t MutateLines(std::uint8_t* data, std::size_t size, std::size_t maxSize, unsigned seed) {
+  std::minstd_rand random(seed);
+  const std::string input(TextOf(data, size));
+  std::vector<std::string_view> lines = LinesOf(input);
+  if (random() % 4 != 0 || lines.size() < 2) {
+    return LLVMFuzzerMutate(data, size, maxSize);
+  }
+  const auto choose = [&] { return 1 + random() % (lines.size() - 1); };
+  const std::size_t line = choose();
+  const auto place = lines.begin() + static_cast<std::ptrdiff_t>(line);
+  switch (random() % 4) {
+    case 0:
+      lines.erase(place);
+      break;
+    case 1:
+      lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(choose()), lines[line]);
+      break;
+    case 2:
+      std::swap(lines[line], lines[choose()]);
+      break;
+    default:
+      lines = {lines[0], lines[line]};
+  }
+  std::string changed;
+  for (const std::string_view each : lines) {
+    changed += each;
+  }
+  changed.resize(std::min(changed.size(), maxSize));
+  std::copy(changed.begin(), changed.end(), data);
+  return changed.size();
 }
 
 BlockStream::BlockStream(std::string_view content, std::size_t blockSize)

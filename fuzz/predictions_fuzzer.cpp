@@ -1,4 +1,5 @@
-// The reader of individual predictions against the C library's number reading.
+// The reader of individual predictions against the C library's number reading, and the C-statistics
+// of what it read.
 
 #include <array>
 #include <cstdint>
@@ -9,6 +10,7 @@
 
 #include "foundation/io/csv_reader.h"
 #include "fuzz_support.h"
+#include "prediction/c_statistics.h"
 #include "prediction/prediction_files.h"
 #include "support/memory_stream.h"
 
@@ -28,11 +30,48 @@ struct Reading {
   Rows rows;
 };
 
+/// Three records without covariates: an event without P, one with P missing, and no event.
+Hovar::DataSet MakeDataSet() {
+  constexpr std::int32_t kRecords = 3;
+  Hovar::DataSet data;
+  data.hospitalCount = 1;
+  data.recordCount = kRecords;
+  data.y.Resize(kRecords);
+  data.p.Resize(kRecords);
+  data.z = Vell::BitMatrix(kRecords, 0);
+  data.x = Vell::TernaryMatrix(kRecords, 0);
+  data.y.Set(0, true);
+  data.y.Set(1, true);
+  data.p.SetMissing(1, true);
+  data.recordHospital.Resize(kRecords);
+  CountNonMissing(data);
+  return data;
+}
+
+/// A Validation needs a line for each record; further ones are not used.
+void CheckStatistics(const IndividualPredictions& predictions) {
+  Hovar::DataSet data = MakeDataSet();
+  Hovar::CStatisticValues values;
+  const auto* const error = Fuzzing::ErrorOf([&] {
+    ComputeCStatistics(values, data, Hovar::RegressionResults(), predictions, {1, 1, 2});
+  });
+  const bool isEnough = predictions.yGivenZ.Size() >= data.recordCount;
+  Require(isEnough
+              ? error == nullptr
+              : error != nullptr && *error == typeid(Vell::Exceptions::InvalidArgumentException),
+          "too few predictions were used, or enough were refused");
+  for (const double value : {values.yGivenZ, values.yGivenX, values.yGivenXWithoutP,
+                             values.yGivenXWithoutPMcmc, values.pGivenX, values.pGivenAll}) {
+    Require(value >= -1 && value <= 1, "a C-statistic out of range");
+  }
+}
+
 Reading Read(Vell::IO::Stream& stream) {
   Reading reading;
   IndividualPredictions predictions;
   reading.error = Fuzzing::ErrorOf([&] { Hovar::ReadIndividualPredictions(predictions, stream); });
   if (reading.error == nullptr) {
+    CheckStatistics(predictions);
     for (std::int32_t i = 0; i < predictions.yGivenZ.Size(); ++i) {
       reading.rows.push_back({predictions.yGivenZ[i], predictions.yGivenX[i],
                               predictions.yGivenXWithoutP[i], predictions.yGivenXWithoutPMcmc[i],
@@ -112,4 +151,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Fuzzing::BlockStream block(file, blockSize);
   RequireSameReading(reading, Read(*block));
   return 0;
+}
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t maxSize, unsigned seed) {
+  return Fuzzing::MutateLines(data, size, maxSize, seed);
 }

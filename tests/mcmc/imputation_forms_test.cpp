@@ -3,65 +3,18 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <string>
 
 #include "foundation/random/random_generator.h"
 #include "mcmc/imputation_sweep.h"
 #include "support/data_sets.h"
+#include "support/plain_imputation.h"
 #include "support/seeded_random.h"
 
 namespace {
 
 using Hovar::DataSet;
 using Vell::Vector;
-
-double PlainLogistic(double t) { return 1 / (std::exp(-t) + 1); }
-
-double Predictor(const DataSet& data, std::int32_t record, const Vector& beta) {
-  double sum = 0;
-  for (std::int32_t j = 0; j < data.variableCount; ++j) {
-    sum += data.x.Value(record, j) ? beta[j] : 0;
-  }
-  return sum;
-}
-
-double PlainLikelihood(const DataSet& data, std::int32_t record,
-                       const Hovar::ImputationModel& model) {
-  const double a = Predictor(data, record, model.pGivenX);
-  const double b = Predictor(data, record, model.yGivenXWithoutP);
-  const double likY = data.p.Value(record) ? 1
-                      : data.y.Get(record) ? PlainLogistic(b)
-                                           : 1 / (std::exp(b) + 1);
-  const double likP = data.p.Value(record) ? PlainLogistic(a) : 1 / (std::exp(a) + 1);
-  return likY * likP;
-}
-
-void PlainSweep(DataSet& data, const Hovar::ImputationModel& model) {
-  for (std::int32_t i = 0; i < data.recordCount; ++i) {
-    for (std::int32_t j = 1; j < data.variableCount; ++j) {
-      if (!data.x.IsMissing(i, j)) {
-        continue;
-      }
-      const double q = model.priorTable[2 * (j - 1) + (data.z.Get(i, j) ? 1 : 0)];
-      if (q == 0 || q == 1) {
-        data.x.SetValue(i, j, q == 1);
-        continue;
-      }
-      data.x.SetValue(i, j, true);
-      const double set = PlainLikelihood(data, i, model);
-      data.x.SetValue(i, j, false);
-      const double clear = PlainLikelihood(data, i, model);
-      const double posterior = set * q / (clear * (1 - q) + set * q);
-      data.x.SetValue(i, j, posterior > Vell::RandomGenerator::Uniform());
-    }
-    if (data.y.Get(i) && data.p.IsMissing(i)) {
-      const double p1 = PlainLogistic(Predictor(data, i, model.pGivenX));
-      const double p0 = PlainLogistic(Predictor(data, i, model.yGivenXWithoutP));
-      data.p.SetValue(i, p1 / (p0 * (1 - p1) + p1) > Vell::RandomGenerator::Uniform());
-    }
-  }
-}
 
 DataSet RandomDataSet(Testing::SeededRandom& random, std::int32_t records,
                       std::int32_t covariates) {
@@ -131,7 +84,7 @@ TEST_P(ImputationFormsTest, SweepDrawsTheCellsOfThePlainForm) {
       Hovar::RunImputationSweep(quick, model);
       const std::uint32_t next = Vell::RandomGenerator::NextWord();
       Vell::RandomGenerator::Seed(1000 + static_cast<std::uint32_t>(repetition), 77);
-      PlainSweep(plain, model);
+      Testing::PlainSweep(plain, model);
       EXPECT_EQ(next, Vell::RandomGenerator::NextWord());
       ExpectSameCells(quick, plain);
     }
@@ -162,7 +115,7 @@ TEST_P(ImputationFormsTest, FirstColumnIsLeftAloneWhateverTheNumberOfColumns) {
     Hovar::RunImputationSweep(quick, model);
     const std::uint32_t next = Vell::RandomGenerator::NextWord();
     Vell::RandomGenerator::Seed(5, 77);
-    PlainSweep(plain, model);
+    Testing::PlainSweep(plain, model);
     EXPECT_EQ(next, Vell::RandomGenerator::NextWord());
     ExpectSameCells(quick, plain);
   }
