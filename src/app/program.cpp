@@ -38,23 +38,27 @@ void Run(int argumentCount, const char* const* arguments) {
   StandardOutput().Target().Flush();
 }
 
+// An error of the ending itself is not reported once more.
+bool isEnding = false;
+
 void EndAfterError() {
+  isEnding = true;
   Log().Clear();
   StandardOutput().WriteLine("Press any button to continue . . .");
   Vell::IO::Platform::WaitForKey();
 }
 
-/// Ends the process where an error could not be raised. The runtime keeps memory for exceptions
-/// aside, but a machine that had none when the process started leaves nothing to throw with.
-[[noreturn]] void EndWithoutException() {
-  static bool isEnding = false;
-  if (std::current_exception() != nullptr) {
-    std::abort();  // something else is wrong
-  }
+/// Ends the process where an error could not be raised, or not be handled; always with exit status
+/// 1. The runtime keeps memory for exceptions aside, but a machine that had none when the process
+/// started leaves nothing to throw with. An error from here on leads back to this function, which
+/// is why it is noexcept: the runtime would answer an exception that leaves it with an abort.
+[[noreturn]] void EndWithoutException() noexcept {
   if (!std::exchange(isEnding, true)) {
-    // An error from here on leads back to this function. The line is wanted, nothing can be thrown:
-    // NOLINTNEXTLINE(bugprone-throw-keyword-missing)
-    static_cast<void>(Vell::Exceptions::OutOfMemoryException("Out of memory"));
+    if (std::current_exception() == nullptr) {  // otherwise its line stands on standard error
+      // The line is wanted, nothing can be thrown:
+      // NOLINTNEXTLINE(bugprone-throw-keyword-missing)
+      static_cast<void>(Vell::Exceptions::OutOfMemoryException("Out of memory"));
+    }
     EndAfterError();
   }
   std::_Exit(kFailure);
@@ -64,6 +68,8 @@ void EndAfterError() {
 
 int RunProgram(int argumentCount, const char* const* arguments) {
   std::set_terminate(EndWithoutException);
+  Vell::IO::Platform::IgnoreWriteSignals();
+  isEnding = false;
   try {
     try {
       Run(argumentCount, arguments);

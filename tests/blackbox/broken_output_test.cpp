@@ -9,7 +9,7 @@ namespace Testing {
 namespace {
 
 TEST(BrokenOutputTest, StandardOutputThatFailsIsAnError) {
-  for (const Output output : {Output::kFull, Output::kClosed}) {
+  for (const Output output : {Output::kFull, Output::kClosed, Output::kBroken}) {
     for (const char* definition : {"prediction.xml", "none.xml"}) {
       SCOPED_TRACE(std::string(definition) + " " + std::to_string(static_cast<int>(output)));
       const TinyStudy study;
@@ -23,7 +23,7 @@ TEST(BrokenOutputTest, StandardOutputThatFailsIsAnError) {
 }
 
 TEST(BrokenOutputTest, StandardErrorThatFailsStillGivesExitStatusOne) {
-  for (const Output error : {Output::kFull, Output::kClosed}) {
+  for (const Output error : {Output::kFull, Output::kClosed, Output::kBroken}) {
     SCOPED_TRACE(static_cast<int>(error));
     const ScratchFolder folder;
     Command command = HovarIn(folder, {"none.xml"});
@@ -31,6 +31,31 @@ TEST(BrokenOutputTest, StandardErrorThatFailsStillGivesExitStatusOne) {
     const ProcessResult result = RunProcess(command);
     EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
     EXPECT_TRUE(result.output.starts_with(kBanner)) << result.output;
+  }
+}
+
+TEST(BrokenOutputTest, BothOutputsThatFailStillGiveExitStatusOne) {
+  for (const char* definition : {"prediction.xml", "none.xml"}) {
+    const TinyStudy study;
+    Command command = HovarIn(study, {definition});
+    command.output = Output::kBroken;
+    command.error = Output::kBroken;
+    const ProcessResult result = RunProcess(command);
+    EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
+  }
+}
+
+// Nobody who could press a key has seen the prompt.
+TEST(BrokenOutputTest, WithoutAPromptNoKeyIsAwaited) {
+  for (const Output output : {Output::kFull, Output::kClosed, Output::kBroken}) {
+    SCOPED_TRACE(static_cast<int>(output));
+    const TinyStudy study;
+    Command command = HovarIn(study, {"none.xml"});
+    command.input = Input::kOpenPipe;
+    command.output = output;
+    const ProcessResult result = RunProcess(command);
+    EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
+    EXPECT_EQ(result.error, "Error: IO Exception\nError: IO Exception\n");
   }
 }
 

@@ -1000,10 +1000,12 @@ TEST(CheckCommandTest, AWrongCommandLineIsAnError) {
 
 TEST(CheckCommandTest, OutputThatCannotBeWrittenIsAnError) {
   const TinyStudy study;
-  for (const Output output : {Output::kFull, Output::kClosed}) {
+  for (const Output output : {Output::kFull, Output::kClosed, Output::kBroken}) {
     Command command = CheckIn(study, {"prediction.xml"});
     command.output = output;
-    EXPECT_EQ(RunProcess(command).exitStatus, 1);
+    const ProcessResult result = RunProcess(command);
+    EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
+    EXPECT_EQ(result.error, "hovar: cannot write to standard output\n");
   }
 }
 

@@ -102,6 +102,18 @@ TEST(ErrorEndingTest, InterruptFromTheKeyboardStillWorks) {
   EXPECT_EQ(process.TerminalSettings(), before);
 }
 
+TEST(ErrorEndingTest, OnATerminalNoKeyIsAwaitedWhenThePromptCannotBeWritten) {
+  const ScratchFolder folder;
+  for (const Output output : {Output::kFull, Output::kClosed, Output::kBroken}) {
+    SCOPED_TRACE(static_cast<int>(output));
+    Command command = FailingRun(folder, Input::kTerminal);
+    command.output = output;
+    const ProcessResult result = RunProcess(command);
+    EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
+    EXPECT_EQ(result.error, "Error: IO Exception\nError: IO Exception\n");
+  }
+}
+
 TEST(ErrorEndingTest, ARunThatSucceedsNeverWaits) {
   for (const Input input : {Input::kOpenPipe, Input::kTerminal, Input::kClosed}) {
     SCOPED_TRACE(static_cast<int>(input));

@@ -129,11 +129,13 @@ TEST_F(ChainsTest, ACollectionOfUnlikeChainsIsAnError) {
 
 TEST_F(ChainsTest, AVerdictThatCannotBeToldIsAnError) {
   Command command = LauncherIn(study_, {"--chains", "2", "analysis.xml"}, launcher_);
-  command.output = Output::kFull;
-  const ProcessResult result = RunProcess(command);
-  EXPECT_EQ(result.exitStatus, 1);
-  ExpectHolds(result.error, "hovar: cannot write to standard output\n");
-  EXPECT_FALSE(study_.Has("out/report.html"));
+  for (const Output output : {Output::kFull, Output::kBroken}) {
+    command.output = output;
+    const ProcessResult result = RunProcess(command);
+    EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
+    ExpectHolds(result.error, "hovar: cannot write to standard output\n");
+    EXPECT_FALSE(study_.Has("out/report.html"));
+  }
 }
 
 TEST_F(ChainsTest, DefinitionsThatDoNotServeAreRefused) {

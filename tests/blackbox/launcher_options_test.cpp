@@ -142,10 +142,12 @@ TEST(RunRecordTest, OutputThatCannotBeWrittenStopsTheProgram) {
   const TinyStudy study;
   study.Write("long.xml", LongAnalysisText());
   Command command = LauncherIn(study, {"--json", "run.json", "long.xml"});
-  command.output = Output::kFull;
-  const ProcessResult result = RunProcess(command);
-  EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error, "hovar: cannot write to standard output\n");
+  for (const Output output : {Output::kFull, Output::kBroken}) {
+    command.output = output;
+    const ProcessResult result = RunProcess(command);
+    EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
+    EXPECT_EQ(result.error, "hovar: cannot write to standard output\n");
+  }
 }
 
 TEST(RunRecordTest, AMissingProgramIsNamed) {

@@ -99,8 +99,12 @@ TEST_F(ReportTest, AMissingOrForeignPageIsNamed) {
 TEST_F(ReportTest, AClosedStandardOutputIsAnError) {
   work_.Write("out/a.csv", "f");
   Command command = LauncherIn(work_, {"--report", "out"}, launcher_);
-  command.output = Output::kFull;
-  EXPECT_EQ(RunProcess(command).exitStatus, 1);
+  for (const Output output : {Output::kFull, Output::kBroken}) {
+    command.output = output;
+    const ProcessResult result = RunProcess(command);
+    EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
+    EXPECT_EQ(result.error, "hovar: cannot write to standard output\n");
+  }
 }
 
 }  // namespace

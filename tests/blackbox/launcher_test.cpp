@@ -104,11 +104,13 @@ TEST(LauncherTest, HelpAndVersionAreAnsweredWithoutTheProgram) {
 TEST(LauncherTest, HelpThatCannotBeWrittenIsAnError) {
   const ScratchFolder folder;
   for (const char* option : {"--help", "--version"}) {
-    for (const Output output : {Output::kFull, Output::kClosed}) {
+    for (const Output output : {Output::kFull, Output::kClosed, Output::kBroken}) {
       SCOPED_TRACE(option);
       Command command = LauncherIn(folder, {option});
       command.output = output;
-      EXPECT_EQ(RunProcess(command).exitStatus, 1);
+      const ProcessResult result = RunProcess(command);
+      EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
+      EXPECT_EQ(result.error, "hovar: cannot write to standard output\n");
     }
   }
 }

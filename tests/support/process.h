@@ -3,6 +3,7 @@
 // Runs a program as a process of its own, with any name, working folder and standard streams, and
 // collects everything it leaves.
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -26,6 +27,7 @@ enum class Output {
   kCaptured,
   kClosed,        // the process starts without one
   kFull,          // a file on which every write fails
+  kBroken,        // a pipe that nobody reads
   kWithStandard,  // standard error only: into the same pipe as standard output
 };
 
@@ -40,6 +42,8 @@ struct Command {
   std::string inputText;
   Output output = Output::kCaptured;
   Output error = Output::kCaptured;
+  /// Bytes to which the process may let a file grow, as `ulimit -f`, or -1. POSIX only.
+  std::int64_t fileSizeLimit = -1;
 };
 
 struct ProcessResult {

@@ -84,12 +84,22 @@ class Streams {
         return Open(folder_.File(name), Access::kWrite);
       case Output::kFull:
         return Open("NUL", Access::kRead);  // nothing can be written to it
+      case Output::kBroken:
+        return OpenBrokenPipe();
       case Output::kWithStandard:
         return streams_.output;
       case Output::kClosed:
         break;
     }
     return Platform::kNoFile;
+  }
+
+  static FileHandle OpenBrokenPipe() {
+    HANDLE reader = nullptr;
+    HANDLE writer = nullptr;
+    EXPECT_NE(CreatePipe(&reader, &writer, nullptr, 0), 0);
+    CloseHandle(reader);
+    return reinterpret_cast<FileHandle>(writer);
   }
 
   std::string TextOf(const char* name) const { return folder_.Has(name) ? folder_.Read(name) : ""; }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -79,8 +80,15 @@ std::string ReadAvailable(int descriptor) {
 /// The child's half of the start.
 [[noreturn]] void BecomeCommand(const char* program, char* const* arguments,
                                 char* const* environment, const char* folder,
-                                const StandardStreams& streams) {
+                                const StandardStreams& streams, std::int64_t fileSizeLimit) {
+  // As a shell starts it, whatever the test's own parent ignores.
   std::signal(SIGPIPE, SIG_DFL);
+  std::signal(SIGXFSZ, SIG_DFL);
+  if (fileSizeLimit >= 0) {
+    const auto size = static_cast<rlim_t>(fileSizeLimit);
+    const rlimit limit{size, size};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
   for (int stream = 0; stream < 3; ++stream) {
     const int source = streams[static_cast<std::size_t>(stream)];
     if (source < 0) {
@@ -160,6 +168,10 @@ Process::Process(const Command& command) : deadline_(Clock::now() + kPatience) {
   const auto openOutput = [&streams](Output kind, std::size_t stream, int& reader) {
     if (kind == Output::kFull) {
       streams[stream] = Checked(open("/dev/full", O_WRONLY | O_CLOEXEC), "/dev/full");
+    } else if (kind == Output::kBroken) {
+      const auto [readEnd, writeEnd] = NewPipe();
+      close(readEnd);
+      streams[stream] = writeEnd;
     } else if (kind == Output::kWithStandard) {
       streams[stream] = fcntl(streams[1], F_DUPFD_CLOEXEC, 3);
     } else if (kind == Output::kCaptured) {
@@ -179,7 +191,7 @@ Process::Process(const Command& command) : deadline_(Clock::now() + kPatience) {
   const std::string folder = command.folder.string();
   const auto becomeProgram = [&] {
     BecomeCommand(program.c_str(), argumentPointers.data(), environmentPointers.data(),
-                  folder.c_str(), streams);
+                  folder.c_str(), streams, command.fileSizeLimit);
   };
   if (command.input == Input::kTerminal) {
     StartOnTerminal(becomeProgram, streams);
@@ -301,6 +313,8 @@ bool Process::WaitForOutput(std::string_view text) {
   }
   return true;
 }
+
+void Process::CloseOutput() { CloseIfOpen(outputPipe_); }
 
 bool Process::EndsWithin(std::chrono::milliseconds time) {
   const Clock::time_point deadline = Clock::now() + time;

@@ -24,6 +24,8 @@ class Process {
 
   /// Waits until standard output holds `text`. False when the process ended without it.
   bool WaitForOutput(std::string_view text);
+  /// Reads standard output no more, as the end of `| head` does.
+  void CloseOutput();
   /// True when the process ends within this time.
   bool EndsWithin(std::chrono::milliseconds time);
   /// Types on the terminal or writes into the open pipe.

@@ -176,8 +176,7 @@ int Collect(const ChainSet& set) {
   }
   const std::string text =
       VerdictText(draws, ReadCoefficientNames(set.chains.front().coefficientFile));
-  if (!Platform::WriteFile(Platform::kStandardOutput, text.data(), text.size())) {
-    Say("cannot write to standard output");
+  if (!Print(text)) {
     return kFailure;
   }
   return RunReport(folders, set.folder + "/report.html");

@@ -16,6 +16,7 @@
 #include "app/exit_status.h"
 #include "app/launcher/chains.h"
 #include "app/launcher/check/check.h"
+#include "app/launcher/message.h"
 #include "app/launcher/options.h"
 #include "app/launcher/program_start.h"
 #include "app/launcher/report.h"
@@ -31,24 +32,19 @@ namespace Platform = Vell::IO::Platform;
 using Hovar::kFailure;
 using Hovar::kSuccess;
 
-int Print(std::string_view text) {
-  return Platform::WriteFile(Platform::kStandardOutput, text.data(), text.size()) ? kSuccess
-                                                                                  : kFailure;
-}
-
-int FailForMemory() {
-  constexpr std::string_view kLine = "hovar: out of memory\n";
-  Platform::WriteFile(Platform::kStandardError, kLine.data(), kLine.size());
+/// Writes a line on standard error without memory and returns the exit status for it.
+int Fail(std::string_view line) {
+  Platform::WriteFile(Platform::kStandardError, line.data(), line.size());
   return kFailure;
 }
 
-/// Ends the process where an error could not be raised: a machine without memory when the process
-/// started leaves the runtime nothing to throw with.
-[[noreturn]] void EndWithoutException() {
-  if (std::current_exception() != nullptr) {
-    std::abort();  // something else is wrong
-  }
-  std::_Exit(FailForMemory());
+int FailForMemory() { return Fail("hovar: out of memory\n"); }
+
+/// Ends the process where an error could not be raised, or not be handled; always with exit status
+/// 1. A machine without memory when the process started leaves the runtime nothing to throw with.
+[[noreturn]] void EndWithoutException() noexcept {
+  std::_Exit(std::current_exception() == nullptr ? FailForMemory()
+                                                 : Fail("hovar: ended by a fault of its own\n"));
 }
 
 int RunTask(std::span<const char* const> arguments) {
@@ -76,16 +72,17 @@ int RunTask(std::span<const char* const> arguments) {
 
 int main(int argumentCount, char** argumentVector) {
   std::set_terminate(EndWithoutException);
+  Platform::IgnoreWriteSignals();
   std::span<const char* const> arguments(argumentVector, static_cast<std::size_t>(argumentCount));
   arguments = arguments.subspan(arguments.empty() ? 0 : 1);
   const std::string_view first = arguments.empty() ? "" : arguments.front();
-  if (arguments.size() == 1 && first == "--help") {
-    return Print(Hovar::kHelpText);
-  }
-  if (arguments.size() == 1 && first == "--version") {
-    return Print(Hovar::kVersionText);
-  }
   try {
+    if (arguments.size() == 1 && first == "--help") {
+      return Hovar::Print(Hovar::kHelpText) ? kSuccess : kFailure;
+    }
+    if (arguments.size() == 1 && first == "--version") {
+      return Hovar::Print(Hovar::kVersionText) ? kSuccess : kFailure;
+    }
     return Hovar::IsLauncherOption(first) ? RunTask(arguments) : Hovar::BecomeHovar(arguments);
   } catch (const Vell::Exceptions::Exception&) {
     return kFailure;  // its line stands on standard error

@@ -202,9 +202,7 @@ int RunReport(const std::vector<std::string>& folders, const std::string& report
   if (!WriteReport(file, folders)) {
     return kFailure;
   }
-  const std::string line = file + "\n";
-  return Platform::WriteFile(Platform::kStandardOutput, line.data(), line.size()) ? kSuccess
-                                                                                  : kFailure;
+  return Print(file + "\n") ? kSuccess : kFailure;
 }
 
 }  // namespace Hovar

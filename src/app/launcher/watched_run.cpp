@@ -101,8 +101,6 @@ class Bar {
     display_.Clear();
     if (!run.Lines().Error().empty()) {
       display_.Print(run.Lines().Error());
-    } else if (Platform::StopRequest() == 0) {
-      Say("the program ended with status " + std::to_string(run.ExitStatus()));
     }
   }
 
@@ -139,6 +137,9 @@ int Watch(ChildRun& run, Bar& bar, const LineEcho& echo) {
   if (!echo.IsGood()) {
     Say("cannot write to standard output");
     return kFailure;
+  }
+  if (run.ExitStatus() != kSuccess && run.Lines().Error().empty() && Platform::StopRequest() == 0) {
+    Say("the program ended with status " + std::to_string(run.ExitStatus()));
   }
   return run.ExitStatus();
 }

@@ -1,22 +1,12 @@
 #include "app/launcher/check/check.h"
 
 #include <new>
-#include <string_view>
 
+#include "app/launcher/message.h"
 #include "app/launcher/silent_reading.h"
 #include "foundation/exceptions/exceptions.h"
-#include "foundation/io/platform/platform.h"
 
 namespace Hovar {
-namespace {
-
-namespace Platform = Vell::IO::Platform;
-
-bool Print(std::string_view text) {
-  return Platform::WriteFile(Platform::kStandardOutput, text.data(), text.size());
-}
-
-}  // namespace
 
 int RunCheck(const std::string& definition, bool isStrict, Describe describe) {
   RunCheckup checkup(describe);

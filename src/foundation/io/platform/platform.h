@@ -47,6 +47,12 @@ std::int64_t ReadFile(FileHandle file, void* buffer, std::size_t size) noexcept;
 /// Writes all `size` bytes; false on failure. Short and interrupted writes are continued.
 bool WriteFile(FileHandle file, const void* buffer, std::size_t size) noexcept;
 
+/// From now on writing into a pipe that nobody reads any more, and writing beyond the limit that
+/// the system sets for files, fails as any other write does, instead of ending the process by a
+/// signal. The programs that this one starts or becomes have it so too. Nothing to do on a platform
+/// without such signals.
+void IgnoreWriteSignals() noexcept;
+
 /// Moves the position and returns the new one, counted from the start, or -1 on failure.
 std::int64_t SeekFile(FileHandle file, std::int64_t offset, Origin origin) noexcept;
 

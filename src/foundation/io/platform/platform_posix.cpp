@@ -85,6 +85,12 @@ bool WriteFile(FileHandle file, const void* buffer, std::size_t size) noexcept {
   return true;
 }
 
+void IgnoreWriteSignals() noexcept {
+  // Fails for no signal that can be ignored.
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+}
+
 std::int64_t SeekFile(FileHandle file, std::int64_t offset, Origin origin) noexcept {
   const int whence = origin == Origin::kCurrent ? SEEK_CUR
                      : origin == Origin::kEnd   ? SEEK_END

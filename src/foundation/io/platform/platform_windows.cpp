@@ -117,6 +117,8 @@ bool WriteFile(FileHandle file, const void* buffer, std::size_t size) noexcept {
   return true;
 }
 
+void IgnoreWriteSignals() noexcept {}  // a write that fails sends no signal here
+
 std::int64_t SeekFile(FileHandle file, std::int64_t offset, Origin origin) noexcept {
   const HANDLE handle = SystemHandle(file);
   const DWORD method = origin == Origin::kCurrent ? FILE_CURRENT

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -53,6 +55,49 @@ TEST(OpenFileTest, OpenedFilesAreNotHandedToProgramsThatAreStarted) {
     return 99;
   });
   EXPECT_EQ(end, ProcessEnd{1}) << "the file is still open in the other program";
+}
+
+/// Writes three bytes into a pipe that nobody reads; true when that succeeds.
+bool WriteIntoBrokenPipe() {
+  Testing::Pipe pipe;
+  pipe.CloseReadEnd();
+  return Platform::WriteFile(pipe.WriteEnd(), "abc", 3);
+}
+
+TEST(WriteSignalsTest, AreIgnoredFromTheCallOn) {
+  EXPECT_EQ(RunInChild([] {
+              static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
+              return WriteIntoBrokenPipe() ? 1 : 0;
+            }).signal,
+            SIGPIPE);
+  EXPECT_EQ(RunInChild([] {
+              Platform::IgnoreWriteSignals();
+              return WriteIntoBrokenPipe() ? 1 : 0;
+            }),
+            ProcessEnd{0});
+}
+
+TEST(WriteSignalsTest, ALimitForFilesMakesAWriteFailWhenTheRoomIsUsed) {
+  const ScratchFolder folder;
+  const std::string path = folder.File("f");
+  const ProcessEnd end = RunInChild([&] {
+    Platform::IgnoreWriteSignals();
+    const rlimit limit{5, 5};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    const Platform::FileHandle file = Platform::OpenFile(path.c_str(), Access::kWrite);
+    return Platform::WriteFile(file, "123", 3) && !Platform::WriteFile(file, "456", 3) ? 0 : 1;
+  });
+  EXPECT_EQ(end, ProcessEnd{0});
+  EXPECT_EQ(folder.Read("f"), "12345");
+}
+
+TEST(WriteSignalsTest, AreIgnoredByProgramsThatAreStarted) {
+  const ProcessEnd end = RunInChild([] {
+    Platform::IgnoreWriteSignals();
+    const char* const arguments[] = {"sh", "-c", "kill -PIPE $$; kill -XFSZ $$; exit 7", nullptr};
+    return Platform::WaitForProcess(Platform::StartProcess("/bin/sh", arguments, {}));
+  });
+  EXPECT_EQ(end, ProcessEnd{7});
 }
 
 TEST(ProgramFileTest, IsTheFileOfThisTest) {
