@@ -171,7 +171,7 @@ DefinitionReading ReadDefinitionFile(const std::string& path) {
       ReadContent(definition, reader);
       reader.ReadEndTag(root.name);
     } catch (const Vell::Exceptions::Exception&) {
-      reading.stop = stream->Tell();
+      reading.stop = stream->TellOr(0);
       throw;
     }
   });

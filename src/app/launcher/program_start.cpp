@@ -9,13 +9,17 @@ namespace Hovar {
 
 namespace Platform = Vell::IO::Platform;
 
+void DetachUnattendedInput() noexcept {
+  if (!Platform::StandardInputIsTerminal()) {
+    Platform::DetachStandardInput();
+  }
+}
+
 int BecomeHovar(std::span<const char* const> arguments) {
   const Vell::String root = InstallationFolder();
   const Vell::String file = ProgramFileIn(root);
   const Vell::String name = ProgramNameIn(root);
-  if (!Platform::StandardInputIsTerminal()) {
-    Platform::DetachStandardInput();
-  }
+  DetachUnattendedInput();
   Vell::GrowableArray<const char*> programArguments;
   programArguments.Append(name.CStr());
   for (const char* const argument : arguments) {

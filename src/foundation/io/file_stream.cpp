@@ -63,7 +63,8 @@ FileStream::FileStream(Platform::FileHandle file, std::uint32_t mode,
     : Stream(mode, String()),
       file_(file),
       buffer_(buffer),
-      position_(Platform::SeekFile(file, 0, Platform::Origin::kCurrent)) {}
+      position_(Platform::SeekFile(file, 0, Platform::Origin::kCurrent)),
+      isPositionAsked_(true) {}
 
 FileStream::~FileStream() {
   TryFlush();
@@ -103,7 +104,7 @@ bool FileStream::TryFlush() noexcept {
     return false;
   }
   if ((OpenMode() & 0xFFU) == Mode::kReadAppend) {
-    position_ = Platform::SeekFile(file_, 0, Platform::Origin::kCurrent);
+    AskPosition(0, Platform::Origin::kCurrent);
   } else if (position_ >= 0) {
     position_ += static_cast<std::int64_t>(size);
   }
@@ -246,7 +247,7 @@ void FileStream::StartWriting() {
   }
   DropWindow();
   if ((OpenMode() & 0xFFU) == Mode::kReadAppend) {
-    position_ = Platform::SeekFile(file_, 0, Platform::Origin::kEnd);
+    AskPosition(0, Platform::Origin::kEnd);
   }
   room_ = Block();
   roomEnd_ = Block() + BlockSize();
@@ -287,9 +288,29 @@ std::int64_t FileStream::Length() {
   return length;
 }
 
+void FileStream::AskPosition(std::int64_t offset, Platform::Origin origin) noexcept {
+  position_ = Platform::SeekFile(file_, offset, origin);
+  isPositionAsked_ = true;
+}
+
+/// A pipe has no position, whatever number of bytes was read.
+bool FileStream::HasPosition() noexcept {
+  if (!isPositionAsked_) {
+    AskPosition(0, Platform::Origin::kCurrent);
+  }
+  return position_ >= 0;
+}
+
+std::int64_t FileStream::TellOr(std::int64_t other) noexcept {
+  return HasPosition() ? position_ - (end_ - next_) - ReturnsFrom(next_) +
+                             static_cast<std::int64_t>(Pending())
+                       : other;
+}
+
 std::int64_t FileStream::Tell() {
-  Require(position_ >= 0);
-  return position_ - (end_ - next_) - ReturnsFrom(next_) + static_cast<std::int64_t>(Pending());
+  const std::int64_t position = TellOr(-1);
+  Require(position >= 0);
+  return position;
 }
 
 void FileStream::Seek(std::int64_t offset, int origin) {
@@ -304,9 +325,10 @@ void FileStream::Seek(std::int64_t offset, int origin) {
   const bool isBlockOfFile = !isBlockAltered_ && droppedReturns_.IsEmpty() && !holdsReturn_;
   if (next_ != nullptr && isBlockOfFile && CanRead() && !CanWrite() && behind >= 0 &&
       behind <= end_ - Block()) {
+    Require(HasPosition());
     next_ = end_ - behind;
   } else {
-    position_ = Platform::SeekFile(file_, offset, Platform::Origin::kStart);
+    AskPosition(offset, Platform::Origin::kStart);
     DropWindow();
     Require(position_ >= 0);
   }

@@ -35,6 +35,9 @@ class FileStream final : public Stream {
   /// As Flush, but answers false instead of raising.
   bool TryFlush() noexcept;
 
+  /// As Tell, but answers `other` where the file has no position instead of raising.
+  std::int64_t TellOr(std::int64_t other) noexcept;
+
   void Flush() override;
   /// Closes an owned file; a wrapped one is only flushed. Closing a file that was opened for
   /// reading only loses nothing and cannot fail.
@@ -66,6 +69,9 @@ class FileStream final : public Stream {
   std::int64_t ReturnsFrom(const unsigned char* place) const noexcept;
   void StartWriting();
   void DropWindow() noexcept;
+  /// Moves the operating system's position and notes what it answers.
+  void AskPosition(std::int64_t offset, Platform::Origin origin) noexcept;
+  bool HasPosition() noexcept;
   unsigned char* Block() const noexcept;
   std::size_t BlockSize() const noexcept;
   /// Bytes of the block that wait to be written; 0 while reading.
@@ -78,8 +84,10 @@ class FileStream final : public Stream {
   bool isBlockAltered_ = false;
   // Room for bytes that are put back, then the block.
   std::span<unsigned char> buffer_;
-  // The operating system's position in the file; -1 when it has none that we know.
+  // The operating system's position in the file; -1 when it has none that we know. Counted from 0
+  // until the system is asked for it, when it is needed first.
   std::int64_t position_ = 0;
+  bool isPositionAsked_ = false;
   bool dropsReturns_ = false;
   // The last byte that was read is a carriage return that is not in the block: what follows
   // decides.

@@ -130,10 +130,11 @@ class Stream {
   /// Length in bytes. Errors: "IO Exception".
   virtual std::int64_t Length() = 0;
 
-  /// Position in bytes from the start. Errors: "IO Exception".
+  /// Position in bytes from the start. Errors: "IO Exception", always where there is none, as in a
+  /// pipe.
   virtual std::int64_t Tell() = 0;
 
-  /// Moves to an absolute position. Errors: "IO Exception".
+  /// Moves to an absolute position. Errors: "IO Exception", as of Tell.
   void Seek(std::int64_t position) { Seek(position, 0); }
   /// Moves by `offset` from the start (origin 0), the current position (1) or the end (2); any
   /// other origin counts as 0. Errors: "IO Exception".

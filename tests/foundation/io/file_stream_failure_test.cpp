@@ -216,6 +216,24 @@ TEST(PipeTest, HasNoPosition) {
   ExpectIOException([&] { stream.Seek(0, 2); });
 }
 
+// However little or much of it was read: what is in the block is no file to move in.
+TEST(NamedPipeTest, HasNoPosition) {
+  const ScratchFolder folder;
+  const std::string path = folder.File("pipe");
+  Testing::MakeNamedPipe(path);
+  FileStream writer(String(std::string_view(path)), Mode::kReadWriteExisting | Mode::kText);
+  FileStream fresh(String(std::string_view(path)), Mode::kReadText);
+  EXPECT_EQ(fresh.TellOr(-7), -7);
+  ExpectIOException([&] { fresh.Tell(); });
+  writer.Put("abc");
+  writer.Flush();
+  FileStream stream(String(std::string_view(path)), Mode::kReadText);
+  EXPECT_EQ(stream.ReadByte(), 'a');
+  ExpectIOException([&] { stream.Seek(0); });
+  ExpectIOException([&] { stream.Seek(0, 1); });
+  ExpectIOException([&] { stream.Tell(); });
+}
+
 TEST(NamedPipeTest, IsReadLikeAFile) {
   const ScratchFolder folder;
   const std::string path = folder.File("pipe");

@@ -3,12 +3,14 @@
 #include <new>
 
 #include "app/launcher/message.h"
+#include "app/launcher/program_start.h"
 #include "app/launcher/silent_reading.h"
 #include "foundation/exceptions/exceptions.h"
 
 namespace Hovar {
 
 int RunCheck(const std::string& definition, bool isStrict, Describe describe) {
+  DetachUnattendedInput();  // as for the run
   RunCheckup checkup(describe);
   try {
     const SilentWriters silence;  // not all of the check is within a reader

@@ -16,6 +16,8 @@
 namespace Hovar {
 namespace {
 
+constexpr std::string_view kDefinitionFile = "definition file";
+
 /// Adds an error for an input file that is missing, a folder, or not readable, and answers whether
 /// there was none. `what` is the noun for the file.
 bool CheckInputFile(Findings& findings, const std::string& path, std::string_view what,
@@ -37,9 +39,11 @@ bool CheckInputFile(Findings& findings, const std::string& path, std::string_vie
       return false;
     case PathKind::kOther:
       findings.AddError(file, place,
-                        subject +
-                            " is no regular file. Name one: the program reads "
-                            "its input more than once.");
+                        subject + (what == kDefinitionFile
+                                       ? " is no regular file. Name one: the program moves "
+                                         "back in it while it reads, which a pipe does not allow."
+                                       : " is no regular file. Name one: the program reads its "
+                                         "input more than once."));
       return false;
     case PathKind::kFile:
       break;
@@ -74,7 +78,7 @@ void RunCheckup::CheckDefinition(const std::string& path, std::string_view named
                            " it is. Give that another name.");
     return;
   }
-  if (!CheckInputFile(findings_, path, "definition file", namedIn, place)) {
+  if (!CheckInputFile(findings_, path, kDefinitionFile, namedIn, place)) {
     return;
   }
   const DefinitionReading reading = ReadDefinitionFile(path);

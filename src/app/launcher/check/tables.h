@@ -33,7 +33,7 @@ std::optional<Stop> StopOf(const std::string& path, Read read) {
     try {
       read(stream);
     } catch (const Vell::Exceptions::Exception&) {
-      offset = stream.Tell();
+      offset = stream.TellOr(0);
       throw;
     }
   });
