@@ -305,7 +305,7 @@ class Source:
                 continue
             self.launcher_literals.update(
                 normalised(line) for line in joined_text(tokens, i).split("\n") if line.strip())
-            if token.used:
+            if token.used or (i > 0 and tokens[i - 1].text == "case"):  # a label and no text
                 continue
             start, end = bounds_of_expression(tokens, i)
             expression = tokens[start:end]
@@ -411,7 +411,7 @@ def makes_string(operand):
 def is_sentence(line, is_said):
     """Whether a text is a line, or a part of one, that somebody must be able to look up."""
     words = re.findall(r"[A-Za-z]{2,}", line)
-    if len(words) < 2 or " " not in line or line in NO_MESSAGES or re.search(r"<!--|=\"|@", line):
+    if len(words) < 2 or " " not in line or line in NO_MESSAGES or re.search(r"<!--|=\"$|@", line):
         return False
     is_name = PART not in line and re.fullmatch(r"[a-z -]+", line) and len(words) < 4
     return is_said or not is_name

@@ -146,6 +146,11 @@ class LauncherTest(unittest.TestCase):
     def test_what_is_said_is_a_message(self):
         self.assert_texts('Say("out of memory");', "out of memory")
 
+    def test_labels_of_a_choice_are_no_part_of_its_texts(self):
+        self.assert_texts("switch (c) {\n  case '=':\n    return {place, \"A value is missing.\"};\n"
+                          "  case '\"':\n    return {place, \"Write name=\\\"value\\\".\"};\n}",
+                          "A value is missing.", 'Write name="value".')
+
     def test_lines_that_the_program_writes_may_be_read(self):
         found = self.launcher_faults('const lines[] = {"Reading data file...", "None at all"};\n'
                                      'StandardOutput().WriteLine("Reading data file...");',
