@@ -41,6 +41,13 @@ class VariableCounter {
     for (const std::int32_t j : missing) {
       isMissing_[Index(j)] = 0;
     }
+    for (std::int32_t word = 0; word < Vell::ColumnWordCount(data_.variableCount); ++word) {
+      const Vell::TernaryWords cells = Vell::TernaryColumnWords(x, word);
+      const std::uint64_t ones = cells.values & ~cells.missing;
+      Vell::VisitBits(ones & Vell::SetColumnWord(data_.z.Row(record), word), [&](int bit) {
+        ++counts_[Index(word * Vell::kColumnsPerWord + bit)].xOnesWithZ;
+      });
+    }
   }
 
   bool HasNoEmptyClass(std::int32_t records) {
@@ -176,7 +183,7 @@ std::vector<VariableCounts> CountVariables(const DataSet& dataSet, CountExtent e
   return counter.Take(record);
 }
 
-void CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
+bool CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
                   std::vector<VariableCounts>& variables) {
   const std::int32_t completeP0Count = dataSet.completeP0Count;  // before cells are removed
   std::string log;
@@ -186,9 +193,10 @@ void CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet&
   NoteStages(variables, log);
   if (error.has_value() || dataSet.variableCount == 0) {
     AddEliminationError(findings, definition, completeP0Count, error.value_or("Invalid argument"));
-    return;
+    return false;
   }
   CheckXzTables(findings, definition, dataSet);
+  return true;
 }
 
 }  // namespace Hovar

@@ -25,6 +25,7 @@ struct VariableCounts {
   std::int32_t xOnes = 0;  // among the known ones
   std::int32_t xMissing = 0;
   std::int32_t zOnesWithKnownX = 0;
+  std::int32_t xOnesWithZ = 0;  // known ones where Z is 1
   Removal removal = Removal::kNone;
 
   /// True when no record has Z = 0 (or 1) and a known X.
@@ -40,8 +41,8 @@ std::vector<VariableCounts> CountVariables(const DataSet& dataSet, CountExtent e
 
 /// Removes columns from the data set as the Analysis of the definition does, notes which ones in
 /// `variables` (all of them, or none when nobody asks), and adds an error for what the program ends
-/// in before it fits.
-void CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
+/// in before it fits. Answers whether column elimination came to its end.
+bool CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
                   std::vector<VariableCounts>& variables);
 
 }  // namespace Hovar

@@ -7,6 +7,7 @@
 #include "app/launcher/check/description.h"
 #include "app/launcher/check/grammar.h"
 #include "app/launcher/check/model_files.h"
+#include "app/launcher/check/proxy_warnings.h"
 #include "app/launcher/check/values.h"
 #include "app/launcher/silent_reading.h"
 #include "app/launcher/text_places.h"
@@ -166,13 +167,19 @@ void RunCheckup::CheckAnalysisData(const DefinitionFile& definition, DataSet& da
       describe_ == Describe::kData &&
       described_.insert(NormalPath(definition.data) + '\n' + std::to_string(definition.poaCount))
           .second;
+  const bool isAnalysis = definition.kind == RunKind::kAnalysis;
+  const bool areProxiesJudged = isAnalysis && describe_ == Describe::kData;
   std::vector<VariableCounts> variables;
-  if (isDescribed) {
+  if (isDescribed || areProxiesJudged) {
     variables = CountVariables(dataSet, CountExtent::kAllRecords);
+  }
+  if (isDescribed) {
     description_ += DescribeDataSet(definition, dataSet);
   }
-  if (definition.kind == RunKind::kAnalysis) {
-    CheckColumns(findings_, definition, dataSet, variables);
+  // Elimination takes columns away, and the warnings tell on which of them the others depend.
+  const Vell::BitMatrix z = areProxiesJudged ? dataSet.z : Vell::BitMatrix();
+  if (isAnalysis && CheckColumns(findings_, definition, dataSet, variables) && areProxiesJudged) {
+    WarnOfProxies(findings_, definition, z, variables);
   }
   if (isDescribed) {
     description_ += DescribeVariables(definition, variables);
