@@ -122,6 +122,21 @@ TEST_F(LauncherMemoryTest, CheckingDefinitionsWithErrors) {
   }
 }
 
+TEST_F(LauncherMemoryTest, CheckingDataWithPoorProxies) {
+  // Z1 repeats X1, Z2 and Z3 are equal, Z4 is 0, and Z5 or Z6 is 1 minus the other.
+  study_.Write("data.csv",
+               "Key,Hospital,Y,P1,P2,Z1,Z2,Z3,Z4,Z5,Z6,X1,X2,X3,X4,X5,X6\n"
+               "a,A,1,0,0,1,1,1,0,0,1,1,1,0,0,0,1\nb,A,0,0,0,0,1,1,0,1,0,0,0,1,0,1,1\n"
+               "c,A,1,0,0,1,0,0,0,1,0,1,0,0,1,1,0\nd,B,0,0,0,0,0,0,0,1,0,0,1,1,1,0,0\n"
+               "e,B,1,0,0,0,0,0,0,0,1,,1,0,0,0,0\nf,B,0,0,0,0,1,1,0,0,1,0,0,0,0,0,1\n"
+               "g,B,0,0,0,0,0,0,0,1,0,0,1,0,1,1,1\nh,B,1,0,0,1,1,1,0,1,0,1,1,1,0,0,0\n");
+  const std::string output = Checked("analysis.xml");
+  for (const char* const words : {" repeats ", " equals ", " follows from ", " is 0 in all "}) {
+    EXPECT_NE(output.find(words), std::string::npos) << output;
+  }
+  ExpectFaultsTold([] { return Checked("analysis.xml"); });
+}
+
 TEST_F(LauncherMemoryTest, CheckingDataWithErrors) {
   const std::string data = study_.Read("data.csv");
   const std::size_t header = data.find('\n') + 1;
