@@ -187,6 +187,10 @@ TEST(ProxyFaultTest, LinearCombinations) {
       "A 0 0 1101 1001\nA 0 0 1011 0101\nA 1 0 0111 1111\n";
   EXPECT_EQ(Faults(half), (Texts{"none", "none", "none", "dependent 1 2 3"}));
   EXPECT_EQ(Faults(half + "A 1 0 0001 1010\n"), (Texts{"none", "none", "none", "none"}));
+  // The third variable goes later, because X3 is always 1; the elimination of Z knew its Z.
+  EXPECT_EQ(Faults("A 1 0 0000 1010\nA 0 0 1101 0110\nA 1 0 1011 0010\nA 0 0 0111 0011\n"
+                   "A 1 0 0000 0010\nA 0 0 1101 1011\nA 0 0 1011 0111\nA 1 0 0111 1111\n"),
+            (Texts{"none", "none", "none", "dependent 1 2 3"}));
   // Z2 = 1 - Z1, and either may go.
   const Texts faults = Faults("A 1 0 10 11\nA 0 0 10 01\nA 1 0 01 10\nA 0 0 01 00\n");
   EXPECT_TRUE(faults == (Texts{"dependent 2", "none"}) || faults == (Texts{"none", "dependent 1"}))
