@@ -671,7 +671,7 @@ TEST(CheckWarningTest, OutputsThatExist) {
       {QuietAnalysis(),
        {{"out/analysis.log", ""}},
        "d.xml:10:10",
-       "The log file \"out\\analysis.log\" exists and would be overwritten."},
+       Shown("The log file \"out\\analysis.log\" exists and would be overwritten.")},
       {QuietAnalysis(), {{"out/fitted.csv", ""}}, "d.xml:8:25", "exists and would be overwritten"},
       {QuietAnalysis(), {{"out/mcmc/Chain.csv", ""}}, "d.xml:9:16", "The chain "},
       {QuietAnalysis(), {{"out/mcmc/Summary.csv", ""}}, "d.xml:9:16", "The summary of the chain "},
@@ -689,7 +689,7 @@ TEST(CheckWarningTest, NamesThatMeet) {
       Surprising(">fitted.csv<", ">./mcmc\\Chain.csv<", "d.xml:8:25",
                  "is also the chain of this run"),
       Surprising(">fitted.csv<", ">Analysis.LOG<", "d.xml:8:25",
-                 "differs from \"out\\analysis.log\" in capital letters alone"),
+                 Shown("differs from \"out\\analysis.log\" in capital letters alone")),
   });
   const bool ignoresCase = fs::exists(TinyStudy().Path() / "DATA.CSV");
   const std::string relation = ignoresCase ? "is the data file of this run"
@@ -697,11 +697,11 @@ TEST(CheckWarningTest, NamesThatMeet) {
   // Those that exist are told as that too.
   for (const auto& [name, words] : std::map<std::string, std::string>{
            {"data.csv",
-            "d.xml:8:25: warning: The coefficient file \".\\data.csv\" is the data file "
-            "of this run, which would be overwritten."},
+            Shown("d.xml:8:25: warning: The coefficient file \".\\data.csv\" is the data file "
+                  "of this run, which would be overwritten.")},
            {"d.xml",
-            "d.xml:8:25: warning: The coefficient file \".\\d.xml\" is the definition file "
-            "of this run, which would be overwritten."},
+            Shown("d.xml:8:25: warning: The coefficient file \".\\d.xml\" is the definition file "
+                  "of this run, which would be overwritten.")},
            {"Data.csv", relation}}) {
     const TinyStudy study;
     study.Write("d.xml", Replaced(here, ">fitted.csv<", ">" + name + "<"));
@@ -835,9 +835,9 @@ TEST(CheckWarningTest, RunsOfABatchThatMeet) {
       {BatchText({"prediction.xml", "v.xml"}),
        {{"v.xml", Replaced(ValidationText(), "validation.log", "prediction.log")}},
        "v.xml:11:10",
-       "The log file \"out\\prediction.log\" is also the log file of \"prediction.xml\", which "
-       "goes "
-       "on writing at its old place in it."},
+       Shown("The log file \"out\\prediction.log\" is also") +
+           " the log file of "
+           "\"prediction.xml\", which goes on writing at its old place in it."},
       {BatchText({"prediction.xml", "v.xml"}),
        {{"v.xml", Replaced(ValidationText(), "cstatistics.csv", "predicted.csv")}},
        "v.xml:10:14",
@@ -851,9 +851,10 @@ TEST(CheckWarningTest, RunsOfABatchThatMeet) {
   });
   const TinyStudy study;
   study.Write("d.xml", BatchText({"validation.xml", "validation.xml"}));
-  EXPECT_NE(CheckDefinition(study).output.find(
-                "validation.xml:11:10: warning: The log file \"out\\validation.log\" is also the "
-                "log file of \"validation.xml\", which"),
+  EXPECT_NE(CheckDefinition(study).output.find("validation.xml:11:10: warning: The log file \"" +
+                                               Shown("out\\validation.log") +
+                                               "\" is also the "
+                                               "log file of \"validation.xml\", which"),
             std::string::npos);
   // What another kind of file would be read as cannot be told before.
   study.Write("d.xml", BatchText({"prediction.xml", "p.xml"}));

@@ -61,7 +61,9 @@ TEST_F(ChainsTest, EachChainHasItsFolderAndTheFirstIsThePlainRun) {
   EXPECT_NE(study_.Read("out/chain-3/mcmc/Chain.csv"), study_.Read("out/chain-2/mcmc/Chain.csv"));
   const std::string report = study_.Read("out/report.html");
   ExpectHolds(report, "data-folder=\"2\" data-path=\"mcmc/Chain.csv\"");
-  ExpectHolds(report, R"(["out\\chain-1","out\\chain-2","out\\chain-3"])");
+  const bool hasSlashes = Shown("\\") == "/";
+  ExpectHolds(report, hasSlashes ? R"(["out/chain-1","out/chain-2","out/chain-3"])"
+                                 : R"(["out\\chain-1","out\\chain-2","out\\chain-3"])");
 }
 
 TEST_F(ChainsTest, OnlyFolderAndSeedDifferInTheDefinitions) {
@@ -108,9 +110,8 @@ TEST_F(ChainsTest, ACollectionWithoutAChainIsAnError) {
   ASSERT_EQ(Chains({"2", "analysis.xml", "--only", "1"}).exitStatus, 0);
   const ProcessResult result = Chains({"2", "analysis.xml", "--collect"});
   EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error,
-            "hovar: cannot read the draws of chain-2 in "
-            "out\\chain-2\\mcmc\\Chain.csv\n");
+  EXPECT_EQ(result.error, "hovar: cannot read the draws of chain-2 in " +
+                              Shown("out\\chain-2\\mcmc\\Chain.csv") + "\n");
 }
 
 TEST_F(ChainsTest, ACollectionOfUnlikeChainsIsAnError) {
@@ -122,8 +123,8 @@ TEST_F(ChainsTest, ACollectionOfUnlikeChainsIsAnError) {
     const ProcessResult result = Chains({"2", "analysis.xml", "--collect"});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.error,
-              "hovar: cannot read the draws of chain-2 in out\\chain-2\\mcmc\\Chain.csv\n");
+    EXPECT_EQ(result.error, "hovar: cannot read the draws of chain-2 in " +
+                                Shown("out\\chain-2\\mcmc\\Chain.csv") + "\n");
   }
 }
 
@@ -175,7 +176,7 @@ TEST_F(ChainsTest, AFolderThatCannotBeMadeIsTold) {
   study_.Write("deep.xml", Replaced(ChainedAnalysisText(0, 5), ">out<", ">none/out<"));
   const ProcessResult result = Chains({"2", "deep.xml"});
   EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error, "hovar: cannot write none/out\\chain-1\\chain-1.xml\n");
+  EXPECT_EQ(result.error, "hovar: cannot write " + Shown("none\\out\\chain-1\\chain-1.xml") + "\n");
 }
 
 TEST_F(ChainsTest, AFailureStopsTheOthers) {
@@ -185,9 +186,8 @@ TEST_F(ChainsTest, AFailureStopsTheOthers) {
   EXPECT_EQ(result.exitStatus, 1);
   EXPECT_EQ(result.output, "");
   ExpectHolds(result.error, "chain-2: Error: " + CannotOpen("out\\chain-2\\analysis.log") + "\n");
-  ExpectHolds(result.error,
-              "hovar: chain-2 failed; its output is in "
-              "out\\chain-2\\analysis.log.output.txt\n");
+  ExpectHolds(result.error, "hovar: chain-2 failed; its output is in " +
+                                Shown("out\\chain-2\\analysis.log.output.txt") + "\n");
   EXPECT_TRUE(HasStoppedGrowing(study_.Path() / "out/chain-1/analysis.log.output.txt"));
   EXPECT_FALSE(study_.Has("out/report.html"));
 }

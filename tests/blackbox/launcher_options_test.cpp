@@ -172,10 +172,9 @@ TEST(KeepTest, EarlierOutputsGetTheFirstFreeNumber) {
   study.Write("out/bystander.csv", "stays");
   const ProcessResult result = RunLauncher(study, {"--keep", "prediction.xml"});
   EXPECT_EQ(result.exitStatus, 0);
-  EXPECT_EQ(result.error,
-            "hovar: kept out\\prediction.log as out\\prediction.log.1\n"
-            "hovar: kept out\\predicted.csv as out\\predicted.csv.2\n"
-            "hovar: kept out\\hospital.csv as out\\hospital.csv.1\n");
+  EXPECT_EQ(result.error, Shown("hovar: kept out\\prediction.log as out\\prediction.log.1\n"
+                                "hovar: kept out\\predicted.csv as out\\predicted.csv.2\n"
+                                "hovar: kept out\\hospital.csv as out\\hospital.csv.1\n"));
   EXPECT_EQ(study.Read("out/predicted.csv.2"), "first");
   EXPECT_EQ(study.Read("out/predicted.csv.1"), "older");
   EXPECT_EQ(study.Read("out/bystander.csv"), "stays");
@@ -269,8 +268,8 @@ TEST(ProgressTest, TheBarReachesTheEndAndTheLinesAreInTheFile) {
     const std::string capture = "out/" + std::string(log) + ".output.txt";
     EXPECT_TRUE(
         result.error.ends_with("[####################] 100 %\n"
-                               "hovar: done, 0 warnings; output in out\\" +
-                               std::string(log) + ".output.txt\n"))
+                               "hovar: done, 0 warnings; output in " +
+                               Shown("out\\") + std::string(log) + ".output.txt\n"))
         << result.error;
     EXPECT_EQ(WithoutSeconds(study.Read(capture)), WithoutSeconds(plain.output));
     for (const auto& [file, content] : files) {
@@ -285,7 +284,7 @@ TEST(ProgressTest, WithoutAFileForTheLinesNothingIsRun) {
   study.Write("out/analysis.log.output.txt/inside", "");
   const ProcessResult result = RunLauncher(study, {"--progress", "analysis.xml"});
   EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error, "hovar: cannot write out\\analysis.log.output.txt\n");
+  EXPECT_EQ(result.error, "hovar: cannot write " + Shown("out\\analysis.log.output.txt") + "\n");
   EXPECT_FALSE(study.Has("out/fitted.csv"));
 }
 
@@ -296,8 +295,8 @@ TEST(ProgressTest, AnErrorIsShown) {
   EXPECT_EQ(result.exitStatus, 1);
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.error, "Error: " + CannotOpen("data.csv") +
-                              "\nhovar: not done, 0 warnings; output in "
-                              "out\\analysis.log.output.txt\n");
+                              "\nhovar: not done, 0 warnings; output in " +
+                              Shown("out\\analysis.log.output.txt") + "\n");
   EXPECT_EQ(study.Read("out/analysis.log.output.txt"),
             kBanner + ("Error: " + CannotOpen("data.csv")) + "\n" + kPrompt);
 }

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
+
+#include "foundation/io/platform/platform.h"
 
 namespace Testing {
 
@@ -40,6 +43,11 @@ std::string Mismatch(const std::string& file, const std::string& expected,
 
 std::string CannotOpen(const std::string& path) {
   return "File \"" + path + "\" can not be opened";
+}
+
+std::string Shown(std::string path) {
+  std::replace(path.begin(), path.end(), '\\', Vell::IO::Platform::FolderSeparator());
+  return path;
 }
 
 std::set<std::string> FilesBelow(const ScratchFolder& folder) {

@@ -39,6 +39,9 @@ std::string Mismatch(const std::string& file, const std::string& expected,
 /// The line for a file that cannot be opened.
 std::string CannotOpen(const std::string& path);
 
+/// A path that the launcher put together, given with backslashes, as it shows it on this system.
+std::string Shown(std::string path);
+
 /// The names of all files (not folders) below a folder, relative to it.
 std::set<std::string> FilesBelow(const ScratchFolder& folder);
 

@@ -8,6 +8,7 @@
 #include "app/launcher/definition_file.h"
 #include "app/launcher/files.h"
 #include "app/launcher/message.h"
+#include "app/launcher/shown_path.h"
 #include "foundation/io/number_text.h"
 #include "foundation/io/standard_writers.h"
 
@@ -139,7 +140,7 @@ bool WriteChainDefinition(const ChainSet& set, const ChainDefinition& chain) {
   Vell::IO::Platform::CreateFolder(set.folder.c_str());
   Vell::IO::Platform::CreateFolder(chain.folder.c_str());
   if (!WriteWholeFile(chain.file, chain.text)) {
-    Say("cannot write " + chain.file);
+    Say("cannot write " + PastablePath(chain.file));
     return false;
   }
   return true;

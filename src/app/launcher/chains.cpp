@@ -14,6 +14,7 @@
 #include "app/launcher/progress.h"
 #include "app/launcher/progress_display.h"
 #include "app/launcher/report.h"
+#include "app/launcher/shown_path.h"
 #include "app/launcher/verdict.h"
 
 namespace Hovar {
@@ -128,7 +129,7 @@ class ChainPool {
     display_.Print(
         chain.Name() + ": " +
         (error.empty() ? "ended with status " + std::to_string(chain.Run().ExitStatus()) : error));
-    Say(chain.Name() + " failed; its output is in " + chain.Run().CaptureFile());
+    Say(chain.Name() + " failed; its output is in " + PastablePath(chain.Run().CaptureFile()));
   }
 
   void StopAll() {
@@ -168,18 +169,18 @@ int Collect(const ChainSet& set) {
     std::optional<ChainDraws> read = ReadChainFile(chain.chainFile);
     const bool fits = read && (draws.empty() || HaveOneShape(*read, draws.front()));
     if (!fits) {
-      Say("cannot read the draws of " + chain.name + " in " + chain.chainFile);
+      Say("cannot read the draws of " + chain.name + " in " + PastablePath(chain.chainFile));
       return kFailure;
     }
     draws.push_back(std::move(*read));
-    folders.push_back(chain.folder);
+    folders.push_back(ShownPath(chain.folder));
   }
   const std::string text =
       VerdictText(draws, ReadCoefficientNames(set.chains.front().coefficientFile));
   if (!Print(text)) {
     return kFailure;
   }
-  return RunReport(folders, set.folder + "/report.html");
+  return RunReport(folders, ShownPath(set.folder + "/report.html"));
 }
 
 std::size_t JobsOf(const Options& options) {

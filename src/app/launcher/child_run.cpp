@@ -7,6 +7,7 @@
 
 #include "app/launcher/installation.h"
 #include "app/launcher/message.h"
+#include "app/launcher/shown_path.h"
 
 namespace Hovar {
 
@@ -27,7 +28,7 @@ bool ChildRun::Start(const std::string& definition) {
       Platform::OpenFile(captureFile_.c_str(), Platform::Access::kWrite);
   capture_ = std::make_unique<InputFile>(captureFile_);
   if (output == Platform::kNoFile || !capture_->IsOpen()) {
-    Say("cannot write " + captureFile_);
+    Say("cannot write " + PastablePath(captureFile_));
     return false;
   }
   const Vell::String root = InstallationFolder();

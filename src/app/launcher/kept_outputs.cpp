@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/launcher/message.h"
+#include "app/launcher/shown_path.h"
 #include "foundation/io/platform/folders.h"
 
 namespace Hovar {
@@ -41,12 +42,12 @@ bool MoveAside(const std::string& path) {
       continue;
     }
     if (Platform::Rename(path.c_str(), other.c_str())) {
-      Say(std::string("kept ").append(path).append(" as ").append(other));
+      Say("kept " + PastablePath(path) + " as " + PastablePath(other));
       return true;
     }
     break;
   }
-  Say("cannot move " + path + " aside");
+  Say("cannot move " + PastablePath(path) + " aside");
   return false;
 }
 

@@ -17,6 +17,7 @@
 #include "app/launcher/progress_display.h"
 #include "app/launcher/run_plan.h"
 #include "app/launcher/run_record.h"
+#include "app/launcher/shown_path.h"
 #include "foundation/io/platform/folders.h"
 
 namespace Hovar {
@@ -227,7 +228,7 @@ int RunWatched(const Options& options) {
   const int status = RunRecorded(options, plan, run, echo);
   if (options.showProgress && run.HasEnded()) {
     Say((status == kSuccess ? "done, " : "not done, ") +
-        Count(run.Lines().WarningCount(), "warning") + "; output in " + captureFile);
+        Count(run.Lines().WarningCount(), "warning") + "; output in " + PastablePath(captureFile));
   }
   return status;
 }

@@ -33,6 +33,22 @@ std::string_view FieldOf(std::string_view record, std::size_t index, QuoteUse qu
   return record.substr(starts[index], end - starts[index]);
 }
 
+std::string DecodedField(std::string_view field) {
+  if (!field.starts_with(kQuote)) {
+    return std::string(field);
+  }
+  field.remove_prefix(1);
+  std::string decoded;
+  for (std::size_t i = 0; i < field.size(); ++i) {
+    if (field[i] != kQuote) {
+      decoded += field[i];
+    } else if (i + 1 < field.size() && field[i + 1] == kQuote) {
+      decoded += field[i++];
+    }
+  }
+  return decoded;
+}
+
 RecordWalker::RecordWalker(const std::string& path)
     : stream_(Vell::String(std::string_view(path)),
               Vell::IO::Mode::kRead | Vell::IO::Mode::kBinary) {}

@@ -23,6 +23,10 @@ std::vector<std::size_t> FieldStarts(std::string_view record, QuoteUse quotes);
 /// The field at an index, as it stands between its commas; empty where there is none.
 std::string_view FieldOf(std::string_view record, std::size_t index, QuoteUse quotes);
 
+/// A field as the program's readers take it: one that begins with a double quote without its
+/// quotes, and with each doubled one once.
+std::string DecodedField(std::string_view field);
+
 /// Walks through the records of a file.
 class RecordWalker {
  public:

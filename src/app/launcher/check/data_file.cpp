@@ -4,30 +4,14 @@
 #include <unordered_set>
 #include <vector>
 
+#include "app/launcher/check/data_fields.h"
+#include "app/launcher/check/data_values.h"
+#include "app/launcher/check/pairs.h"
 #include "app/launcher/check/tables.h"
 #include "data/data_file_reader.h"
 
 namespace Hovar {
 namespace {
-
-constexpr std::int32_t kLeadingFields = 3;  // key, hospital and outcome
-
-/// What the field at an index is, with its name from the header.
-std::string RoleOf(const DefinitionFile& definition, const std::string& header, std::size_t field) {
-  const auto index = static_cast<std::int64_t>(field);
-  const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
-  const std::int64_t variables = (fields - kLeadingFields - definition.poaCount) / 2;
-  std::string role = "X";
-  if (index < kLeadingFields) {
-    role = "Y";  // key and hospital ID may hold anything
-  } else if (index < kLeadingFields + definition.poaCount) {
-    role = "POA indicator";
-  } else if (index < kLeadingFields + definition.poaCount + variables) {
-    role = "Z";
-  }
-  const std::string_view name = FieldOf(header, field, QuoteUse::kHonour);
-  return " (" + role + (name.empty() ? "" : ", " + Quoted(name)) + ')';
-}
 
 /// Finds a field that the program passes over without a look at its quotes, and in which a comma or
 /// a line feed therefore separates: the key of a record, and the fields of the header before the
@@ -61,11 +45,11 @@ bool AddPassedOverError(Findings& findings, const DefinitionFile& definition, co
 void AddCellError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
   const Cell cell = CellAt(definition.data, stop.offset, {QuoteUse::kHonour, kLeadingFields - 1});
   const std::string role = RoleOf(definition, HeaderOf(definition.data), cell.field);
-  const bool mayBeMissing = role.starts_with(" (X") || role.starts_with(" (POA");
-  findings.AddError(definition.data, cell.place,
-                    FieldNumber(cell.field) + role + Holds(cell.text) +
-                        (mayBeMissing ? ". Write 0 or 1, or leave it empty where it is missing."
-                                      : ". Write 0 or 1; it may not be missing."));
+  findings.AddError(
+      definition.data, cell.place,
+      FieldNumber(cell.field) + role + Holds(cell.text) +
+          (MayBeMissing(role) ? ". Write 0 or 1, or leave it empty where it is missing."
+                              : ". Write 0 or 1; it may not be missing."));
 }
 
 void AddShapeError(Findings& findings, const std::string& path) {
@@ -135,10 +119,8 @@ void AddGroupingError(Findings& findings, const std::string& path) {
   walker.Next();  // the header
   while (walker.Next()) {
     const std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
-    std::string id(FieldOf(walker.Record(), 1, QuoteUse::kHonour));
-    if (id.starts_with('"')) {
-      id = id.substr(1, id.size() - 2);  // quoted or not, it is the same hospital
-    }
+    // Quoted or not, it is the same hospital.
+    std::string id = DecodedField(FieldOf(walker.Record(), 1, QuoteUse::kHonour));
     if (!earlier.empty() && id == last) {
       continue;
     }
@@ -200,7 +182,11 @@ bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet
   });
   if (stop.has_value()) {
     AddDataError(findings, definition, *stop);
+  } else {
+    WarnOfCells(findings, definition);
+    WarnOfHospitals(findings, definition, dataSet);
   }
+  WarnOfPairs(findings, definition);
   const FileTraits traits = TraitsOf(definition.data);
   WarnOfByteOrderMark(findings, definition.data, traits);
   WarnOfCarriageReturn(findings, definition.data, traits);

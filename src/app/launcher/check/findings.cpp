@@ -1,6 +1,8 @@
 #include "app/launcher/check/findings.h"
 
 #include <algorithm>
+#include <map>
+#include <tuple>
 
 namespace Hovar {
 namespace {
@@ -28,8 +30,16 @@ bool IsSame(const Finding& a, const Finding& b) {
          a.place.column == b.place.column && a.text == b.text;
 }
 
-bool IsEarlier(const Place& a, const Place& b) noexcept {
-  return a.line != b.line ? a.line < b.line : a.column < b.column;
+/// Errors, then warnings by weight.
+int RankOf(const Finding& finding) noexcept {
+  return finding.severity == Severity::kError ? -1 : static_cast<int>(finding.weight);
+}
+
+std::string LineOf(const Finding& finding) {
+  return Printable(finding.file) + ':' + std::to_string(finding.place.line) + ':' +
+         std::to_string(finding.place.column) +
+         (finding.severity == Severity::kError ? ": error: " : ": warning: ") +
+         Printable(finding.text) + '\n';
 }
 
 }  // namespace
@@ -47,31 +57,31 @@ void Findings::Add(Finding finding) {
 }
 
 void Findings::AddError(std::string_view file, Place place, std::string text) {
-  Add({Severity::kError, std::string(file), place, std::move(text)});
+  Add({Severity::kError, std::string(file), place, std::move(text), {}});
 }
 
-void Findings::AddWarning(std::string_view file, Place place, std::string text) {
-  Add({Severity::kWarning, std::string(file), place, std::move(text)});
+void Findings::AddWarning(std::string_view file, Place place, std::string text, Weight weight) {
+  Add({Severity::kWarning, std::string(file), place, std::move(text), weight});
 }
 
 std::string Findings::Lines() const {
-  std::string lines;
+  std::map<std::string_view, std::size_t> fileNumbers;
   for (const std::string& file : files_) {
-    std::vector<const Finding*> ofFile;
-    for (const Finding& finding : findings_) {
-      if (finding.file == file) {
-        ofFile.push_back(&finding);
-      }
-    }
-    std::stable_sort(ofFile.begin(), ofFile.end(), [](const Finding* a, const Finding* b) {
-      return IsEarlier(a->place, b->place);
-    });
-    for (const Finding* finding : ofFile) {
-      lines += Printable(file) + ':' + std::to_string(finding->place.line) + ':' +
-               std::to_string(finding->place.column) +
-               (finding->severity == Severity::kError ? ": error: " : ": warning: ") +
-               Printable(finding->text) + '\n';
-    }
+    fileNumbers.emplace(file, fileNumbers.size());
+  }
+  const auto keyOf = [&fileNumbers](const Finding& finding) {
+    return std::tuple(RankOf(finding), fileNumbers.at(finding.file), finding.place.line,
+                      finding.place.column);
+  };
+  std::vector<const Finding*> sorted;
+  for (const Finding& finding : findings_) {
+    sorted.push_back(&finding);
+  }
+  std::stable_sort(sorted.begin(), sorted.end(),
+                   [&keyOf](const Finding* a, const Finding* b) { return keyOf(*a) < keyOf(*b); });
+  std::string lines;
+  for (const Finding* finding : sorted) {
+    lines += LineOf(*finding);
   }
   return lines;
 }

@@ -15,11 +15,19 @@ namespace Hovar {
 /// Errors are what the program would end in; warnings are what would surprise.
 enum class Severity { kError, kWarning };
 
+/// How much a warning weighs; the heavier ones are printed first.
+enum class Weight {
+  kResults,   // results are, or may be, others than those that are meant
+  kFiles,     // files are lost, or are not where they are looked for
+  kHarmless,  // surprising; the results are right and complete
+};
+
 struct Finding {
   Severity severity = Severity::kError;
   std::string file;  // as the user wrote it
   Place place;
-  std::string text;  // one plain sentence, and what to do
+  std::string text;                  // one plain sentence, and what to do
+  Weight weight = Weight::kResults;  // of a warning
 };
 
 class Findings {
@@ -27,13 +35,14 @@ class Findings {
   /// Adds a finding; one that is there already is not added again.
   void Add(Finding finding);
   void AddError(std::string_view file, Place place, std::string text);
-  void AddWarning(std::string_view file, Place place, std::string text);
+  void AddWarning(std::string_view file, Place place, std::string text,
+                  Weight weight = Weight::kResults);
 
   int Errors() const noexcept { return errors_; }
   int Warnings() const noexcept { return warnings_; }
 
-  /// All findings: files in the order in which the first finding of each was added, the findings of
-  /// a file by their place.
+  /// All findings: errors first, then warnings by their weight. Among those of one kind files come
+  /// in the order in which the first finding of each was added, the findings of a file by place.
   std::string Lines() const;
   /// "2 errors, 1 warning" and a line feed.
   std::string Summary() const;

@@ -2,6 +2,7 @@
 
 #include <initializer_list>
 
+#include "app/launcher/check/model_values.h"
 #include "app/launcher/check/tables.h"
 #include "foundation/string.h"
 #include "prediction/prediction_files.h"
@@ -9,12 +10,6 @@
 
 namespace Hovar {
 namespace {
-
-/// One of these files: how its reader takes it, and how many fields its lines have.
-struct ModelForm {
-  TableForm table;
-  std::size_t fields;
-};
 
 constexpr std::uint32_t Bits(std::initializer_list<int> fields) {
   std::uint32_t bits = 0;
@@ -25,11 +20,12 @@ constexpr std::uint32_t Bits(std::initializer_list<int> fields) {
 }
 
 // Names and standard errors are texts, and the unused columns of predictions are passed over.
-constexpr ModelForm kCoefficientForm = {{QuoteUse::kHonour, 2, Bits({3, 5, 6, 9, 12, 15, 18})}, 21};
-constexpr ModelForm kPredictionForm = {{QuoteUse::kIgnore, 3, Bits({3, 4, 6, 7, 9, 10})}, 11};
+constexpr ModelForm kCoefficientForm = {
+    {QuoteUse::kHonour, 2, Bits({3, 5, 6, 9, 12, 15, 18})}, 21, Bits({3, 5})};
+constexpr ModelForm kPredictionForm = {{QuoteUse::kIgnore, 3, Bits({3, 4, 6, 7, 9, 10})}, 11, 0};
 
 std::string NumberError(std::size_t field, std::string_view name, std::string_view cell) {
-  return FieldNumber(field) + (name.empty() ? std::string() : " (" + std::string(name) + ')') +
+  return FieldNumber(field) + (name.empty() ? std::string() : " (" + QuotedField(name) + ')') +
          Holds(cell) + " where a number is due. Use the file as the program wrote it.";
 }
 
@@ -89,25 +85,6 @@ bool CheckTable(Findings& findings, const std::string& path, const ModelForm& fo
     AddCommonError(findings, path, *stop);
   }
   return false;
-}
-
-/// Warns of commas within quotes, which separate for the reader of this file.
-void WarnOfQuotedCommas(Findings& findings, const std::string& path) {
-  RecordWalker walker(path);
-  walker.Next();
-  while (walker.Next()) {
-    const std::string& record = walker.Record();
-    if (record.find('"') != std::string::npos &&
-        FieldStarts(record, QuoteUse::kIgnore).size() !=
-            FieldStarts(record, QuoteUse::kHonour).size()) {
-      const auto quote = static_cast<std::int64_t>(record.find('"'));
-      findings.AddWarning(path, PlaceOf(path, walker.Offset() + quote),
-                          "A key or hospital ID holds a comma, which separates here in spite of "
-                          "the quotes: values would be taken from wrong columns. Use IDs without "
-                          "commas.");
-      return;
-    }
-  }
 }
 
 /// The names of the coefficient file that the data set lacks, for a sentence.
@@ -172,8 +149,13 @@ bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,
   }
   WarnOfByteOrderMark(findings, path, traits);
   WarnOfCarriageReturn(findings, path, traits);
-  return CheckTable(findings, path, kCoefficientForm,
-                    [&results](Vell::IO::Stream& stream) { ReadCoefficientFile(results, stream); });
+  const bool isRead =
+      CheckTable(findings, path, kCoefficientForm,
+                 [&results](Vell::IO::Stream& stream) { ReadCoefficientFile(results, stream); });
+  if (isRead) {
+    WarnOfValues(findings, path, kCoefficientForm);
+  }
+  return isRead;
 }
 
 bool CheckIndividualPredictions(Findings& findings, const DefinitionFile& definition,
@@ -186,6 +168,7 @@ bool CheckIndividualPredictions(Findings& findings, const DefinitionFile& defini
       [&predictions](Vell::IO::Stream& stream) { ReadIndividualPredictions(predictions, stream); });
   if (isRead) {
     WarnOfQuotedCommas(findings, path);
+    WarnOfValues(findings, path, kPredictionForm);
   }
   return isRead;
 }
@@ -228,6 +211,7 @@ void CheckPredictionCount(Findings& findings, const DefinitionFile& definition,
     findings.AddWarning(definition.individualPredictions, end,
                         text + "; the others are not used. Use the predictions of the same data.");
   }
+  WarnOfOtherRecords(findings, definition);
 }
 
 }  // namespace Hovar

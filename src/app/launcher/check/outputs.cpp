@@ -1,9 +1,10 @@
 #include "app/launcher/check/outputs.h"
 
 #include <algorithm>
-#include <array>
 #include <vector>
 
+#include "app/launcher/check/paths.h"
+#include "app/launcher/shown_path.h"
 #include "foundation/io/platform/platform.h"
 
 namespace Hovar {
@@ -13,51 +14,6 @@ namespace Platform = Vell::IO::Platform;
 using Platform::PathKind;
 
 constexpr std::size_t kLongestName = 255;  // bytes, of the usual file systems
-
-bool IsSeparator(char c) noexcept { return c == '/' || c == '\\'; }
-
-/// What stands before the last name of a path, which must have one: "." where nothing does.
-std::string ParentOf(std::string_view path) {
-  path = path.substr(0, path.find_last_not_of("/\\") + 1);
-  const std::size_t separator = path.find_last_of("/\\");
-  if (separator == std::string_view::npos) {
-    return ".";
-  }
-  return std::string(path.substr(0, std::max<std::size_t>(separator, 1)));
-}
-
-std::string_view LastName(std::string_view path) {
-  return path.substr(path.find_last_of("/\\") + 1);
-}
-
-std::string SmallLetters(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return text;
-}
-
-/// True for a path that begins with a drive: "C:\\data".
-bool HasDrive(std::string_view path) noexcept { return path.size() >= 2 && path[1] == ':'; }
-
-bool IsAbsolute(std::string_view path) noexcept {
-  return (!path.empty() && IsSeparator(path[0])) || HasDrive(path);
-}
-
-std::string CurrentFolder() {
-  std::array<char, 4096> folder;
-  return Platform::CurrentFolder(folder.data(), folder.size()) ? folder.data() : "";
-}
-
-bool IsSameFile(const std::string& one, const std::string& other) {
-  return NormalPath(one) == NormalPath(other) || Platform::SameFile(one.c_str(), other.c_str());
-}
-
-bool DiffersInCaseOnly(const std::string& one, const std::string& other) {
-  const std::string a = NormalPath(one);
-  const std::string b = NormalPath(other);
-  return a != b && SmallLetters(a) == SmallLetters(b);
-}
 
 /// True when a file that exists could be written.
 bool IsWritable(const std::string& path) {
@@ -84,7 +40,7 @@ std::vector<Input> InputsOf(const DefinitionFile& definition) {
 }
 
 std::string Subject(const PlannedOutput& output) {
-  return "The " + output.what + ' ' + Quoted(output.path);
+  return "The " + output.what + ' ' + Quoted(ShownPath(output.path));
 }
 
 /// Outputs that are or would on Windows be one of the run's own inputs.
@@ -100,43 +56,20 @@ void WarnOfInputs(Findings& findings, const DefinitionFile& definition,
                           text + ", which is emptied before it is read. Give it another name.");
       } else {
         findings.AddWarning(definition.path, place,
-                            text + ", which would be overwritten. Give it another name.");
+                            text + ", which would be overwritten. Give it another name.",
+                            Weight::kFiles);
       }
     } else if (DiffersInCaseOnly(output.path, input.path)) {
       findings.AddWarning(definition.path, place,
                           Subject(output) + " differs from the " + input.what +
                               " in capital letters alone: on Windows they are one file. Give it "
-                              "another name.");
+                              "another name.",
+                          Weight::kHarmless);
     }
   }
 }
 
 }  // namespace
-
-std::string NormalPath(std::string_view path) {
-  std::string whole(path);
-  if (!IsAbsolute(path)) {
-    whole = CurrentFolder() + '/' + whole;
-  }
-  std::vector<std::string_view> names;
-  std::string_view rest = whole;
-  while (!rest.empty()) {
-    const std::size_t end = std::min(rest.find_first_of("/\\"), rest.size());
-    const std::string_view name = rest.substr(0, end);
-    if (name == ".." && !names.empty()) {
-      names.pop_back();
-    } else if (!name.empty() && name != "." && name != "..") {
-      names.push_back(name);
-    }
-    rest.remove_prefix(std::min(end + 1, rest.size()));
-  }
-  std::string normal;
-  for (const std::string_view name : names) {
-    normal += normal.empty() && HasDrive(whole) ? "" : "/";
-    normal += name;
-  }
-  return normal.empty() ? "/" : normal;
-}
 
 const WrittenFile* OutputCheck::Written(std::string_view path) const {
   const auto found = files_.find(NormalPath(path));
@@ -179,9 +112,10 @@ bool OutputCheck::MayWriteIn(const std::string& folder) const {
 /// where it exists as something else: then opening a file in it shows the fault.
 bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definition,
                              const std::string& path, std::string_view element) {
+  const std::string name = element == "Output/Folder" ? path : ShownPath(path);  // put together
   const auto addError = [&](const std::string& text) {
     findings.AddError(definition.path, definition.PlaceOfValue(element),
-                      "The folder " + Quoted(path) + text);
+                      "The folder " + Quoted(name) + text);
     return false;
   };
   switch (KindOf(path)) {
@@ -195,14 +129,14 @@ bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definitio
   }
   const std::string parent = ParentOf(path);
   if (KindOf(parent) != PathKind::kFolder) {
-    return addError(" cannot be made: " + Quoted(parent) +
+    return addError(" cannot be made: " + Quoted(ParentOf(name)) +
                     " is no folder. Make it first; only the last folder of a path is made.");
   }
   if (!MayWriteIn(parent)) {
-    return addError(" cannot be made: nothing may be written in " + Quoted(parent) +
+    return addError(" cannot be made: nothing may be written in " + Quoted(ParentOf(name)) +
                     ". Choose another folder.");
   }
-  if (LastName(path).size() > kLongestName) {
+  if (LastName(name).size() > kLongestName) {
     return addError(" has too long a name. Shorten it.");
   }
   folders_.emplace(NormalPath(path), true);
@@ -229,11 +163,11 @@ bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
   }
   const std::string parent = ParentOf(output.path);
   if (KindOf(parent) != PathKind::kFolder) {
-    return addError(" cannot be made: " + Quoted(parent) +
+    return addError(" cannot be made: " + Quoted(ShownPath(parent)) +
                     " is no folder. Make it first, or name a file in the output folder.");
   }
   if (!MayWriteIn(parent)) {
-    return addError(" cannot be made: nothing may be written in " + Quoted(parent) +
+    return addError(" cannot be made: nothing may be written in " + Quoted(ShownPath(parent)) +
                     ". Choose another folder.");
   }
   return LastName(output.path).size() <= kLongestName ||
@@ -242,7 +176,7 @@ bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
 
 /// Names that meet those of earlier outputs, of this run or of others.
 void OutputCheck::WarnOfMeeting(Findings& findings, const DefinitionFile& definition,
-                                const PlannedOutput& output) const {
+                                const PlannedOutput& output) {
   const Place place = definition.PlaceOfValue(output.element);
   if (const WrittenFile* const earlier = Written(output.path)) {
     const bool isLog = earlier->what == "log file";
@@ -252,23 +186,55 @@ void OutputCheck::WarnOfMeeting(Findings& findings, const DefinitionFile& defini
             (earlier->run == run_ ? std::string("this run") : Quoted(earlier->definition)) +
             (isLog ? ", which goes on writing at its old place in it"
                    : ", which would be overwritten") +
-            ". Give each file a name of its own.");
+            ". Give each file a name of its own.",
+        Weight::kFiles);
     return;
   }
   if (Platform::KindOf(OnDisk(output.path).c_str()) == PathKind::kFile) {
-    findings.AddWarning(definition.path, place,
-                        Subject(output) +
-                            " exists and would be overwritten. Move it away if it is still "
-                            "needed.");
+    overwritten_.push_back({output, definition.folder, definition.path, place});
   }
   // Its own spelling is not there yet, or it would be an earlier output.
   if (const auto other = spellings_.find(SmallLetters(NormalPath(output.path)));
       other != spellings_.end()) {
     findings.AddWarning(definition.path, place,
-                        Subject(output) + " differs from " + Quoted(files_.at(other->second).path) +
+                        Subject(output) + " differs from " +
+                            Quoted(ShownPath(files_.at(other->second).path)) +
                             " in capital letters alone: on Windows they are one file. Give each "
-                            "file a name of its own.");
+                            "file a name of its own.",
+                        Weight::kHarmless);
   }
+}
+
+void OutputCheck::WarnOfOverwriting(Findings& findings) const {
+  constexpr std::size_t kMostNames = 12;
+  if (overwritten_.empty()) {
+    return;
+  }
+  const Overwritten& first = overwritten_.front();
+  if (overwritten_.size() == 1) {
+    findings.AddWarning(
+        first.definition, first.place,
+        Subject(first.output) + " exists and would be overwritten. Use --keep to move it aside.",
+        Weight::kFiles);
+    return;
+  }
+  const bool isOneFolder =
+      std::all_of(overwritten_.begin(), overwritten_.end(),
+                  [&first](const Overwritten& file) { return file.folder == first.folder; });
+  std::string names;
+  for (std::size_t i = 0; i < std::min(overwritten_.size(), kMostNames); ++i) {
+    const std::string& path = overwritten_[i].output.path;
+    const std::size_t skipped = isOneFolder ? first.folder.size() + 1 : 0;
+    names += (i == 0 ? "" : ", ") + Quoted(ShownPath(path.substr(skipped)));
+  }
+  const std::size_t left = overwritten_.size() - std::min(overwritten_.size(), kMostNames);
+  findings.AddWarning(first.definition, first.place,
+                      Counted(static_cast<std::int64_t>(overwritten_.size()), "file") +
+                          " of an earlier run would be overwritten" +
+                          (isOneFolder ? " in " + Quoted(first.folder) : std::string()) + ": " +
+                          names + (left > 0 ? " and " + std::to_string(left) + " more" : "") +
+                          ". Use --keep to move them aside.",
+                      Weight::kFiles);
 }
 
 void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
@@ -289,7 +255,8 @@ void OutputCheck::Check(Findings& findings, const DefinitionFile& definition) {
     findings.AddWarning(
         definition.path, definition.PlaceOfValue("Output/Folder"),
         "The output folder is empty, which means the root of the file system. Write "
-        "a point for the folder that you start in.");
+        "a point for the folder that you start in.",
+        Weight::kFiles);
   } else if (!MakeFolder(findings, definition, definition.folder, "Output/Folder")) {
     return;
   }

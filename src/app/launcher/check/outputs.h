@@ -8,16 +8,13 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "app/launcher/check/findings.h"
 #include "app/launcher/definition_file.h"
 #include "foundation/io/platform/folders.h"
 
 namespace Hovar {
-
-/// A path as one text for all its spellings: absolute, '/' between folders, without "." and "..".
-/// Symbolic links are not looked at.
-std::string NormalPath(std::string_view path);
 
 /// A file that a run would have written.
 struct WrittenFile {
@@ -31,6 +28,9 @@ class OutputCheck {
  public:
   /// Checks the outputs of one run against the disk, its inputs, and the runs before it.
   void Check(Findings& findings, const DefinitionFile& definition);
+
+  /// Warns of all files of earlier runs that would be overwritten, as found by the checks so far.
+  void WarnOfOverwriting(Findings& findings) const;
 
   /// What an earlier run would have written under this path, or null.
   const WrittenFile* Written(std::string_view path) const;
@@ -50,9 +50,18 @@ class OutputCheck {
   bool CanMake(Findings& findings, const DefinitionFile& definition,
                const PlannedOutput& output) const;
   void WarnOfMeeting(Findings& findings, const DefinitionFile& definition,
-                     const PlannedOutput& output) const;
+                     const PlannedOutput& output);
+
+  /// A file on disk that a run would overwrite.
+  struct Overwritten {
+    PlannedOutput output;
+    std::string folder;      // of the run
+    std::string definition;  // that names it, at
+    Place place;
+  };
 
   int run_ = 0;
+  std::vector<Overwritten> overwritten_;          // in the order of the runs
   std::map<std::string, WrittenFile> files_;      // by normal path
   std::map<std::string, bool> folders_;           // made by runs; by normal path
   std::map<std::string, std::string> spellings_;  // the first normal path of those small letters

@@ -7,6 +7,7 @@
 #include "app/launcher/check/description.h"
 #include "app/launcher/check/grammar.h"
 #include "app/launcher/check/model_files.h"
+#include "app/launcher/check/paths.h"
 #include "app/launcher/check/proxy_warnings.h"
 #include "app/launcher/check/values.h"
 #include "app/launcher/silent_reading.h"
@@ -62,6 +63,7 @@ bool CheckInputFile(Findings& findings, const std::string& path, std::string_vie
 
 void RunCheckup::Check(const std::string& definition) {
   CheckDefinition(definition, definition, {});
+  outputs_.WarnOfOverwriting(findings_);
 }
 
 /// Checks a definition that is named at a place of a file (its own first one for the user's).

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "app/launcher/check/paths.h"
 #include "foundation/string.h"
 
 namespace Hovar {
@@ -16,10 +17,7 @@ bool IsBrokenWord(std::string_view cell) {
   if (cell.starts_with('-') || cell.starts_with('+')) {
     cell.remove_prefix(1);
   }
-  std::string word(cell);
-  for (char& c : word) {
-    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  }
+  const std::string word = SmallLetters(std::string(cell));
   if (word.starts_with('n')) {
     return !word.starts_with("nan");
   }
@@ -72,8 +70,13 @@ Cell CellAt(const std::string& path, std::int64_t offset, const TableForm& form)
 
 std::string FieldNumber(std::size_t field) { return "Field " + std::to_string(field + 1); }
 
+std::string QuotedField(std::string_view field) { return Quoted(DecodedField(field)); }
+
 std::string Holds(std::string_view cell) {
-  return cell.empty() ? " is empty" : " holds " + Quoted(cell);
+  if (cell.empty()) {
+    return " is empty";
+  }
+  return " holds " + QuotedField(cell) + (cell.starts_with('"') ? " in double quotes" : "");
 }
 
 void AddCommonError(Findings& findings, const std::string& path, const Stop& stop) {
@@ -104,7 +107,8 @@ void WarnOfByteOrderMark(Findings& findings, const std::string& path, const File
   if (traits.hasByteOrderMark) {
     findings.AddWarning(path, {},
                         "The file begins with a byte order mark, which becomes part of its first "
-                        "field. Save it as UTF-8 without one.");
+                        "field. Save it as UTF-8 without one.",
+                        Weight::kHarmless);
   }
 }
 
@@ -113,7 +117,8 @@ void WarnOfCarriageReturn(Findings& findings, const std::string& path, const Fil
     findings.AddWarning(path, PlaceOf(path, traits.firstCarriageReturnLineFeed),
                         "The line ends with a carriage return and a line feed. End lines with line "
                         "feeds alone: on Linux the last name of the header keeps the carriage "
-                        "return.");
+                        "return.",
+                        Weight::kHarmless);
   }
 }
 

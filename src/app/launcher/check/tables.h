@@ -69,7 +69,10 @@ Cell CellAt(const std::string& path, std::int64_t offset, const TableForm& form)
 /// "Field 5".
 std::string FieldNumber(std::size_t field);
 
-/// " is empty" or " holds "x"".
+/// A field as it stands between its commas, for a sentence: decoded, and quoted once.
+std::string QuotedField(std::string_view field);
+
+/// " is empty", " holds "x"", or " holds "x" in double quotes".
 std::string Holds(std::string_view cell);
 
 /// Adds an error that all tables share, or one that has no words of its own.

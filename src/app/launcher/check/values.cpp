@@ -4,7 +4,9 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "app/launcher/check/odd_cells.h"
 #include "app/launcher/text_places.h"
+#include "foundation/io/number_text.h"
 #include "mcmc/mcmc_model.h"
 
 namespace Hovar {
@@ -18,8 +20,9 @@ class ValueCheck {
   void Error(std::string_view element, std::string text) {
     findings_.AddError(definition_.path, definition_.PlaceOfValue(element), std::move(text));
   }
-  void Warning(std::string_view element, std::string text) {
-    findings_.AddWarning(definition_.path, definition_.PlaceOfValue(element), std::move(text));
+  void Warning(std::string_view element, std::string text, Weight weight = Weight::kResults) {
+    findings_.AddWarning(definition_.path, definition_.PlaceOfValue(element), std::move(text),
+                         weight);
   }
 
   void Count(std::string_view element, std::int32_t value) {
@@ -77,12 +80,14 @@ void CheckTexts(ValueCheck& check, const DefinitionFile& definition) {
     if (isOutput && IsSpaced(text)) {
       check.Warning(element,
                     "White space round the text belongs to the name. Write the name "
-                    "directly between the tags.");
+                    "directly between the tags.",
+                    Weight::kFiles);
     }
     if (HasEntity(text)) {
       check.Warning(element,
                     "Entities such as &amp; are not decoded but belong to the name. "
-                    "Rename the file.");
+                    "Rename the file.",
+                    Weight::kFiles);
     }
   }
 }
@@ -113,6 +118,22 @@ void CheckWholeNumbers(Findings& findings, const DefinitionFile& definition) {
   }
 }
 
+/// Real numbers that do not go to the end of their text: an exponent letter without digits behind
+/// it is passed over.
+void CheckRealNumbers(Findings& findings, const DefinitionFile& definition) {
+  for (const DefinedValue& value : definition.values) {
+    const std::string_view element = value.element;
+    const bool isReal = element.ends_with("/Tolerance") || element.ends_with("/PriorPrecision");
+    if (isReal && !IsWholeReal(value.text)) {
+      const double read = Vell::IO::ParseReal(value.text);
+      findings.AddWarning(definition.path, PlaceOf(definition.path, value.offset),
+                          "The text " + Quoted(value.text) + " is read as " +
+                              std::string(Vell::IO::NumberText::OfReal(read).View()) +
+                              ". Write a number, such as 1e-8.");
+    }
+  }
+}
+
 void CheckChain(ValueCheck& check, const McmcSettings& mcmc) {
   Vell::Mcmc::McmcRunParameters parameters;
   parameters.thinning = mcmc.thinning;
@@ -137,6 +158,7 @@ void CheckValues(Findings& findings, const DefinitionFile& definition) {
   ValueCheck check(findings, definition);
   CheckTexts(check, definition);
   CheckWholeNumbers(findings, definition);
+  CheckRealNumbers(findings, definition);
   check.Count("Mcmc/Burnin", definition.mcmc.burnin);
   check.Count("Mcmc/Steps", definition.mcmc.steps);
   if (definition.mcmc.thinning < 0) {
@@ -146,7 +168,8 @@ void CheckValues(Findings& findings, const DefinitionFile& definition) {
   if (definition.Value("Mcmc/Seed/Seed").element.empty()) {
     findings.AddWarning(definition.path, definition.PlaceOfTag("Mcmc/Seed"),
                         "The seed is taken from the clock, so the run cannot be repeated. Write a "
-                        "Seed of the type Vector with two numbers.");
+                        "Seed of the type Vector with two numbers.",
+                        Weight::kHarmless);
   }
   if (definition.kind == RunKind::kAnalysis) {
     check.Tolerance("Regression/LinearDependence/Tolerance",
@@ -163,7 +186,8 @@ void CheckDefinitionText(Findings& findings, const DefinitionFile& definition) {
     findings.AddWarning(
         definition.path, PlaceOf(definition.path, traits.firstCarriageReturnLineFeed),
         "The line ends with a carriage return and a line feed. Between tags that does no harm; in "
-        "a path or a name it would belong to it. End lines with line feeds alone.");
+        "a path or a name it would belong to it. End lines with line feeds alone.",
+        Weight::kHarmless);
   }
 }
 

@@ -36,6 +36,9 @@ enum class LineEnds {
 
 LineEnds TextLineEnds() noexcept;
 
+/// What this platform's other programs take to separate folders: '/' or '\'.
+char FolderSeparator() noexcept;
+
 /// Opens a file and returns its handle, or kNoFile. Never returns one of the three standard
 /// handles, even when the process was started without them.
 FileHandle OpenFile(const char* path, Access access) noexcept;

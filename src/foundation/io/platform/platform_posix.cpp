@@ -48,6 +48,8 @@ auto WithoutInterruption(Call call) noexcept {
 
 LineEnds TextLineEnds() noexcept { return LineEnds::kLineFeeds; }
 
+char FolderSeparator() noexcept { return '/'; }
+
 FileHandle OpenFile(const char* path, Access access) noexcept {
   const NativePath native(path);
   if (native.Get() == nullptr) {

@@ -81,6 +81,8 @@ bool IsConsole(HANDLE handle) noexcept {
 
 LineEnds TextLineEnds() noexcept { return LineEnds::kWithCarriageReturns; }
 
+char FolderSeparator() noexcept { return '\\'; }
+
 FileHandle OpenFile(const char* path, Access access) noexcept {
   const NativePath native(path);
   if (native.Get() == nullptr) {
