@@ -80,9 +80,11 @@ std::string DescribeDataSet(const DefinitionFile& definition, const DataSet& dat
   std::int32_t outcomes = 0;
   std::int32_t present = 0;
   std::int32_t missing = 0;
+  std::int32_t hidden = 0;  // an indicator is 1 and another one is missing
   for (std::int32_t i = 0; i < records; ++i) {
     outcomes += dataSet.y.Get(i) ? 1 : 0;
     missing += dataSet.p.IsMissing(i) ? 1 : 0;
+    hidden += dataSet.p.IsMissing(i) && dataSet.p.Value(i) ? 1 : 0;
     present += !dataSet.p.IsMissing(i) && dataSet.p.Value(i) ? 1 : 0;
   }
   std::string text = Quoted(definition.data) + ": " + Counted(records, "record") + ", " +
@@ -93,6 +95,9 @@ std::string DescribeDataSet(const DefinitionFile& definition, const DataSet& dat
   text += "  P = 1: " + std::to_string(present) + " (" + Percent(present, records - missing) +
           " of the known), missing: " + std::to_string(missing) + " (" + Percent(missing, records) +
           ")\n";
+  if (hidden > 0) {
+    text += "  P missing although an indicator is 1: " + std::to_string(hidden) + '\n';
+  }
   text += "  complete records: " + std::to_string(dataSet.completeCount) + " (" +
           Percent(dataSet.completeCount, records) +
           "), with P = 0: " + std::to_string(dataSet.completeP0Count) + '\n';

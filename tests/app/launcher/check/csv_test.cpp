@@ -64,6 +64,14 @@ TEST(CheckCsvTest, RecordsAcrossBlocks) {
   }
 }
 
+TEST(CheckCsvTest, FieldsAreDecoded) {
+  EXPECT_EQ(Hovar::DecodedField(""), "");
+  EXPECT_EQ(Hovar::DecodedField("a b"), "a b");
+  EXPECT_EQ(Hovar::DecodedField("\"a,b\""), "a,b");
+  EXPECT_EQ(Hovar::DecodedField("\"a \"\"b\"\"\""), "a \"b\"");
+  EXPECT_EQ(Hovar::DecodedField("\"\""), "");
+}
+
 TEST(CheckCsvTest, TheHeaderIsTheFirstRecord) {
   const Testing::ScratchFolder folder;
   EXPECT_EQ(Hovar::HeaderOf(folder.Write("f", "a,\"b\nc\"\nd\n")), "a,\"b\nc\"");
