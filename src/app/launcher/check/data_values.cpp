@@ -86,12 +86,11 @@ void WarnOfSimilarHospitals(Findings& findings, const std::string& path, const D
   }
   const std::string_view id = dataSet.hospitalIds[similar].View();
   const std::string_view other = dataSet.hospitalIds[bareIds.at(BareId(id))].View();
-  WarnAtRecord(
-      findings, path, dataSet.hospitalStart[similar],
-      "The hospital " + Quoted(id) + " counts as another one than " + Quoted(other) +
-          ", from which it differs in blanks, capital letters or leading zeros alone" +
-          (count == 1 ? std::string() : " (" + std::to_string(count) + " such hospitals in all)") +
-          ". Write the ID of a hospital in one way.");
+  WarnAtRecord(findings, path, dataSet.hospitalStart[similar],
+               "The hospital " + Quoted(id) + " counts as another one than " + Quoted(other) +
+                   ", from which it differs in blanks, capital letters or leading zeros alone" +
+                   (count == 1 ? "" : " (" + std::to_string(count) + " such hospitals in all)") +
+                   ". Write the ID of a hospital in one way.");
 }
 
 }  // namespace

@@ -23,10 +23,12 @@ std::string_view KeyAndHospital(std::string_view record) noexcept {
   return record;
 }
 
-/// "record "a" of hospital "A"".
-std::string RecordText(std::string_view keyAndHospital) {
-  return "record " + QuotedField(FieldOf(keyAndHospital, 0, QuoteUse::kHonour)) + " of hospital " +
-         QuotedField(FieldOf(keyAndHospital, 1, QuoteUse::kHonour));
+std::string KeyIn(std::string_view keyAndHospital) {
+  return QuotedField(FieldOf(keyAndHospital, 0, QuoteUse::kHonour));
+}
+
+std::string HospitalIn(std::string_view keyAndHospital) {
+  return QuotedField(FieldOf(keyAndHospital, 1, QuoteUse::kHonour));
 }
 
 bool AreSameFields(std::string_view one, std::string_view other) {
@@ -62,8 +64,7 @@ void WarnOfWrongLines(Findings& findings, const std::string& path, const WrongLi
       "The line has " + Counted(static_cast<std::int64_t>(wrong.fields), "field") + " instead of " +
           std::to_string(form.fields) +
           (wrong.count == 1 ? std::string()
-                            : ", and " + Counted(wrong.count - 1, "more line") +
-                                  (wrong.count == 2 ? " has" : " have") + " a wrong number too") +
+                            : " (" + std::to_string(wrong.count) + " such lines in all)") +
           ": values behind it would be taken from wrong columns. Use the file as "
           "the program wrote it.");
 }
@@ -138,8 +139,9 @@ void WarnOfOtherRecords(Findings& findings, const DefinitionFile& definition) {
     const std::string_view actual = KeyAndHospital(data.Record());
     if (predicted != actual && !AreSameFields(predicted, actual)) {
       findings.AddWarning(path, PlaceOf(path, predictions.Offset()),
-                          "The line is that of " + RecordText(predicted) +
-                              ", and would serve for " + RecordText(actual) +
+                          "The line is that of record " + KeyIn(predicted) + " of hospital " +
+                              HospitalIn(predicted) + ", and would serve for record " +
+                              KeyIn(actual) + " of hospital " + HospitalIn(actual) +
                               " of the data: lines and records are matched by position. Use the "
                               "predictions of the same data.");
       return;

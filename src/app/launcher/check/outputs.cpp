@@ -231,8 +231,8 @@ void OutputCheck::WarnOfOverwriting(Findings& findings) const {
   findings.AddWarning(first.definition, first.place,
                       Counted(static_cast<std::int64_t>(overwritten_.size()), "file") +
                           " of an earlier run would be overwritten" +
-                          (isOneFolder ? " in " + Quoted(first.folder) : std::string()) + ": " +
-                          names + (left > 0 ? " and " + std::to_string(left) + " more" : "") +
+                          (isOneFolder ? " in " + Quoted(first.folder) : "") + ": " + names +
+                          (left > 0 ? " and " + std::to_string(left) + " more" : "") +
                           ". Use --keep to move them aside.",
                       Weight::kFiles);
 }
