@@ -29,7 +29,7 @@ std::string ShownPath(std::string_view path) {
 }
 
 std::string PastablePath(std::string_view path) {
-  const std::string shown = ShownPath(path);
+  std::string shown = ShownPath(path);
   if (!shown.empty() && std::all_of(shown.begin(), shown.end(), IsPlain)) {
     return shown;
   }
