@@ -24,21 +24,15 @@ std::string_view KeyAndHospital(std::string_view record) noexcept {
 }
 
 std::string KeyIn(std::string_view keyAndHospital) {
-  return QuotedField(FieldOf(keyAndHospital, 0, QuoteUse::kHonour));
+  return DecodedField(FieldOf(keyAndHospital, 0, QuoteUse::kHonour));
 }
 
 std::string HospitalIn(std::string_view keyAndHospital) {
-  return QuotedField(FieldOf(keyAndHospital, 1, QuoteUse::kHonour));
+  return DecodedField(FieldOf(keyAndHospital, 1, QuoteUse::kHonour));
 }
 
 bool AreSameFields(std::string_view one, std::string_view other) {
-  for (const std::size_t field : {0U, 1U}) {
-    if (DecodedField(FieldOf(one, field, QuoteUse::kHonour)) !=
-        DecodedField(FieldOf(other, field, QuoteUse::kHonour))) {
-      return false;
-    }
-  }
-  return true;
+  return KeyIn(one) == KeyIn(other) && HospitalIn(one) == HospitalIn(other);
 }
 
 bool HasQuotedComma(std::string_view record) {
@@ -139,9 +133,10 @@ void WarnOfOtherRecords(Findings& findings, const DefinitionFile& definition) {
     const std::string_view actual = KeyAndHospital(data.Record());
     if (predicted != actual && !AreSameFields(predicted, actual)) {
       findings.AddWarning(path, PlaceOf(path, predictions.Offset()),
-                          "The line is that of record " + KeyIn(predicted) + " of hospital " +
-                              HospitalIn(predicted) + ", and would serve for record " +
-                              KeyIn(actual) + " of hospital " + HospitalIn(actual) +
+                          "The line is that of record " + Quoted(KeyIn(predicted)) +
+                              " of hospital " + Quoted(HospitalIn(predicted)) +
+                              ", and would serve for record " + Quoted(KeyIn(actual)) +
+                              " of hospital " + Quoted(HospitalIn(actual)) +
                               " of the data: lines and records are matched by position. Use the "
                               "predictions of the same data.");
       return;

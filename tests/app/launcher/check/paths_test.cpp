@@ -1,8 +1,8 @@
+#include "app/launcher/check/paths.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
-
-#include "app/launcher/check/paths.h"
 
 namespace {
 
