@@ -183,8 +183,11 @@ bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet
   if (stop.has_value()) {
     AddDataError(findings, definition, *stop);
   } else {
-    WarnOfCells(findings, definition);
-    WarnOfHospitals(findings, definition, dataSet);
+    // A file that is gone or cannot be read any longer has nothing more to tell.
+    ErrorOf([&] {
+      WarnOfCells(findings, definition);
+      WarnOfHospitals(findings, definition, dataSet);
+    });
   }
   WarnOfPairs(findings, definition);
   const FileTraits traits = TraitsOf(definition.data);

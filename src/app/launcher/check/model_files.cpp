@@ -153,7 +153,7 @@ bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,
       CheckTable(findings, path, kCoefficientForm,
                  [&results](Vell::IO::Stream& stream) { ReadCoefficientFile(results, stream); });
   if (isRead) {
-    WarnOfValues(findings, path, kCoefficientForm);
+    ErrorOf([&] { WarnOfValues(findings, path, kCoefficientForm); });
   }
   return isRead;
 }
@@ -167,8 +167,10 @@ bool CheckIndividualPredictions(Findings& findings, const DefinitionFile& defini
       findings, path, kPredictionForm,
       [&predictions](Vell::IO::Stream& stream) { ReadIndividualPredictions(predictions, stream); });
   if (isRead) {
-    WarnOfQuotedCommas(findings, path);
-    WarnOfValues(findings, path, kPredictionForm);
+    ErrorOf([&] {
+      WarnOfQuotedCommas(findings, path);
+      WarnOfValues(findings, path, kPredictionForm);
+    });
   }
   return isRead;
 }
@@ -211,7 +213,7 @@ void CheckPredictionCount(Findings& findings, const DefinitionFile& definition,
     findings.AddWarning(definition.individualPredictions, end,
                         text + "; the others are not used. Use the predictions of the same data.");
   }
-  WarnOfOtherRecords(findings, definition);
+  ErrorOf([&] { WarnOfOtherRecords(findings, definition); });
 }
 
 }  // namespace Hovar
