@@ -66,6 +66,30 @@ TEST_F(ChainsTest, EachChainHasItsFolderAndTheFirstIsThePlainRun) {
                                  : R"(["out\\chain-1","out\\chain-2","out\\chain-3"])");
 }
 
+TEST_F(ChainsTest, WithEstimatingEquationsNotFitForInferenceComesFirst) {
+  study_.Write("data.csv", kClusteredData);
+  study_.Write("analysis.xml", Clustered(study_.Read("analysis.xml")));
+  const ProcessResult result = Chains({"3", "analysis.xml"});
+  EXPECT_EQ(result.exitStatus, 0) << result.error;
+  EXPECT_TRUE(result.output.starts_with("The draws are not fit for inference, ")) << result.output;
+  ExpectHolds(result.output, "the observed E[Y|P=0]");
+  ExpectHolds(result.output, "\n3 chains of 60 draws, 1 coefficient.\n");
+  EXPECT_EQ(result.output.find("have converged"), std::string::npos) << result.output;
+  EXPECT_TRUE(result.output.ends_with("\nout/report.html\n")) << result.output;
+}
+
+TEST_F(ChainsTest, AChainThatRepeatsAnotherIsNotJudged) {
+  for (const char* chain : {"1", "2", "3"}) {
+    ASSERT_EQ(Chains({"3", "analysis.xml", "--only", chain}).exitStatus, 0);
+  }
+  fs::copy_file(study_.File("out/chain-1/mcmc/Chain.csv"),
+                study_.File("out/chain-3/mcmc/Chain.csv"), fs::copy_options::overwrite_existing);
+  const ProcessResult result = Chains({"3", "analysis.xml", "--collect"});
+  EXPECT_EQ(result.exitStatus, 0) << result.error;
+  EXPECT_TRUE(result.output.starts_with("2 chains of 60 draws, 1 coefficient. ")) << result.output;
+  ExpectHolds(result.output, "\nNot judged: chain-3 holds the same draws as chain-1.\n");
+}
+
 TEST_F(ChainsTest, OnlyFolderAndSeedDifferInTheDefinitions) {
   ASSERT_EQ(Chains({"2", "analysis.xml"}).exitStatus, 0);
   const std::string own = study_.Read("analysis.xml");

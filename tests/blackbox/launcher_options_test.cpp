@@ -40,6 +40,50 @@ TEST(RunRecordTest, TellsInputsSeedAndEnd) {
   EXPECT_EQ(FilesBelow(study).count("run.json.output.part"), 0U);
 }
 
+TEST(RunRecordTest, TellsWhatIsNotFitForInference) {
+  const auto recordOf = [](const std::string& analysis) {
+    const TinyStudy study;
+    study.Write("data.csv", kClusteredData);
+    study.Write("analysis.xml", analysis);
+    study.Write("prediction.xml",
+                Replaced(PredictionText(), ">coefficients.csv<", ">out/fitted.csv<"));
+    study.Write("batch.xml", BatchText({"analysis.xml", "prediction.xml"}));
+    EXPECT_EQ(RunLauncher(study, {"--json", "run.json", "batch.xml"}).exitStatus, 0);
+    return study.Read("run.json");
+  };
+  const auto count = [](const std::string& text, const std::string& part) {
+    int found = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+      ++found;
+    }
+    return found;
+  };
+  const std::string independent = recordOf(ChainedAnalysisText(2, 3));
+  EXPECT_EQ(count(independent, "\"generalizedEstimatingEquations\": false"), 2) << independent;
+  EXPECT_EQ(count(independent, "\"notFitForInference\": null"), 2) << independent;
+  const std::string drawn = recordOf(Clustered(ChainedAnalysisText(2, 3)));
+  EXPECT_EQ(count(drawn, "\"generalizedEstimatingEquations\": true"), 2) << drawn;
+  EXPECT_EQ(count(drawn,
+                  "\"notFitForInference\": \"the fifth block, E[Y|X,P=0]-MCMC and, where P is "
+                  "missing, the observed E[Y|P=0]\""),
+            2)
+      << drawn;
+  // Without steps the Analysis keeps no draws; its fifth block serves for no Prediction all the
+  // same.
+  const std::string fixed = recordOf(Clustered(ChainedAnalysisText(0, 0)));
+  EXPECT_EQ(count(fixed, "\"generalizedEstimatingEquations\": true"), 2) << fixed;
+  EXPECT_EQ(count(fixed, "\"notFitForInference\": null"), 1) << fixed;
+  EXPECT_EQ(count(fixed, "\"notFitForInference\": \"the fifth block"), 1) << fixed;
+}
+
+TEST(RunRecordTest, CoefficientsThatAreNotThereTellNothing) {
+  const TinyStudy study;
+  fs::remove(study.Path() / "coefficients.csv");
+  EXPECT_EQ(RunLauncher(study, {"--json", "run.json", "prediction.xml"}).exitStatus, 1);
+  ExpectHolds(study.Read("run.json"), "\"generalizedEstimatingEquations\": null");
+  ExpectHolds(study.Read("run.json"), "\"notFitForInference\": null");
+}
+
 TEST(RunRecordTest, TheRunIsThatOfThePlainCommand) {
   const TinyStudy plain;
   const TinyStudy recorded;

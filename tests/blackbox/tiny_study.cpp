@@ -52,6 +52,10 @@ std::string AnalysisText() {
          McmcBlock() + "</Analysis>\n";
 }
 
+std::string Clustered(const std::string& analysis) {
+  return Replaced(analysis, "Equations>false<", "Equations>true<");
+}
+
 std::string LongAnalysisText() {
   return Replaced(Replaced(AnalysisText(), "<Thinning>1<", "<Thinning>10000000<"), "<Burnin>0<",
                   "<Burnin>100000000<");

@@ -22,6 +22,17 @@ inline constexpr char kTinyData[] =
     "e,B,0,0\n"
     "f,B,0,0\n";
 
+/// The same form with four hospitals that differ, for fits with generalized estimating equations.
+inline constexpr char kClusteredData[] =
+    "Key,Hospital,Y,POA\n"
+    "a,A,1,1\nb,A,1,0\nc,A,1,0\nd,A,0,0\n"
+    "e,B,0,0\nf,B,0,0\ng,B,0,0\nh,B,1,0\n"
+    "i,C,1,0\nj,C,1,0\nk,C,0,0\n"
+    "l,D,0,0\nm,D,0,0\nn,D,1,1\n";
+
+/// A definition of an Analysis with the flag `true`.
+std::string Clustered(const std::string& analysis);
+
 /// What reading it reports, to the end of the first counts.
 inline constexpr char kTinyReading[] =
     "Reading data file...\n"

@@ -128,7 +128,11 @@ std::optional<ChainSet> MakeChainSet(const std::string& path, int count) {
         " every chain would have the same random numbers; give it other words");
     return std::nullopt;
   }
-  ChainSet set{definition->folder, {}};
+  ChainSet set{definition->folder,
+               definition->analysis.useGeneralizedEstimatingEquations
+                   ? Estimation::kEstimatingEquations
+                   : Estimation::kIndependent,
+               {}};
   for (int number = 1; number <= count; ++number) {
     set.chains.push_back(
         MakeChain(*definition, *bytes, number, seeds[static_cast<std::size_t>(number) - 1]));

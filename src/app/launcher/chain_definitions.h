@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "app/launcher/chain_verdict.h"
+
 namespace Hovar {
 
 /// One chain of a definition.
@@ -19,6 +21,7 @@ struct ChainDefinition {
 
 struct ChainSet {
   std::string folder;  // the definition's output folder
+  Estimation estimation = Estimation::kIndependent;
   std::vector<ChainDefinition> chains;
 };
 

@@ -6,13 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace Hovar {
+#include "app/launcher/chain_verdict.h"
 
-/// The draws of one chain: a column per coefficient.
-struct ChainDraws {
-  std::vector<std::string> names;
-  std::vector<std::vector<double>> columns;
-};
+namespace Hovar {
 
 /// Reads a Chain.csv; nothing when the file cannot be read or is not a complete one.
 std::optional<ChainDraws> ReadChainFile(const std::string& path);

@@ -156,9 +156,9 @@ class ChainPool {
   ProgressDisplay display_;
 };
 
+/// Chains of one definition have one shape. A shorter one is unfinished, or that of another run.
 bool HaveOneShape(const ChainDraws& one, const ChainDraws& other) {
-  return one.names == other.names &&
-         (one.columns.empty() || one.columns[0].size() == other.columns[0].size());
+  return one.names == other.names && one.DrawCount() == other.DrawCount();
 }
 
 /// Prints the verdict on the finished chains and writes their report.
@@ -176,7 +176,7 @@ int Collect(const ChainSet& set) {
     folders.push_back(ShownPath(chain.folder));
   }
   const std::string text =
-      VerdictText(draws, ReadCoefficientNames(set.chains.front().coefficientFile));
+      VerdictText(draws, ReadCoefficientNames(set.chains.front().coefficientFile), set.estimation);
   if (!Print(text)) {
     return kFailure;
   }

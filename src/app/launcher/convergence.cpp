@@ -299,6 +299,10 @@ double Polynomial(std::span<const double> ascendingCoefficients, double x) {
 
 }  // namespace
 
+bool Convergence::IsKnown() const noexcept {
+  return !std::isnan(rhat) && !std::isnan(bulkSampleSize) && !std::isnan(tailSampleSize);
+}
+
 bool Convergence::IsGood() const noexcept {
   return rhat <= kLargestRhat && bulkSampleSize >= kSmallestSampleSize &&
          tailSampleSize >= kSmallestSampleSize;

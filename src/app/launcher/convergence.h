@@ -38,6 +38,8 @@ struct Convergence {
   double bulkSampleSize = 0;
   double tailSampleSize = 0;
 
+  /// True when all three are numbers.
+  bool IsKnown() const noexcept;
   /// True when all three meet the thresholds.
   bool IsGood() const noexcept;
 };

@@ -129,6 +129,11 @@ void JsonWriter::Number(std::string_view name, std::int64_t value) {
   text_ += std::to_string(value);
 }
 
+void JsonWriter::Boolean(std::string_view name, bool value) {
+  BeginMember(name);
+  text_ += value ? "true" : "false";
+}
+
 void JsonWriter::Null(std::string_view name) {
   BeginMember(name);
   text_ += "null";

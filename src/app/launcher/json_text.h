@@ -27,6 +27,7 @@ class JsonWriter {
 
   void Text(std::string_view name, std::string_view value);
   void Number(std::string_view name, std::int64_t value);
+  void Boolean(std::string_view name, bool value);
   void Null(std::string_view name);
   /// A list of numbers on one line.
   void Numbers(std::string_view name, const std::vector<std::int64_t>& values);

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "app/launcher/estimating_equations.h"
 #include "app/launcher/files.h"
 
 namespace Hovar {
@@ -29,6 +30,9 @@ PlannedRun PlanOf(const DefinitionFile& definition, std::string bytes) {
   run.definition = definition.path;
   run.definitionBytes = std::move(bytes);
   run.data = definition.data;
+  run.coefficients = definition.coefficients;
+  run.usesEstimatingEquations = definition.analysis.useGeneralizedEstimatingEquations;
+  run.hasUnfitDraws = DrawsWithEstimatingEquations(definition);
   run.burnin = std::max(definition.mcmc.burnin, 0);
   run.steps = std::max(definition.mcmc.steps, 0);
   run.folder = definition.folder;

@@ -20,6 +20,11 @@ struct PlannedRun {
   std::string definition;  // path of the file, as written
   std::string definitionBytes;
   std::string data;
+  /// The coefficient file that the run reads; empty for an Analysis.
+  std::string coefficients;
+  /// Of an Analysis: the flag, and whether its chain draws with estimating equations.
+  bool usesEstimatingEquations = false;
+  bool hasUnfitDraws = false;
   /// The Seed element: its type and, for fixed words, their texts as written.
   std::string seedType;
   std::vector<std::string> seedWords;

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <map>
 
+#include "app/launcher/estimating_equations.h"
 #include "app/launcher/files.h"
 #include "app/launcher/json_text.h"
 #include "app/launcher/sha256.h"
@@ -59,6 +60,18 @@ void WriteWarning(JsonWriter& json, const RunWarning& warning) {
     json.Numbers("records", warning.records);
   }
   json.EndObject();
+}
+
+/// Whether the fits, or the coefficients that the run has read, come from estimating equations, and
+/// what of the run is not fit for inference then.
+void WriteEstimatingEquations(JsonWriter& json, const PlannedRun& run) {
+  const bool isAnalysis = run.kind == RunKind::kAnalysis;
+  const std::optional<bool> isUsed =
+      isAnalysis ? std::optional(run.usesEstimatingEquations) : HasClusteredDraws(run.coefficients);
+  isUsed.has_value() ? json.Boolean("generalizedEstimatingEquations", *isUsed)
+                     : json.Null("generalizedEstimatingEquations");
+  const bool isUnfit = isAnalysis ? run.hasUnfitDraws : isUsed.value_or(false);
+  isUnfit ? json.Text("notFitForInference", WhatIsUnfit({})) : json.Null("notFitForInference");
 }
 
 std::string Host() {
@@ -128,6 +141,7 @@ std::string RunRecord::Text(const RunLines& lines, int exitStatus) const {
     json.Text("kind", NameOf(run.kind));
     WriteFile(json, "data", data_[i].path, data_[i].sha256, data_[i].size);
     WriteSeed(json, run);
+    WriteEstimatingEquations(json, run);
     json.BeginArray("warnings");
     if (i < lines.Runs().size()) {
       for (const RunWarning& warning : lines.Runs()[i].warnings) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/launcher/chain_files.h"
 #include "support/files.h"
 
 namespace Hovar {
@@ -21,19 +22,24 @@ std::vector<ChainDraws> ChainsOf(std::size_t chains, std::size_t draws, double s
   return result;
 }
 
+/// The text for fits that take the records as independent.
+std::string TextOf(const std::vector<ChainDraws>& chains, const std::vector<std::string>& names) {
+  return VerdictText(chains, names, Estimation::kIndependent);
+}
+
 void ExpectHolds(const std::string& text, const std::string& part) {
   EXPECT_NE(text.find(part), std::string::npos) << text;
 }
 
 TEST(VerdictTest, GoodChainsHaveConverged) {
-  const std::string text = VerdictText(ChainsOf(4, 1000), {"XIntercept"});
+  const std::string text = TextOf(ChainsOf(4, 1000), {"XIntercept"});
   ExpectHolds(text, "4 chains of 1000 draws, 1 coefficient. ");
   ExpectHolds(text, "The chains have converged. Largest R-hat: 1.00");
   ExpectHolds(text, "(XIntercept)");
 }
 
 TEST(VerdictTest, ChainsApartHaveNotConverged) {
-  const std::string text = VerdictText(ChainsOf(4, 1000, 5), {"XIntercept"});
+  const std::string text = TextOf(ChainsOf(4, 1000, 5), {"XIntercept"});
   ExpectHolds(text,
               "The chains have NOT converged: 1 of 1 coefficient do not pass.\n"
               "  XIntercept: R-hat ");
@@ -41,24 +47,75 @@ TEST(VerdictTest, ChainsApartHaveNotConverged) {
 }
 
 TEST(VerdictTest, TooFewDrawsAreTold) {
-  const std::string text = VerdictText(ChainsOf(4, 60), {"XIntercept"});
+  const std::string text = TextOf(ChainsOf(4, 60), {"XIntercept"});
   ExpectHolds(text, "1 coefficient");
   EXPECT_EQ(text.find("have converged"), std::string::npos) << text;
 }
 
 TEST(VerdictTest, WhatCannotBeJudgedIsTold) {
-  const std::string text = VerdictText(ChainsOf(2, 3), {"XIntercept"});
+  const std::string text = TextOf(ChainsOf(2, 3), {"XIntercept"});
   ExpectHolds(text, "cannot be told: 1 of 1 coefficient");
   ExpectHolds(text, "  XIntercept: cannot be judged\n");
 }
 
 TEST(VerdictTest, OneChainIsNotEnough) {
-  ExpectHolds(VerdictText(ChainsOf(1, 1000), {"XIntercept"}),
-              "One chain can only be compared with itself");
+  const std::string text = TextOf(ChainsOf(1, 1000), {"XIntercept"});
+  ExpectHolds(text, "There is no sign against convergence in this one chain. Largest R-hat: ");
+  ExpectHolds(text, "One chain can only be compared with itself");
+  EXPECT_EQ(text.find("have converged"), std::string::npos) << text;
+}
+
+TEST(VerdictTest, OneShortChainIsNotSaidToAgree) {
+  const std::string text = TextOf(ChainsOf(1, 300), {"XIntercept"});
+  ExpectHolds(text, "There is no sign against convergence, but 1 of 1 coefficient have too few");
+  EXPECT_EQ(text.find("agree"), std::string::npos) << text;
+}
+
+TEST(VerdictTest, AChainThatRepeatsAnotherIsSaidNotToBeJudged) {
+  std::vector<ChainDraws> chains = ChainsOf(3, 1000);
+  chains[2] = chains[0];
+  const std::string text = TextOf(chains, {"XIntercept"});
+  EXPECT_TRUE(text.starts_with("2 chains of 1000 draws, 1 coefficient. ")) << text;
+  ExpectHolds(text, "\nNot judged: chain-3 holds the same draws as chain-1.\n");
+}
+
+TEST(VerdictTest, ChainsOfDifferentLengthAreSaidToBeCut) {
+  std::vector<ChainDraws> chains = ChainsOf(3, 1000);
+  chains[1].columns[0].resize(900);
+  const std::string text = TextOf(chains, {"XIntercept"});
+  EXPECT_TRUE(text.starts_with("3 chains of 900 draws, 1 coefficient. ")) << text;
+  ExpectHolds(text,
+              "\nThe chains differ in length; of each the first 900 draws are judged.\n"
+              "The chains have converged. ");
+}
+
+TEST(VerdictTest, WithEstimatingEquationsNotFitForInferenceComesFirst) {
+  for (const std::size_t draws : {1000U, 1U, 0U}) {
+    for (const double shift : {0.0, 5.0}) {
+      const std::string text =
+          VerdictText(ChainsOf(4, draws, shift), {"XIntercept"}, Estimation::kEstimatingEquations);
+      EXPECT_TRUE(text.starts_with("The draws are not fit for inference, ")) << text;
+      ExpectHolds(text, "E[Y|X,P=0]-MCMC and, where P is missing, the observed E[Y|P=0].\n");
+      ExpectHolds(text, "Take counts and expectations from a run with false, ");
+      ExpectHolds(text, "\n4 chains of " + std::to_string(draws) + " draw");
+      EXPECT_EQ(text.find("converged"), std::string::npos) << text;
+      EXPECT_EQ(text.find("agree"), std::string::npos) << text;
+      EXPECT_EQ(text.find("Raise"), std::string::npos) << text;
+      EXPECT_EQ(text.find("Largest R-hat: ") != std::string::npos, draws == 1000) << text;
+    }
+  }
+}
+
+TEST(VerdictTest, NumbersInSentencesAreTheThresholds) {
+  // Vehtari et al. (2021): 1.01 and 400. Eight draws give each half of a chain four.
+  ExpectHolds(TextOf(ChainsOf(4, 1000), {"v"}), " with R-hat at most 1.01 and effective\n");
+  ExpectHolds(TextOf(ChainsOf(4, 1000), {"v"}), " in bulk and tails of at least 400 (");
+  ExpectHolds(TextOf(ChainsOf(4, 1000, 5), {"v"}), "An R-hat above 1.01 means");
+  ExpectHolds(TextOf(ChainsOf(4, 7), {"v"}), "when fewer than 8 draws were kept per chain");
 }
 
 TEST(VerdictTest, NamesThatDoNotFitAreNotUsed) {
-  const std::string text = VerdictText(ChainsOf(4, 1000), {"XIntercept", "XAge"});
+  const std::string text = TextOf(ChainsOf(4, 1000), {"XIntercept", "XAge"});
   ExpectHolds(text, "another number of rows");
   ExpectHolds(text, "(BetaYX[0])");
 }
@@ -84,7 +141,7 @@ TEST(VerdictTest, TheLargestAndTheSmallestFigureAreNamed) {
     }
   }
   const std::string text =
-      VerdictText(Joined({ChainsOf(4, 2000), slow, ChainsOf(4, 2000)}), {"a", "b", "c"});
+      TextOf(Joined({ChainsOf(4, 2000), slow, ChainsOf(4, 2000)}), {"a", "b", "c"});
   ExpectHolds(text, "4 chains of 2000 draws, 3 coefficients. ");
   ExpectHolds(text, "The chains have converged. Largest R-hat: 1.00");
   ExpectHolds(text, " (b).\n");
@@ -97,26 +154,39 @@ TEST(VerdictTest, TheWorstComeFirstAndOnlyTwentyOfThem) {
     parts.push_back(ChainsOf(4, 100, 0.2 + 0.05 * i));  // of draws from 0 to 2.2
     names.push_back("v" + std::to_string(i));
   }
-  const std::string text = VerdictText(Joined(parts), names);
+  const std::string text = TextOf(Joined(parts), names);
   ExpectHolds(text, "NOT converged: 23 of 23 coefficients do not pass.\n  v22: R-hat ");
   EXPECT_LT(text.find("  v4: "), text.find("  v3: ")) << text;
   ExpectHolds(text, "\n  and 3 more\n");
   EXPECT_EQ(text.find("  v2: "), std::string::npos) << text;
 }
 
-TEST(VerdictTest, WhatCannotBeJudgedComesFirst) {
+TEST(VerdictTest, OneCoefficientThatHasNotConvergedDecides) {
   std::vector<ChainDraws> still = ChainsOf(4, 100);
   for (ChainDraws& chain : still) {
     chain.columns[0].assign(chain.columns[0].size(), 0.5);
   }
-  const std::string text =
-      VerdictText(Joined({ChainsOf(4, 100, 1), still, ChainsOf(4, 100, 2), still}),
-                  {"apart", "still", "further", "still too"});
+  const std::string text = TextOf(Joined({ChainsOf(4, 100, 1), still, ChainsOf(4, 100, 2), still}),
+                                  {"apart", "still", "further", "still too"});
   ExpectHolds(text,
-              "cannot be told: 4 of 4 coefficients do not pass.\n"
+              "The chains have NOT converged: 4 of 4 coefficients do not pass.\n"
+              "  further: R-hat ");
+  ExpectHolds(text,
+              " in the tails\n"
               "  still: cannot be judged\n"
               "  still too: cannot be judged\n"
-              "  further: R-hat ");
+              "An R-hat above ");
+}
+
+TEST(VerdictTest, WhatCannotBeJudgedComesBeforeTooFewDraws) {
+  std::vector<ChainDraws> still = ChainsOf(1, 300);
+  for (ChainDraws& chain : still) {
+    chain.columns[0].assign(chain.columns[0].size(), 0.5);
+  }
+  ExpectHolds(TextOf(Joined({ChainsOf(1, 300), still}), {"short", "still"}),
+              "cannot be told: 2 of 2 coefficients do not pass.\n"
+              "  still: cannot be judged\n"
+              "  short: R-hat ");
 }
 
 TEST(VerdictTest, ChainsThatStandStillCannotBeJudged) {
@@ -124,12 +194,12 @@ TEST(VerdictTest, ChainsThatStandStillCannotBeJudged) {
   for (std::size_t c = 0; c < chains.size(); ++c) {
     chains[c].columns[0].assign(100, static_cast<double>(c));
   }
-  const std::string text = VerdictText(chains, {"v"});
+  const std::string text = TextOf(chains, {"v"});
   ExpectHolds(text, "cannot be told: 1 of 1 coefficient do not pass.\n  v: cannot be judged\n");
 }
 
 TEST(VerdictTest, ChainsWithoutCoefficientsAreTold) {
-  const std::string text = VerdictText(std::vector<ChainDraws>(2), {});
+  const std::string text = TextOf(std::vector<ChainDraws>(2), {});
   ExpectHolds(text, "2 chains of 0 draws, 0 coefficients. ");
   EXPECT_TRUE(text.ends_with("There is nothing to judge.\n")) << text;
 }

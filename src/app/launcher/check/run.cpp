@@ -10,6 +10,8 @@
 #include "app/launcher/check/paths.h"
 #include "app/launcher/check/proxy_warnings.h"
 #include "app/launcher/check/values.h"
+#include "app/launcher/estimating_equations.h"
+#include "app/launcher/files.h"
 #include "app/launcher/silent_reading.h"
 #include "app/launcher/text_places.h"
 #include "foundation/io/file_stream.h"
@@ -57,6 +59,33 @@ bool CheckInputFile(Findings& findings, const std::string& path, std::string_vie
     return false;
   }
   return true;
+}
+
+/// Warns of an Analysis whose draws are not fit for inference. `dataSet` is null where the data
+/// could not be read.
+void WarnOfUnfitDraws(Findings& findings, const DefinitionFile& definition,
+                      const DataSet* dataSet) {
+  if (DrawsWithEstimatingEquations(definition)) {
+    const std::optional<MissingRecords> missing =
+        dataSet != nullptr ? std::optional(CountMissing(*dataSet)) : std::nullopt;
+    findings.AddWarning(
+        definition.path, definition.PlaceOfValue("Regression/UseGeneralizedEstimatingEquations"),
+        "With generalized estimating equations the draws of the chain are not fit for inference, "
+        "nor is what is made from them: " +
+            WhatIsUnfit(missing) + ". " + std::string(kEquationsRemedy));
+  }
+}
+
+/// The same of a Prediction or Validation that takes the means of such draws.
+void WarnOfUnfitCoefficients(Findings& findings, const DefinitionFile& definition,
+                             const DataSet* dataSet) {
+  const std::optional<MissingRecords> missing =
+      dataSet != nullptr ? std::optional(CountMissing(*dataSet)) : std::nullopt;
+  findings.AddWarning(definition.path, definition.PlaceOfValue("Input/RegressionCoefficients"),
+                      "The coefficients come from generalized estimating equations. Not fit for "
+                      "inference are then " +
+                          WhatIsUnfit(missing) +
+                          ". Name the coefficient file of an Analysis with false.");
 }
 
 }  // namespace
@@ -127,6 +156,12 @@ void RunCheckup::CheckSingleRun(const DefinitionFile& definition) {
   CheckValues(findings_, definition);
   CheckInputs(definition);
   outputs_.Check(findings_, definition);
+  if (definition.kind == RunKind::kAnalysis) {
+    const std::string& coefficients =
+        JoinPath(definition.folder, definition.Value("Output/RegressionCoefficients").text);
+    hasClusteredDraws_[NormalPath(coefficients)] =
+        definition.analysis.useGeneralizedEstimatingEquations;
+  }
 }
 
 /// True when an input is there and its contents are what the run will read. What an earlier run of
@@ -155,6 +190,7 @@ void RunCheckup::CheckInputs(const DefinitionFile& definition) {
   DataSet dataSet;
   const bool isRead = IsReadable(definition, definition.data, "data file", "Input/Data") &&
                       CheckDataFile(findings_, definition, dataSet);
+  WarnOfUnfitDraws(findings_, definition, isRead ? &dataSet : nullptr);
   if (isRead) {
     CheckAnalysisData(definition, dataSet);
   }
@@ -191,9 +227,15 @@ void RunCheckup::CheckAnalysisData(const DefinitionFile& definition, DataSet& da
 /// The files that an Analysis or a Prediction wrote. `dataSet` is null where it could not be read.
 void RunCheckup::CheckModelInputs(const DefinitionFile& definition, DataSet* dataSet) {
   RegressionResults results;
-  if (IsReadable(definition, definition.coefficients, "coefficient file",
-                 "Input/RegressionCoefficients") &&
-      CheckCoefficientFile(findings_, definition, results) && dataSet != nullptr) {
+  const auto planned = hasClusteredDraws_.find(NormalPath(definition.coefficients));
+  const bool isRead = IsReadable(definition, definition.coefficients, "coefficient file",
+                                 "Input/RegressionCoefficients") &&
+                      CheckCoefficientFile(findings_, definition, results);
+  const bool isPlanned = planned != hasClusteredDraws_.end();
+  if (isPlanned ? planned->second : isRead && HasClusteredDraws(results)) {
+    WarnOfUnfitCoefficients(findings_, definition, dataSet);
+  }
+  if (isRead && dataSet != nullptr) {
     CheckVariables(findings_, definition, *dataSet, results);
   }
   IndividualPredictions predictions;

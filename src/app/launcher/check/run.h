@@ -46,7 +46,10 @@ class RunCheckup {
   std::string description_;
   std::set<std::string> described_;    // data files, with the number of indicators
   std::map<std::string, int> checks_;  // how often a definition was checked, by normal path
-  std::vector<std::string> batches_;   // those that are being checked, the outer ones first
+  // Whether an Analysis that was checked would use estimating equations, by the normal path of its
+  // coefficient file.
+  std::map<std::string, bool> hasClusteredDraws_;
+  std::vector<std::string> batches_;  // those that are being checked, the outer ones first
 };
 
 }  // namespace Hovar

@@ -134,7 +134,10 @@ void CheckRealNumbers(Findings& findings, const DefinitionFile& definition) {
   }
 }
 
-void CheckChain(ValueCheck& check, const McmcSettings& mcmc) {
+void CheckChain(ValueCheck& check, const AnalysisDefinition& analysis) {
+  const McmcSettings& mcmc = analysis.mcmc;
+  // With estimating equations no draws are better than some.
+  const bool needsDraws = mcmc.steps != 0 || !analysis.useGeneralizedEstimatingEquations;
   Vell::Mcmc::McmcRunParameters parameters;
   parameters.thinning = mcmc.thinning;
   parameters.burnin = mcmc.burnin;
@@ -145,7 +148,7 @@ void CheckChain(ValueCheck& check, const McmcSettings& mcmc) {
     check.Error(mcmc.thinning < 0 ? "Mcmc/Thinning" : "Mcmc/Steps",
                 "The chain would have a negative size. Write 1 or more for Thinning, 0 or more for "
                 "Burnin and Steps.");
-  } else if (mcmc.thinning > 0 && mcmc.steps >= 0 && mcmc.steps / mcmc.thinning < 2) {
+  } else if (needsDraws && mcmc.thinning > 0 && mcmc.steps >= 0 && mcmc.steps / mcmc.thinning < 2) {
     check.Warning("Mcmc/Steps", "The chain keeps " + Counted(mcmc.steps / mcmc.thinning, "draw") +
                                     ", too few for standard errors of the fifth block. Write "
                                     "at least twice the Thinning.");
@@ -176,7 +179,7 @@ void CheckValues(Findings& findings, const DefinitionFile& definition) {
                     definition.analysis.linearDependenceTolerance);
     check.Fit("Regression/Parameters", definition.analysis.parameters);
     check.Fit("Regression/ParametersMcmc", definition.analysis.parametersMcmc);
-    CheckChain(check, definition.mcmc);
+    CheckChain(check, definition.analysis);
   }
 }
 
