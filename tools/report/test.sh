@@ -29,9 +29,15 @@ rm -rf "$EXAMPLES"
 mkdir -p "$EXAMPLES"
 for example in quickstart gee; do
   cp -r "$project/examples/$example" "$EXAMPLES"
-  rm -rf "$EXAMPLES/$example/results"
+  rm -rf "$EXAMPLES/$example"/results*
   (cd "$EXAMPLES/$example" && "$program" batch.xml > output.txt)
 done
+# All of one run with estimating equations, draws and predictions too, which nobody should rely on.
+cp -r "$project/examples/gee" "$EXAMPLES/unfit"
+rm -rf "$EXAMPLES/unfit"/results*
+sed -i 's/\(EstimatingEquations>\)false</\1true</' "$EXAMPLES/unfit/analysis.xml"
+sed -i '/clustered/d' "$EXAMPLES/unfit/batch.xml"
+(cd "$EXAMPLES/unfit" && "$program" batch.xml > output.txt)
 
 cd "$here"
 npm ci --no-audit --no-fund --silent

@@ -164,7 +164,7 @@ function folderNames(report: Report): string {
 
 function verdict(report: Report): HTMLElement {
   const findings: (Finding | null)[] = [
-    convergenceFinding(report, groups), hospitalFinding(judgement),
+    convergenceFinding(report, groups), hospitalFinding(judgement, report),
     fitFinding(report, judgement?.pair.expected ?? 'E[Y|X,P=0]-MCMC'), missingFinding(report), runFinding(report),
   ];
   const used = report.files.filter((file) => file.kind !== 'unused').length;

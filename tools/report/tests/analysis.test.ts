@@ -3,7 +3,8 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { groupChains } from '../src/analysis/chain_groups';
 import { diagnose } from '../src/analysis/diagnostics';
-import { defaultExpectation, heterogeneityText, judgeHospitals, pairOf, usesGee } from '../src/analysis/hospital_ratios';
+import { usesGee } from '../src/analysis/estimating_equations';
+import { defaultExpectation, heterogeneityText, judgeHospitals, pairOf } from '../src/analysis/hospital_ratios';
 import { convergenceFinding, fitFinding, hospitalFinding, missingFinding, runFinding } from '../src/analysis/verdict';
 import type { Report, SourceFile } from '../src/model';
 import { loadReport } from '../src/read/load';
@@ -107,7 +108,7 @@ test('chains of different lengths are cut to the shortest', async () => {
 
 test('a chain with its header alone cannot be judged', async () => {
   const report = await load(chain(0, { draws: 0 }));
-  assert.match(convergenceFinding(report, await judged(report))?.answer ?? '', /^Cannot be judged: 0 kept draws/);
+  assert.match(convergenceFinding(report, await judged(report))?.answer ?? '', /^Cannot be judged: 0 kept draws a chain, and at least 8 are needed/);
 });
 
 test('the fifth block with ese and no mse tells of estimating equations and changes the expectation', async () => {

@@ -1,9 +1,11 @@
 // Which chains are judged together, and what their columns are called.
 //
-// Chains belong together when they have the same number of coefficients with the same names. Columns
+// Chains belong together when they have the same number of coefficients with the same names, and both
+// or neither come from generalized estimating equations, which draw from another distribution. Columns
 // get their names from the rows of a coefficient file by position: Chain.csv numbers them only. The
 // coefficient file of a chain is the one in the nearest folder above it.
-import type { ChainFile, CoefficientFile, Report } from '../model';
+import { coefficientsBeside, madeWithGee } from './estimating_equations';
+import type { Report } from '../model';
 import { originText } from '../model';
 
 export interface ChainGroup {
@@ -15,28 +17,31 @@ export interface ChainGroup {
   names: string[];
   /** What a reader should know about the names; empty when all is well. */
   note: string;
+  /** Whether the chains come from generalized estimating equations. */
+  gee: boolean;
 }
 
 interface Joined {
   chain: number;
   names: string[];
   note: string;
+  gee: boolean;
 }
 
 export function groupChains(report: Report): ChainGroup[] {
   const groups = new Map<string, ChainGroup>();
   const joined = report.chains.map((_, chain) => joinNames(report, chain));
-  const keyOf = (j: Joined) => JSON.stringify([report.chains[j.chain].columns.length, ...j.names]);
+  const keyOf = (j: Joined) => JSON.stringify([j.gee, report.chains[j.chain].columns.length, ...j.names]);
   // Chains with names first, so that those without find their group.
   for (const j of [...joined].sort((a, b) => b.names.length - a.names.length || a.chain - b.chain)) {
     const columns = report.chains[j.chain].columns;
-    const alike = [...groups.values()].filter((group) => group.columns.length === columns.length);
+    const alike = [...groups.values()].filter((group) => group.gee === j.gee && group.columns.length === columns.length);
     const group = j.names.length === 0 && alike.length === 1 ? alike[0] : groups.get(keyOf(j));
     if (group) {
       group.chains.push(j.chain);
       if (j.note && !group.note.includes(j.note)) group.note = `${group.note} ${j.note}`.trim();
     } else {
-      groups.set(keyOf(j), { chains: [j.chain], columns, names: j.names, note: j.note });
+      groups.set(keyOf(j), { chains: [j.chain], columns, names: j.names, note: j.note, gee: j.gee });
     }
   }
   for (const group of groups.values()) group.chains.sort((a, b) => a - b);
@@ -45,30 +50,18 @@ export function groupChains(report: Report): ChainGroup[] {
 
 function joinNames(report: Report, index: number): Joined {
   const chain = report.chains[index];
-  const file = coefficientFileOf(chain, report.coefficients);
+  const file = coefficientsBeside(chain.origin, report.coefficients);
+  const gee = madeWithGee(report, chain.origin);
   if (!file) {
-    return { chain: index, names: [], note: 'There is no coefficient file beside the chain, so its columns have no names.' };
+    return { chain: index, gee, names: [], note: 'There is no coefficient file beside the chain, so its columns have no names.' };
   }
   if (file.xNames.length !== chain.columns.length) {
     return {
-      chain: index, names: [],
+      chain: index, gee, names: [],
       note: `${originText(chain.origin)} has ${chain.columns.length} columns and ` +
         `${originText(file.origin)} has ${file.xNames.length} rows. They are joined by position, ` +
         'so with different counts the columns get no names.',
     };
   }
-  return { chain: index, names: file.xNames, note: '' };
-}
-
-const folderOf = (path: string) => path.slice(0, path.lastIndexOf('/') + 1);
-
-/** The coefficient file in the nearest folder above, else the only one of the folder or of all. */
-function coefficientFileOf(chain: ChainFile, files: CoefficientFile[]): CoefficientFile | undefined {
-  const same = files.filter((file) => file.origin.folder === chain.origin.folder);
-  const above = same.filter((file) => folderOf(chain.origin.path).startsWith(folderOf(file.origin.path)));
-  const length = (file: CoefficientFile) => folderOf(file.origin.path).length;
-  const nearest = above.sort((a, b) => length(b) - length(a))[0];
-  if (nearest) return nearest;
-  if (same.length === 1) return same[0];
-  return files.length === 1 ? files[0] : undefined;
+  return { chain: index, gee, names: file.xNames, note: '' };
 }

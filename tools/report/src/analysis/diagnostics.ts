@@ -1,4 +1,6 @@
-// Judges chains: one summary per coefficient, over all chains of a group.
+// Judges chains: one summary per coefficient, over all chains of a group, and a verdict. The command
+// has the same rules in src/app/launcher/chain_verdict.h; the tests of both read one table of cases,
+// tests/reference/data/verdicts.csv. docs/chains.md describes the rules.
 //
 // Thresholds: A. Vehtari, A. Gelman, D. Simpson, B. Carpenter, P.-C. Buerkner, Rank-normalization,
 // folding, and localization: An improved R-hat for assessing convergence of MCMC, Bayesian Analysis
@@ -24,7 +26,23 @@ export interface Summary {
   mcseMean: number;
 }
 
+/** The first one that applies, in this order. */
+export type Verdict =
+  /** Estimating equations, whatever the figures are. */
+  | 'not_fit_for_inference'
+  /** The R-hat of a coefficient is above the threshold. */
+  | 'not_converged'
+  /** Too few draws, or a coefficient without figures, or none. */
+  | 'cannot_be_told'
+  /** An effective sample size is below the threshold. */
+  | 'too_few_draws'
+  /** All pass, but there is one chain only. */
+  | 'no_sign_against'
+  /** All pass in several chains. */
+  | 'converged';
+
 export interface GroupDiagnostics {
+  verdict: Verdict;
   /** With the chains that are judged. A chain that repeats the draws of another is not among them. */
   group: ChainGroup;
   /** Draws of each chain that are judged: those of the shortest chain. */
@@ -56,29 +74,39 @@ export async function diagnose(
     await onColumn();
   }
   return {
+    verdict: verdictOf(summaries, group.chains.length, group.gee),
     group, draws, cut: lengths.some((length) => length !== draws),
     repeated, summaries,
   };
 }
 
+/** The verdict that the figures of so many chains give. */
+export function verdictOf(summaries: Summary[], chains: number, gee: boolean): Verdict {
+  if (gee) return 'not_fit_for_inference';
+  if (summaries.some((summary) => summary.rhat > kLargestRhat)) return 'not_converged';
+  if (summaries.length === 0 || !summaries.every(isKnown)) return 'cannot_be_told';
+  if (!summaries.every(reaches)) return 'too_few_draws';
+  return chains > 1 ? 'converged' : 'no_sign_against';
+}
+
 /**
- * The same seed, or the same folder twice, gives the same draws. Judged together they would seem to
- * agree and to tell twice as much.
+ * The same seed, or the same folder twice, gives the same draws, as far as the shorter chain goes.
+ * Judged together they would seem to agree and to tell twice as much. The longest one counts, the
+ * first of several.
  */
 function repeatedChains(report: Report, group: ChainGroup): [number, number][] {
-  const pairs: [number, number][] = [];
-  const kept: number[] = [];
-  for (const chain of group.chains) {
-    const first = kept.find((earlier) => sameDraws(report.chains[earlier], report.chains[chain]));
-    if (first === undefined) kept.push(chain);
-    else pairs.push([first, chain]);
-  }
-  return pairs;
+  const length = (chain: number) => report.chains[chain].steps.length;
+  return group.chains.flatMap((chain): [number, number][] => {
+    const counting = group.chains.filter((other) => other === chain || sameDraws(report.chains[other], report.chains[chain]))
+      .reduce((longest, other) => (length(other) > length(longest) ? other : longest));
+    return counting === chain ? [] : [[counting, chain]];
+  });
 }
 
 function sameDraws(one: ChainFile, other: ChainFile): boolean {
-  return one.steps.length > 0 && one.draws.length > 0 && one.steps.length === other.steps.length &&
-    one.draws.every((draws, j) => draws.every((draw, i) => Object.is(draw, other.draws[j][i])));
+  const common = Math.min(one.steps.length, other.steps.length);
+  return common > 0 && one.draws.length > 0 && one.draws.every((draws, j) =>
+    draws.subarray(0, common).every((draw, i) => draw === other.draws[j][i] || (Number.isNaN(draw) && Number.isNaN(other.draws[j][i]))));
 }
 
 /** The folder of a chain, which is what a reader knows it by. */
@@ -91,4 +119,8 @@ export function chainName(report: Report, chain: number): string {
 /** Whether a coefficient reaches the thresholds. A constant column has no R-hat and does not. */
 export function reaches(summary: Summary): boolean {
   return summary.rhat <= kLargestRhat && summary.essBulk >= kSmallestEss && summary.essTail >= kSmallestEss;
+}
+
+export function isKnown(summary: Summary): boolean {
+  return ![summary.rhat, summary.essBulk, summary.essTail].some(Number.isNaN);
 }

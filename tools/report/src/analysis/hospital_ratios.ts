@@ -8,7 +8,8 @@ import {
 } from '../statistics/funnel';
 import { kExpectations, kPredictionColumns } from '../model';
 import { fixed, number, plural } from '../view/format';
-import type { CalibrationColumn, CoefficientFile, HospitalFile, HospitalRow, PredictionColumn, Report } from '../model';
+import { runUsesGee, unfitColumns } from './estimating_equations';
+import type { CalibrationColumn, HospitalFile, HospitalRow, PredictionColumn, Report } from '../model';
 
 export type Position = 'above998' | 'above95' | 'inside' | 'below95' | 'below998' | 'unknown';
 
@@ -54,30 +55,13 @@ export const meanOf = (row: HospitalRow, column: PredictionColumn): number =>
 export const pairOf = (expected: PredictionColumn): CalibrationColumn =>
   kExpectations.find((pair) => pair.expected === expected) ?? kExpectations[0];
 
-/**
- * With generalized estimating equations the fifth block has its standard error under `ese` and none
- * under `mse`.
- */
-export function usesGee(file: CoefficientFile): boolean {
-  const fifth = file.blocks[file.blocks.length - 1];
-  const filled = (cells: { text: string }[]) => cells.some((cell) => cell.text.trim() !== '');
-  return filled(fifth.ese) && !filled(fifth.mse);
-}
-
-/** Whether any coefficient file, or else any definition of an Analysis, tells of clustering. */
-export function runUsesGee(report: Report): boolean {
-  if (report.coefficients.length > 0) return report.coefficients.some(usesGee);
-  return report.definitions.some((definition) => definition.entries.some(([path, text]) =>
-    path.endsWith('UseGeneralizedEstimatingEquations') && text === 'true'));
-}
-
 export function defaultExpectation(report: Report): { column: PredictionColumn; reason: string } {
   if (runUsesGee(report)) {
     return {
       column: 'E[Y|X,P=0]',
       reason: 'The run used generalized estimating equations. The draws of the fifth block are then much too wide, ' +
         'and the expectations made from them (E[Y|X,P=0]-MCMC) are off. So the fourth block, E[Y|X,P=0], is the ' +
-        'expectation here.',
+        `expectation here.${unfitColumns(report)?.observed ? ' The observed counts, E[Y|P=0], are wrong too where P is missing.' : ''}`,
     };
   }
   return {

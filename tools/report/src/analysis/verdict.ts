@@ -3,8 +3,11 @@ import type { Calibration, Report } from '../model';
 import { missingCells, missingCellsTexts, kManyCells } from './missing_cells';
 import { removalTexts } from './removed_variables';
 import { count, fixed, list, number, percent, plural } from '../view/format';
-import { chainName, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary } from './diagnostics';
-import { heterogeneityText, runUsesGee, type HospitalJudgement, type HospitalRatio, type Position } from './hospital_ratios';
+import {
+  chainName, isKnown, kFewestDraws, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary, type Verdict,
+} from './diagnostics';
+import { hasUnfitDraws, kMadeFromDraws, kRemedy, kUnfitDraws, predictionsUseGee, unfitColumns } from './estimating_equations';
+import { heterogeneityText, type HospitalJudgement, type HospitalRatio, type Position } from './hospital_ratios';
 
 /** good: nothing to do. look: worth a look. act: not to be relied on as it is. plain: a fact. */
 export type Level = 'good' | 'look' | 'act' | 'plain' | 'wait';
@@ -22,66 +25,87 @@ export function convergenceFinding(report: Report, groups: GroupDiagnostics[] | 
   if (report.chains.length === 0) return null;
   const question = 'Did the chains converge?';
   if (!groups) return { question, level: 'wait', answer: 'The chains are being judged.', details: [], section: 'chains' };
-  const findings = groups.map((group) => judgeGroup(report, group));
+  // A run with estimating equations that kept no draws has none to judge, which is how it should be.
+  const kept = groups.filter(({ group, draws }) => !group.gee || draws > 0);
+  if (kept.length === 0) {
+    return {
+      question, section: 'chains', level: 'plain', details: [kMadeFromDraws],
+      answer: 'There are none: no draws were kept, and with generalized estimating equations they would not be fit for inference.',
+    };
+  }
+  const findings = kept.map((group) => judgeGroup(report, group));
   const worst = findings.find((f) => f.level === 'act') ?? findings.find((f) => f.level === 'look') ?? findings[0];
   if (findings.length === 1) return { question, section: 'chains', ...findings[0] };
+  const group = (f: Judged) => `Group ${findings.indexOf(f) + 1}: ${f.answer}`;
   return {
     question, section: 'chains', level: worst.level,
-    answer: `The folder holds ${findings.length} groups of chains with different coefficients. ${findings[0].answer}`,
-    details: [...findings[0].details, ...findings.slice(1).map((f, i) => `Group ${i + 2}: ${f.answer}`)],
+    answer: `The folder holds ${findings.length} groups of chains that do not belong together. ${group(worst)}`,
+    details: [...worst.details, ...findings.filter((f) => f !== worst).map(group)],
   };
 }
 
 type Judged = Pick<Finding, 'level' | 'answer' | 'details'>;
 
+const kLevels: Record<Verdict, Level> = {
+  not_fit_for_inference: 'act', not_converged: 'act', cannot_be_told: 'act', too_few_draws: 'look', no_sign_against: 'look', converged: 'good',
+};
+
 function judgeGroup(report: Report, diagnostics: GroupDiagnostics): Judged {
-  const { group, draws, summaries } = diagnostics;
-  const chains = plural(group.chains.length, 'chain');
-  if (summaries.length === 0) {
-    return { level: 'act', answer: `Cannot be judged: ${plural(draws, 'kept draw')} a chain is too few.`, details: [] };
+  const { summaries, verdict } = diagnostics;
+  const level = kLevels[verdict];
+  const answer = answerFor(diagnostics);
+  if (verdict === 'not_fit_for_inference') {
+    return { level, answer, details: [kMadeFromDraws, kRemedy, ...remarks(report, diagnostics)] };
   }
   const failing = summaries.map((summary, index) => ({ summary, index })).filter(({ summary }) => !reaches(summary));
-  const name = (index: number) => group.names[index] ?? group.columns[index];
-  const details = [...remarks(report, diagnostics)];
-  if (failing.length === 0) {
-    const one = group.chains.length === 1;
-    return {
-      level: one ? 'look' : 'good',
-      answer: one
-        ? `As far as one chain can tell, yes: all ${count(summaries.length)} coefficients have R-hat at most ` +
-          `${kLargestRhat} between its halves and effective sample sizes of ${kSmallestEss} or more.`
-        : `Yes. In ${chains} all ${count(summaries.length)} coefficients have R-hat at most ${kLargestRhat} and ` +
-          `bulk and tail effective sample sizes of ${kSmallestEss} or more.`,
-      details,
-    };
-  }
-  const mixing = failing.filter(({ summary }) => !(summary.rhat <= kLargestRhat));
-  const described = failing.sort((a, b) => severity(b.summary) - severity(a.summary)).map(({ summary, index }) =>
-    `${name(index)} (R-hat ${fixed(summary.rhat, 3)}, ESS bulk ${fixed(summary.essBulk, 0)}, tail ${fixed(summary.essTail, 0)})`);
+  if (failing.length === 0) return { level, answer, details: remarks(report, diagnostics) };
+  const name = (index: number) => diagnostics.group.names[index] ?? diagnostics.group.columns[index];
+  const described = failing.sort((a, b) => severity(b.summary) - severity(a.summary)).map(({ summary, index }) => (isKnown(summary)
+    ? `${name(index)} (R-hat ${fixed(summary.rhat, 3)}, ESS bulk ${fixed(summary.essBulk, 0)}, tail ${fixed(summary.essTail, 0)})`
+    : `${name(index)} (cannot be judged)`));
   return {
-    level: mixing.length > 0 ? 'act' : 'look',
-    answer: mixing.length > 0
-      ? `Not yet: ${count(mixing.length)} of ${count(summaries.length)} coefficients have R-hat above ${kLargestRhat}` +
-        `${mixing.some(({ summary }) => Number.isNaN(summary.rhat)) ? ' or none, because their draws do not vary' : ''}.`
-      : `No sign against it, but there are too few effective draws: ${count(failing.length)} of ` +
-        `${count(summaries.length)} coefficients have an effective sample size below ${kSmallestEss}.`,
-    details: [`Short of the thresholds: ${list(described, 5)}.`, adviceFor(diagnostics, mixing.length > 0), ...details],
+    level, answer,
+    details: [`Short of the thresholds: ${list(described, 5)}.`, adviceFor(diagnostics), ...remarks(report, diagnostics)],
   };
 }
 
+function answerFor({ verdict, group, draws, summaries }: GroupDiagnostics): string {
+  const all = count(summaries.length);
+  const number = (which: (summary: Summary) => boolean) => count(summaries.filter(which).length);
+  switch (verdict) {
+    case 'not_fit_for_inference': return kUnfitDraws;
+    case 'not_converged':
+      return `Not yet: ${number((s) => s.rhat > kLargestRhat)} of ${all} coefficients have R-hat above ${kLargestRhat}.`;
+    case 'cannot_be_told':
+      if (draws < kFewestDraws) return `Cannot be judged: ${plural(draws, 'kept draw')} a chain, and at least ${kFewestDraws} are needed.`;
+      return `Cannot be judged: the draws of ${number((s) => !isKnown(s))} of ${all} coefficients are all the same or not finite.`;
+    case 'too_few_draws':
+      return `No sign against it, but there are too few effective draws: ${number((s) => !reaches(s))} of ${all} coefficients have an ` +
+        `effective sample size below ${kSmallestEss}.`;
+    case 'no_sign_against':
+      return `No sign against it in this one chain: all ${all} coefficients have R-hat at most ${kLargestRhat} between its halves and ` +
+        `effective sample sizes of ${kSmallestEss} or more.`;
+    case 'converged':
+      return `Yes. In ${plural(group.chains.length, 'chain')} all ${all} coefficients have R-hat at most ${kLargestRhat} and ` +
+        `bulk and tail effective sample sizes of ${kSmallestEss} or more.`;
+  }
+}
+
 function severity(summary: Summary): number {
+  if (!isKnown(summary)) return summary.rhat > kLargestRhat ? Infinity : 500;
   const ess = Math.min(summary.essBulk, summary.essTail);
   return (summary.rhat > kLargestRhat ? 1000 * summary.rhat : 0) + 1 / Math.max(ess, 1e-3);
 }
 
-function adviceFor(diagnostics: GroupDiagnostics, mixing: boolean): string {
+function adviceFor(diagnostics: GroupDiagnostics): string {
+  if (diagnostics.verdict === 'cannot_be_told') return 'What to do: look at Steps, Thinning and the chain files.';
   const smallest = Math.min(...diagnostics.summaries.map((s) => Math.min(s.essBulk, s.essTail)));
   const factor = Math.ceil(kSmallestEss / Math.max(smallest, 1));
   const total = diagnostics.draws * diagnostics.group.chains.length;
   const steps = Number.isFinite(factor) && factor > 1
     ? `At this rate about ${factor} times as many kept draws are needed as the ${count(total)} here: raise Steps.`
     : 'Raise Steps.';
-  return mixing
+  return diagnostics.verdict === 'not_converged'
     ? `What to do: raise Burnin and Steps and run again; if R-hat stays above ${kLargestRhat}, look at the traces below for a ` +
       `trend or for chains that stay apart. ${steps}`
     : `What to do: ${steps.charAt(0).toLowerCase()}${steps.slice(1)}`;
@@ -95,21 +119,27 @@ export function repeatedText(report: Report, { repeated }: GroupDiagnostics): st
 function remarks(report: Report, diagnostics: GroupDiagnostics): string[] {
   const { group, cut, repeated, draws } = diagnostics;
   const result: string[] = [];
-  if (group.chains.length === 1) {
+  if (group.chains.length === 1 && !group.gee) {
     result.push('One chain cannot show that chains from different starts agree. Run several, with different seeds ' +
       '(hovar --chains 4 definition.xml), and drop all their folders here.');
   }
   if (repeated.length > 0) result.push(repeatedText(report, diagnostics));
   if (cut) result.push(`The chains differ in length; the first ${count(draws)} draws of each are judged.`);
-  if (runUsesGee(report)) {
-    result.push('With generalized estimating equations the draws are far too wide, so even chains that agree are not fit ' +
-      'for inference. Use the fourth block.');
-  }
   return result;
 }
 
-export function hospitalFinding(judgement: HospitalJudgement | null): Finding | null {
-  if (!judgement) return null;
+/** What the ratios say; with estimating equations preceded by what of them is wrong. */
+export function hospitalFinding(judgement: HospitalJudgement | null, report?: Report): Finding | null {
+  const found = judgement && ratioFinding(judgement);
+  const unfit = report && unfitColumns(report);
+  if (!found || !unfit) return found;
+  const wrong = judgement?.pair.observed === 'E[Y|P=0]' && (unfit.observed || judgement.pair.expected === 'E[Y|X,P=0]-MCMC');
+  return wrong
+    ? { ...found, level: 'act', answer: `The ratios are not fit for inference. As they stand: ${found.answer}`, details: [unfit.text, kRemedy, ...found.details] }
+    : { ...found, details: [...found.details, unfit.text] };
+}
+
+function ratioFinding(judgement: HospitalJudgement): Finding {
   const at = (...positions: Position[]) => judgement.ratios.filter((ratio) => positions.includes(ratio.position));
   const known = judgement.ratios.filter((ratio) => ratio.position !== 'unknown');
   const far = at('above998', 'below998');
@@ -172,11 +202,15 @@ export function fitFinding(report: Report, expected: string): Finding | null {
     value < 0 ? 'There is no pair of records to compare.' :
       value < 0.5 ? `${expected} orders records with and without the outcome worse than chance would (C-statistic ${fixed(value, 3)}).` :
         `${expected} ${separationWord(value)} separates records with the outcome from those without (C-statistic ${fixed(value, 3)}).`;
-  const agreement = !calibration ? '' : calibrated
+  const unfit = unfitColumns(report);
+  const isWrong = unfit !== null && calibration?.observed === 'E[Y|P=0]' && (unfit.observed || expected === 'E[Y|X,P=0]-MCMC');
+  if (unfit) details.push(unfit.text);
+  const agreement = !calibration ? '' : isWrong
+    ? ' Whether predicted and observed rates agree cannot be told.' : calibrated
     ? ' Predicted and observed rates agree.' : ' Predicted and observed rates differ in places.';
   return {
     question: 'How well do the models predict?', section: 'calibration',
-    level: !calibrated || (value !== undefined && value >= 0 && value < 0.5) ? 'look' : 'plain',
+    level: isWrong ? 'act' : !calibrated || (value !== undefined && value >= 0 && value < 0.5) ? 'look' : 'plain',
     answer: `${separated}${agreement}`.trim(), details,
   };
 }
@@ -219,7 +253,7 @@ export function missingFinding(report: Report): Finding | null {
   const answers = [
     Number.isNaN(records - complete) ? '' : records === complete ? `None of the ${count(records)} records lacks a value.`
       : `${count(records - complete)} of ${count(records)} records (${percent(1 - complete / records)}) lack a value somewhere and were filled in.`,
-    cells && cells.least > kManyCells ? 'Many cells are missing: intervals of the fifth block come out too narrow.' : '',
+    cells && cells.least > kManyCells && !predictionsUseGee(report) ? 'Many cells are missing: intervals of the fifth block come out too narrow.' : '',
   ].filter(Boolean);
   return {
     question: 'How much was missing?', section: hospitals ? 'hospitals' : 'run', level: cells && cells.least > kManyCells ? 'look' : 'plain',
@@ -255,6 +289,14 @@ export function runFinding(report: Report): Finding | null {
   }
   details.push(...recordedWarnings(report));
   const warned = unfinished > 0;
+  const unfit = hasUnfitDraws(report) || predictionsUseGee(report);
+  if (unfit) details.push(kMadeFromDraws, kRemedy);
+  if (unfit && !warned) {
+    return {
+      question: 'Did the run warn of anything?', section: 'run', level: 'act', details,
+      answer: 'The fits came to their end, but with generalized estimating equations the draws of the chain are not fit for inference.',
+    };
+  }
   return {
     question: 'Did the run warn of anything?', section: 'run',
     level: warned ? 'act' : details.length > 0 ? 'plain' : 'good',

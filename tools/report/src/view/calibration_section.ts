@@ -1,5 +1,6 @@
 // Calibration by tenths, and how well the predictions separate.
 import { kCalibrationMethod } from '../statistics/calibration';
+import { unfitColumns } from '../analysis/estimating_equations';
 import { defaultExpectation } from '../analysis/hospital_ratios';
 import { separationWord } from '../analysis/verdict';
 import { originText } from '../model';
@@ -44,7 +45,8 @@ function calibrationParts(report: Report): Child[] {
   const refresh = () => {
     table.setRows(numbered(current()));
     drawing.update();
-    note.textContent = noteOf(current());
+    const unfit = current().observed === 'E[Y|P=0]' ? unfitColumns(report) : null;
+    note.textContent = [noteOf(current()), unfit?.text].filter(Boolean).join(' ');
   };
   refresh();
   const files = report.individuals.length > 1 && choice('File', report.individuals.map((candidate, index) =>

@@ -2,8 +2,9 @@
 import { autocorrelation, runningMean } from '../statistics/convergence';
 import { density } from '../statistics/density';
 import {
-  chainName, columnDraws, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary,
+  chainName, columnDraws, kFewestDraws, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary,
 } from '../analysis/diagnostics';
+import { kMadeFromDraws, kUnfitDraws } from '../analysis/estimating_equations';
 import { repeatedText } from '../analysis/verdict';
 import { originText } from '../model';
 import type { Report, SummaryFile } from '../model';
@@ -48,6 +49,7 @@ function groupParts(report: Report, diagnostics: GroupDiagnostics): Node[] {
   const { group, draws, summaries } = diagnostics;
   const names = group.chains.map((chain) => chainName(report, chain));
   const parts: (Node | false)[] = [
+    group.gee && h('p', { class: 'note strong' }, `${kUnfitDraws} ${kMadeFromDraws}`),
     h('p', { class: 'note' }, `${plural(group.chains.length, 'chain')} with ${plural(draws, 'kept draw')}${names.length > 1 ? ' each' : ''}: ${list(names, 12)}. ` +
       `Thresholds: R-hat at most ${kLargestRhat}, bulk and tail effective sample size (ESS) at least ${kSmallestEss}. Source: ${kSource}.`),
     group.note !== '' && h('p', { class: 'note strong' }, group.note),
@@ -55,7 +57,7 @@ function groupParts(report: Report, diagnostics: GroupDiagnostics): Node[] {
     diagnostics.cut && h('p', { class: 'note strong' }, `The chains differ in length; the first ${count(draws)} draws of each are judged.`),
   ];
   if (summaries.length === 0) {
-    parts.push(h('p', { class: 'note strong' }, 'There are too few draws to judge.'));
+    parts.push(h('p', { class: 'note strong' }, `There are too few draws to judge: at least ${kFewestDraws} a chain are needed.`));
   } else {
     const viewer = coefficientViewer(report, diagnostics, names);
     parts.push(tiles(diagnostics), viewer.element, diagnosticsTable(diagnostics, viewer.show));
@@ -68,16 +70,16 @@ const labelOf = ({ group }: GroupDiagnostics, index: number): string =>
   group.names[index] === undefined ? group.columns[index] : `${group.names[index]} (${group.columns[index]})`;
 
 function tiles(diagnostics: GroupDiagnostics): HTMLElement {
-  const { summaries } = diagnostics;
+  const { summaries, group } = diagnostics;
   const tile = (title: string, value: (s: Summary) => number, worse: (a: number, b: number) => boolean, good: (v: number) => boolean, decimals: number) => {
     let worst = 0;
     summaries.forEach((summary, index) => {
       if (worse(value(summary), value(summaries[worst])) || Number.isNaN(value(summary))) worst = index;
     });
     const found = value(summaries[worst]);
-    return h('div', { class: `tile ${good(found) ? 'good' : 'act'}` }, h('p', { class: 'tile-title' }, title),
+    return h('div', { class: `tile ${good(found) && !group.gee ? 'good' : 'act'}` }, h('p', { class: 'tile-title' }, title),
       h('p', { class: 'tile-value' }, fixed(found, decimals)),
-      h('p', { class: 'tile-note' }, `${good(found) ? 'reached' : 'not reached'}; ${labelOf(diagnostics, worst)}`));
+      h('p', { class: 'tile-note' }, `${group.gee ? 'not fit for inference' : good(found) ? 'reached' : 'not reached'}; ${labelOf(diagnostics, worst)}`));
   };
   const less = (a: number, b: number) => a < b;
   const more = (a: number, b: number) => a > b;

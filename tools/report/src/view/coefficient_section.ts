@@ -1,5 +1,5 @@
 // The five fits side by side.
-import { usesGee } from '../analysis/hospital_ratios';
+import { usesGee } from '../analysis/estimating_equations';
 import { originText } from '../model';
 import type { CoefficientBlock, CoefficientFile, Report } from '../model';
 import { chart } from './chart';

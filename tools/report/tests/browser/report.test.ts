@@ -1,5 +1,6 @@
 // The page in Chromium, over the files of real runs: the examples of the project, in the folder that
-// EXAMPLES names (quickstart/results and gee/results).
+// EXAMPLES names (quickstart/results, gee/results and results-clustered, and unfit/results, where the chain and
+// the predictions come from generalized estimating equations).
 import assert from 'node:assert/strict';
 import { mkdirSync, readFileSync, readdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
@@ -15,7 +16,8 @@ import { freshFolder, kHospitalHeader, normalNumbers, six, write } from '../supp
 
 const kExamples = process.env.EXAMPLES ?? join(kScratch, 'examples');
 const kQuickstart = join(kExamples, 'quickstart/results');
-const kGee = join(kExamples, 'gee/results');
+const kGee = join(kExamples, 'unfit/results');
+const kBoth = [join(kExamples, 'gee/results'), join(kExamples, 'gee/results-clustered')];
 const kShots = join(kScratch, 'screenshots');
 
 let browser: Browser;
@@ -164,6 +166,27 @@ test('with estimating equations the fourth block is the expectation, and the pag
   assert.equal(chosen, 'E[Y|X,P=0]');
   assert.match(await textOf(watched.page, '#hospitals'), /draws of the fifth block are then much too wide/);
   assert.match(await textOf(watched.page, '#coefficients'), /fifth block is not fit for inference/);
+  await closeClean(watched);
+});
+
+test('with estimating equations no label is Good, and no statement contradicts another', async () => {
+  const watched = await dropped(kGee);
+  const text = await textOf(watched.page, '#verdict');
+  assert.match(text, /Not fit for inference: with generalized estimating equations/);
+  assert.match(text, /The ratios are not fit for inference/);
+  assert.match(text, /neither are the observed counts, E\[Y\|P=0\]: P is missing in 24 records/);
+  assert.doesNotMatch(text, /\bGood\b|rates agree\.|converged/);
+  assert.equal(await watched.page.$$eval('.tile.good', (tiles) => tiles.length), 0);
+  assert.match(await textOf(watched.page, '#calibration'), /neither are the observed counts/);
+  await closeClean(watched);
+});
+
+test('with both runs dropped the predictions are those of the run without estimating equations', async () => {
+  const watched = await dropped(...kBoth);
+  assert.equal(await watched.page.$eval('#hospitals select', (select) => (select as HTMLSelectElement).value), 'E[Y|X,P=0]-MCMC');
+  const text = await textOf(watched.page, '#verdict');
+  assert.doesNotMatch(text, /not fit for inference/i);
+  assert.match(text, /\bGood\b/);
   await closeClean(watched);
 });
 

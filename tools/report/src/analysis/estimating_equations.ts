@@ -1,0 +1,107 @@
+// One rule: with generalized estimating equations the draws of the chain have the inverse of the
+// covariance that they should have, so they and what is made from them are not fit for inference. The
+// reason is in docs/limits.md. Which files of a report does this concern?
+import type { CoefficientFile, Origin, Report } from '../model';
+import { plural } from '../view/format';
+
+export const kUnfitDraws = 'Not fit for inference: with generalized estimating equations the draws have the inverse of the covariance ' +
+  'that they should have, whatever the figures of the chains are.';
+export const kRemedy = 'What to do: take counts and expectations from a run with false, and standard errors of the four fits from a run ' +
+  'with true and Steps 0.';
+
+/**
+ * With generalized estimating equations the fifth block has its standard error under `ese` and none
+ * under `mse`.
+ */
+export function usesGee(file: CoefficientFile): boolean {
+  const fifth = file.blocks[file.blocks.length - 1];
+  const filled = (cells: { text: string }[]) => cells.some((cell) => cell.text.trim() !== '');
+  return filled(fifth.ese) && !filled(fifth.mse);
+}
+
+const folderOf = (path: string) => path.slice(0, path.lastIndexOf('/') + 1);
+
+/** The coefficient file in the nearest folder above, else the only one of the folder or of all. */
+export function coefficientsBeside(origin: Origin, files: CoefficientFile[]): CoefficientFile | undefined {
+  const same = files.filter((file) => file.origin.folder === origin.folder);
+  const above = same.filter((file) => folderOf(origin.path).startsWith(folderOf(file.origin.path)));
+  const length = (file: CoefficientFile) => folderOf(file.origin.path).length;
+  const nearest = above.sort((a, b) => length(b) - length(a))[0];
+  if (nearest) return nearest;
+  if (same.length === 1) return same[0];
+  return files.length === 1 ? files[0] : undefined;
+}
+
+/** Whether a file comes from a run with the flag, by its coefficient file or else by all there is. */
+export function madeWithGee(report: Report, origin: Origin): boolean {
+  const beside = coefficientsBeside(origin, report.coefficients);
+  if (beside) return usesGee(beside);
+  if (report.coefficients.length > 0) return report.coefficients.some(usesGee);
+  return report.definitions.some((definition) => definition.entries.some(([path, text]) =>
+    path.endsWith('UseGeneralizedEstimatingEquations') && text === 'true'));
+}
+
+const shownPredictions = (report: Report) => report.hospitals[0] ?? report.individuals[0] ?? report.cStatistics[0];
+
+/** Whether the predictions that the page shows first come from such a run; false when there are none. */
+export function predictionsUseGee(report: Report): boolean {
+  const shown = shownPredictions(report);
+  return shown !== undefined && madeWithGee(report, shown.origin);
+}
+
+/** The same, and without predictions whether any coefficients do. */
+export function runUsesGee(report: Report): boolean {
+  return shownPredictions(report) ? predictionsUseGee(report) : report.coefficients.some(usesGee);
+}
+
+/** Whether draws of such a run were kept: in a chain, or as the fifth block of its coefficients. */
+export function hasUnfitDraws(report: Report): boolean {
+  const drawn = (file: CoefficientFile) => file.blocks[file.blocks.length - 1].ese.some((cell) => Number(cell.text) !== 0);
+  return report.chains.some((chain) => chain.steps.length > 0 && madeWithGee(report, chain.origin)) ||
+    report.coefficients.some((file) => usesGee(file) && drawn(file));
+}
+
+/** What is wrong with the columns of predictions: with those observed too where P is missing. */
+export interface UnfitColumns {
+  /** A sentence that names the columns. */
+  text: string;
+  /** Whether the observed counts, E[Y|P=0], are wrong. */
+  observed: boolean;
+  /** Whether the expectations of the fixed fits are averages over values drawn so. */
+  expected: boolean;
+}
+
+/** Null when the predictions come from a run without the flag. */
+export function unfitColumns(report: Report): UnfitColumns | null {
+  if (!predictionsUseGee(report)) return null;
+  const hospitals = report.hospitals.find((file) => !file.derived);
+  const incomplete = hospitals?.rows.reduce((sum, row) => sum + row.records - row.complete, 0) ?? NaN;
+  const missingP = incomplete === 0 ? 0 : report.individuals[0]?.missingP ?? NaN;
+  if (missingP > 0) {
+    return {
+      text: 'With generalized estimating equations E[Y|X,P=0]-MCMC is not fit for inference, and neither are the observed counts, ' +
+        `E[Y|P=0]: P is missing in ${plural(missingP, 'record')} and was filled in with draws that are much too wide.`,
+      observed: true, expected: true,
+    };
+  }
+  if (Number.isNaN(missingP)) {
+    const some = incomplete > 0 ? `: ${plural(incomplete, 'record')} lack P or an X, which were filled in with draws that are much too wide` : '';
+    return {
+      text: 'With generalized estimating equations E[Y|X,P=0]-MCMC is not fit for inference, and neither are the observed counts, ' +
+        `E[Y|P=0], where P is missing${some}.`,
+      observed: true, expected: true,
+    };
+  }
+  const other = incomplete > 0
+    ? ` In ${plural(incomplete, 'record')} an X was filled in with such draws, so the other expectations are off as well. ` +
+      'The observed counts are not affected, for every P is known.'
+    : '';
+  return {
+    text: `With generalized estimating equations E[Y|X,P=0]-MCMC is not fit for inference.${other}`,
+    observed: false, expected: incomplete > 0,
+  };
+}
+
+/** For a sentence on chains. */
+export const kMadeFromDraws = 'Neither is what is made from them: the fifth block, E[Y|X,P=0]-MCMC and, where P is missing, the ' +
+  'observed E[Y|P=0].';
