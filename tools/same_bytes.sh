@@ -58,7 +58,7 @@ rm -rf "$folder/studies"
 mkdir -p "$folder/studies"
 for example in quickstart gee; do
   cp -r "examples/$example" "$folder/studies"
-  rm -rf "$folder/studies/$example/results"
+  rm -rf "$folder/studies/$example"/results*
 done
 seed=1
 while [ "$seed" -le 20 ]; do

@@ -66,7 +66,7 @@ test("Several chains stand in the order of their numbers", {
 test("Chains that do not fit each other or the coefficient file are refused", {
   fails(hovar_chains(c(quickstart("results"), gee("results"))), "other columns or another number of draws")
   fails(hovar_chains(gee("results"), coefficient_file), "11 variables")
-  fails(hovar_chains(run), "6 files named Chain.csv")
+  fails(hovar_chains(run), "8 files named Chain.csv")
   fails(hovar_chains(tempdir()), "0 files named Chain.csv")
 })
 
@@ -87,7 +87,7 @@ test("The tables are the shares of X in the data", {
 })
 
 test("With generalized estimating equations the standard errors stand where they belong", {
-  estimates <- hovar_coefficients(gee("results", "coefficients.csv"))
+  estimates <- hovar_coefficients(gee("drawn", "coefficients.csv"))
   fifth <- estimates$model == "[Y|X,P=0,MCMC]"
   stopifnot(is.na(estimates$mse[fifth]), estimates$ese[fifth] > 0)
   stopifnot(estimates$mse[!fifth] > 0, estimates$ese[!fifth] > 0)

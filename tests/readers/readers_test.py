@@ -68,7 +68,7 @@ class Chains(unittest.TestCase):
             hovar.chains([QUICKSTART / "results", RUN / "gee" / "results"])
         with self.assertRaisesRegex(ValueError, "11 variables"):
             hovar.chains(RUN / "gee" / "results", COEFFICIENTS)
-        with self.assertRaisesRegex(ValueError, "6 files named Chain.csv"):
+        with self.assertRaisesRegex(ValueError, "8 files named Chain.csv"):
             hovar.chains(RUN)
         with tempfile.TemporaryDirectory() as empty:
             with self.assertRaisesRegex(ValueError, "0 files named Chain.csv"):
@@ -115,7 +115,7 @@ class Tables(unittest.TestCase):
         np.testing.assert_allclose([row["x0_z0"], row["x0_z1"]], 1 - shares, rtol=1e-5)
 
     def test_with_gee_the_standard_errors_stand_where_they_belong(self):
-        estimates = hovar.coefficients(RUN / "gee" / "results" / "coefficients.csv")
+        estimates = hovar.coefficients(RUN / "gee" / "drawn" / "coefficients.csv")
         fifth = estimates["model"] == "[Y|X,P=0,MCMC]"
         self.assertTrue(estimates["mse"][fifth].isna().all())
         self.assertTrue((estimates["ese"] > 0).all())

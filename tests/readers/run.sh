@@ -16,12 +16,16 @@ examples=$folder/examples
 mkdir "$examples"
 cp -r examples/quickstart examples/gee "$examples"
 cp -r share "$folder"
-rm -rf "$examples"/*/results
+rm -rf "$examples"/*/results*
 run() {  # EXAMPLE DEFINITION
   (cd "$examples/$1" && "$program" "$2" > "$2.txt")
 }
 run quickstart batch.xml
 run gee batch.xml
+# The chain with generalized estimating equations that the example leaves out.
+sed -e 's|\(EstimatingEquations>\)false<|\1true<|' -e 's|<Folder>results<|<Folder>drawn<|' \
+  "$examples/gee/analysis.xml" > "$examples/gee/drawn.xml"
+run gee drawn.xml
 
 # Three further chains of the quick start, of which one has a number of two digits, and a run without
 # steps.
