@@ -120,19 +120,20 @@ std::string CoefficientList(const Vell::Vector& beta) {
 }
 
 /// What a step reports besides its time.
-std::string RunFit(const Hovar::DataSet& data, bool useGee, double lambda, double& seconds) {
-  Hovar::FitState state({kTolerance, kMaxIterations, lambda});
+std::string RunFit(const Hovar::DataSet& data, const Hovar::FitSettings& settings,
+                   double& seconds) {
+  Hovar::FitState state(settings);
   Vell::Vector beta;
   seconds = ProcessorSecondsOf([&] {
     Hovar::FitRows rows;
     rows.Collect(Hovar::RowsOfYGivenZ(data), data.hospitalSize);
-    beta = Hovar::FitCoefficients(state, rows, useGee);
-    Hovar::EstimatesOf(state, beta, useGee);
+    beta = Hovar::FitCoefficients(state, rows);
+    Hovar::EstimatesOf(state, beta);
   });
   std::string report = Quoted("coef", CoefficientList(beta)) +
                        Quoted("iterations", std::to_string(state.iterationCount));
-  if (useGee) {
-    report += Quoted("alpha", Format("%.10g", state.workingCorrelation));
+  if (settings.workingCorrelation == Hovar::WorkingCorrelation::kExchangeable) {
+    report += Quoted("alpha", Format("%.10g", state.alpha));
   }
   return report;
 }
@@ -169,19 +170,19 @@ void RunWrite(const Arguments& arguments, const Hovar::DataSet& data, const Scor
 }
 
 std::string RunMcmc(Hovar::DataSet& data, double lambda, double& seconds) {
-  const Hovar::RegressionParameters parameters{kTolerance, kMaxIterations, lambda};
+  const Hovar::FitSettings fit{Hovar::WorkingCorrelation::kIndependent,
+                               {kTolerance, kMaxIterations, lambda}};
   Hovar::RegressionResults results;
   results.xzTables.Resize(data.variableCount - 1);
   for (std::int32_t k = 1; k < data.variableCount; ++k) {
     results.xzTables[k - 1] = Hovar::ComputeXzTable(data, k);
   }
-  const Hovar::LogisticRegression regression{false, data.hospitalSize, parameters};
+  const Hovar::LogisticRegression regression{data.hospitalSize, fit};
   const Vell::Vector pGivenX = Hovar::EstimateVector(regression.Fit(Hovar::RowsOfPGivenX(data)));
   const Vell::Vector prior = Hovar::PriorTable(results, data.variableCount);
   const std::filesystem::path folder =
       std::filesystem::temp_directory_path() / ("hovar_step_" + std::to_string(getpid()));
-  const Hovar::HBModelSettings settings{
-      false, parameters, {1, 0, kMcmcIterations}, Vell::String(folder.c_str())};
+  const Hovar::HBModelSettings settings{fit, {1, 0, kMcmcIterations}, Vell::String(folder.c_str())};
   Hovar::HBModel model(data, pGivenX, prior, settings);
   seconds = ProcessorSecondsOf([&] { model.Run(); });
   std::filesystem::remove_all(folder);
@@ -197,9 +198,13 @@ std::string RunStep(const Arguments& arguments) {
   });
   std::string report;
   if (arguments.task == "logit") {
-    report = RunFit(data, false, arguments.lambda, seconds);
+    report = RunFit(
+        data,
+        {Hovar::WorkingCorrelation::kIndependent, {kTolerance, kMaxIterations, arguments.lambda}},
+        seconds);
   } else if (arguments.task == "gee") {
-    report = RunFit(data, true, 0, seconds);
+    report = RunFit(
+        data, {Hovar::WorkingCorrelation::kExchangeable, {kTolerance, kMaxIterations, 0}}, seconds);
   } else if (arguments.task == "cstat") {
     report = RunCStatistic(data, ReadScores(arguments.scoresFile, data.recordCount), seconds);
   } else if (arguments.task == "write") {

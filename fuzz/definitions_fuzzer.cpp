@@ -20,7 +20,7 @@ class Values {
  public:
   void Add(const Vell::String& text) { text_.append(text.View()).push_back('\n'); }
   void Add(std::int32_t number) { text_ += std::to_string(number) + '\n'; }
-  void Add(bool flag) { Add(std::int32_t{flag ? 1 : 0}); }
+  void Add(Hovar::WorkingCorrelation correlation) { Add(static_cast<std::int32_t>(correlation)); }
   void Add(double number) {
     text_ +=
         number != number ? "nan\n" : std::to_string(std::bit_cast<std::uint64_t>(number)) + '\n';

@@ -13,17 +13,18 @@ namespace {
 constexpr double kTolerance = 1e-8;
 constexpr std::int32_t kMaxIterations = 100;
 
-/// One pass over [Y|Z] and its step, from coefficients that are not 0. `score` has been made for
-/// the rows.
+using enum WorkingCorrelation;
+
+/// One pass over [Y|Z] and its step, from `columns` coefficients that are not 0.
 template <typename Score>
-void RunPasses(benchmark::State& state, const FitRows& rows, Score score) {
-  Vell::Vector beta(rows.ColumnCount());
+void RunPasses(benchmark::State& state, FitState& fit, std::int32_t columns, Score score) {
+  Vell::Vector beta(columns);
   for (std::int32_t j = 0; j < beta.Size(); ++j) {
     beta[j] = j == 0 ? -2.5 : 0.25;
   }
   for ([[maybe_unused]] auto iteration : state) {
-    FitState fit({kTolerance, 1, 1.0});
-    const Vell::Vector stepped = FitNewton(fit, beta, score, rows);
+    fit.iterationCount = 0;
+    const Vell::Vector stepped = FitNewton(fit, beta, score);
     benchmark::DoNotOptimize(stepped[0]);
   }
 }
@@ -37,12 +38,14 @@ FitRows RowsOf(const benchmark::State& state) {
 
 void RunIndependentPass(benchmark::State& state) {
   const FitRows rows = RowsOf(state);
-  RunPasses(state, rows, IndependentScore());
+  FitState fit({kIndependent, {kTolerance, 1, 1.0}});
+  RunPasses(state, fit, rows.ColumnCount(), IndependentScore(rows));
 }
 
 void RunExchangeablePass(benchmark::State& state) {
   const FitRows rows = RowsOf(state);
-  RunPasses(state, rows, ExchangeableScore(rows));
+  FitState fit({kExchangeable, {kTolerance, 1, 1.0}});
+  RunPasses(state, fit, rows.ColumnCount(), ExchangeableScore(fit, rows));
 }
 
 /// The whole fit of [Y|Z], gathering of the records and covariances included.
@@ -56,12 +59,12 @@ void RunFit(benchmark::State& state, const LogisticRegression& regression, const
 
 void RunIndependentFit(benchmark::State& state) {
   const DataSet& data = DataOfSize(state.range(0), state.range(1)).data;
-  RunFit(state, {false, data.hospitalSize, {kTolerance, kMaxIterations, 1.0}}, data);
+  RunFit(state, {data.hospitalSize, {kIndependent, {kTolerance, kMaxIterations, 1.0}}}, data);
 }
 
 void RunExchangeableFit(benchmark::State& state) {
   const DataSet& data = DataOfSize(state.range(0), state.range(1)).data;
-  RunFit(state, {true, data.hospitalSize, {kTolerance, kMaxIterations, 0.0}}, data);
+  RunFit(state, {data.hospitalSize, {kExchangeable, {kTolerance, kMaxIterations, 0.0}}}, data);
 }
 
 }  // namespace

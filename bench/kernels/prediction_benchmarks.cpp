@@ -36,7 +36,8 @@ void Sweep(benchmark::State& state) {
     results.xzTables[k - 1] = ComputeXzTable(data, k);
   }
   const Vell::Vector priorTable = PriorTable(results, data.variableCount);
-  const LogisticRegression regression{false, data.hospitalSize, {1e-8, 100, 1.0}};
+  const LogisticRegression regression{data.hospitalSize,
+                                      {WorkingCorrelation::kIndependent, {1e-8, 100, 1.0}}};
   const Vell::Vector pGivenX = EstimateVector(regression.Fit(RowsOfPGivenX(data)));
   const Vell::Vector yGivenX = EstimateVector(regression.Fit(RowsOfYGivenXWithoutP(data)));
   const ImputationModel model{yGivenX, pGivenX, priorTable};

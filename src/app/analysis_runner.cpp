@@ -19,11 +19,12 @@ void AnalysisRunner::Run() {
   EliminateColumns(dataSet, definition_.linearDependenceTolerance);
 
   RegressionResults results;
-  RunRegressionAnalysis(results, dataSet, definition_.parameters,
-                        definition_.useGeneralizedEstimatingEquations);
+  const WorkingCorrelation correlation = definition_.useGeneralizedEstimatingEquations;
+  RunRegressionAnalysis(results, dataSet, {correlation, definition_.parameters});
   RunMcmcStage(results, dataSet,
-               {definition_.useGeneralizedEstimatingEquations, definition_.parametersMcmc,
-                definition_.mcmc, Vell::JoinPath(definition_.folder, definition_.mcmcSubFolder)});
+               {{correlation, definition_.parametersMcmc},
+                definition_.mcmc,
+                Vell::JoinPath(definition_.folder, definition_.mcmcSubFolder)});
 
   WriteOutputFile(Vell::JoinPath(definition_.folder, definition_.regressionCoefficients),
                   [&](Vell::IO::TextWriter& writer) { WriteCoefficientFile(results, writer); });

@@ -10,13 +10,13 @@ namespace {
 
 using Vell::Exceptions::Exception;
 
-bool ReadFlagElement(Vell::XmlReader& reader, std::string_view name) {
-  const Vell::String text = reader.ReadTextElement(name);
+WorkingCorrelation ReadWorkingCorrelation(Vell::XmlReader& reader) {
+  const Vell::String text = reader.ReadTextElement("UseGeneralizedEstimatingEquations");
   if (text.View() == "true") {
-    return true;
+    return WorkingCorrelation::kExchangeable;
   }
   if (text.View() == "false") {
-    return false;
+    return WorkingCorrelation::kIndependent;
   }
   throw Exception("Invalid value in \"UseGeneralizedEstimatingEquations\" tag");
 }
@@ -57,8 +57,7 @@ AnalysisDefinition ReadAnalysisDefinition(Vell::XmlReader& reader) {
   definition.logFile = reader.ReadTextElement("LogFile");
   reader.ReadEndTag("Output");
   reader.ReadStartTag("Regression");
-  definition.useGeneralizedEstimatingEquations =
-      ReadFlagElement(reader, "UseGeneralizedEstimatingEquations");
+  definition.useGeneralizedEstimatingEquations = ReadWorkingCorrelation(reader);
   reader.ReadStartTag("LinearDependence");
   definition.linearDependenceTolerance = reader.ReadRealElement("Tolerance");
   reader.ReadEndTag("LinearDependence");

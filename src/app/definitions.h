@@ -11,7 +11,7 @@
 #include "foundation/string.h"
 #include "foundation/xml/xml_reader.h"
 #include "mcmc/mcmc_settings.h"
-#include "regression/newton.h"
+#include "regression/fit_settings.h"
 
 namespace Hovar {
 
@@ -22,7 +22,7 @@ struct AnalysisDefinition {
   Vell::String regressionCoefficients;
   Vell::String mcmcSubFolder;
   Vell::String logFile;
-  bool useGeneralizedEstimatingEquations = false;
+  WorkingCorrelation useGeneralizedEstimatingEquations = WorkingCorrelation::kIndependent;
   double linearDependenceTolerance = 0;
   RegressionParameters parameters;
   RegressionParameters parametersMcmc;

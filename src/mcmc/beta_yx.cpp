@@ -12,11 +12,8 @@
 
 namespace Hovar {
 
-BetaYX::BetaYX(const DataSet& dataSet, const RegressionParameters& parameters,
-               bool useGeneralizedEstimatingEquations)
-    : dataSet_(dataSet),
-      parameters_(parameters),
-      useGeneralizedEstimatingEquations_(useGeneralizedEstimatingEquations) {}
+BetaYX::BetaYX(const DataSet& dataSet, const FitSettings& settings)
+    : dataSet_(dataSet), settings_(settings) {}
 
 void BetaYX::Initialize() {
   const std::int32_t columns = dataSet_.x.Columns();
@@ -39,9 +36,9 @@ Vell::String BetaYX::GetName(std::int32_t component) const {
 double BetaYX::AcceptanceProbability(const Vell::Vector& /*proposal*/) { return 1; }
 
 void BetaYX::Propose(Vell::Vector& proposal) {
-  FitState state(parameters_);
+  FitState state(settings_);
   fitRows_.Collect(RowsOfYGivenXWithoutImputedP(dataSet_), dataSet_.hospitalSize);
-  fittedCoefficients_ = FitCoefficients(state, fitRows_, useGeneralizedEstimatingEquations_);
+  fittedCoefficients_ = FitCoefficients(state, fitRows_);
   UpdateFactor(state);
   // The deviates are used as they are drawn, the last component's first.
   for (std::int32_t i = proposal.Size() - 1; i >= 0; --i) {
@@ -52,7 +49,7 @@ void BetaYX::Propose(Vell::Vector& proposal) {
 }
 
 void BetaYX::UpdateFactor(const FitState& state) {
-  if (!useGeneralizedEstimatingEquations_) {
+  if (settings_.workingCorrelation == WorkingCorrelation::kIndependent) {
     factor_ = state.factor;
     return;
   }
@@ -69,12 +66,13 @@ void BetaYX::UpdateFactor(const FitState& state) {
 
 void BetaYX::Finalize() {
   const std::int32_t columns = Values().Size();
+  const bool isEmpirical = settings_.workingCorrelation == WorkingCorrelation::kExchangeable;
   resultTable_ = Vell::Matrix(columns, 3);
   for (std::int32_t i = 0; i < columns; ++i) {
     const double standardError = std::sqrt(Statistics(i).Variance(Model().Kept()));
     resultTable_(i, 0) = Statistics(i).Mean(Model().Kept());
-    resultTable_(i, 1) = useGeneralizedEstimatingEquations_ ? -1 : standardError;
-    resultTable_(i, 2) = useGeneralizedEstimatingEquations_ ? standardError : -1;
+    resultTable_(i, 1) = isEmpirical ? -1 : standardError;
+    resultTable_(i, 2) = isEmpirical ? standardError : -1;
   }
 }
 

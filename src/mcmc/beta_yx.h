@@ -14,15 +14,15 @@ namespace Hovar {
 /// accepts: it is a draw from the approximate conditional posterior, not a random walk.
 ///
 /// The draw is the fit plus r with L^T r = z, z independent standard normal deviates: r has the
-/// covariance (L L^T)^-1. Without generalized estimating equations L is the Cholesky factor of the
-/// fit's information matrix, so that covariance is the usual inverse information. With them L is
-/// the factor of the empirical covariance itself; the draws then have its inverse as their
-/// covariance and are very wide, the more so the more records there are. This is a known limit: the
-/// fifth block of such an analysis does not serve for inference.
+/// covariance (L L^T)^-1. For independent records L is the Cholesky factor of the fit's information
+/// matrix, so that covariance is the usual inverse information. With an exchangeable working
+/// correlation L is the factor of the empirical covariance itself; the draws then have its inverse
+/// as their covariance and are very wide, the more so the more records there are. This is a known
+/// limit: the fifth block of such an analysis does not serve for inference.
 class BetaYX final : public Vell::Mcmc::McmcVector {
  public:
-  BetaYX(const DataSet& dataSet, const RegressionParameters& parameters,
-         bool useGeneralizedEstimatingEquations);
+  /// The data set must outlive the variable.
+  BetaYX(const DataSet& dataSet, const FitSettings& settings);
 
   /// One row per coefficient: posterior mean, standard error, robust standard error, of which one
   /// does not apply and holds -1.
@@ -38,8 +38,7 @@ class BetaYX final : public Vell::Mcmc::McmcVector {
   void UpdateFactor(const FitState& state);
 
   const DataSet& dataSet_;
-  RegressionParameters parameters_;
-  bool useGeneralizedEstimatingEquations_;
+  FitSettings settings_;
   FitRows fitRows_;  // kept for its memory
   Vell::Vector fittedCoefficients_;
   Vell::SymmetricMatrix factor_;

@@ -7,7 +7,7 @@ namespace Hovar {
 HBModel::HBModel(DataSet& dataSet, const Vell::Vector& pGivenX, const Vell::Vector& priorTable,
                  const HBModelSettings& settings)
     : settings_(settings),
-      betaYX_(dataSet, settings.regression, settings.useGeneralizedEstimatingEquations),
+      betaYX_(dataSet, settings.regression),
       imputeData_(dataSet, betaYX_, pGivenX, priorTable) {}
 
 void HBModel::Run() {

@@ -7,14 +7,13 @@
 #include "mcmc/impute_data.h"
 #include "mcmc/mcmc_model.h"
 #include "mcmc/mcmc_settings.h"
-#include "regression/newton.h"
+#include "regression/fit_settings.h"
 
 namespace Hovar {
 
 /// What the hierarchical model takes from a definition.
 struct HBModelSettings {
-  bool useGeneralizedEstimatingEquations = false;
-  RegressionParameters regression;
+  FitSettings regression;
   McmcSettings mcmc;
   /// Receives the chain and the summary.
   Vell::String chainFolder;

@@ -10,7 +10,7 @@ void RunMcmcStage(RegressionResults& results, DataSet& dataSet, const HBModelSet
   const Vell::Vector priorTable = PriorTable(results, dataSet.variableCount);
   HBModel model(dataSet, pGivenX, priorTable, settings);
   Vell::IO::StandardOutput().WriteLine("MCMC Analysis",
-                                       FitKindLabel(settings.useGeneralizedEstimatingEquations));
+                                       FitKindLabel(settings.regression.workingCorrelation));
   model.Run();
   const Vell::Matrix& table = model.ResultTable();
   CoefficientEstimates& block = results.Block(Model::kYGivenXWithoutPMcmc);

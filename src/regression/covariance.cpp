@@ -40,9 +40,9 @@ Vell::Matrix OuterProducts(const Vell::Matrix& hospitalScores) {
 
 Vell::SymmetricMatrix ModelCovariance(const FitState& state) {
   Vell::SymmetricMatrix covariance = Vell::CholeskyInverse(state.factor);
-  if (state.workingCorrelation != 0) {
+  if (state.alpha != 0) {
     for (double& element : covariance.Elements()) {
-      element *= 1 - state.workingCorrelation;
+      element *= 1 - state.alpha;
     }
   }
   return covariance;

@@ -6,7 +6,8 @@
 
 namespace Hovar {
 
-ExchangeableScore::ExchangeableScore(const FitRows& rows) : clusterSize_(rows.ClusterSize()) {
+ExchangeableScore::ExchangeableScore(FitState& state, const FitRows& rows)
+    : state_(state), rows_(rows), clusterSize_(rows.ClusterSize()) {
   const std::int32_t hospitals = clusterSize_.Size();
   const std::int32_t columns = rows.ColumnCount();
   Vell::CheckedSize(static_cast<std::uint64_t>(hospitals) * static_cast<std::uint64_t>(columns));
@@ -15,7 +16,14 @@ ExchangeableScore::ExchangeableScore(const FitRows& rows) : clusterSize_(rows.Cl
   pearsonSums_.Resize(hospitals);
 }
 
-void ExchangeableScore::Begin() {
+void ExchangeableScore::SumPass(NormalEquations& equations, RecordBlock& block,
+                                const Vell::Vector& beta) {
+  BeginPass();
+  SumBlocks(equations, block, rows_, beta, [&] { AddBlock(equations, block); });
+  Assemble(equations);
+}
+
+void ExchangeableScore::BeginPass() noexcept {
   residualSums_.Fill(0);
   deviationSums_.Fill(0);
   std::fill(pearsonSums_.begin(), pearsonSums_.end(), 0.0);
@@ -24,20 +32,16 @@ void ExchangeableScore::Begin() {
   recordsLeft_ = 0;
 }
 
-void ExchangeableScore::Evaluate(RecordBlock& block) noexcept {
+void ExchangeableScore::AddBlock(NormalEquations& equations, RecordBlock& block) noexcept {
   EvaluateExchangeableTerms(block, terms_);
-}
-
-void ExchangeableScore::Add(NormalEquations& equations, const RecordBlock& block,
-                            const FitRows& rows) noexcept {
-  AddInformation(equations.crossproducts, {}, block, rows);
+  AddInformation(equations.crossproducts, {}, block, rows_);
   for (std::int32_t begin = 0; begin < block.count;) {
     while (recordsLeft_ == 0) {
       recordsLeft_ = clusterSize_[++hospital_];
     }
     const std::int32_t end = begin + std::min(recordsLeft_, block.count - begin);
     AddColumnSums({residualSums_.Row(hospital_), block.residual},
-                  {deviationSums_.Row(hospital_), terms_.deviation}, rows,
+                  {deviationSums_.Row(hospital_), terms_.deviation}, rows_,
                   {block.index, begin, end});
     for (std::int32_t i = begin; i < end; ++i) {
       const double pearson = terms_.pearson[static_cast<std::size_t>(i)];
@@ -49,7 +53,7 @@ void ExchangeableScore::Add(NormalEquations& equations, const RecordBlock& block
   }
 }
 
-double ExchangeableScore::EstimateCorrelation() const {
+double ExchangeableScore::EstimateCorrelation() const noexcept {
   double records = 0;       // N
   double orderedPairs = 0;  // M
   double sumsSquared = 0;
@@ -66,16 +70,16 @@ double ExchangeableScore::EstimateCorrelation() const {
   return (sumsSquared - pearsonSquares_) / ((orderedPairs - columns) * dispersion);
 }
 
-void ExchangeableScore::Assemble(NormalEquations& equations, FitState& state) {
+void ExchangeableScore::Assemble(NormalEquations& equations) {
   const double alpha = EstimateCorrelation();
   const std::int32_t columns = residualSums_.Columns();
-  state.workingCorrelation = alpha;
-  state.hospitalScores = residualSums_;
+  state_.alpha = alpha;
+  state_.hospitalScores = residualSums_;
   Vell::SymmetricMatrix correction(columns);  // sum of c_h B_h B_h^T
   for (std::int32_t h = 0; h < clusterSize_.Size(); ++h) {
     const double c = clusterSize_[h] > 0 ? alpha / ((clusterSize_[h] - 1) * alpha + 1) : 0.0;
     const std::span<const double> deviations = deviationSums_.Row(h);
-    const std::span<double> scores = state.hospitalScores.Row(h);
+    const std::span<double> scores = state_.hospitalScores.Row(h);
     for (std::int32_t j = 0; j < columns; ++j) {
       const double deviation = deviations[static_cast<std::size_t>(j)];
       double& score = scores[static_cast<std::size_t>(j)];

@@ -36,17 +36,22 @@ namespace Hovar {
 
 class ExchangeableScore {
  public:
+  /// Every pass leaves its alpha and its hospital scores in `state`, which must outlive the score,
+  /// as must the rows.
   /// Errors: "Integer overflow" when hospitals * columns exceeds 2^31 - 1; "Out of memory".
-  explicit ExchangeableScore(const FitRows& rows);
+  ExchangeableScore(FitState& state, const FitRows& rows);
 
-  void Begin();
-  void Evaluate(RecordBlock& block) noexcept;
-  void Add(NormalEquations& equations, const RecordBlock& block, const FitRows& rows) noexcept;
-  void Assemble(NormalEquations& equations, FitState& state);
+  /// See FitNewton. Errors: "Out of memory".
+  void SumPass(NormalEquations& equations, RecordBlock& block, const Vell::Vector& beta);
 
  private:
-  double EstimateCorrelation() const;
+  void BeginPass() noexcept;
+  void AddBlock(NormalEquations& equations, RecordBlock& block) noexcept;
+  void Assemble(NormalEquations& equations);
+  double EstimateCorrelation() const noexcept;
 
+  FitState& state_;
+  const FitRows& rows_;
   const Vell::IndexVector& clusterSize_;  // n_h
   Vell::Matrix residualSums_;             // A, hospitals x columns
   Vell::Matrix deviationSums_;            // B, hospitals x columns

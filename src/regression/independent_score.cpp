@@ -3,10 +3,9 @@
 #include "regression/logistic_kernels.h"
 
 namespace Hovar {
+namespace {
 
-void IndependentScore::Begin() {}
-
-void IndependentScore::Evaluate(RecordBlock& block) noexcept {
+void Evaluate(RecordBlock& block) noexcept {
   if (block.isAtZero) {  // mu is 1/2, and the weights are not asked for
     for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i) {
       block.residual[i] = block.response[i] - 0.5;
@@ -16,13 +15,14 @@ void IndependentScore::Evaluate(RecordBlock& block) noexcept {
   EvaluateIndependentTerms(block);
 }
 
-void IndependentScore::Add(NormalEquations& equations, const RecordBlock& block,
-                           const FitRows& rows) noexcept {
-  AddInformation(equations.crossproducts, equations.score.Span(), block, rows);
-}
+}  // namespace
 
-void IndependentScore::Assemble(NormalEquations& /*equations*/, FitState& state) {
-  state.workingCorrelation = 0;
+void IndependentScore::SumPass(NormalEquations& equations, RecordBlock& block,
+                               const Vell::Vector& beta) const noexcept {
+  SumBlocks(equations, block, rows_, beta, [&] {
+    Evaluate(block);
+    AddInformation(equations.crossproducts, equations.score.Span(), block, rows_);
+  });
 }
 
 }  // namespace Hovar

@@ -9,11 +9,15 @@ namespace Hovar {
 /// that it keeps its digits where mu is close to 1.
 class IndependentScore {
  public:
-  static void Begin();
-  static void Evaluate(RecordBlock& block) noexcept;
-  static void Add(NormalEquations& equations, const RecordBlock& block,
-                  const FitRows& rows) noexcept;
-  static void Assemble(NormalEquations& equations, FitState& state);
+  /// The rows must outlive the score.
+  explicit IndependentScore(const FitRows& rows) noexcept : rows_(rows) {}
+
+  /// See FitNewton.
+  void SumPass(NormalEquations& equations, RecordBlock& block,
+               const Vell::Vector& beta) const noexcept;
+
+ private:
+  const FitRows& rows_;
 };
 
 }  // namespace Hovar

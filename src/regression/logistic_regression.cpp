@@ -13,36 +13,39 @@ namespace Hovar {
 namespace {
 
 void WarnOfIterationLimit(const FitState& state) {
-  if (state.iterationCount >= state.parameters.maxIterations) {
+  if (state.iterationCount >= state.settings.parameters.maxIterations) {
     Vell::IO::Log().WriteLine("Warning: Maximum number of iterations reached");
   }
 }
 
 }  // namespace
 
-Vell::Vector FitCoefficients(FitState& state, const FitRows& rows,
-                             bool useGeneralizedEstimatingEquations) {
+Vell::Vector FitCoefficients(FitState& state, const FitRows& rows) {
   Vell::Vector beta(rows.ColumnCount());
-  if (useGeneralizedEstimatingEquations) {
-    ExchangeableScore score(rows);
-    beta = FitNewton(state, std::move(beta), score, rows);
-  } else {
-    IndependentScore score;
-    beta = FitNewton(state, std::move(beta), score, rows);
+  switch (state.settings.workingCorrelation) {
+    case WorkingCorrelation::kIndependent: {
+      const IndependentScore score(rows);
+      beta = FitNewton(state, std::move(beta), score);
+      break;
+    }
+    case WorkingCorrelation::kExchangeable: {
+      ExchangeableScore score(state, rows);
+      beta = FitNewton(state, std::move(beta), score);
+      break;
+    }
   }
   WarnOfIterationLimit(state);
   return beta;
 }
 
-CoefficientEstimates EstimatesOf(const FitState& state, const Vell::Vector& beta,
-                                 bool useGeneralizedEstimatingEquations) {
+CoefficientEstimates EstimatesOf(const FitState& state, const Vell::Vector& beta) {
   CoefficientEstimates estimates(beta.Size());
   const Vell::SymmetricMatrix model = ModelCovariance(state);
   for (std::int32_t j = 0; j < beta.Size(); ++j) {
     estimates[j].estimate = beta[j];
     estimates[j].modelStandardError = std::sqrt(model(j, j));
   }
-  if (useGeneralizedEstimatingEquations) {
+  if (state.settings.workingCorrelation == WorkingCorrelation::kExchangeable) {
     const Vell::SymmetricMatrix empirical = EmpiricalCovariance(state);
     for (std::int32_t j = 0; j < beta.Size(); ++j) {
       estimates[j].empiricalStandardError = std::sqrt(empirical(j, j));

@@ -7,32 +7,30 @@
 
 namespace Hovar {
 
-/// Fits one model from zero coefficients, with generalized estimating equations or for independent
-/// records, and returns the coefficients. A fit that reaches its iteration limit is kept, with a
-/// warning in the log.
-/// Errors: "Non positive matrix in Cholesky decomposition"; "Integer overflow"; "Out of memory".
-Vell::Vector FitCoefficients(FitState& state, const FitRows& rows,
-                             bool useGeneralizedEstimatingEquations);
+/// Fits one model from zero coefficients, as the state's settings say, and returns one coefficient
+/// (log-odds) per column of the rows. A fit that reaches its iteration limit is kept, with a
+/// warning in the log. Errors: "Non positive matrix in Cholesky decomposition"; "Integer overflow";
+/// "Out of memory".
+Vell::Vector FitCoefficients(FitState& state, const FitRows& rows);
 
-/// Coefficients with the standard errors that the fit's covariances give: model-based ones, and
-/// empirical ones with generalized estimating equations.
-CoefficientEstimates EstimatesOf(const FitState& state, const Vell::Vector& beta,
-                                 bool useGeneralizedEstimatingEquations);
+/// The coefficients of a fit with the standard errors that its covariances give: model-based ones,
+/// and empirical ones where the records of a hospital are correlated.
+/// Errors: "Out of memory".
+CoefficientEstimates EstimatesOf(const FitState& state, const Vell::Vector& beta);
 
-/// The settings that all models of an analysis are fitted with.
+/// What all models of an analysis are fitted with.
 struct LogisticRegression {
-  bool useGeneralizedEstimatingEquations;
-  const Vell::IndexVector& hospitalSize;
-  RegressionParameters parameters;
+  const Vell::IndexVector& hospitalSize;  // of the data set, whose records stand by hospital
+  FitSettings settings;
 
   /// Fits one model. Errors: as FitCoefficients.
   template <RowSource Rows>
   CoefficientEstimates Fit(const Rows& rows) const {
-    FitState state(parameters);
+    FitState state(settings);
     FitRows fitRows;
     fitRows.Collect(rows, hospitalSize);
-    const Vell::Vector beta = FitCoefficients(state, fitRows, useGeneralizedEstimatingEquations);
-    return EstimatesOf(state, beta, useGeneralizedEstimatingEquations);
+    const Vell::Vector beta = FitCoefficients(state, fitRows);
+    return EstimatesOf(state, beta);
   }
 };
 

@@ -26,7 +26,7 @@ void AddInformation(TriangleSums& crossproducts, std::span<double> columnSums,
 }
 
 bool StepNewton(FitState& state, Vell::Vector& beta, NormalEquations& equations) {
-  const double lambda = state.parameters.priorPrecision;
+  const double lambda = state.settings.parameters.priorPrecision;
   for (std::int32_t j = 0; j < beta.Size(); ++j) {
     equations.information(j, j) += lambda;
     equations.score[j] -= lambda * beta[j];
@@ -35,7 +35,7 @@ bool StepNewton(FitState& state, Vell::Vector& beta, NormalEquations& equations)
   const Vell::Vector step = Vell::CholeskySolve(state.factor, equations.score);
   // A NaN counts as 0 in both norms, so a fit that has lost its way stops here.
   state.lastStep = Vell::MaximumNorm(step);
-  if (state.parameters.tolerance * Vell::MaximumNorm(beta) >= state.lastStep) {
+  if (state.settings.parameters.tolerance * Vell::MaximumNorm(beta) >= state.lastStep) {
     return false;
   }
   Vell::AddInPlace(beta, step);

@@ -9,8 +9,8 @@
 //
 //     (H + lambda I) delta = g - lambda beta,     beta := beta + delta.
 //
-// What a record adds to H and g is the matter of a score type: IndependentScore for independent
-// records, ExchangeableScore for records that are correlated within hospitals.
+// What a pass sums up is the matter of a score type: IndependentScore for independent records,
+// ExchangeableScore for records that are correlated within hospitals.
 //
 // Source: P. McCullagh, J. A. Nelder, Generalized Linear Models, 2nd ed. (1989), section 4.4; the
 // prior adds a ridge as in S. le Cessie, J. C. van Houwelingen, Applied Statistics 41 (1992),
@@ -18,38 +18,30 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <span>
 
-#include "data/data_set.h"
 #include "linalg/cholesky.h"
 #include "linalg/matrix.h"
 #include "linalg/symmetric_matrix.h"
 #include "linalg/vector.h"
 #include "regression/design_sums.h"
 #include "regression/fit_rows.h"
+#include "regression/fit_settings.h"
 
 namespace Hovar {
-
-struct RegressionParameters {
-  /// A fit has converged when no step component exceeds tolerance times the largest coefficient.
-  double tolerance = 0;
-  /// The limit of applied steps; at least one is applied, unless the first is exactly 0.
-  std::int32_t maxIterations = 0;
-  /// lambda, the precision of the zero-mean prior of each coefficient.
-  double priorPrecision = 0;
-};
 
 /// The state of a fit, and what the covariances need after it. Factor, correlation and hospital
 /// scores are those of the last assembled pass, so they stand one step behind the coefficients when
 /// the iteration limit ended the fit.
 struct FitState {
-  explicit FitState(const RegressionParameters& fitParameters) : parameters(fitParameters) {}
+  explicit FitState(const FitSettings& fitSettings) : settings(fitSettings) {}
 
-  RegressionParameters parameters;
+  FitSettings settings;
   double lastStep = 0;  // largest |delta_j| of the last solved pass
   std::int32_t iterationCount = 0;
-  Vell::SymmetricMatrix factor;   // Cholesky factor of H + lambda I
-  double workingCorrelation = 0;  // alpha; 0 for independent records
-  Vell::Matrix hospitalScores;    // hospitals x columns, for correlated records only
+  Vell::SymmetricMatrix factor;  // Cholesky factor of H + lambda I
+  double alpha = 0;              // estimated working correlation; 0 for independent records
+  Vell::Matrix hospitalScores;   // U, hospitals x columns, for correlated records only
 };
 
 /// What a pass sums up: the information H and the score g.
@@ -89,29 +81,33 @@ void AddInformation(TriangleSums& crossproducts, std::span<double> columnSums,
 /// Errors: "Non positive matrix in Cholesky decomposition"; "Out of memory".
 bool StepNewton(FitState& state, Vell::Vector& beta, NormalEquations& equations);
 
-/// Runs Newton's method from `beta` and returns the final coefficients. A score has the members
-/// Begin() for the start of a pass, Evaluate(block) for the weights and residuals of a block,
-/// Add(equations, block, rows) for what its records add to the crossproducts and the score, and
-/// Assemble(equations, state) for the end of a pass.
+/// Sums the blocks of a pass at `beta`: addBlock(), with the block begun, adds its records to the
+/// crossproducts, which become the information, and may add them to the score.
+template <typename AddBlock>
+void SumBlocks(NormalEquations& equations, RecordBlock& block, const FitRows& rows,
+               const Vell::Vector& beta, AddBlock addBlock) {
+  equations.crossproducts.SetToZero();
+  std::fill(equations.score.begin(), equations.score.end(), 0.0);
+  for (std::int32_t i = 0; i < rows.BlockCount(); ++i) {
+    BeginBlock(block, rows, i, beta);
+    addBlock();
+  }
+  equations.crossproducts.CopyTo(equations.information);
+}
+
+/// Runs Newton's method from `beta`, one entry per column of the rows, and returns the final
+/// coefficients. `score` belongs to the same rows; its SumPass(equations, block, beta) fills the
+/// information and the score at `beta`, with the block as its work space.
 template <typename Score>
-Vell::Vector FitNewton(FitState& state, Vell::Vector beta, Score& score, const FitRows& rows) {
+Vell::Vector FitNewton(FitState& state, Vell::Vector beta, Score& score) {
   RecordBlock block;
-  NormalEquations equations(rows.ColumnCount());
+  NormalEquations equations(beta.Size());
   do {
-    equations.crossproducts.SetToZero();
-    std::fill(equations.score.begin(), equations.score.end(), 0.0);
-    score.Begin();
-    for (std::int32_t i = 0; i < rows.BlockCount(); ++i) {
-      BeginBlock(block, rows, i, beta);
-      score.Evaluate(block);
-      score.Add(equations, block, rows);
-    }
-    equations.crossproducts.CopyTo(equations.information);
-    score.Assemble(equations, state);
+    score.SumPass(equations, block, beta);
     if (!StepNewton(state, beta, equations)) {
       break;
     }
-  } while (state.iterationCount < state.parameters.maxIterations);
+  } while (state.iterationCount < state.settings.parameters.maxIterations);
   return beta;
 }
 

@@ -15,26 +15,24 @@ void FitBlock(RegressionResults& results, Model model, const LogisticRegression&
 }  // namespace
 
 void RunRegressionAnalysis(RegressionResults& results, const DataSet& dataSet,
-                           const RegressionParameters& parameters,
-                           bool useGeneralizedEstimatingEquations) {
+                           const FitSettings& settings) {
   results.xNames = dataSet.xNames;
   results.zNames = dataSet.zNames;
   Vell::IO::StandardOutput().WriteLine("Regression analysis",
-                                       FitKindLabel(useGeneralizedEstimatingEquations));
+                                       FitKindLabel(settings.workingCorrelation));
   results.xzTables.Resize(dataSet.variableCount - 1);
   for (std::int32_t k = 1; k < dataSet.variableCount; ++k) {
     results.xzTables[k - 1] = ComputeXzTable(dataSet, k);
   }
-  const LogisticRegression regression{useGeneralizedEstimatingEquations, dataSet.hospitalSize,
-                                      parameters};
+  const LogisticRegression regression{dataSet.hospitalSize, settings};
   FitBlock(results, Model::kPGivenX, regression, RowsOfPGivenX(dataSet));
   FitBlock(results, Model::kYGivenZ, regression, RowsOfYGivenZ(dataSet));
   FitBlock(results, Model::kYGivenX, regression, RowsOfYGivenX(dataSet));
   FitBlock(results, Model::kYGivenXWithoutP, regression, RowsOfYGivenXWithoutP(dataSet));
 }
 
-std::string_view FitKindLabel(bool useGeneralizedEstimatingEquations) {
-  return useGeneralizedEstimatingEquations ? " GEE:" : "";
+std::string_view FitKindLabel(WorkingCorrelation workingCorrelation) noexcept {
+  return workingCorrelation == WorkingCorrelation::kExchangeable ? " GEE:" : "";
 }
 
 }  // namespace Hovar

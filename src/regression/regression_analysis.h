@@ -1,7 +1,9 @@
 #pragma once
 
+#include <string_view>
+
 #include "data/data_set.h"
-#include "regression/newton.h"
+#include "regression/fit_settings.h"
 #include "regression/regression_results.h"
 
 namespace Hovar {
@@ -11,10 +13,9 @@ namespace Hovar {
 /// Errors: "Cannot compute XZ table"; those of the fits; "Invalid argument" for a data set without
 ///         variables; "Out of memory".
 void RunRegressionAnalysis(RegressionResults& results, const DataSet& dataSet,
-                           const RegressionParameters& parameters,
-                           bool useGeneralizedEstimatingEquations);
+                           const FitSettings& settings);
 
 /// What the headings of the stages say about the kind of fit: " GEE:" or nothing.
-std::string_view FitKindLabel(bool useGeneralizedEstimatingEquations);
+std::string_view FitKindLabel(WorkingCorrelation workingCorrelation) noexcept;
 
 }  // namespace Hovar

@@ -44,7 +44,7 @@ TEST(AnalysisDefinitionTest, EveryElementGoesToItsField) {
   EXPECT_EQ(read.regressionCoefficients.View(), "coefficients.csv");
   EXPECT_EQ(read.mcmcSubFolder.View(), "chain");
   EXPECT_EQ(read.logFile.View(), "run.log");
-  EXPECT_TRUE(read.useGeneralizedEstimatingEquations);
+  EXPECT_EQ(read.useGeneralizedEstimatingEquations, Hovar::WorkingCorrelation::kExchangeable);
   EXPECT_EQ(read.linearDependenceTolerance, 1e-9);
   EXPECT_EQ(read.parameters.tolerance, 0.25);
   EXPECT_EQ(read.parameters.maxIterations, 50);
@@ -58,8 +58,9 @@ TEST(AnalysisDefinitionTest, EveryElementGoesToItsField) {
 }
 
 TEST(AnalysisDefinitionTest, TheFlagIsTrueOrFalse) {
-  EXPECT_FALSE(Read(Hovar::ReadAnalysisDefinition, Changed(kAnalysisContent, ">true<", ">false<"))
-                   .useGeneralizedEstimatingEquations);
+  EXPECT_EQ(Read(Hovar::ReadAnalysisDefinition, Changed(kAnalysisContent, ">true<", ">false<"))
+                .useGeneralizedEstimatingEquations,
+            Hovar::WorkingCorrelation::kIndependent);
   for (const char* flag : {"True", " true", "1", ""}) {
     SCOPED_TRACE(flag);
     const std::string text = Changed(kAnalysisContent, ">true<", ">" + std::string(flag) + "<");

@@ -60,10 +60,12 @@ HBModelRun RunModel(DataSet& data, HBModelSetup setup) {
   setup.priorTable.resize(2 * (count - 1), 0.5);
   const Vell::Vector pGivenX = MakeVector(setup.pGivenX);
   const Vell::Vector priorTable = MakeVector(setup.priorTable);
-  const Hovar::HBModelSettings settings = {.useGeneralizedEstimatingEquations = setup.isCorrelated,
-                                           .regression = setup.regression,
-                                           .mcmc = setup.mcmc,
-                                           .chainFolder = Vell::String(scratch.File("mcmc"))};
+  const Hovar::HBModelSettings settings = {
+      .regression = {setup.isCorrelated ? Hovar::WorkingCorrelation::kExchangeable
+                                        : Hovar::WorkingCorrelation::kIndependent,
+                     setup.regression},
+      .mcmc = setup.mcmc,
+      .chainFolder = Vell::String(scratch.File("mcmc"))};
   RandomGenerator::Reset();
   RandomGenerator::Seed(21, 42);
   HBModelRun run;
@@ -445,8 +447,8 @@ TEST(HBModelTest, EmpiricalVarianceThatFailsLaterKeepsThePreviousFactor) {
   const Vell::Vector pGivenX(1);
   const Vell::Vector priorTable;
   const Hovar::HBModelSettings settings = {
-      .useGeneralizedEstimatingEquations = true,
-      .regression = {.tolerance = 1e-13, .maxIterations = 100, .priorPrecision = 0.3},
+      .regression = {Hovar::WorkingCorrelation::kExchangeable,
+                     {.tolerance = 1e-13, .maxIterations = 100, .priorPrecision = 0.3}},
       .mcmc = {.thinning = 1, .burnin = 0, .steps = 2},
       .chainFolder = Vell::String(scratch.File("mcmc"))};
   DataSet data = MakeDataSet(text);
@@ -469,8 +471,8 @@ TEST(HBModelTest, OutOfMemoryIsNeverTakenForAFailingEmpiricalVariance) {
   const Vell::Vector pGivenX(3);
   const Vell::Vector priorTable(4);
   const Hovar::HBModelSettings settings = {
-      .useGeneralizedEstimatingEquations = true,
-      .regression = {.tolerance = 1e-6, .maxIterations = 20, .priorPrecision = 0.3},
+      .regression = {Hovar::WorkingCorrelation::kExchangeable,
+                     {.tolerance = 1e-6, .maxIterations = 20, .priorPrecision = 0.3}},
       .mcmc = {.thinning = 1, .burnin = 0, .steps = 1},
       .chainFolder = Vell::String(scratch.File("mcmc"))};
   DataSet data = MakeComplete();

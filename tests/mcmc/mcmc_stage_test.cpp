@@ -35,8 +35,9 @@ RegressionResults MakeResults(double pIntercept, double prior0, double prior1) {
 class McmcStageTest : public testing::Test {
  protected:
   Hovar::HBModelSettings MakeSettings(bool isCorrelated) const {
-    return {.useGeneralizedEstimatingEquations = isCorrelated,
-            .regression = {.tolerance = 1e-9, .maxIterations = 50, .priorPrecision = 1},
+    return {.regression = {isCorrelated ? Hovar::WorkingCorrelation::kExchangeable
+                                        : Hovar::WorkingCorrelation::kIndependent,
+                           {.tolerance = 1e-9, .maxIterations = 50, .priorPrecision = 1}},
             .mcmc = {.thinning = 1, .burnin = 1, .steps = 3},
             .chainFolder = Vell::String(scratch_.File("mcmc"))};
   }

@@ -20,6 +20,7 @@ namespace {
 using Hovar::CoefficientEstimates;
 using Hovar::DataSet;
 using Hovar::RegressionParameters;
+using enum Hovar::WorkingCorrelation;
 using Testing::ExpectFit;
 using Testing::ExpectRelative;
 using Testing::FitDense;
@@ -32,16 +33,16 @@ using Testing::MakeProblemOfX;
 using Testing::Tight;
 
 FitOutcome Fit(const DataSet& data, const RegressionParameters& parameters) {
-  return Testing::ObserveFit(data, parameters, true);
+  return Testing::ObserveFit(data, parameters, kExchangeable);
 }
 
 /// The working correlation that a fit ends with.
 double CorrelationOf(const DataSet& data, const RegressionParameters& parameters) {
   Hovar::FitRows rows;
   rows.Collect(RowsOfYGivenX(data), data.hospitalSize);
-  Hovar::FitState state(parameters);
-  FitCoefficients(state, rows, true);
-  return state.workingCorrelation;
+  Hovar::FitState state({kExchangeable, parameters});
+  FitCoefficients(state, rows);
+  return state.alpha;
 }
 
 void ExpectSame(const CoefficientEstimates& actual, const CoefficientEstimates& expected,
@@ -305,7 +306,7 @@ TEST(CorrelatedRegressionTest, CorrelationOfExactlyZeroLeavesTheModelCovarianceA
     const FitOutcome fit = Fit(data, Tight(0.5));
     EXPECT_EQ(fit.log, "");
     EXPECT_EQ(CorrelationOf(data, Tight(0.5)), 0.0);
-    const CoefficientEstimates independent = FitYGivenX(data, Tight(0.5), false);
+    const CoefficientEstimates independent = FitYGivenX(data, Tight(0.5), kIndependent);
     for (std::int32_t j = 0; j < independent.Size(); ++j) {
       ExpectRelative(fit.estimates[j].estimate, independent[j].estimate, 1e-13, "estimate");
       ExpectRelative(fit.estimates[j].modelStandardError, independent[j].modelStandardError, 1e-13,
@@ -348,7 +349,7 @@ TEST(CorrelatedRegressionTest, HospitalsTimesColumnsMustFitInto32Bits) {
 TEST(CorrelatedRegressionTest, EachFailingAllocationEndsInOutOfMemory) {
   const DataSet data = MakeDataSet("A 1 0 0 1\nA 1 0 0 0\nB 0 0 0 1\nB 1 0 0 0\n");
   Testing::ExpectOutOfMemoryAtEachAllocation([&] {
-    FitYGivenX(data, {.tolerance = 1e-6, .maxIterations = 3, .priorPrecision = 1}, true);
+    FitYGivenX(data, {.tolerance = 1e-6, .maxIterations = 3, .priorPrecision = 1}, kExchangeable);
   });
 }
 

@@ -77,9 +77,9 @@ inline bool IsAny(std::int32_t /*record*/) { return true; }
 /// Fits [Y|X].
 inline Hovar::CoefficientEstimates FitYGivenX(const Hovar::DataSet& data,
                                               const Hovar::RegressionParameters& parameters,
-                                              bool useGeneralizedEstimatingEquations) {
-  return Hovar::LogisticRegression{useGeneralizedEstimatingEquations, data.hospitalSize, parameters}
-      .Fit(Hovar::RowsOfYGivenX(data));
+                                              Hovar::WorkingCorrelation correlation) {
+  return Hovar::LogisticRegression{data.hospitalSize, {correlation, parameters}}.Fit(
+      Hovar::RowsOfYGivenX(data));
 }
 
 /// Compares estimates and standard errors with a dense fit.
@@ -111,10 +111,10 @@ struct FitOutcome : Outcome {
 
 inline FitOutcome ObserveFit(const Hovar::DataSet& data,
                              const Hovar::RegressionParameters& parameters,
-                             bool useGeneralizedEstimatingEquations) {
+                             Hovar::WorkingCorrelation correlation) {
   FitOutcome fit;
-  static_cast<Outcome&>(fit) = Observe(
-      [&] { fit.estimates = FitYGivenX(data, parameters, useGeneralizedEstimatingEquations); });
+  static_cast<Outcome&>(fit) =
+      Observe([&] { fit.estimates = FitYGivenX(data, parameters, correlation); });
   return fit;
 }
 

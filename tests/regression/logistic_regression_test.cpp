@@ -19,6 +19,7 @@ namespace {
 using Hovar::CoefficientEstimates;
 using Hovar::DataSet;
 using Hovar::RegressionParameters;
+using enum Hovar::WorkingCorrelation;
 using Testing::ExpectFit;
 using Testing::ExpectRelative;
 using Testing::FitDense;
@@ -31,7 +32,7 @@ using Testing::MakeProblemOfX;
 using Testing::Tight;
 
 FitOutcome Fit(const DataSet& data, const RegressionParameters& parameters) {
-  return Testing::ObserveFit(data, parameters, false);
+  return Testing::ObserveFit(data, parameters, kIndependent);
 }
 
 /// Intercept only: so many records with Y = 1 and with Y = 0.
@@ -64,7 +65,7 @@ TEST(LogisticRegressionTest, WithPriorAgreesWithAMinimiserOfThePenalisedLikeliho
   ASSERT_EQ(rows.size(), 9U);
   for (std::size_t r = 1; r < rows.size(); ++r) {
     const auto& row = rows[r];  // Lambda, Column, Estimate, ModelError
-    const CoefficientEstimates fit = FitYGivenX(data, Tight(std::stod(row[0])), false);
+    const CoefficientEstimates fit = FitYGivenX(data, Tight(std::stod(row[0])), kIndependent);
     const std::int32_t j = row[1][1] - '0';
     ExpectRelative(fit[j].estimate, std::stold(row[2]), kEightDigits, row[0] + " " + row[1]);
     ExpectRelative(fit[j].modelStandardError, std::stold(row[3]), kEightDigits,
@@ -87,7 +88,7 @@ TEST(LogisticRegressionTest, AgreesWithADenseFit) {
       const auto dense = FitDense(
           MakeProblemOfX(data, [&](std::int32_t i) { return !data.recordHasMissing.Get(i); }),
           false, priorPrecision, 1e-15L, 50);
-      ExpectFit(FitYGivenX(data, Tight(priorPrecision), false), dense, false, 1e-11);
+      ExpectFit(FitYGivenX(data, Tight(priorPrecision), kIndependent), dense, false, 1e-11);
     }
   }
 }
@@ -96,7 +97,7 @@ TEST(LogisticRegressionTest, ScoreIsZeroAtTheOptimum) {
   Testing::SeededRandom random(11);
   const DataSet data = MakeDataSet(Testing::RandomRecords(random, {60, 90, 150}, 5));
   for (const double priorPrecision : {0.0, 0.7}) {
-    const CoefficientEstimates fit = FitYGivenX(data, Tight(priorPrecision), false);
+    const CoefficientEstimates fit = FitYGivenX(data, Tight(priorPrecision), kIndependent);
     Testing::DenseVector beta;
     for (const auto& estimate : fit) {
       beta.push_back(estimate.estimate);
@@ -121,7 +122,7 @@ TEST(LogisticRegressionTest, OrderOfRecordsWithinAHospitalDoesNotMatter) {
   Testing::SeededRandom random(5);
   // Longer than any block in which a fit may take records.
   std::string text = Testing::RandomRecords(random, {1500}, 4);
-  const CoefficientEstimates fit = FitYGivenX(MakeDataSet(text), Tight(0.5), false);
+  const CoefficientEstimates fit = FitYGivenX(MakeDataSet(text), Tight(0.5), kIndependent);
   std::vector<std::string> lines;
   for (std::size_t begin = 0, end; (end = text.find('\n', begin)) != std::string::npos;
        begin = end + 1) {
@@ -131,7 +132,7 @@ TEST(LogisticRegressionTest, OrderOfRecordsWithinAHospitalDoesNotMatter) {
   for (const std::int32_t i : random.Choose(1500, 1500)) {
     shuffled += lines[static_cast<std::size_t>(i)];
   }
-  const CoefficientEstimates other = FitYGivenX(MakeDataSet(shuffled), Tight(0.5), false);
+  const CoefficientEstimates other = FitYGivenX(MakeDataSet(shuffled), Tight(0.5), kIndependent);
   for (std::int32_t j = 0; j < fit.Size(); ++j) {
     ExpectRelative(other[j].estimate, fit[j].estimate, 1e-11, "estimate");
     ExpectRelative(other[j].modelStandardError, fit[j].modelStandardError, 1e-11, "error");
@@ -314,8 +315,9 @@ TEST(LogisticRegressionTest, RecordsAreTakenInHospitalsOfAnySize) {
     sizes.Append(size);
   }
   sizes.Append(0);
-  const auto fit = Hovar::LogisticRegression{false, sizes, Tight(0)}.Fit(RowsOfYGivenX(data));
-  const auto expected = FitYGivenX(data, Tight(0), false);
+  const auto fit =
+      Hovar::LogisticRegression{sizes, {kIndependent, Tight(0)}}.Fit(RowsOfYGivenX(data));
+  const auto expected = FitYGivenX(data, Tight(0), kIndependent);
   for (std::int32_t j = 0; j < 4; ++j) {
     EXPECT_EQ(fit[j].estimate, expected[j].estimate);
   }
@@ -324,7 +326,7 @@ TEST(LogisticRegressionTest, RecordsAreTakenInHospitalsOfAnySize) {
 TEST(LogisticRegressionTest, EachFailingAllocationEndsInOutOfMemory) {
   const DataSet data = MakeDataSet("A 1 0 0 1\nA 1 0 0 0\nB 0 0 0 1\nB 1 0 0 0\n");
   Testing::ExpectOutOfMemoryAtEachAllocation([&] {
-    FitYGivenX(data, {.tolerance = 1e-6, .maxIterations = 3, .priorPrecision = 1}, false);
+    FitYGivenX(data, {.tolerance = 1e-6, .maxIterations = 3, .priorPrecision = 1}, kIndependent);
   });
 }
 

@@ -14,6 +14,7 @@ namespace {
 using Hovar::DataSet;
 using Hovar::Model;
 using Hovar::RegressionResults;
+using enum Hovar::WorkingCorrelation;
 using Testing::FitDense;
 using Testing::MakeDataSet;
 using Testing::MakeProblem;
@@ -65,8 +66,10 @@ TEST(RegressionAnalysisTest, FitsTheFourModelsInTheirOrder) {
   for (const bool isCorrelated : {false, true}) {
     SCOPED_TRACE(isCorrelated);
     RegressionResults results;
-    const Outcome outcome =
-        Observe([&] { RunRegressionAnalysis(results, data, Tight(0.3), isCorrelated); });
+    const Outcome outcome = Observe([&] {
+      RunRegressionAnalysis(results, data,
+                            {isCorrelated ? kExchangeable : kIndependent, Tight(0.3)});
+    });
     EXPECT_EQ(outcome.Failure(), "");
     EXPECT_EQ(outcome.output, std::string("Regression analysis") + (isCorrelated ? " GEE:" : "") +
                                   "\n[P|X]\n[Y|Z]\n[Y|X]\n[Y|X,P=0]\n");
@@ -84,7 +87,7 @@ TEST(RegressionAnalysisTest, FitsTheFourModelsInTheirOrder) {
 TEST(RegressionAnalysisTest, NamesAndTablesAreFilled) {
   const DataSet data = MakeStudy();
   RegressionResults results;
-  Observe([&] { RunRegressionAnalysis(results, data, Tight(1), false); });
+  Observe([&] { RunRegressionAnalysis(results, data, {kIndependent, Tight(1)}); });
   EXPECT_EQ(Testing::Texts(results.xNames),
             (std::vector<std::string>{"XIntercept", "X1", "X2", "X3"}));
   EXPECT_EQ(Testing::Texts(results.zNames),
@@ -101,8 +104,9 @@ TEST(RegressionAnalysisTest, WarningFollowsTheLabelOfItsFit) {
   const DataSet data = MakeDataSet("A 1 0 - -\nA 0 0 - -\nB 0 0 - -\nB 1 0 - -\n");
   RegressionResults results;
   const Outcome outcome = Observe([&] {
-    RunRegressionAnalysis(results, data,
-                          {.tolerance = 1e-6, .maxIterations = 3, .priorPrecision = 0}, false);
+    RunRegressionAnalysis(
+        results, data,
+        {kIndependent, {.tolerance = 1e-6, .maxIterations = 3, .priorPrecision = 0}});
   });
   EXPECT_EQ(outcome.output,
             "Regression analysis\n"
@@ -119,7 +123,9 @@ TEST(RegressionAnalysisTest, WarningFollowsTheLabelOfItsFit) {
 TEST(RegressionAnalysisTest, TableThatCannotBeMadeEndsBeforeTheFits) {
   const DataSet data = MakeDataSet("A 1 0 10 10\nA 0 0 10 01\nA 1 0 00 11\n");
   RegressionResults results;
-  const Outcome outcome = Observe([&] { RunRegressionAnalysis(results, data, Tight(1), true); });
+  const Outcome outcome = Observe([&] {
+    RunRegressionAnalysis(results, data, {kExchangeable, Tight(1)});
+  });
   EXPECT_EQ(outcome.Failure(), "Exception: Cannot compute XZ table");
   EXPECT_EQ(outcome.output, "Regression analysis GEE:\n");
 }
@@ -131,8 +137,9 @@ TEST(RegressionAnalysisTest, FailureOfAFitPassesThrough) {
       "B 1 1 10 10\nB 1 1 11 00\nB 1 1 01 00\n");
   RegressionResults results;
   const Outcome outcome = Observe([&] {
-    RunRegressionAnalysis(results, data,
-                          {.tolerance = 1e-6, .maxIterations = 2, .priorPrecision = 0}, false);
+    RunRegressionAnalysis(
+        results, data,
+        {kIndependent, {.tolerance = 1e-6, .maxIterations = 2, .priorPrecision = 0}});
   });
   EXPECT_EQ(outcome.Failure(), "NumericException: Non positive matrix in Cholesky decomposition");
   EXPECT_TRUE(outcome.output.ends_with("[Y|X,P=0]\n")) << outcome.output;
@@ -143,7 +150,9 @@ TEST(RegressionAnalysisTest, DataSetWithoutVariablesIsRefused) {
   Vell::IndexVector intercept(1);
   RemoveColumns(data, intercept);
   RegressionResults results;
-  const Outcome outcome = Observe([&] { RunRegressionAnalysis(results, data, Tight(1), false); });
+  const Outcome outcome = Observe([&] {
+    RunRegressionAnalysis(results, data, {kIndependent, Tight(1)});
+  });
   EXPECT_EQ(outcome.Failure(), "InvalidArgumentException: Invalid argument");
   EXPECT_EQ(outcome.output, "Regression analysis\n");
 }
