@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "foundation/integer_size.h"
-#include "linalg/kernels/processor.h"
+#include "linalg/kernels/dispatch.h"
 #include "regression/design_sums_avx512.h"
 
 namespace Hovar {
@@ -68,6 +68,14 @@ void AddCrossproductsPlainly(TriangleSums& crossproducts, std::span<double> colu
   }
 }
 
+void AddCrossproductsOfQuartersPlainly(TriangleSums& crossproducts, std::span<double> columnSums,
+                                       const FitRows& rows, std::int32_t block,
+                                       const BlockValues& values) noexcept {
+  BlockValues quarters;
+  quarters.fill(0.25);
+  AddCrossproductsPlainly(crossproducts, columnSums, rows, block, quarters, values);
+}
+
 void AddColumnSumsPlainly(const ColumnSums& first, const ColumnSums& second, const FitRows& rows,
                           const BlockPart& part) noexcept {
   const std::uint64_t* words = rows.Words(part.block, part.begin);
@@ -120,38 +128,20 @@ void ComputeLinearPredictors(BlockValues& values, const FitRows& rows, std::int3
 void AddCrossproducts(TriangleSums& crossproducts, std::span<double> columnSums,
                       const FitRows& rows, std::int32_t block, const BlockValues& weights,
                       const BlockValues& values) noexcept {
-  if constexpr (Vell::kHasAvx512Forms) {
-    if (Vell::BestVectorWidth() == Vell::VectorWidth::kAvx512) {
-      AddCrossproductsAvx512(crossproducts, columnSums, rows, block, weights, values);
-      return;
-    }
-  }
-  AddCrossproductsPlainly(crossproducts, columnSums, rows, block, weights, values);
+  Vell::RunForm<AddCrossproductsPlainly, AddCrossproductsAvx512>(crossproducts, columnSums, rows,
+                                                                 block, weights, values);
 }
 
 void AddCrossproductsOfQuarters(TriangleSums& crossproducts, std::span<double> columnSums,
                                 const FitRows& rows, std::int32_t block,
                                 const BlockValues& values) noexcept {
-  if constexpr (Vell::kHasAvx512Forms) {
-    if (Vell::BestVectorWidth() == Vell::VectorWidth::kAvx512) {
-      AddCrossproductsOfQuartersAvx512(crossproducts, columnSums, rows, block, values);
-      return;
-    }
-  }
-  BlockValues quarters;
-  quarters.fill(0.25);
-  AddCrossproductsPlainly(crossproducts, columnSums, rows, block, quarters, values);
+  Vell::RunForm<AddCrossproductsOfQuartersPlainly, AddCrossproductsOfQuartersAvx512>(
+      crossproducts, columnSums, rows, block, values);
 }
 
 void AddColumnSums(const ColumnSums& first, const ColumnSums& second, const FitRows& rows,
                    const BlockPart& part) noexcept {
-  if constexpr (Vell::kHasAvx512Forms) {
-    if (Vell::BestVectorWidth() == Vell::VectorWidth::kAvx512) {
-      AddColumnSumsAvx512(first, second, rows, part);
-      return;
-    }
-  }
-  AddColumnSumsPlainly(first, second, rows, part);
+  Vell::RunForm<AddColumnSumsPlainly, AddColumnSumsAvx512>(first, second, rows, part);
 }
 
 }  // namespace Hovar

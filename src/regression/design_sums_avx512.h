@@ -4,8 +4,8 @@
 
 namespace Hovar {
 
-// AddCrossproducts, AddCrossproductsOfQuarters and AddColumnSums for processors whose
-// BestVectorWidth() is kAvx512. They exist where kHasAvx512Forms.
+// The forms of AddCrossproducts, AddCrossproductsOfQuarters and AddColumnSums for
+// VectorWidth::kAvx512. They exist where kHasAvx512Forms; see linalg/kernels/dispatch.h.
 void AddCrossproductsAvx512(TriangleSums& crossproducts, std::span<double> columnSums,
                             const FitRows& rows, std::int32_t block, const BlockValues& weights,
                             const BlockValues& values) noexcept;

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "foundation/exponential.h"
-#include "linalg/kernels/vector_form.h"
+#include "linalg/kernels/dispatch.h"
 
 namespace Hovar {
 namespace {

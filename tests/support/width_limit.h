@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linalg/kernels/processor.h"
+#include "linalg/kernels/dispatch.h"
 
 namespace Testing {
 

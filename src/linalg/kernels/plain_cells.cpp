@@ -2,8 +2,8 @@
 
 #include <bit>
 
+#include "linalg/kernels/dispatch.h"
 #include "linalg/kernels/plain_cells_avx512.h"
-#include "linalg/kernels/processor.h"
 
 namespace Vell {
 namespace {
@@ -81,26 +81,15 @@ std::string_view TakeCellsPortably(PackedWriter& writer, std::string_view text,
   return text;
 }
 
-template <bool kMayBeEmpty>
-std::string_view TakeCells(PackedWriter& writer, std::string_view text, std::int32_t& count) {
-  if constexpr (kHasAvx512Forms) {
-    if (BestVectorWidth() == VectorWidth::kAvx512) {
-      return kMayBeEmpty ? TakeTernaryCellsAvx512(writer, text, count)
-                         : TakeBinaryCellsAvx512(writer, text, count);
-    }
-  }
-  return TakeCellsPortably<kMayBeEmpty>(writer, text, count);
-}
-
 }  // namespace
 
 std::string_view TakeBinaryCells(PackedWriter& writer, std::string_view text, std::int32_t& count) {
-  return TakeCells<false>(writer, text, count);
+  return RunForm<TakeCellsPortably<false>, TakeBinaryCellsAvx512>(writer, text, count);
 }
 
 std::string_view TakeTernaryCells(PackedWriter& writer, std::string_view text,
                                   std::int32_t& count) {
-  return TakeCells<true>(writer, text, count);
+  return RunForm<TakeCellsPortably<true>, TakeTernaryCellsAvx512>(writer, text, count);
 }
 
 }  // namespace Vell

@@ -7,8 +7,8 @@
 
 namespace Vell {
 
-// TakeBinaryCells and TakeTernaryCells for processors whose BestVectorWidth() is kAvx512. They
-// exist where kHasAvx512Forms.
+// The forms of TakeBinaryCells and TakeTernaryCells for VectorWidth::kAvx512. They exist where
+// kHasAvx512Forms; see linalg/kernels/dispatch.h.
 std::string_view TakeBinaryCellsAvx512(PackedWriter& writer, std::string_view text,
                                        std::int32_t& count) noexcept;
 std::string_view TakeTernaryCellsAvx512(PackedWriter& writer, std::string_view text,
