@@ -4,12 +4,13 @@
 
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/csv_reader.h"
+#include "foundation/io/csv_rules.h"
 #include "linalg/kernels/plain_cells.h"
 
 namespace Hovar {
 namespace {
 
-bool EndsCell(int c) noexcept { return c == ',' || c == '\n'; }
+using Vell::IO::EndsField;
 
 /// Reads a cell that must hold 0 or 1, up to the end of its number.
 bool ReadBinaryNumber(Vell::IO::Stream& stream) {
@@ -41,7 +42,7 @@ Ternary ReadAnyTernaryCell(Vell::IO::Stream& stream) {
     stream.ReadByte();  // white space before a number, or the first half of a line end
     c = stream.Peek() == '\n' ? '\n' : c;
   }
-  const bool isMissing = EndsCell(c) || c == Vell::IO::kEndOfStream;
+  const bool isMissing = EndsField(c) || c == Vell::IO::kEndOfStream;
   const bool value = !isMissing && ReadBinaryNumber(stream);
   Vell::IO::SkipField(stream);
   return isMissing ? Ternary::kMissing : value ? Ternary::kOne : Ternary::kZero;
@@ -50,10 +51,10 @@ Ternary ReadAnyTernaryCell(Vell::IO::Stream& stream) {
 // The quick forms look at the front of the bytes that were read ahead.
 
 bool IsPlainCell(std::string_view bytes) noexcept {
-  return bytes.size() >= 2 && (bytes[0] == '0' || bytes[0] == '1') && EndsCell(bytes[1]);
+  return bytes.size() >= 2 && (bytes[0] == '0' || bytes[0] == '1') && EndsField(bytes[1]);
 }
 
-bool IsEmptyCell(std::string_view bytes) noexcept { return !bytes.empty() && EndsCell(bytes[0]); }
+bool IsEmptyCell(std::string_view bytes) noexcept { return !bytes.empty() && EndsField(bytes[0]); }
 
 // Rows: plain cells together, then one cell in any form, in turn.
 

@@ -16,9 +16,6 @@ using Vell::Exceptions::Exception;
 using Vell::IO::ReadField;
 using Vell::IO::SkipField;
 
-// Fields of a line before the indicators: key, hospital ID and outcome.
-constexpr std::int32_t kLeadingFields = 3;
-
 /// Measures the file, checks its shape and gives the data set its sizes.
 void MeasureDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
   const Vell::IO::CsvShape shape = Vell::IO::MeasureCsv(stream);
@@ -26,7 +23,7 @@ void MeasureDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t po
     throw Exception("Variable number of fields");
   }
   const std::int64_t covariateFields =
-      std::int64_t{shape.minimumFields} - poaCount - kLeadingFields;
+      std::int64_t{shape.minimumFields} - poaCount - kFieldsBeforeIndicators;
   if (covariateFields % 2 != 0) {
     throw Exception("Wrong number of POA indicators in definition file");
   }
@@ -55,7 +52,7 @@ void ReadHeader(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCoun
   }
   dataSet.zNames = Vell::StringArray(dataSet.variableCount);
   dataSet.xNames = Vell::StringArray(dataSet.variableCount);
-  for (std::int64_t field = 0; field < std::int64_t{kLeadingFields} + poaCount; ++field) {
+  for (std::int64_t field = 0; field < std::int64_t{kFieldsBeforeIndicators} + poaCount; ++field) {
     SkipField(stream);
   }
   ReadNames(dataSet.zNames, "ZIntercept", stream);

@@ -10,6 +10,9 @@ namespace Hovar {
 /// Whether the records' keys stay in memory, for a run that writes them.
 enum class KeyUse { kDrop, kKeep };
 
+/// Fields of a line before the indicators: key, hospital ID and outcome.
+inline constexpr std::int32_t kFieldsBeforeIndicators = 3;
+
 /// Reads a data file: CSV with one header line and one line per patient record, records of one
 /// hospital together. docs/formats.md describes the columns.
 ///

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <string_view>
 
+#include "foundation/io/csv_rules.h"
 #include "linalg/kernels/plain_cells.h"
 
 namespace Hovar {
 namespace {
 
-constexpr std::int32_t kLeadingFields = 3;  // key, hospital ID and outcome
+using Vell::IO::TakePlainField;
 
 /// The whole lines at the front of the window, which widens for that; nothing when the stream ends
 /// before a line does.
@@ -22,37 +23,17 @@ std::string_view WholeLines(Vell::IO::Stream& stream) {
   return {};
 }
 
-/// Takes a field that needs no rules, with the comma behind it, from the front of the text, and
-/// gives it to `field`; false for any other field.
-bool TakeField(std::string_view& text, std::string_view& field) noexcept {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    switch (text[i]) {
-      case ',':
-        field = text.substr(0, i);
-        text.remove_prefix(i + 1);
-        return true;
-      case '"':
-      case '\n':
-      case '\0':
-        return false;
-      default:
-        break;
-    }
-  }
-  return false;
-}
-
 /// The number of variables, the intercept included, of a file with this header line, or 0 if it is
 /// not plain or does not suit the number of indicators.
 std::int32_t CountVariables(std::string_view header, std::int32_t poaCount) noexcept {
   std::int64_t fields = 1;
   std::string_view name;
-  while (TakeField(header, name)) {
+  while (TakePlainField(header, name)) {
     ++fields;
   }
   // The last name ends the line.
-  const bool isPlain = header.find_first_of(std::string_view("\"\0", 2)) == std::string_view::npos;
-  const std::int64_t covariateFields = fields - kLeadingFields - poaCount;
+  const bool isPlain = !Vell::IO::NeedsRules(header);
+  const std::int64_t covariateFields = fields - kFieldsBeforeIndicators - poaCount;
   const bool isShaped = poaCount >= 0 && covariateFields >= 2 && covariateFields % 2 == 0;
   return isPlain && isShaped ? static_cast<std::int32_t>(covariateFields / 2 + 1) : 0;
 }
@@ -113,8 +94,9 @@ class PlainRecords {
   bool TakeRecord(std::string_view& text) {
     std::string_view key;
     std::string_view id;
-    return TakeField(text, key) && TakeField(text, id) && TakeKey(key) && TakeHospital(id) &&
-           TakeOutcome(text) && TakePresentOnAdmission(text) && TakeCovariates(text);
+    return TakePlainField(text, key) && TakePlainField(text, id) && TakeKey(key) &&
+           TakeHospital(id) && TakeOutcome(text) && TakePresentOnAdmission(text) &&
+           TakeCovariates(text);
   }
 
   bool TakeKey(std::string_view key) {

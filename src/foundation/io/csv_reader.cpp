@@ -4,15 +4,11 @@
 
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/integer_size.h"
+#include "foundation/io/csv_rules.h"
 #include "foundation/io/number_scanner.h"
 
 namespace Vell::IO {
 namespace {
-
-constexpr char kSeparator = ',';
-constexpr char kQuote = '"';
-
-bool EndsField(int c) noexcept { return c == kSeparator || c == '\n'; }
 
 int ReadFieldByte(Stream& stream) {
   const int c = stream.ReadByte();
@@ -47,7 +43,7 @@ void ReadQuoted(Stream& stream, Sink append) {
   }
 }
 
-/// Reads one field and passes its bytes to `append`; the only place that knows the quoting rules.
+/// Reads one field by the rules and passes its bytes to `append`.
 template <typename Sink>
 void ReadFieldBytes(Stream& stream, Sink append) {
   int c = ReadFieldByte(stream);
@@ -67,8 +63,8 @@ void ReadFieldBytes(Stream& stream, Sink append) {
   }
 }
 
-/// The fields of a line (without its line feed) that needs no rules: it holds neither a quote nor a
-/// NUL byte, so every comma separates. 0 for any other line.
+/// The fields of a line (without its line feed) that needs no rules, so that every comma separates.
+/// 0 for any other line.
 std::uint64_t CountPlainFields(std::string_view line) noexcept {
   std::uint64_t commas = 0;
   std::uint64_t special = 0;
@@ -79,20 +75,13 @@ std::uint64_t CountPlainFields(std::string_view line) noexcept {
     std::uint8_t partSpecial = 0;
     for (const char c : part) {
       partCommas = static_cast<std::uint8_t>(partCommas + (c == kSeparator ? 1 : 0));
-      partSpecial = static_cast<std::uint8_t>(partSpecial | (c == kQuote || c == '\0' ? 1 : 0));
+      partSpecial = static_cast<std::uint8_t>(partSpecial | (NeedsRules(c) ? 1 : 0));
     }
     commas += partCommas;
     special += partSpecial;
     line.remove_prefix(part.size());
   }
   return special == 0 ? commas + 1 : 0;
-}
-
-/// True for a byte that makes a field need rules.
-bool IsSpecial(char c) noexcept { return c == kQuote || c == '\0'; }
-
-bool HoldsSpecialByte(std::string_view text) noexcept {
-  return text.find(kQuote) != std::string_view::npos || text.find('\0') != std::string_view::npos;
 }
 
 /// Takes the next line, with its line feed, if it lies in the window and needs no rules, and
@@ -157,7 +146,7 @@ void ReadField(String& field, Stream& stream) {
   field.Clear();
   const std::string_view window = stream.Window();
   std::size_t length = 0;
-  while (length < window.size() && !EndsField(window[length]) && !IsSpecial(window[length])) {
+  while (length < window.size() && !EndsField(window[length]) && !NeedsRules(window[length])) {
     ++length;
   }
   if (length < window.size() && EndsField(window[length])) {
@@ -188,7 +177,7 @@ int SkipField(Stream& stream) {
 void SkipRecord(Stream& stream) {
   const std::string_view window = stream.Window();
   const std::size_t end = window.find('\n');
-  if (end != std::string_view::npos && !HoldsSpecialByte(window.substr(0, end))) {
+  if (end != std::string_view::npos && !NeedsRules(window.substr(0, end))) {
     stream.TakeFromWindow(end + 1);
     return;
   }

@@ -1,9 +1,6 @@
 #pragma once
 
-// Reading comma-separated text. A field is either unquoted (anything but a comma, a line feed or a
-// double quote) or quoted: enclosed in double quotes, with every double quote inside doubled. A
-// record ends with a single line feed; a carriage return is an ordinary character of its field.
-// There is no comment syntax. docs/formats.md describes the files.
+// Reading comma-separated text by the rules of csv_rules.h. docs/formats.md describes the files.
 
 #include <cstdint>
 

@@ -1,23 +1,22 @@
 #include "foundation/io/csv_writer.h"
 
-#include <algorithm>
+#include "foundation/io/csv_rules.h"
 
 namespace Vell::IO {
 
 void WriteField(TextWriter& writer, std::string_view text) {
-  const auto needsQuotes = [](char c) { return c == ',' || c == '\n' || c == '"'; };
-  if (std::none_of(text.begin(), text.end(), needsQuotes)) {
+  if (!NeedsQuotes(text)) {
     writer.Write(text);
     return;
   }
-  writer.Write('"');
+  writer.Write(kQuote);
   for (const char c : text) {
-    if (c == '"') {
-      writer.Write('"');
+    if (c == kQuote) {
+      writer.Write(kQuote);
     }
     writer.Write(c);
   }
-  writer.Write('"');
+  writer.Write(kQuote);
 }
 
 }  // namespace Vell::IO
