@@ -26,8 +26,8 @@ struct Concordance {
 /// than nor equal to anything.
 class PredictionRanking {
  public:
-  /// Ranks the first `records` predictions. The cost grows linearly with the records unless very
-  /// many predictions are as good as equal.
+  /// Ranks the first `records` predictions. The cost grows linearly with the records while they are
+  /// spread over their range, and at worst as that of sorting.
   /// Errors: InvalidArgumentException "Index out of range" when there are fewer predictions than
   ///         records, "Invalid argument" for a negative number; "Out of memory".
   PredictionRanking(const Vell::Vector& predictions, std::int32_t records);
