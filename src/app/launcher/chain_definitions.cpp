@@ -4,16 +4,19 @@
 #include <string_view>
 #include <utility>
 
-#include "app/launcher/chain_seeds.h"
 #include "app/launcher/definition_file.h"
 #include "app/launcher/files.h"
 #include "app/launcher/message.h"
 #include "app/launcher/shown_path.h"
 #include "foundation/io/number_text.h"
 #include "foundation/io/standard_writers.h"
+#include "foundation/random/chain_seeds.h"
 
 namespace Hovar {
 namespace {
+
+using Vell::SeedOfChain;
+using Vell::SeedWords;
 
 /// The places in a definition that differ from chain to chain.
 struct ChangingPlaces {

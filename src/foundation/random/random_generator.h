@@ -1,8 +1,8 @@
 #pragma once
 
-// The one source of randomness: a pair of 16-bit multiply-with-carry generators with the
-// multipliers 36969 and 18000 (G. Marsaglia, posting to sci.stat.math, 1999), combined in this
-// system's own way: the first word moved up by 16 bits, exclusive-or the low 16 bits of the second.
+// The one source of randomness: a pair of 16-bit multiply-with-carry generators (G. Marsaglia,
+// posting to sci.stat.math, 1999), combined in this system's own way: the first word moved up by 16
+// bits, exclusive-or the low 16 bits of the second.
 // The state is the process's. It starts at the words 1 and 1, every definition that is read seeds
 // it anew, and nothing else resets it.
 
@@ -14,10 +14,14 @@ namespace Vell {
 
 class RandomGenerator {
  public:
+  /// A step takes a word x to multiplier * (x mod 2^16) + (x div 2^16).
+  static constexpr std::uint32_t kMultiplierZ = 36969;
+  static constexpr std::uint32_t kMultiplierW = 18000;
+
   /// Advances both generators and returns their combination.
   static std::uint32_t NextWord() noexcept {
-    state_.z = 36969 * (state_.z & 0xFFFF) + (state_.z >> 16);
-    state_.w = 18000 * (state_.w & 0xFFFF) + (state_.w >> 16);
+    state_.z = kMultiplierZ * (state_.z & 0xFFFF) + (state_.z >> 16);
+    state_.w = kMultiplierW * (state_.w & 0xFFFF) + (state_.w >> 16);
     return (state_.z << 16) ^ (state_.w & 0xFFFF);
   }
 

@@ -1,4 +1,4 @@
-#include "app/launcher/chain_seeds.h"
+#include "foundation/random/chain_seeds.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,13 @@
 #include <set>
 #include <vector>
 
-namespace Hovar {
+#include "foundation/random/random_generator.h"
+
+namespace Vell {
 namespace {
+
+constexpr std::uint32_t kMultiplierZ = RandomGenerator::kMultiplierZ;
+constexpr std::uint32_t kMultiplierW = RandomGenerator::kMultiplierW;
 
 /// One step of a word, as the generator makes it.
 std::uint32_t Step(std::uint32_t word, std::uint32_t multiplier) {
@@ -101,4 +106,4 @@ TEST(SeedOfChainTest, StridesSpreadChainsOverTheCircle) {
 }
 
 }  // namespace
-}  // namespace Hovar
+}  // namespace Vell

@@ -1,8 +1,10 @@
-#include "app/launcher/chain_seeds.h"
+#include "foundation/random/chain_seeds.h"
 
 #include <algorithm>
 
-namespace Hovar {
+#include "foundation/random/random_generator.h"
+
+namespace Vell {
 
 std::uint32_t WordAfterSteps(std::uint32_t word, std::uint32_t multiplier,
                              std::uint64_t steps) noexcept {
@@ -24,8 +26,10 @@ SeedWords SeedOfChain(const SeedWords& definition, std::uint32_t chain) noexcept
     return definition;
   }
   // The generator takes 0 for 1.
-  return {WordAfterSteps(std::max(definition.z, 1U), kMultiplierZ, kStrideZ * (chain - 1)),
-          WordAfterSteps(std::max(definition.w, 1U), kMultiplierW, kStrideW * (chain - 1))};
+  return {WordAfterSteps(std::max(definition.z, 1U), RandomGenerator::kMultiplierZ,
+                         kStrideZ * (chain - 1)),
+          WordAfterSteps(std::max(definition.w, 1U), RandomGenerator::kMultiplierW,
+                         kStrideW * (chain - 1))};
 }
 
-}  // namespace Hovar
+}  // namespace Vell

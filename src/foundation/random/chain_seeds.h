@@ -15,8 +15,9 @@
 
 #include <cstdint>
 
-namespace Hovar {
+namespace Vell {
 
+/// The two words that a seed gives the random generator, which takes 0 for 1.
 struct SeedWords {
   std::uint32_t z = 1;
   std::uint32_t w = 1;
@@ -32,9 +33,8 @@ SeedWords SeedOfChain(const SeedWords& definition, std::uint32_t chain) noexcept
 std::uint32_t WordAfterSteps(std::uint32_t word, std::uint32_t multiplier,
                              std::uint64_t steps) noexcept;
 
-inline constexpr std::uint32_t kMultiplierZ = 36969;
-inline constexpr std::uint32_t kMultiplierW = 18000;
+/// Steps between the beginnings of two chains that follow each other.
 inline constexpr std::uint64_t kStrideZ = 748'686'492;
 inline constexpr std::uint64_t kStrideW = 364'531'279;
 
-}  // namespace Hovar
+}  // namespace Vell
