@@ -5,15 +5,12 @@
 #include <span>
 
 #include "foundation/exceptions/exceptions.h"
+#include "linalg/bidiagonalisation.h"
 
 namespace Vell {
 namespace {
 
 constexpr int kMaxIterations = 30;
-
-double WithSignOf(double magnitude, double sign) noexcept {
-  return sign >= 0 ? std::fabs(magnitude) : -std::fabs(magnitude);
-}
 
 /// sqrt(a^2 + b^2) without overflow in between.
 double Hypotenuse(double a, double b) noexcept {
@@ -40,163 +37,23 @@ void RotateColumns(Matrix& matrix, std::int32_t a, std::int32_t b, double c, dou
   }
 }
 
-/// The work of one decomposition: u begins as A and ends as U.
-class Decomposition {
+/// The QR steps of one decomposition, on a bidiagonal form and its factors.
+class Diagonalisation {
  public:
-  Decomposition(Matrix& u, Vector& w, Matrix& v)
-      : m_(u.Rows()), n_(u.Columns()), u_(u), w_(w), v_(v), superdiagonal_(n_) {}
+  Diagonalisation(Matrix& u, Vector& w, Matrix& v, Vector& superdiagonal)
+      : n_(u.Columns()), u_(u), w_(w), v_(v), superdiagonal_(superdiagonal) {
+    for (std::int32_t i = 0; i < n_; ++i) {
+      norm_ = std::max(norm_, std::fabs(w_[i]) + std::fabs(superdiagonal_[i]));
+    }
+  }
 
   void Run() {
-    Bidiagonalise();
-    AccumulateRight();
-    AccumulateLeft();
     for (std::int32_t k = n_ - 1; k >= 0; --k) {
       Diagonalise(k);
     }
   }
 
  private:
-  /// Reflections from the left zero column i below the diagonal, those from the right row i behind
-  /// the superdiagonal. The reflection vectors stay in u for the accumulations.
-  void Bidiagonalise() {
-    double previous = 0;
-    for (std::int32_t i = 0; i < n_; ++i) {
-      superdiagonal_[i] = previous;
-      w_[i] = i < m_ ? ReflectColumn(i) : 0;
-      previous = i < m_ && i != n_ - 1 ? ReflectRow(i) : 0;
-      norm_ = std::max(norm_, std::fabs(w_[i]) + std::fabs(superdiagonal_[i]));
-    }
-  }
-
-  double ReflectColumn(std::int32_t i) {
-    double scale = 0;
-    for (std::int32_t k = i; k < m_; ++k) {
-      scale += std::fabs(u_(k, i));
-    }
-    if (scale == 0) {
-      return 0;
-    }
-    double s = 0;
-    for (std::int32_t k = i; k < m_; ++k) {
-      u_(k, i) /= scale;
-      s += u_(k, i) * u_(k, i);
-    }
-    const double f = u_(i, i);
-    const double g = -WithSignOf(std::sqrt(s), f);
-    const double h = f * g - s;
-    u_(i, i) = f - g;
-    for (std::int32_t j = i + 1; j < n_; ++j) {
-      double product = 0;
-      for (std::int32_t k = i; k < m_; ++k) {
-        product += u_(k, i) * u_(k, j);
-      }
-      const double factor = product / h;
-      for (std::int32_t k = i; k < m_; ++k) {
-        u_(k, j) += factor * u_(k, i);
-      }
-    }
-    for (std::int32_t k = i; k < m_; ++k) {
-      u_(k, i) *= scale;
-    }
-    return scale * g;
-  }
-
-  double ReflectRow(std::int32_t i) {
-    const std::int32_t first = i + 1;
-    double scale = 0;
-    for (std::int32_t k = first; k < n_; ++k) {
-      scale += std::fabs(u_(i, k));
-    }
-    if (scale == 0) {
-      return 0;
-    }
-    double s = 0;
-    for (std::int32_t k = first; k < n_; ++k) {
-      u_(i, k) /= scale;
-      s += u_(i, k) * u_(i, k);
-    }
-    const double f = u_(i, first);
-    const double g = -WithSignOf(std::sqrt(s), f);
-    const double h = f * g - s;
-    u_(i, first) = f - g;
-    for (std::int32_t j = first; j < m_; ++j) {
-      double product = 0;
-      for (std::int32_t k = first; k < n_; ++k) {
-        product += u_(j, k) * u_(i, k);
-      }
-      for (std::int32_t k = first; k < n_; ++k) {
-        u_(j, k) += product * (u_(i, k) / h);
-      }
-    }
-    for (std::int32_t k = first; k < n_; ++k) {
-      u_(i, k) *= scale;
-    }
-    return scale * g;
-  }
-
-  void AccumulateRight() {
-    for (std::int32_t i = n_ - 1; i >= 0; --i) {
-      const std::int32_t first = i + 1;
-      if (first < n_) {
-        if (superdiagonal_[first] != 0) {
-          AccumulateRowReflection(i);
-        }
-        for (std::int32_t j = first; j < n_; ++j) {
-          v_(i, j) = v_(j, i) = 0;
-        }
-      }
-      v_(i, i) = 1;
-    }
-  }
-
-  /// Applies the reflection that zeroed row i to the columns of v behind it.
-  void AccumulateRowReflection(std::int32_t i) {
-    const std::int32_t first = i + 1;
-    for (std::int32_t j = first; j < n_; ++j) {
-      // Two divisions, lest the product of the divisors underflow.
-      v_(j, i) = u_(i, j) / u_(i, first) / superdiagonal_[first];
-    }
-    for (std::int32_t j = first; j < n_; ++j) {
-      double product = 0;
-      for (std::int32_t k = first; k < n_; ++k) {
-        product += u_(i, k) * v_(k, j);
-      }
-      for (std::int32_t k = first; k < n_; ++k) {
-        v_(k, j) += product * v_(k, i);
-      }
-    }
-  }
-
-  void AccumulateLeft() {
-    for (std::int32_t i = std::min(m_, n_) - 1; i >= 0; --i) {
-      const std::int32_t first = i + 1;
-      for (std::int32_t j = first; j < n_; ++j) {
-        u_(i, j) = 0;
-      }
-      if (w_[i] == 0) {
-        for (std::int32_t k = i; k < m_; ++k) {
-          u_(k, i) = 0;
-        }
-      } else {
-        const double inverse = 1 / w_[i];
-        for (std::int32_t j = first; j < n_; ++j) {
-          double product = 0;
-          for (std::int32_t k = first; k < m_; ++k) {
-            product += u_(k, i) * u_(k, j);
-          }
-          const double factor = product / u_(i, i) * inverse;
-          for (std::int32_t k = i; k < m_; ++k) {
-            u_(k, j) += factor * u_(k, i);
-          }
-        }
-        for (std::int32_t k = i; k < m_; ++k) {
-          u_(k, i) *= inverse;
-        }
-      }
-      u_(i, i) += 1;
-    }
-  }
-
   bool IsNegligible(double x) const noexcept { return std::fabs(x) + norm_ == norm_; }
 
   /// Brings singular value k to convergence, given that those behind it have converged.
@@ -294,13 +151,12 @@ class Decomposition {
     w_[k] = x;
   }
 
-  std::int32_t m_;
   std::int32_t n_;
   Matrix& u_;
   Vector& w_;
   Matrix& v_;
-  Vector superdiagonal_;  // element i stands between the diagonal elements i - 1 and i
-  double norm_ = 0;
+  Vector& superdiagonal_;  // element i stands between the diagonal elements i - 1 and i
+  double norm_ = 0;        // of the bidiagonal form: the largest sum of a column
 };
 
 /// The exponent e for which the largest absolute entry lies in [2^(e-1), 2^e); 0 for a matrix that
@@ -342,7 +198,9 @@ void Decompose(SvdResult& result, const Matrix& a) {
   for (std::int32_t i = 0; i < a.Rows(); ++i) {
     MultiplyByPowerOfTwo(result.u.Row(i), -exponent);
   }
-  Decomposition(result.u, result.w, result.v).Run();
+  Vector superdiagonal(a.Columns());
+  Bidiagonalise(result.u, result.w, superdiagonal, result.v);
+  Diagonalisation(result.u, result.w, result.v, superdiagonal).Run();
   MultiplyByPowerOfTwo(result.w.Span(), exponent);
   result.smallestValue = Minimum(result.w);
   if (result.smallestValue < 0) {
