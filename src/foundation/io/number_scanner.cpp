@@ -3,19 +3,13 @@
 #include <array>
 #include <string_view>
 
+#include "foundation/ascii.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/number_text.h"
 #include "foundation/string.h"
 
 namespace Vell::IO {
 namespace {
-
-constexpr bool IsBlank(int c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
-constexpr bool IsDigit(int c) noexcept { return c >= '0' && c <= '9'; }
-constexpr int ToLower(int c) noexcept { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c; }
-constexpr bool IsHexDigit(int c) noexcept {
-  return IsDigit(c) || (ToLower(c) >= 'a' && ToLower(c) <= 'f');
-}
 
 /// The bytes of a number while it is being read: short ones, that is nearly all, without asking for
 /// memory.

@@ -1,0 +1,19 @@
+#pragma once
+
+// Kinds of bytes as the C locale has them, whatever the environment says. Bytes are passed as char
+// or as what a stream returns; everything that is not ASCII, the end of a stream too, is of no kind.
+
+namespace Vell {
+
+constexpr bool IsDigit(int c) noexcept { return c >= '0' && c <= '9'; }
+
+/// Space, tab, line feed, vertical tab, form feed or carriage return.
+constexpr bool IsBlank(int c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+constexpr int ToLower(int c) noexcept { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c; }
+
+constexpr bool IsHexDigit(int c) noexcept {
+  return IsDigit(c) || (ToLower(c) >= 'a' && ToLower(c) <= 'f');
+}
+
+}  // namespace Vell
