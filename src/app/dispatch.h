@@ -18,8 +18,8 @@ RunKind RunKindOf(const Vell::XmlTag& root);
 
 /// Opens a definition file, lets its root element choose the runner (Analysis, Prediction,
 /// Validation or Batch), builds it from the element's content and checks the root's end tag. By
-/// then the output folder and the empty log file of a single run exist. Errors: FileOpenException;
-/// Exception "Invalid definition file" for any other root; those of
+/// then the output folder and the empty log file of a single run exist.
+/// Errors: FileOpenException; Exception "Invalid definition file" for any other root; those of
 ///         reading the definition.
 RunnerHandle DispatchDefinition(const Vell::String& path);
 

@@ -11,9 +11,8 @@ namespace Hovar {
 /// The first argument is the program's own path. It must hold a backslash, on every platform; what
 /// stands before the last one is the start-up directory.
 /// Errors, each ending as said: "Wrong number of parameters in command line"; "Invalid argument"
-/// for
-///         a path that is missing or holds no backslash; "Cannot determine startup directory" when
-///         nothing stands before it; those of the run.
+///         for a path that is missing or holds no backslash; "Cannot determine startup directory"
+///         when nothing stands before it; those of the run.
 int RunProgram(int argumentCount, const char* const* arguments);
 
 /// The folder of the program's own path: what stands before the last backslash, trimmed.

@@ -5,8 +5,7 @@
 // Per record, x is the row of X, y the outcome, p whether the condition was present on admission; p
 // implies y. With the coefficients a of [P|X] and b of [Y|X,P=0],
 //
-//     P(p = 1 | x) = logistic(x a),     P(y = 1 | x, p = 0) = logistic(x b),     P(y = 1 | p = 1) =
-//     1,
+//     P(p = 1 | x) = logistic(x a),   P(y = 1 | x, p = 0) = logistic(x b),   P(y = 1 | p = 1) = 1,
 //
 // and each X_j has the prior probability q_j given its companion Z_j from the [X|Z] table. A sweep
 // draws every missing cell once from its distribution given all others (Gibbs sampling), in this

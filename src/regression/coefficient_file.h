@@ -19,8 +19,8 @@ void WriteCoefficientFile(const RegressionResults& results, Vell::IO::TextWriter
 
 /// Reads a coefficient file from a stream at its beginning that can seek. The number of variables
 /// is the number of lines that end with a line feed, less the header; a last line without one is
-/// not read. An empty standard error is -1.0; other text there is what strtod makes of it. Errors:
-/// EndOfStreamException "Unexpected end of stream" for an [X|Z] or estimate cell that is no
+/// not read. An empty standard error is -1.0; other text there is what strtod makes of it.
+/// Errors: EndOfStreamException "Unexpected end of stream" for an [X|Z] or estimate cell that is no
 ///         number, or a file that ends within a row; "Invalid argument" for a file without a line;
 ///         those of the CSV reader; "Out of memory".
 void ReadCoefficientFile(RegressionResults& results, Vell::IO::Stream& stream);
