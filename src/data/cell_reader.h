@@ -17,10 +17,10 @@ namespace Hovar {
 
 enum class Ternary { kZero, kOne, kMissing };
 
-// Each reads whole cells, with the comma or line feed behind them.
+// Each reads whole cells, with the comma or line feed behind them. The stream stands at the start of
+// a cell.
 // Errors: EndOfStreamException "Unexpected end of stream"; IOException "IO Exception" for text that
-// is
-//         no number; InvalidInputException "Invalid input" for a number other than 0 and 1.
+//         is no number; InvalidInputException "Invalid input" for a number other than 0 and 1.
 
 bool ReadBinaryCell(Vell::IO::Stream& stream);
 Ternary ReadTernaryCell(Vell::IO::Stream& stream);

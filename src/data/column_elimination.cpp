@@ -67,8 +67,7 @@ Vell::SvdResult DecomposeWith(double tolerance, const Vell::Matrix& matrix) {
 /// The null space of the decomposed matrix, one vector a row, without its first coordinate.
 Vell::Matrix NullSpaceRows(const Vell::SvdResult& svd, std::int32_t dimension) {
   const std::int32_t order = svd.w.Size();
-  // The size is guarded as a 32-bit product that has already wrapped, so the guard cannot be hit;
-  // counts of variables are far from where that matters, and the container refuses a negative one.
+  // Smaller than the decomposed matrix, so its size needs no check.
   Vell::Matrix rows(dimension, order - 1);
   std::int32_t row = 0;
   for (std::int32_t j = 0; j < order; ++j) {

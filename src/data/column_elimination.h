@@ -22,7 +22,7 @@ namespace Hovar {
 /// Removes, in this order: zero columns of Z; columns of X that are zero in all complete records;
 /// dependent columns of Z; columns of X that are dependent among the complete records with P = 0,
 /// on which [Y|X,P=0] is fitted. A variable always goes with both its columns. Progress goes to the
-/// log, "Check rank" to standard output.
+/// log, "Check rank" to standard output. `tolerance` is that of FindDependentColumns.
 /// Errors: Exception "Rank is not maximal" when removal left a dependency; "Error in eliminating
 ///         dependent columns"; those of the decomposition; "Out of memory".
 void EliminateColumns(DataSet& dataSet, double tolerance);

@@ -15,7 +15,11 @@ namespace Hovar {
 ///
 /// A variable is a pair of columns, one of Z (what the hospital recorded) and one of X (the
 /// patient's condition), with a name each; the two are only ever removed together. Records of one
-/// hospital stand together, and hospitals are numbered in the order of the file.
+/// hospital stand together, and hospitals are numbered in the order of the file. All numbers count
+/// from 0; the comments give the number of entries.
+///
+/// ReadDataFile fills it, column elimination and reconciliation remove variables, and imputation
+/// changes the values, never the missing marks, of p and x.
 struct DataSet {
   std::int32_t hospitalCount = 0;  // h
   std::int32_t recordCount = 0;    // n

@@ -18,7 +18,11 @@
 namespace Vell {
 
 /// Elements 0 .. Size() - 1 exist; the block has room for Capacity() of them. New elements are
-/// value-initialised (numbers are 0). Copying copies the elements; moving takes the block over.
+/// value-initialised (numbers are 0). Copying copies the elements; moving takes the block over and
+/// leaves an empty array, moving into an array leaves what it held in the other one.
+///
+/// An index is checked by assert alone. Pointers, references and spans are valid until the block
+/// changes: by Resize, Reserve, Clear, assignment, or an addition for which there is no room.
 /// Errors: InvalidArgumentException "Invalid argument" for a negative size; "Out of memory", after
 /// which an array that was being constructed or resized holds no block.
 template <typename T>
@@ -79,7 +83,8 @@ class GrowableArray {
     *this = std::move(fresh);
   }
 
-  /// Changes the capacity and keeps the first min(capacity, Size()) elements.
+  /// Changes the capacity and keeps the first min(capacity, Size()) elements. When there is no
+  /// memory for it, the array is as it was.
   void Reserve(std::int32_t capacity) {
     if (capacity != capacity_) {
       Reallocate(capacity);
@@ -87,6 +92,7 @@ class GrowableArray {
   }
 
   /// Adds one element; a full block doubles, to at least 1.
+  /// Errors: IntegerOverflowException "Integer overflow" when that gives 2^31 elements.
   void Append(T element) {
     if (size_ == capacity_) {
       Reserve(std::max(CheckedSize(2 * static_cast<std::uint64_t>(capacity_)), 1));

@@ -2,7 +2,8 @@
 
 // A reference-counted handle: runners, streams and text writers are shared through it. The count is
 // a block of its own beside the object; it also remembers how to destroy the object as the type it
-// was made as, so a base class needs no virtual destructor.
+// was made as, so a base class needs no virtual destructor. Counts are not atomic: the system has a
+// single thread.
 
 #include <cstdint>
 #include <new>
@@ -20,6 +21,8 @@ struct SharedCount {
   void (*destroy)(void* object) noexcept = nullptr;
 };
 
+/// One reference to an object of type T, which goes with the last of its handles. An empty handle
+/// refers to nothing and must not be dereferenced.
 template <typename T>
 class SharedHandle {
  public:

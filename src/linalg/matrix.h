@@ -8,15 +8,17 @@
 
 namespace Vell {
 
-/// A dense matrix of doubles, row-major: cell (i, j) at i * columns + j.
+/// A dense matrix of doubles, row-major: cell (i, j) at i * columns + j. Rows and columns count from
+/// 0; an index must exist.
 class Matrix {
  public:
   Matrix() = default;
 
-  /// A zero-filled matrix. The number of cells is formed as a 32-bit product that wraps around, and
-  /// nothing but a negative result is refused: 65536 x 65536 gives a matrix without cells. Callers
-  /// keep far away from such sizes.
-  /// Errors: InvalidArgumentException "Invalid argument"; "Out of memory".
+  /// A zero-filled matrix of fewer than 2^31 cells. Counts that could give more must be refused
+  /// before: the product is formed in 32 bits, so it can come out too small (65536 x 65536 gives
+  /// no cells at all).
+  /// Errors: InvalidArgumentException "Invalid argument" for a product that is negative in 32 bits;
+  ///         "Out of memory".
   Matrix(std::int32_t rows, std::int32_t columns);
 
   std::int32_t Rows() const noexcept { return rows_; }
@@ -32,10 +34,11 @@ class Matrix {
     return cells_[row * columns_ + column];
   }
 
+  /// The cells of one row; valid as long as the matrix and not assigned to.
   std::span<double> Row(std::int32_t row) noexcept;
   std::span<const double> Row(std::int32_t row) const noexcept;
 
-  /// A copy of one column.
+  /// A copy of one column, top to bottom. Errors: "Out of memory".
   Vector Column(std::int32_t column) const;
 
   /// Sets every cell.

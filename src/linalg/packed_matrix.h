@@ -1,7 +1,8 @@
 #pragma once
 
 // What vectors and matrices of packed cells have in common. A cell has one bit or two (BitMatrix,
-// TernaryMatrix); linalg/kernels/set_columns.h draws how they lie.
+// TernaryMatrix); linalg/kernels/set_columns.h draws how they lie. Cells, rows and columns count from
+// 0, and reading or setting one that does not exist is undefined: callers keep within the sizes.
 
 #include <cstdint>
 #include <span>

@@ -17,6 +17,8 @@ struct RowEchelon {
 /// order among equal ones; its row is divided by it and it is eliminated from the rows below. The
 /// reduction ends early when the remaining block holds nothing above 0.
 ///
+/// Shapes: any m x n matrix; the result has the same shape and a permutation of n columns.
+/// Errors: "Out of memory".
 /// Only basic operations in a fixed order, so equal input gives equal bits everywhere.
 /// Source: G. H. Golub, C. F. Van Loan, Matrix Computations, 4th ed. (2013), section 3.4.8.
 RowEchelon ReduceToRowEchelon(Matrix matrix);

@@ -8,7 +8,7 @@
 
 namespace Vell {
 
-/// A fixed number of texts; access is checked.
+/// A fixed number of texts, empty at first, counted from 0; access is checked.
 class StringArray {
  public:
   StringArray() = default;

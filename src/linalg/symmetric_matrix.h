@@ -14,15 +14,14 @@ constexpr std::int32_t PackedRowStart(std::int32_t row) noexcept {
   return static_cast<std::int32_t>(std::int64_t{row} * (row + 1) / 2);
 }
 
-/// Number of elements of a packed triangle of an order: order * (order + 1) / 2, formed so that no
-/// factor leaves 32 bits before the product does.
-/// Errors: "Invalid argument" for a negative order; "Integer overflow" when the product has wrapped
-///         into the sign bit (a product that wraps further is not noticed).
+/// Number of elements of a packed triangle of an order: order * (order + 1) / 2, for orders up to
+/// 65535. Orders from 92682 on must be refused before: the product is formed in 32 bits, so it can
+/// come out too small.
+/// Errors: "Invalid argument" for a negative order; "Integer overflow" for 65536 to 92681.
 std::int32_t PackedTriangleSize(std::int32_t order);
 
 /// A symmetric matrix of which the lower triangle is stored by rows: element (i, j) with j <= i at
-/// i * (i + 1) / 2 + j. The same layout holds a lower triangular factor, whose other elements are
-/// 0.
+/// i * (i + 1) / 2 + j. The same layout holds a lower triangular factor, whose other elements are 0.
 class SymmetricMatrix {
  public:
   SymmetricMatrix() = default;
@@ -56,7 +55,7 @@ class SymmetricMatrix {
   std::int32_t order_ = 0;
 };
 
-/// The order x order matrix with both triangles filled.
+/// The order x order matrix with both triangles filled. Errors: those of Matrix.
 Matrix ToFullMatrix(const SymmetricMatrix& packed);
 
 }  // namespace Vell

@@ -9,7 +9,7 @@ namespace Vell {
 using Vector = GrowableArray<double>;
 using IndexVector = GrowableArray<std::int32_t>;
 
-/// a[i] += b[i] for all i; both have the same size.
+/// a[i] += b[i] for all i; both must have the same size.
 void AddInPlace(Vector& a, const Vector& b);
 
 /// Smallest and largest element; 0.0 for an empty vector. A NaN behind the first element is never

@@ -25,8 +25,8 @@ struct HBModelSettings {
 /// values.
 class HBModel final : public Vell::Mcmc::McmcModel {
  public:
-  /// `pGivenX` (one entry per X column) is fixed during the run; it, the data set and the prior
-  /// table must outlive the model.
+  /// `pGivenX` (one entry per X column) is fixed during the run; all arguments must outlive the
+  /// model.
   HBModel(DataSet& dataSet, const Vell::Vector& pGivenX, const Vell::Vector& priorTable,
           const HBModelSettings& settings);
 

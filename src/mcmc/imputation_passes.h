@@ -16,17 +16,19 @@ namespace Hovar {
 class ImputationPasses {
  public:
   /// Takes the estimates of [Y|X,P=0,MCMC] and [P|X] and the [X|Z] tables from the results and
-  /// prepares the data set. Errors: "Out of memory".
+  /// prepares the data set, which must outlive the passes and have the variables of the results.
+  /// Errors: "Out of memory".
   ImputationPasses(DataSet& dataSet, const RegressionResults& results,
                    const McmcSettings& settings);
 
   /// Number of passes that count; can be 0 or less.
   std::int32_t Steps() const noexcept { return steps_; }
 
-  /// Runs the sweeps that are thrown away. Each prints its progress line.
+  /// Runs the sweeps that are thrown away. Each prints its progress line. Errors: as Run.
   void RunBurnin();
 
-  /// Prints the progress line "pass/steps" on standard output and runs one sweep.
+  /// Prints the progress line "pass/steps", `pass` from 0, on standard output and runs one sweep.
+  /// Errors: "IO Exception"; "Out of memory".
   void Run(std::int32_t pass);
 
  private:

@@ -12,6 +12,7 @@ namespace Hovar {
 /// then never accepted, so the scalar stays 0 and its row in the summary is 0, 0, 0.
 class ImputeData final : public Vell::Mcmc::McmcScalar {
  public:
+  /// All arguments must outlive the variable; see ImputationModel for their shapes.
   ImputeData(DataSet& dataSet, const BetaYX& beta, const Vell::Vector& pGivenX,
              const Vell::Vector& priorTable);
 

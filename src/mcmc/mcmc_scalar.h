@@ -19,10 +19,12 @@ class McmcScalar : public McmcVariable {
   void WriteChainValues(IO::TextWriter& writer, std::int32_t row) const override;
   void WriteSummary(IO::TextWriter& writer) const override;
 
+  /// The probability with which the proposal becomes the value; see RandomGenerator::Accept.
   virtual double AcceptanceProbability(double proposal) = 0;
   virtual double Propose() = 0;
   /// Called before an accepted proposal becomes the value.
   virtual void OnAccept(double /*proposal*/) {}
+  /// The name in both files. Errors: "Out of memory".
   virtual String GetName() const = 0;
 
  protected:

@@ -21,11 +21,16 @@ class McmcVariable {
   virtual void Initialize() {}
   virtual void Finalize() {}
 
+  /// One Metropolis step: proposes, and takes the proposal with its acceptance probability.
   virtual void Step() = 0;
+  /// Forgets sums and counts at the start of a phase; the current value stays.
   virtual void ResetStatistics() = 0;
-  /// Records the current value in row `row` (from 0) of the chain buffers.
+  /// Adds the current value to the statistics and records it in row `row` (from 0, below the
+  /// model's buffer size) of the chain buffers, if there are any.
   virtual void Record(std::int32_t row) = 0;
 
+  // Cells of the chain file, each with a comma before it (none for a variable without buffers), and
+  // lines of the summary, one per number. Errors: "IO Exception".
   virtual void WriteChainHeader(IO::TextWriter& writer) const = 0;
   virtual void WriteChainValues(IO::TextWriter& writer, std::int32_t row) const = 0;
   virtual void WriteSummary(IO::TextWriter& writer) const = 0;

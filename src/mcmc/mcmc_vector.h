@@ -20,14 +20,18 @@ class McmcVector : public McmcVariable {
   void WriteChainValues(IO::TextWriter& writer, std::int32_t row) const override;
   void WriteSummary(IO::TextWriter& writer) const override;
 
+  /// The probability with which the proposal becomes the value; see RandomGenerator::Accept.
   virtual double AcceptanceProbability(const Vector& proposal) = 0;
-  /// Fills the proposal, which has the size of Values().
+  /// Fills the proposal, which has the size of Values() and begins with zeros.
   virtual void Propose(Vector& proposal) = 0;
   /// Called before an accepted proposal becomes the value.
   virtual void OnAccept(const Vector& /*proposal*/) {}
+  /// The name of a component (from 0) in both files. Errors: "Out of memory".
   virtual String GetName(std::int32_t component) const = 0;
 
  protected:
+  // Errors of both: "Invalid argument" for a negative size; "Out of memory".
+
   /// Becomes `count` zeros with fresh statistics and no chain buffers.
   void Resize(std::int32_t count);
   /// Gives every component a chain buffer of the model's buffer size.

@@ -23,6 +23,8 @@ struct VariableStatistics {
 
   /// Sums and count become 0; the buffer stays.
   void Reset() noexcept;
+  /// Adds a value to the sums and stores it in the row, which must exist, of the buffer, if there
+  /// is one.
   void Record(double value, std::int32_t row) noexcept;
 
   /// sum / kept, or 0 when nothing was kept.

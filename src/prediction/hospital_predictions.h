@@ -37,7 +37,8 @@ struct HospitalMeans {
 /// One entry per hospital, in the order of the data set.
 using HospitalPredictions = Vell::GrowableArray<HospitalMeans>;
 
-/// Aggregates the individual predictions; each mean is the sum in record order over the count.
+/// Aggregates the individual predictions, which have one entry per record of the data set; each mean
+/// is the sum in record order over the count. What was in the result is replaced.
 /// Errors: "Out of memory"; "IO Exception".
 void ComputeHospitalPredictions(HospitalPredictions& hospitalPredictions, const DataSet& dataSet,
                                 const IndividualPredictions& predictions);

@@ -32,7 +32,8 @@ class PredictionRanking {
   ///         records, "Invalid argument" for a negative number; "Out of memory".
   PredictionRanking(const Vell::Vector& predictions, std::int32_t records);
 
-  /// Counts over the records that `includes` accepts; `response` tells which have an event.
+  /// Counts over the records that `includes` accepts; `response` tells which have an event. Both
+  /// take the number of a ranked record (from 0) and give a bool.
   template <typename Response, typename Includes>
   Concordance Count(Response response, Includes includes) const;
 

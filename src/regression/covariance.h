@@ -5,10 +5,13 @@
 
 namespace Hovar {
 
-/// The model-based covariance of the coefficients: the inverse of the information of the fit's last
-/// pass, prior precision included, times (1 - alpha) unless the working correlation alpha is
-/// exactly 0. A NaN alpha makes all of it NaN. The dispersion is not applied. Errors: "Out of
-/// memory".
+// Covariances of the coefficients of a finished fit, in squared log-odds: one row and column per
+// coefficient.
+
+/// The model-based covariance: the inverse of the information of the fit's last pass, prior
+/// precision included, times (1 - alpha) unless the working correlation alpha is exactly 0. A NaN
+/// alpha makes all of it NaN. The dispersion is not applied.
+/// Errors: "Out of memory".
 Vell::SymmetricMatrix ModelCovariance(const FitState& state);
 
 /// The empirical ("sandwich") covariance H^-1 (sum of U_h U_h^T) H^-1 from the hospital scores of

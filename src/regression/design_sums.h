@@ -2,6 +2,10 @@
 
 // The sums over the set cells of a design of which every pass of a fit consists. Each runs record
 // by record in the order of the data set, so every form gives the same bits.
+//
+// Shapes: with p columns of the rows, crossproducts have the order p, sums by column and beta p
+// entries. `block` is below rows.BlockCount(); of the values of a block the first
+// rows.BlockSize(block) are read. Nothing is kept of the arguments.
 
 #include <array>
 #include <cstdint>
@@ -30,7 +34,7 @@ class TriangleSums {
   void SetToZero() noexcept;
   double* Row(std::int32_t row) noexcept { return sums_.begin() + std::int64_t{row} * stride_; }
 
-  /// Copies the triangle into a packed matrix of the same order.
+  /// Copies the triangle into a packed matrix, which must have the same order.
   void CopyTo(Vell::SymmetricMatrix& matrix) const noexcept;
 
  private:
@@ -40,7 +44,7 @@ class TriangleSums {
 };
 
 /// Sets values[i] to the sum of beta over the set columns of the block's record i, in ascending
-/// order.
+/// order (its log-odds), and the values behind the block's records to 0.
 void ComputeLinearPredictors(BlockValues& values, const FitRows& rows, std::int32_t block,
                              const Vell::Vector& beta) noexcept;
 

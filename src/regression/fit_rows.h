@@ -20,6 +20,7 @@
 
 namespace Hovar {
 
+/// Records, blocks and columns count from 0. Views of the rows are valid until the next Collect.
 class FitRows {
  public:
   /// The place of a record within its block.
@@ -32,8 +33,8 @@ class FitRows {
 
   /// Gathers the records of `rows` that take part; what was gathered before is replaced, its memory
   /// used again. `hospitalSize` counts the records of each hospital, which stand together.
-  /// Errors: "Integer overflow" for 2^31 set cells and more, or more than
-  /// kMostColumns; "Out of memory".
+  /// Errors: "Integer overflow" for 2^31 set cells and more, or more than kMostColumns; "Out of
+  ///         memory".
   template <RowSource Rows>
   void Collect(const Rows& rows, const Vell::IndexVector& hospitalSize);
 

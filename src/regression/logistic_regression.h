@@ -8,9 +8,9 @@
 namespace Hovar {
 
 /// Fits one model from zero coefficients, as the state's settings say, and returns one coefficient
-/// (log-odds) per column of the rows. A fit that reaches its iteration limit is kept, with a
-/// warning in the log. Errors: "Non positive matrix in Cholesky decomposition"; "Integer overflow";
-/// "Out of memory".
+/// (log-odds) per column of the rows. The state must be fresh; it is left for EstimatesOf. A fit
+/// that reaches its iteration limit is kept, with a warning in the log.
+/// Errors: "Non positive matrix in Cholesky decomposition"; "Integer overflow"; "Out of memory".
 Vell::Vector FitCoefficients(FitState& state, const FitRows& rows);
 
 /// The coefficients of a fit with the standard errors that its covariances give: model-based ones,

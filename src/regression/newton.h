@@ -67,7 +67,8 @@ struct RecordBlock {
   Values residual{};         // y - mu
 };
 
-/// Sets a block to its records' responses and linear predictors.
+/// Sets a block to the responses and linear predictors of the rows' block `index`; `beta` has one
+/// entry per column.
 void BeginBlock(RecordBlock& block, const FitRows& rows, std::int32_t index,
                 const Vell::Vector& beta) noexcept;
 
@@ -76,8 +77,8 @@ void BeginBlock(RecordBlock& block, const FitRows& rows, std::int32_t index,
 void AddInformation(TriangleSums& crossproducts, std::span<double> columnSums,
                     const RecordBlock& block, const FitRows& rows) noexcept;
 
-/// Adds the prior, factors, solves and tests one assembled pass. Returns false when the fit has
-/// converged; otherwise adds the step to `beta`.
+/// Adds the prior to the equations, factors, solves and tests them. Returns false when the fit has
+/// converged; otherwise adds the step to `beta` and counts it.
 /// Errors: "Non positive matrix in Cholesky decomposition"; "Out of memory".
 bool StepNewton(FitState& state, Vell::Vector& beta, NormalEquations& equations);
 

@@ -12,16 +12,19 @@
 
 namespace Hovar {
 
+/// Records, and the columns of the design, count from 0. A record's word `word` has bit b set where
+/// column 64 * word + b is set; there is one for every 64 columns or part of them.
 template <typename T>
 concept RowSource = requires(const T& rows, std::int32_t record, std::int32_t word) {
   { rows.RecordCount() } -> std::same_as<std::int32_t>;
   { rows.ColumnCount() } -> std::same_as<std::int32_t>;
   { rows.Includes(record) } -> std::same_as<bool>;  // takes part in this fit
-  { rows.Response(record) } -> std::same_as<bool>;
+  { rows.Response(record) } -> std::same_as<bool>;  // asked only of records that take part
   { rows.SetColumnWord(record, word) } -> std::same_as<std::uint64_t>;
 };
 
-/// A row source over a packed design; `Response` and `Includes` are functions of a record's index.
+/// A row source over a packed design, which must outlive it; `Response` and `Includes` are functions
+/// of a record's index.
 template <typename Design, typename ResponseOf, typename IncludesRecord>
 class DesignRows {
  public:

@@ -12,7 +12,7 @@ struct XzTable {
   std::array<double, 2> probability{};
 };
 
-/// Counts the records whose X cell of the variable is not missing.
+/// Counts the records whose X cell of the variable (0 .. variableCount - 1) is not missing.
 /// Errors: Exception "Cannot compute XZ table" when they all have the same Z, or there are none.
 XzTable ComputeXzTable(const DataSet& dataSet, std::int32_t variable);
 

@@ -17,6 +17,8 @@ enum class LineEnd { kFlush, kKeep };
 /// line feed on every platform. Errors of all operations: "IO Exception".
 class TextWriter {
  public:
+  /// Shares the stream, which must be open for writing. Dropping the writer does not close it while
+  /// others hold it.
   explicit TextWriter(SharedHandle<Stream> stream, LineEnd lineEnd = LineEnd::kKeep);
 
   void Write(std::string_view text) { stream_->Put(text); }
@@ -42,6 +44,7 @@ class TextWriter {
     EndLine();
   }
 
+  /// The stream, for flushing and closing it.
   Stream& Target() const noexcept { return *stream_; }
 
  private:

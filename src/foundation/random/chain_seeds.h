@@ -25,7 +25,7 @@ struct SeedWords {
   bool operator==(const SeedWords&) const = default;
 };
 
-/// The seed of a chain, counted from 1, of a definition whose seed has these words.
+/// The seed of a chain, counted from 1 (0 counts as 1), of a definition whose seed has these words.
 SeedWords SeedOfChain(const SeedWords& definition, std::uint32_t chain) noexcept;
 
 /// A word of the generator with this multiplier after so many steps. A word above m, which only a

@@ -18,13 +18,14 @@ class CrossCounter {
   ///         all other numbers from 65536 up; "Out of memory".
   explicit CrossCounter(std::int32_t columns);
 
-  /// Adds one record, given as its ascending set columns.
+  /// Adds one record, given as its ascending set columns, each below the number of columns. Counts
+  /// have 32 bits: at most 2^31 - 1 records.
   void Add(std::span<const std::int32_t> setColumns) noexcept;
 
-  /// The counts as a symmetric columns x columns matrix.
+  /// The counts as a symmetric columns x columns matrix. Errors: "Out of memory".
   Matrix ToMatrix() const;
 
-  /// Room for the set columns of one record.
+  /// Room for the set columns of one record, which belongs to the counter.
   std::span<std::int32_t> Scratch() noexcept { return scratch_.Span(); }
 
  private:
@@ -32,6 +33,8 @@ class CrossCounter {
   IndexVector counts_;  // packed lower triangle by rows
   IndexVector scratch_;
 };
+
+// Both: a columns x columns matrix. Errors: those of CrossCounter.
 
 /// The counts over all rows.
 Matrix CrossCounts(const BitMatrix& matrix);

@@ -10,7 +10,7 @@ namespace Vell {
 // Plain cells of a text of comma-separated cells: "0," and "1,", and "," where cells may be empty.
 // Each takes at most `count` of them from the front of the text, up to the first that is not plain,
 // appends them in packed form, subtracts their number from `count` and returns the text behind
-// them.
+// them. A cell whose comma lies behind the text's end is not plain. No errors.
 
 /// One bit per cell; an empty cell is not plain.
 std::string_view TakeBinaryCells(PackedWriter& writer, std::string_view text, std::int32_t& count);
