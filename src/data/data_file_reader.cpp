@@ -13,7 +13,7 @@ namespace Hovar {
 namespace {
 
 using Vell::Exceptions::Exception;
-using Vell::IO::ReadField;
+using Vell::IO::ReadWholeField;
 using Vell::IO::SkipField;
 
 /// Measures the file, checks its shape and gives the data set its sizes.
@@ -41,8 +41,7 @@ void MakeRoomForRecords(DataSet& dataSet) {
 void ReadNames(Vell::StringArray& names, const char* intercept, Vell::IO::Stream& stream) {
   names[0] = Vell::String(intercept);
   for (std::int32_t j = 1; j < names.Count(); ++j) {
-    ReadField(names[j], stream);
-    SkipField(stream);
+    ReadWholeField(names[j], stream);
   }
 }
 
@@ -52,9 +51,7 @@ void ReadHeader(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCoun
   }
   dataSet.zNames = Vell::StringArray(dataSet.variableCount);
   dataSet.xNames = Vell::StringArray(dataSet.variableCount);
-  for (std::int64_t field = 0; field < std::int64_t{kFieldsBeforeIndicators} + poaCount; ++field) {
-    SkipField(stream);
-  }
+  Vell::IO::SkipFields(stream, std::int64_t{kFieldsBeforeIndicators} + poaCount);
   ReadNames(dataSet.zNames, "ZIntercept", stream);
   ReadNames(dataSet.xNames, "XIntercept", stream);
 }
@@ -100,8 +97,7 @@ void ReadRecords(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCou
   Vell::PackedWriter xWriter(dataSet.x.Bytes());
   for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
     SkipField(stream);  // the key
-    ReadField(id, stream);
-    SkipField(stream);
+    ReadWholeField(id, stream);
     AssignHospital(dataSet, i, id);
     dataSet.y.Set(i, ReadBinaryCell(stream));
     ReadPresentOnAdmission(dataSet, i, indicators, stream);

@@ -10,6 +10,9 @@ namespace Vell {
 /// Errors: IntegerOverflowException "Integer overflow" for 2147483648 and more.
 std::int32_t CheckedSize(std::uint64_t size);
 
+/// Errors: InvalidArgumentException "Index out of range" unless 0 <= index < count.
+void RequireIndex(std::int32_t index, std::int32_t count);
+
 /// The 32-bit signed product of two counts, wrapped around as the processor does it.
 /// Callers that must not accept a wrapped product compare the result themselves.
 std::int32_t WrappingProduct(std::int32_t a, std::int32_t b) noexcept;

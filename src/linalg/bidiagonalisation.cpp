@@ -6,6 +6,38 @@
 namespace Vell {
 namespace {
 
+/// The reflection that turns a vector into a multiple of its first element: the scale by which the
+/// vector was divided (0 for the zero vector, which needs no reflection), the element that is left,
+/// in the same scale, and the divisor for applying it.
+struct Reflection {
+  double scale = 0;
+  double g = 0;
+  double h = 0;
+};
+
+/// Turns the elements `first` to below `end` of a vector, which `at` gives by reference, into the
+/// scaled vector of their reflection.
+template <typename At>
+Reflection MakeReflection(std::int32_t first, std::int32_t end, At at) {
+  Reflection reflection;
+  for (std::int32_t k = first; k < end; ++k) {
+    reflection.scale += std::fabs(at(k));
+  }
+  if (reflection.scale == 0) {
+    return reflection;
+  }
+  double s = 0;
+  for (std::int32_t k = first; k < end; ++k) {
+    at(k) /= reflection.scale;
+    s += at(k) * at(k);
+  }
+  const double f = at(first);
+  reflection.g = -WithSignOf(std::sqrt(s), f);
+  reflection.h = f * reflection.g - s;
+  at(first) = f - reflection.g;
+  return reflection;
+}
+
 class Bidiagonalisation {
  public:
   Bidiagonalisation(Matrix& u, Vector& diagonal, Vector& superdiagonal, Matrix& v)
@@ -30,22 +62,11 @@ class Bidiagonalisation {
   }
 
   double ReflectColumn(std::int32_t i) {
-    double scale = 0;
-    for (std::int32_t k = i; k < m_; ++k) {
-      scale += std::fabs(u_(k, i));
-    }
+    const auto [scale, g, h] =
+        MakeReflection(i, m_, [&](std::int32_t k) -> double& { return u_(k, i); });
     if (scale == 0) {
       return 0;
     }
-    double s = 0;
-    for (std::int32_t k = i; k < m_; ++k) {
-      u_(k, i) /= scale;
-      s += u_(k, i) * u_(k, i);
-    }
-    const double f = u_(i, i);
-    const double g = -WithSignOf(std::sqrt(s), f);
-    const double h = f * g - s;
-    u_(i, i) = f - g;
     for (std::int32_t j = i + 1; j < n_; ++j) {
       double product = 0;
       for (std::int32_t k = i; k < m_; ++k) {
@@ -64,22 +85,11 @@ class Bidiagonalisation {
 
   double ReflectRow(std::int32_t i) {
     const std::int32_t first = i + 1;
-    double scale = 0;
-    for (std::int32_t k = first; k < n_; ++k) {
-      scale += std::fabs(u_(i, k));
-    }
+    const auto [scale, g, h] =
+        MakeReflection(first, n_, [&](std::int32_t k) -> double& { return u_(i, k); });
     if (scale == 0) {
       return 0;
     }
-    double s = 0;
-    for (std::int32_t k = first; k < n_; ++k) {
-      u_(i, k) /= scale;
-      s += u_(i, k) * u_(i, k);
-    }
-    const double f = u_(i, first);
-    const double g = -WithSignOf(std::sqrt(s), f);
-    const double h = f * g - s;
-    u_(i, first) = f - g;
     for (std::int32_t j = first; j < m_; ++j) {
       double product = 0;
       for (std::int32_t k = first; k < n_; ++k) {

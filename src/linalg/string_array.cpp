@@ -3,18 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "foundation/exceptions/exceptions.h"
+#include "foundation/integer_size.h"
 
 namespace Vell {
-namespace {
-
-void RequireIndex(std::int32_t index, std::int32_t count) {
-  if (index < 0 || index >= count) {
-    throw Exceptions::InvalidArgumentException("Index out of range");
-  }
-}
-
-}  // namespace
 
 String& StringArray::operator[](std::int32_t index) {
   RequireIndex(index, Count());

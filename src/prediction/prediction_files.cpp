@@ -12,6 +12,7 @@ namespace {
 
 using Vell::IO::FileStream;
 using Vell::IO::ReadRealField;
+using Vell::IO::SkipFields;
 using Vell::IO::TextWriter;
 using Vell::IO::WriteField;
 
@@ -101,12 +102,6 @@ class KeySource {
   std::optional<FileStream> file_;
   Vell::String key_;
 };
-
-void SkipFields(Vell::IO::Stream& stream, int count) {
-  for (int i = 0; i < count; ++i) {
-    Vell::IO::SkipField(stream);
-  }
-}
 
 }  // namespace
 

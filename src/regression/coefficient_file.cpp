@@ -11,6 +11,7 @@
 namespace Hovar {
 namespace {
 
+using Vell::IO::ReadWholeField;
 using Vell::IO::SkipField;
 using Vell::IO::WriteField;
 
@@ -32,14 +33,8 @@ void WriteXzTable(const XzTable& table, Vell::IO::TextWriter& writer) {
 
 /// Reads a whole cell that holds a standard error or nothing.
 double ReadStandardErrorCell(Vell::IO::Stream& stream, Vell::String& scratch) {
-  Vell::IO::ReadField(scratch, stream);
-  SkipField(stream);
+  ReadWholeField(scratch, stream);
   return scratch.Length() == 0 ? -1.0 : Vell::IO::ParseReal(scratch);
-}
-
-void ReadNameCell(Vell::String& name, Vell::IO::Stream& stream) {
-  Vell::IO::ReadField(name, stream);
-  SkipField(stream);
 }
 
 /// The names, sorted byte for byte.
@@ -107,8 +102,8 @@ void ReadCoefficientFile(RegressionResults& results, Vell::IO::Stream& stream) {
   Vell::IO::SkipLine(stream);
   Vell::String scratch;
   for (std::int32_t i = 0; i < variables; ++i) {
-    ReadNameCell(results.xNames[i], stream);
-    ReadNameCell(results.zNames[i], stream);
+    ReadWholeField(results.xNames[i], stream);
+    ReadWholeField(results.zNames[i], stream);
     for (std::size_t z = 0; z < XzTable().probability.size(); ++z) {
       SkipField(stream);  // the complement
       if (i == 0) {

@@ -157,6 +157,11 @@ void ReadField(String& field, Stream& stream) {
   ReadFieldBytes(stream, [&field](char byte) { field.Append(byte); });
 }
 
+void ReadWholeField(String& field, Stream& stream) {
+  ReadField(field, stream);
+  SkipField(stream);
+}
+
 double ReadRealField(Stream& stream) {
   double value = 0;
   if (ScanReal(stream, value) != ScanResult::kNumber) {
@@ -172,6 +177,12 @@ int SkipField(Stream& stream) {
     c = stream.ReadByte();
   }
   return c;
+}
+
+void SkipFields(Stream& stream, std::int64_t count) {
+  for (std::int64_t i = 0; i < count; ++i) {
+    SkipField(stream);
+  }
 }
 
 void SkipRecord(Stream& stream) {

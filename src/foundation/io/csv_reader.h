@@ -28,6 +28,10 @@ CsvShape MeasureCsv(Stream& stream);
 /// Errors: as MeasureCsv; "Out of memory".
 void ReadField(String& field, Stream& stream);
 
+/// Reads a whole field, and the comma or line feed behind it.
+/// Errors: as ReadField.
+void ReadWholeField(String& field, Stream& stream);
+
 /// Reads a whole field that must begin with a number, and the comma or line feed behind it.
 /// Errors: EndOfStreamException "Unexpected end of stream" when there is no number.
 double ReadRealField(Stream& stream);
@@ -35,6 +39,8 @@ double ReadRealField(Stream& stream);
 /// Reads past the rest of a field, its comma or line feed included, or to the end of the stream.
 /// Quotes mean nothing to it. Returns the byte that ended the field, or kEndOfStream.
 int SkipField(Stream& stream);
+/// The same for `count` fields.
+void SkipFields(Stream& stream, std::int64_t count);
 
 /// Reads past the rest of a record by the rules of CSV: a line feed within quotes does not end it.
 /// The position must be at the start of a field, or at the comma or line feed that ended one.

@@ -70,6 +70,16 @@ ScanResult ReadDigits(Stream& stream, Token& token) {
   return token.Size() > signs ? ScanResult::kNumber : ScanResult::kNoNumber;
 }
 
+template <typename Whole>
+ScanResult ScanWhole(Stream& stream, Whole& value, Whole (*parse)(std::string_view) noexcept) {
+  Token token;
+  const ScanResult result = ReadDigits(stream, token);
+  if (result == ScanResult::kNumber) {
+    value = parse(token.View());
+  }
+  return result;
+}
+
 /// Takes the letters of `word`, of either case, beginning with `c`, which was read already. The
 /// first byte that differs is taken too. True when the whole word was there.
 bool ReadWord(Stream& stream, Token& token, int c, std::string_view word) {
@@ -141,21 +151,11 @@ bool ReadDigitsAndExponent(Stream& stream, Token& token, int c) {
 }  // namespace
 
 ScanResult ScanInteger(Stream& stream, std::int32_t& value) {
-  Token token;
-  const ScanResult result = ReadDigits(stream, token);
-  if (result == ScanResult::kNumber) {
-    value = ParseInteger(token.View());
-  }
-  return result;
+  return ScanWhole(stream, value, ParseInteger);
 }
 
 ScanResult ScanUnsigned(Stream& stream, std::uint32_t& value) {
-  Token token;
-  const ScanResult result = ReadDigits(stream, token);
-  if (result == ScanResult::kNumber) {
-    value = ParseUnsigned(token.View());
-  }
-  return result;
+  return ScanWhole(stream, value, ParseUnsigned);
 }
 
 ScanResult ScanReal(Stream& stream, double& value) {

@@ -1,7 +1,7 @@
 #include "linalg/kernels/packed_columns.h"
 
-#include "foundation/exceptions/exceptions.h"
 #include "foundation/growable_array.h"
+#include "foundation/integer_size.h"
 
 namespace Vell {
 
@@ -9,9 +9,7 @@ void RemovePackedColumns(std::span<std::uint8_t> block, std::int32_t rows, std::
                          int bitsPerCell, const IndexVector& removed) {
   GrowableArray<bool> isRemoved(columns);
   for (const std::int32_t column : removed) {
-    if (column < 0 || column >= columns) {
-      throw Exceptions::InvalidArgumentException("Index out of range");
-    }
+    RequireIndex(column, columns);
     isRemoved[column] = true;
   }
   const auto bits = static_cast<std::size_t>(bitsPerCell);
