@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <utility>
 
+#include "foundation/exceptions/exceptions.h"
 #include "support/raised.h"
 #include "support/seeded_random.h"
 
@@ -30,6 +32,18 @@ TEST(CheckedSizeTest, Raises2To31AndMore) {
         std::numeric_limits<std::uint64_t>::max()}) {
     SCOPED_TRACE(size);
     ExpectRaises<IntegerOverflowException>("Integer overflow", [size] { CheckedSize(size); });
+  }
+}
+
+TEST(RequireIndexTest, AnIndexLiesWithinTheCount) {
+  using Vell::RequireIndex;
+  RequireIndex(0, 1);
+  RequireIndex(std::numeric_limits<std::int32_t>::max() - 1,
+               std::numeric_limits<std::int32_t>::max());
+  for (const auto& [index, count] : {std::pair(0, 0), std::pair(-1, 5), std::pair(5, 5),
+                                     std::pair(std::numeric_limits<std::int32_t>::min(), 5)}) {
+    ExpectRaises<Vell::Exceptions::InvalidArgumentException>(
+        "Index out of range", [index = index, count = count] { RequireIndex(index, count); });
   }
 }
 
