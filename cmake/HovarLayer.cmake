@@ -1,14 +1,19 @@
-# hovar_add_layer(NAME SOURCES file... [X86_64_SOURCES file...] [LINKS layer...])
+# hovar_add_layer(NAME [FOLDER folder] SOURCES file... [X86_64_SOURCES file...] [LINKS layer...])
 #
 # Adds the library `hovar_NAME` for the folder that calls it. Its headers are included as
-# "NAME/file.h" through an include root that holds this one folder and nothing else, so that a
-# source sees exactly the folders that its target links: an include against the direction of the
-# layers is a compile error. X86_64_SOURCES are forms of kernels for these processors only.
+# "FOLDER/file.h" (FOLDER is the path below src, NAME unless it is given) through an include root that
+# holds this one folder and nothing else, so that a source sees exactly the folders that its target
+# links: an include against the direction of the layers is a compile error. X86_64_SOURCES are forms of
+# kernels for these processors only.
 function(hovar_add_layer name)
-  cmake_parse_arguments(LAYER "" "" "SOURCES;X86_64_SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(LAYER "" "FOLDER" "SOURCES;X86_64_SOURCES;LINKS" ${ARGN})
+  if(NOT LAYER_FOLDER)
+    set(LAYER_FOLDER ${name})
+  endif()
   set(root ${PROJECT_BINARY_DIR}/include/${name})
-  file(MAKE_DIRECTORY ${root})
-  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${root}/${name} SYMBOLIC)
+  get_filename_component(parent ${root}/${LAYER_FOLDER} DIRECTORY)
+  file(MAKE_DIRECTORY ${parent})
+  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${root}/${LAYER_FOLDER} SYMBOLIC)
   add_library(hovar_${name} STATIC ${LAYER_SOURCES})
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
     target_sources(hovar_${name} PRIVATE ${LAYER_X86_64_SOURCES})

@@ -22,7 +22,7 @@ else()
 endif()
 
 # The launcher looks for the program in libexec/hovar, whatever the system's habits.
-install(TARGETS hovar_launcher RUNTIME DESTINATION ${launcherFolder})
+install(TARGETS hovar_command RUNTIME DESTINATION ${launcherFolder})
 install(TARGETS hovar_program RUNTIME DESTINATION libexec/hovar)
 
 # The relative places of these are those of the repository, so that links in the documents hold.

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/definitions.h"
+#include "app/definition/definitions.h"
 #include "foundation/shared_handle.h"
 #include "foundation/xml/xml_reader.h"
 #include "fuzz_support.h"

@@ -29,7 +29,7 @@ import sys
 from pathlib import Path
 
 DOCUMENT = "docs/messages.md"
-LAUNCHER_FOLDER = "src/app/launcher"
+LAUNCHER_FOLDERS = ("src/tools/", "src/launcher/")
 LAUNCHER_SECTION = "Lines of the command hovar"
 LAUNCHER_SECTIONS = {LAUNCHER_SECTION, "Findings of hovar --check",
                      "Description by hovar --check --data"}
@@ -155,7 +155,7 @@ class Source:
             self.find_thrown(name, tokens)
             self.find_written(name, tokens)
         for name, tokens in self.files.items():
-            if name.startswith(LAUNCHER_FOLDER + "/"):
+            if name.startswith(LAUNCHER_FOLDERS):
                 self.find_lines(name, tokens)
 
     def fault(self, name, token, text):

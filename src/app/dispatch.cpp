@@ -1,12 +1,10 @@
 #include "app/dispatch.h"
 
-#include <string_view>
-
 #include "app/analysis_runner.h"
 #include "app/batch_runner.h"
+#include "app/definition/root_element.h"
 #include "app/prediction_runner.h"
 #include "app/validation_runner.h"
-#include "foundation/exceptions/exceptions.h"
 #include "foundation/io/file_stream.h"
 #include "foundation/xml/xml_reader.h"
 
@@ -28,31 +26,6 @@ RunnerHandle BuildRunner(RunKind kind, Vell::XmlReader& reader) {
 }
 
 }  // namespace
-
-Vell::XmlTag ReadRootTag(Vell::XmlReader& reader) {
-  Vell::XmlTag root = reader.ReadTag();
-  while (root.kind == Vell::XmlTag::Kind::kDeclaration) {
-    root = reader.ReadTag();
-  }
-  return root;
-}
-
-RunKind RunKindOf(const Vell::XmlTag& root) {
-  const std::string_view name = root.name;
-  if (name == "Analysis") {
-    return RunKind::kAnalysis;
-  }
-  if (name == "Prediction") {
-    return RunKind::kPrediction;
-  }
-  if (name == "Validation") {
-    return RunKind::kValidation;
-  }
-  if (name == "Batch") {
-    return RunKind::kBatch;
-  }
-  throw Vell::Exceptions::Exception("Invalid definition file");
-}
 
 RunnerHandle DispatchDefinition(const Vell::String& path) {
   Vell::XmlReader reader(Vell::MakeShared<Vell::IO::FileStream>(path, Vell::IO::Mode::kReadText));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/definitions.h"
+#include "app/definition/definitions.h"
 #include "app/runner.h"
 
 namespace Hovar {

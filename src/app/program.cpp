@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "app/dispatch.h"
-#include "app/exit_status.h"
 #include "foundation/exceptions/exceptions.h"
+#include "foundation/exit_status.h"
 #include "foundation/io/log.h"
 #include "foundation/io/platform/platform.h"
 #include "foundation/io/standard_writers.h"

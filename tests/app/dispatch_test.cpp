@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "definition_texts.h"
+#include "app/definition/definition_texts.h"
 #include "foundation/io/log.h"
 #include "support/definition_tags.h"
 #include "support/files.h"

@@ -275,13 +275,13 @@ TEST(FileSizeLimitTest, OfAChainIsAnError) {
   const std::string launcher = CopyTreeWithPageTo(place.Path());
   struct Row {
     std::int64_t limit;
-    const char* line;
+    std::string line;
   };
   // The definition of a chain has more than 1000 bytes, the lines of its run more than 2000.
   for (const Row& row :
-       {Row{500, "hovar: cannot write out\\chain-1\\chain-1.xml\n"},
-        Row{2000,
-            "hovar: chain-1 failed; its output is in out\\chain-1\\analysis.log.output.txt\n"}}) {
+       {Row{500, "hovar: cannot write " + Shown("out\\chain-1\\chain-1.xml") + "\n"},
+        Row{2000, "hovar: chain-1 failed; its output is in " +
+                      Shown("out\\chain-1\\analysis.log.output.txt") + "\n"}}) {
     SCOPED_TRACE(row.limit);
     const TinyStudy study;
     study.Write("analysis.xml", ChainedAnalysisText(40, 40));

@@ -5,7 +5,7 @@
 
 #include <map>
 
-#include "app/definitions.h"
+#include "app/definition/definitions.h"
 #include "data/data_file_reader.h"
 #include "faults/damage_tables.h"
 #include "faults/sample.h"

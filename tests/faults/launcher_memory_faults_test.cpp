@@ -10,20 +10,21 @@
 #include <string>
 #include <vector>
 
-#include "app/launcher/chain_definitions.h"
-#include "app/launcher/check/run.h"
-#include "app/launcher/options.h"
-#include "app/launcher/progress.h"
-#include "app/launcher/run_lines.h"
-#include "app/launcher/run_plan.h"
-#include "app/launcher/run_record.h"
-#include "app/launcher/sha256.h"
-#include "app/launcher/verdict.h"
 #include "faults/counted_new.h"
 #include "faults/fault_study.h"
 #include "faults/sample.h"
+#include "launcher/options.h"
 #include "support/allocation_fault.h"
 #include "support/raised.h"
+#include "tools/chains/chain_definitions.h"
+#include "tools/chains/chain_files.h"
+#include "tools/chains/verdict_text.h"
+#include "tools/check/definition_checker.h"
+#include "tools/plan/run_plan.h"
+#include "tools/run/progress.h"
+#include "tools/run/run_lines.h"
+#include "tools/run/run_record.h"
+#include "tools/support/sha256.h"
 
 namespace Testing {
 namespace {
@@ -83,7 +84,7 @@ class LauncherMemoryTest : public testing::Test {
   }
 
   static std::string Checked(const std::string& definition) {
-    Hovar::RunCheckup checkup(Hovar::Describe::kData);
+    Hovar::DefinitionChecker checkup(Hovar::Describe::kData);
     checkup.Check(definition);
     return checkup.Found().Lines() + checkup.Description() + checkup.Found().Summary();
   }
@@ -216,7 +217,8 @@ TEST_F(LauncherMemoryTest, JudgingChains) {
     ExpectFaultsTold([] {
       const std::optional<Hovar::ChainDraws> draws = Hovar::ReadChainFile("Chain.csv");
       return Hovar::VerdictText({draws.value(), *draws},
-                                Hovar::ReadCoefficientNames("coefficients.csv"));
+                                Hovar::ReadCoefficientNames("coefficients.csv"),
+                                Hovar::Estimation::kIndependent);
     });
   }
 }
@@ -227,8 +229,8 @@ TEST_F(LauncherMemoryTest, ReadingTheCommandLine) {
         {"--report", "a long name of a folder", "another long name of a folder"},
         {"--chains", "x", "d.xml"}}) {
     ExpectEachFaultTold<CountedNew>([&] {
-      const std::optional<Hovar::Options> options = Hovar::ParseOptions(arguments);
-      return options ? options->definition : "refused";
+      const std::optional<Hovar::Task> task = Hovar::ParseOptions(arguments);
+      return task ? std::to_string(task->index()) : "refused";
     });
   }
 }

@@ -105,7 +105,7 @@ class LauncherTest(unittest.TestCase):
     SECTION = "## " + check_messages.LAUNCHER_SECTION
 
     def launcher_faults(self, code, *lines):
-        return faults({"app/launcher/a.cpp": code}, [self.SECTION, *lines])
+        return faults({"tools/a.cpp": code}, [self.SECTION, *lines])
 
     def test_lines_made_of_literals(self):
         code = 'line.Append("hovar: "); Fail("cannot start ", file); Append(", status ");'
@@ -115,7 +115,7 @@ class LauncherTest(unittest.TestCase):
     def test_missing_line_is_named(self):
         found = self.launcher_faults('Fail("cannot stop the program");')
         self.assertEqual(len(found), 1)
-        self.assertIn("a line with `cannot stop the program`, see src/app/launcher/a.cpp:1",
+        self.assertIn("a line with `cannot stop the program`, see src/tools/a.cpp:1",
                       found[0])
 
     def test_line_that_the_launcher_lacks(self):

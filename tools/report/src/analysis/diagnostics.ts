@@ -1,5 +1,5 @@
 // Judges chains: one summary per coefficient, over all chains of a group, and a verdict. The command
-// has the same rules in src/app/launcher/chain_verdict.h; the tests of both read one table of cases,
+// has the same rules in src/diagnostics/chain_verdict.h; the tests of both read one table of cases,
 // tests/reference/data/verdicts.csv. docs/chains.md describes the rules.
 //
 // Thresholds: A. Vehtari, A. Gelman, D. Simpson, B. Carpenter, P.-C. Buerkner, Rank-normalization,

@@ -1,0 +1,80 @@
+// The command that users type. The program itself wants to be started with a path of its own that
+// holds a backslash, which nobody types on a system with other separators; the launcher finds the
+// program beside itself and starts it with such a path. The program takes the launcher's place, so
+// its arguments, exit status and signals are the launcher's. Only a command line that begins with
+// one of the launcher's own options is answered by the launcher, with one of the tools.
+
+#include <cstddef>
+#include <cstdlib>
+#include <exception>
+#include <new>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "foundation/exceptions/exceptions.h"
+#include "foundation/exit_status.h"
+#include "foundation/io/platform/platform.h"
+#include "launcher/options.h"
+#include "launcher_text.h"
+#include "tools/run/program_start.h"
+#include "tools/support/message.h"
+
+namespace {
+
+namespace Platform = Vell::IO::Platform;
+
+using Hovar::kFailure;
+using Hovar::kSuccess;
+
+/// Writes a line on standard error without memory and returns the exit status for it.
+int Fail(std::string_view line) {
+  Platform::WriteFile(Platform::kStandardError, line.data(), line.size());
+  return kFailure;
+}
+
+int FailForMemory() { return Fail("hovar: out of memory\n"); }
+
+/// Ends the process where an error could not be raised, or not be handled; always with exit status
+/// 1. A machine without memory when the process started leaves the runtime nothing to throw with.
+[[noreturn]] void EndWithoutException() noexcept {
+  std::_Exit(std::current_exception() == nullptr ? FailForMemory()
+                                                 : Fail("hovar: ended by a fault of its own\n"));
+}
+
+// What each tool makes of its settings; the answer is an exit status.
+int Run(const Hovar::RunSettings& settings) { return Hovar::RunSupervised(settings); }
+int Run(const Hovar::CheckSettings& settings) { return Hovar::RunCheck(settings); }
+int Run(const Hovar::ChainSettings& settings) { return Hovar::RunChains(settings); }
+int Run(const Hovar::ReportSettings& settings) { return Hovar::RunReport(settings); }
+
+int RunTask(std::span<const char* const> arguments) {
+  const std::optional<Hovar::Task> task =
+      Hovar::ParseOptions(std::vector<std::string_view>(arguments.begin(), arguments.end()));
+  return task ? std::visit([](const auto& settings) { return Run(settings); }, *task) : kFailure;
+}
+
+}  // namespace
+
+int main(int argumentCount, char** argumentVector) {
+  std::set_terminate(EndWithoutException);
+  Platform::IgnoreWriteSignals();
+  std::span<const char* const> arguments(argumentVector, static_cast<std::size_t>(argumentCount));
+  arguments = arguments.subspan(arguments.empty() ? 0 : 1);
+  const std::string_view first = arguments.empty() ? "" : arguments.front();
+  try {
+    if (arguments.size() == 1 && first == "--help") {
+      return Hovar::Print(Hovar::kHelpText) ? kSuccess : kFailure;
+    }
+    if (arguments.size() == 1 && first == "--version") {
+      return Hovar::Print(Hovar::kVersionText) ? kSuccess : kFailure;
+    }
+    return Hovar::IsLauncherOption(first) ? RunTask(arguments) : Hovar::ExecuteProgram(arguments);
+  } catch (const Vell::Exceptions::Exception&) {
+    return kFailure;  // its line stands on standard error
+  } catch (const std::bad_alloc&) {
+    return FailForMemory();
+  }
+}

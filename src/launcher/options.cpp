@@ -1,0 +1,185 @@
+#include "launcher/options.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstddef>
+
+#include "tools/support/message.h"
+
+namespace Hovar {
+namespace {
+
+constexpr int kMostChains = 9999;
+
+constexpr std::array<std::string_view, 12> kOptionNames{
+    "--json",   "--keep", "--progress", "--check",   "--strict", "--data",
+    "--chains", "--jobs", "--only",     "--collect", "--report", "--output"};
+
+void RefuseUsage(std::string_view reason) {
+  Say(reason);
+  Say("see hovar --help");
+}
+
+/// Reads the arguments one by one.
+class Parser {
+ public:
+  explicit Parser(const std::vector<std::string_view>& arguments) : arguments_(arguments) {}
+
+  std::optional<Task> Parse() {
+    while (next_ < arguments_.size() && problem_.empty()) {
+      Take();
+    }
+    Task task = problem_.empty() ? Settle() : Task();
+    if (!problem_.empty()) {
+      RefuseUsage(problem_);
+      return std::nullopt;
+    }
+    return task;
+  }
+
+ private:
+  void Take() {
+    const std::string_view argument = arguments_[next_++];
+    if (onlyNames_ || !argument.starts_with("--")) {
+      names_.emplace_back(argument);
+    } else if (argument == "--") {
+      onlyNames_ = true;
+    } else {
+      TakeOption(argument);
+    }
+  }
+
+  void TakeOption(std::string_view option) {
+    if (std::find(given_.begin(), given_.end(), option) != given_.end()) {
+      problem_ = std::string(option) + " is given twice";
+      return;
+    }
+    given_.push_back(option);
+    if (option == "--json") {
+      run_.recordFile = Text(option, "FILE");
+    } else if (option == "--keep") {
+      run_.keepOutputs = true;
+    } else if (option == "--progress") {
+      run_.showProgress = true;
+    } else if (option == "--strict") {
+      check_.isStrict = true;
+    } else if (option == "--data") {
+      check_.describe = Describe::kData;
+    } else if (option == "--chains") {
+      chains_.chainCount = Number(option, "N");
+    } else if (option == "--jobs") {
+      chains_.jobs = Number(option, "J");
+    } else if (option == "--only") {
+      chains_.onlyChain = Number(option, "K");
+    } else if (option == "--collect") {
+      chains_.collectOnly = true;
+    } else if (option == "--output") {
+      report_.reportFile = Text(option, "FILE");
+    } else if (option != "--report" && option != "--check") {
+      problem_ = "there is no option " + std::string(option);
+    }
+  }
+
+  std::string Text(std::string_view option, std::string_view what) {
+    if (next_ == arguments_.size() || arguments_[next_].empty()) {
+      problem_ = std::string(option) + " needs a " + std::string(what);
+      return {};
+    }
+    return std::string(arguments_[next_++]);
+  }
+
+  int Number(std::string_view option, std::string_view what) {
+    const std::string text = Text(option, what);
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    if (problem_.empty() && (!isNumber || number < 1 || number > kMostChains)) {
+      problem_ = std::string(option) + " needs a number from 1 to " + std::to_string(kMostChains);
+    }
+    return number;
+  }
+
+  bool Has(std::string_view option) const {
+    return std::find(given_.begin(), given_.end(), option) != given_.end();
+  }
+
+  /// Finds the task and refuses what does not go together.
+  Task Settle() {
+    if (Has("--report")) {
+      Allow({"--report", "--output"});
+      report_.folders = names_;
+      if (names_.empty()) {
+        problem_ = "--report needs a FOLDER";
+      }
+      return report_;
+    }
+    if (Has("--check")) {
+      Allow({"--check", "--strict", "--data"});
+      return WithDefinition(check_);
+    }
+    if (Has("--chains")) {
+      Allow({"--chains", "--jobs", "--only", "--collect"});
+      SettleChains();
+      return WithDefinition(chains_);
+    }
+    Allow({"--json", "--keep", "--progress"});
+    return WithDefinition(run_);
+  }
+
+  template <typename Settings>
+  Task WithDefinition(Settings settings) {
+    if (problem_.empty() && names_.size() != 1) {
+      problem_ = names_.empty() ? "the DEFINITION is missing" : "more than one DEFINITION is given";
+    }
+    settings.definition = names_.empty() ? std::string() : names_.front();
+    return settings;
+  }
+
+  void SettleChains() {
+    if (chains_.onlyChain > chains_.chainCount && problem_.empty()) {
+      problem_ = "--only needs a number from 1 to the number of chains";
+    }
+    if (chains_.onlyChain > 0 && (chains_.collectOnly || chains_.jobs > 0)) {
+      problem_ = "--only does not go with --jobs or --collect";
+    }
+    if (chains_.collectOnly && chains_.jobs > 0) {
+      problem_ = "--collect does not go with --jobs";
+    }
+  }
+
+  void Allow(std::initializer_list<std::string_view> allowed) {
+    for (const std::string_view option : given_) {
+      if (std::find(allowed.begin(), allowed.end(), option) == allowed.end()) {
+        problem_ = std::string(option) + " does not go with " +
+                   std::string(Has("--report")   ? "--report"
+                               : Has("--check")  ? "--check"
+                               : Has("--chains") ? "--chains"
+                                                 : "a single run");
+      }
+    }
+  }
+
+  const std::vector<std::string_view>& arguments_;
+  std::size_t next_ = 0;
+  bool onlyNames_ = false;
+  std::vector<std::string_view> given_;
+  std::vector<std::string> names_;
+  std::string problem_;
+  RunSettings run_;
+  CheckSettings check_;
+  ChainSettings chains_;
+  ReportSettings report_;
+};
+
+}  // namespace
+
+bool IsLauncherOption(std::string_view argument) noexcept {
+  return std::find(kOptionNames.begin(), kOptionNames.end(), argument) != kOptionNames.end();
+}
+
+std::optional<Task> ParseOptions(const std::vector<std::string_view>& arguments) {
+  return Parser(arguments).Parse();
+}
+
+}  // namespace Hovar

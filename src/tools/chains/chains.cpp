@@ -1,0 +1,212 @@
+#include "tools/chains/chains.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foundation/exit_status.h"
+#include "tools/chains/chain_definitions.h"
+#include "tools/chains/chain_files.h"
+#include "tools/chains/verdict_text.h"
+#include "tools/report/report.h"
+#include "tools/run/child_run.h"
+#include "tools/run/progress.h"
+#include "tools/run/progress_display.h"
+#include "tools/support/message.h"
+#include "tools/support/shown_path.h"
+
+namespace Hovar {
+namespace {
+
+namespace Platform = Vell::IO::Platform;
+
+/// A chain that runs.
+class RunningChain {
+ public:
+  explicit RunningChain(const ChainDefinition& chain)
+      : chain_(chain),
+        plan_(MakeRunPlan(chain.file)),
+        start_(SteadySeconds()),
+        progress_(plan_, start_),
+        run_(plan_.runs.front().logFile + ".output.txt") {}
+
+  bool Start() { return run_.Start(chain_.file); }
+  bool Advance() {
+    const bool isRunning = run_.Advance();
+    progress_.Update(run_.Lines(), SteadySeconds());
+    return isRunning;
+  }
+  void Stop() { run_.Stop(); }
+
+  const ChildRun& Run() const noexcept { return run_; }
+  const std::string& Name() const noexcept { return chain_.name; }
+  double Seconds() const { return SteadySeconds() - start_; }
+
+  ProgressItem Item(double now, int columns) const {
+    const std::string label = chain_.name + "  ";
+    const int left = std::max(columns - static_cast<int>(label.size()), 0);
+    return {chain_.name, label + ProgressLine(progress_, now, left), progress_.Share()};
+  }
+
+ private:
+  const ChainDefinition& chain_;
+  RunPlan plan_;
+  double start_;
+  Progress progress_;
+  ChildRun run_;
+};
+
+/// Runs chains side by side. The first failure, or a request to end, ends them all.
+class ChainPool {
+ public:
+  ChainPool(const ChainSet& set, std::vector<const ChainDefinition*> waiting, std::size_t jobs)
+      : set_(set), waiting_(std::move(waiting)), jobs_(jobs) {
+    std::reverse(waiting_.begin(), waiting_.end());  // the next one is at the end
+  }
+
+  /// Returns the exit status.
+  int Run() {
+    PollPause pause;
+    bool isGood = true;
+    while (isGood && !(waiting_.empty() && running_.empty())) {
+      isGood = StartWaiting() && AdvanceRunning() && Platform::StopRequest() == 0;
+      Show();
+      if (isGood && !running_.empty()) {
+        pause.Sleep();
+      }
+    }
+    display_.Clear();
+    StopAll();
+    if (Platform::StopRequest() != 0) {
+      Say("stopped");
+      return Platform::kSignalStatus + Platform::StopRequest();
+    }
+    return isGood ? kSuccess : kFailure;
+  }
+
+ private:
+  bool StartWaiting() {
+    while (!waiting_.empty() && running_.size() < jobs_) {
+      const ChainDefinition& chain = *waiting_.back();
+      waiting_.pop_back();
+      if (!WriteChainDefinition(set_, chain)) {
+        return false;
+      }
+      running_.push_back(std::make_unique<RunningChain>(chain));
+      if (!running_.back()->Start()) {
+        running_.pop_back();
+        return false;
+      }
+    }
+    return true;
+  }
+
+  /// False when a chain has failed.
+  bool AdvanceRunning() {
+    for (std::size_t i = 0; i < running_.size();) {
+      RunningChain& chain = *running_[i];
+      if (chain.Advance()) {
+        ++i;
+        continue;
+      }
+      if (chain.Run().ExitStatus() != kSuccess) {
+        TellFailure(chain);
+        return false;
+      }
+      display_.Print(chain.Name() + ": done in " + DurationText(chain.Seconds()));
+      running_.erase(running_.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+    return true;
+  }
+
+  void TellFailure(const RunningChain& chain) {
+    if (Platform::StopRequest() != 0) {
+      return;  // the terminal sent the request to the program too
+    }
+    const std::string& error = chain.Run().Lines().Error();
+    display_.Print(
+        chain.Name() + ": " +
+        (error.empty() ? "ended with status " + std::to_string(chain.Run().ExitStatus()) : error));
+    Say(chain.Name() + " failed; its output is in " + PastablePath(chain.Run().CaptureFile()));
+  }
+
+  void StopAll() {
+    for (const std::unique_ptr<RunningChain>& chain : running_) {
+      chain->Stop();
+    }
+    running_.clear();
+  }
+
+  void Show() {
+    constexpr std::size_t kMostLines = 20;  // a terminal is hardly lower
+    const double now = SteadySeconds();
+    std::vector<ProgressItem> items;
+    for (std::size_t i = 0; i < std::min(running_.size(), kMostLines); ++i) {
+      items.push_back(running_[i]->Item(now, display_.Columns()));
+    }
+    display_.Show(items, now);
+  }
+
+  const ChainSet& set_;
+  std::vector<const ChainDefinition*> waiting_;
+  std::size_t jobs_;
+  std::vector<std::unique_ptr<RunningChain>> running_;
+  ProgressDisplay display_;
+};
+
+/// Chains of one definition have one shape. A shorter one is unfinished, or that of another run.
+bool HaveOneShape(const ChainDraws& one, const ChainDraws& other) {
+  return one.names == other.names && one.DrawCount() == other.DrawCount();
+}
+
+/// Prints the verdict on the finished chains and writes their report.
+int Collect(const ChainSet& set) {
+  std::vector<ChainDraws> draws;
+  std::vector<std::string> folders;
+  for (const ChainDefinition& chain : set.chains) {
+    std::optional<ChainDraws> read = ReadChainFile(chain.chainFile);
+    const bool fits = read && (draws.empty() || HaveOneShape(*read, draws.front()));
+    if (!fits) {
+      Say("cannot read the draws of " + chain.name + " in " + PastablePath(chain.chainFile));
+      return kFailure;
+    }
+    draws.push_back(std::move(*read));
+    folders.push_back(ShownPath(chain.folder));
+  }
+  const std::string text =
+      VerdictText(draws, ReadCoefficientNames(set.chains.front().coefficientFile), set.estimation);
+  if (!Print(text)) {
+    return kFailure;
+  }
+  return RunReport({folders, ShownPath(set.folder + "/report.html")});
+}
+
+std::size_t JobsOf(const ChainSettings& settings) {
+  return static_cast<std::size_t>(settings.jobs > 0 ? settings.jobs : Platform::ProcessorCount());
+}
+
+}  // namespace
+
+int RunChains(const ChainSettings& settings) {
+  const std::optional<ChainSet> set = MakeChainSet(settings.definition, settings.chainCount);
+  if (!set) {
+    return kFailure;
+  }
+  if (settings.collectOnly) {
+    return Collect(*set);
+  }
+  std::vector<const ChainDefinition*> chosen;
+  for (const ChainDefinition& chain : set->chains) {
+    if (settings.onlyChain == 0 || settings.onlyChain == chain.number) {
+      chosen.push_back(&chain);
+    }
+  }
+  Platform::DetachStandardInput();
+  Platform::RememberStopRequests();
+  const int status = ChainPool(*set, std::move(chosen), JobsOf(settings)).Run();
+  return status != kSuccess || settings.onlyChain > 0 ? status : Collect(*set);
+}
+
+}  // namespace Hovar

@@ -1,0 +1,202 @@
+#include "tools/check/columns.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include "data/column_elimination.h"
+#include "foundation/io/log.h"
+#include "linalg/kernels/set_columns.h"
+#include "tools/support/error_capture.h"
+
+namespace Hovar {
+namespace {
+
+std::string Text(const Vell::String& text) { return std::string(text.View()); }
+
+/// Counts the columns of a data set, record by record.
+class VariableCounter {
+ public:
+  explicit VariableCounter(const DataSet& dataSet)
+      : data_(dataSet),
+        counts_(static_cast<std::size_t>(dataSet.variableCount)),
+        isMissing_(counts_.size()),
+        scratch_(dataSet.variableCount) {}
+
+  void Count(std::int32_t record) {
+    const Vell::TernaryRow x = data_.x.Row(record);
+    const auto missing = Vell::MissingColumns(x, scratch_.Span());
+    for (const std::int32_t j : missing) {
+      ++counts_[Index(j)].xMissing;
+      isMissing_[Index(j)] = 1;
+    }
+    Vell::VisitColumns<Vell::kValuePlane>(
+        x, [&](std::int32_t j) { counts_[Index(j)].xOnes += 1 - isMissing_[Index(j)]; });
+    Vell::VisitColumns<Vell::kOnlyPlane>(data_.z.Row(record), [&](std::int32_t j) {
+      ++counts_[Index(j)].zOnes;
+      counts_[Index(j)].zOnesWithKnownX += 1 - isMissing_[Index(j)];
+    });
+    for (const std::int32_t j : missing) {
+      isMissing_[Index(j)] = 0;
+    }
+    for (std::int32_t word = 0; word < Vell::ColumnWordCount(data_.variableCount); ++word) {
+      const Vell::TernaryWords cells = Vell::TernaryColumnWords(x, word);
+      const std::uint64_t ones = cells.values & ~cells.missing;
+      Vell::VisitBits(ones & Vell::SetColumnWord(data_.z.Row(record), word), [&](int bit) {
+        ++counts_[Index(word * Vell::kColumnsPerWord + bit)].xOnesWithZ;
+      });
+    }
+  }
+
+  bool HasNoEmptyClass(std::int32_t records) {
+    return std::none_of(counts_.begin() + 1, counts_.end(), [records](VariableCounts& counts) {
+      counts.records = records;
+      return counts.IsEmptyWithZ() || counts.IsEmptyWithoutZ();
+    });
+  }
+
+  /// The counts of `records` records, without the intercept's.
+  std::vector<VariableCounts> Take(std::int32_t records) {
+    for (std::int32_t j = 0; j < data_.variableCount; ++j) {
+      counts_[Index(j)].zName = Text(data_.zNames[j]);
+      counts_[Index(j)].xName = Text(data_.xNames[j]);
+      counts_[Index(j)].records = records;
+    }
+    counts_.erase(counts_.begin());
+    return std::move(counts_);
+  }
+
+ private:
+  static std::size_t Index(std::int32_t column) noexcept {
+    return static_cast<std::size_t>(column);
+  }
+
+  const DataSet& data_;
+  std::vector<VariableCounts> counts_;
+  std::vector<std::int32_t> isMissing_;  // 1 where the record's X is
+  Vell::IndexVector scratch_;
+};
+
+/// Notes which variables are no longer in the data set, where the others stand in their order.
+void NoteRemoved(std::vector<VariableCounts>& variables, const DataSet& dataSet) {
+  std::int32_t next = 1;
+  for (VariableCounts& variable : variables) {
+    if (next < dataSet.variableCount && dataSet.xNames[next].View() == variable.xName &&
+        dataSet.zNames[next].View() == variable.zName) {
+      ++next;
+    } else {
+      variable.removal = Removal::kDependentX;
+    }
+  }
+}
+
+/// Takes the stage at which each of them was removed from the lines of the log.
+void NoteStages(std::vector<VariableCounts>& variables, std::string_view log) {
+  constexpr std::array<std::pair<std::string_view, Removal>, 4> kStages = {{
+      {"Eliminating Z zero columns", Removal::kZeroZ},
+      {"Eliminating X zero columns", Removal::kZeroX},
+      {"Eliminating dependent Z columns", Removal::kDependentZ},
+      {"Eliminating dependent X columns P = 0", Removal::kDependentX},
+  }};
+  std::map<std::string, Removal> stages;  // by the lines of the log
+  Removal stage = Removal::kNone;
+  while (!log.empty()) {
+    const std::string_view line = log.substr(0, log.find('\n'));
+    log.remove_prefix(std::min(line.size() + 1, log.size()));
+    for (const auto& [heading, itsStage] : kStages) {
+      stage = line == heading ? itsStage : stage;
+    }
+    stages.insert_or_assign(std::string(line), stage);
+  }
+  for (VariableCounts& variable : variables) {
+    const auto found = stages.find(variable.zName + ", " + variable.xName);
+    if (variable.removal != Removal::kNone && found != stages.end()) {
+      variable.removal = found->second;
+    }
+  }
+}
+
+/// Runs column elimination, keeps its log lines, and returns its error.
+std::optional<std::string> EliminateWithLog(DataSet& dataSet, double tolerance, std::string& log) {
+  using Vell::IO::TextSink;
+  const auto sink = Vell::MakeShared<TextSink>(TextSink::Use::kKeep);
+  Vell::IO::Log().Attach(Vell::MakeShared<Vell::IO::TextWriter>(sink));
+  std::optional<std::string> error = ErrorOf([&] { EliminateColumns(dataSet, tolerance); });
+  Vell::IO::Log().Clear();
+  log = sink->Text();
+  return error;
+}
+
+void AddEliminationError(Findings& findings, const DefinitionFile& definition,
+                         std::int32_t completeP0Count, const std::string& error) {
+  const double tolerance = definition.analysis.linearDependenceTolerance;
+  const std::string element = "Regression/LinearDependence/Tolerance";
+  if (completeP0Count == 0) {
+    findings.AddError(definition.data, {},
+                      "No record without missing values has P = 0, and an Analysis fits such "
+                      "records. Fill in missing values, or check the POA indicators.");
+  } else if (!(tolerance < 1)) {
+    findings.AddError(definition.path, definition.PlaceOfValue(element),
+                      "With this tolerance all columns count as dependent. Write a small number, "
+                      "such as 1e-9.");
+  } else if (error == "Invalid argument" || error == "Integer overflow") {
+    findings.AddError(definition.data, {},
+                      "The file has more variables than column elimination can count. Remove those "
+                      "that are not needed.");
+  } else {
+    findings.AddError(definition.path, definition.PlaceOfValue(element),
+                      "Column elimination would end in " + Quoted(error) +
+                          ". Choose another tolerance, or remove dependent variables from " +
+                          Quoted(definition.data) + '.');
+  }
+}
+
+/// The [X|Z] tables that the program could not make, of the variables that the data set has now.
+void CheckXzTables(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet) {
+  for (const VariableCounts& variable :
+       CountVariables(dataSet, CountExtent::kUntilNoClassIsEmpty)) {
+    if (variable.IsEmptyWithZ() || variable.IsEmptyWithoutZ()) {
+      const char* const z = variable.IsEmptyWithZ() ? "1" : "0";
+      findings.AddError(definition.data, {},
+                        "No record with a known X of " + Quoted(variable.xName) + " has Z = " + z +
+                            ", so its [X|Z] table cannot be made. Remove the variable, or merge "
+                            "it with another one.");
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<VariableCounts> CountVariables(const DataSet& dataSet, CountExtent extent) {
+  VariableCounter counter(dataSet);
+  std::int32_t record = 0;
+  for (; record < dataSet.recordCount; ++record) {
+    constexpr std::int32_t kRecordsBetweenLooks = 4096;
+    if (extent == CountExtent::kUntilNoClassIsEmpty && record % kRecordsBetweenLooks == 0 &&
+        counter.HasNoEmptyClass(record)) {
+      break;
+    }
+    counter.Count(record);
+  }
+  return counter.Take(record);
+}
+
+bool CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
+                  std::vector<VariableCounts>& variables) {
+  const std::int32_t completeP0Count = dataSet.completeP0Count;  // before cells are removed
+  std::string log;
+  const std::optional<std::string> error =
+      EliminateWithLog(dataSet, definition.analysis.linearDependenceTolerance, log);
+  NoteRemoved(variables, dataSet);
+  NoteStages(variables, log);
+  if (error.has_value() || dataSet.variableCount == 0) {
+    AddEliminationError(findings, definition, completeP0Count, error.value_or("Invalid argument"));
+    return false;
+  }
+  CheckXzTables(findings, definition, dataSet);
+  return true;
+}
+
+}  // namespace Hovar

@@ -1,0 +1,115 @@
+#include "tools/check/csv.h"
+
+#include <algorithm>
+
+#include "tools/support/error_capture.h"
+
+namespace Hovar {
+namespace {
+
+constexpr char kQuote = '"';
+
+}  // namespace
+
+std::vector<std::size_t> FieldStarts(std::string_view record, QuoteUse quotes) {
+  std::vector<std::size_t> starts = {0};
+  bool isQuoted = false;
+  for (std::size_t i = 0; i < record.size(); ++i) {
+    if (record[i] == kQuote && quotes == QuoteUse::kHonour) {
+      isQuoted = !isQuoted;  // a doubled quote turns twice
+    } else if (record[i] == ',' && !isQuoted) {
+      starts.push_back(i + 1);
+    }
+  }
+  return starts;
+}
+
+std::string_view FieldOf(std::string_view record, std::size_t index, QuoteUse quotes) {
+  const std::vector<std::size_t> starts = FieldStarts(record, quotes);
+  if (index >= starts.size()) {
+    return {};
+  }
+  const std::size_t end = index + 1 < starts.size() ? starts[index + 1] - 1 : record.size();
+  return record.substr(starts[index], end - starts[index]);
+}
+
+std::string DecodedField(std::string_view field) {
+  if (!field.starts_with(kQuote)) {
+    return std::string(field);
+  }
+  field.remove_prefix(1);
+  std::string decoded;
+  for (std::size_t i = 0; i < field.size(); ++i) {
+    if (field[i] != kQuote) {
+      decoded += field[i];
+    } else if (i + 1 < field.size() && field[i + 1] == kQuote) {
+      decoded += field[i++];
+    }
+  }
+  return decoded;
+}
+
+RecordWalker::RecordWalker(const std::string& path)
+    : stream_(Vell::String(std::string_view(path)),
+              Vell::IO::Mode::kRead | Vell::IO::Mode::kBinary) {}
+
+bool RecordWalker::Next() {
+  record_.clear();
+  offset_ = next_;
+  hasLineFeed_ = false;
+  std::int64_t quotes = 0;
+  while (!hasLineFeed_) {
+    const std::string_view window = stream_.Window();
+    if (window.empty()) {
+      return !record_.empty();
+    }
+    const std::size_t end = window.find('\n');
+    const std::string_view part = window.substr(0, end);
+    quotes += std::count(part.begin(), part.end(), kQuote);
+    record_ += part;
+    std::size_t taken = part.size();
+    if (end != std::string_view::npos) {
+      ++taken;
+      // An odd number of quotes leaves one open, and the line feed belongs to its field.
+      hasLineFeed_ = quotes % 2 == 0;
+      if (!hasLineFeed_) {
+        record_ += '\n';
+      }
+    }
+    stream_.TakeFromWindow(taken);
+    next_ += static_cast<std::int64_t>(taken);
+  }
+  return true;
+}
+
+std::string HeaderOf(const std::string& path) {
+  std::string header;
+  ErrorOf([&] {
+    RecordWalker walker(path);
+    if (walker.Next()) {
+      header = walker.Record();
+    }
+  });
+  return header;
+}
+
+std::optional<std::int64_t> OpenQuoteIn(const std::string& path) {
+  std::optional<std::int64_t> open;
+  ErrorOf([&] {
+    RecordWalker walker(path);
+    while (walker.Next()) {
+      const std::string& record = walker.Record();
+      if (std::count(record.begin(), record.end(), kQuote) % 2 != 0) {
+        // Everything to the end of the file is in this record; its first odd field opened it.
+        for (std::size_t i = 0, quotes = 0; i < record.size(); ++i) {
+          if (record[i] == kQuote && ++quotes % 2 != 0) {
+            open = walker.Offset() + static_cast<std::int64_t>(i);
+          }
+        }
+      }
+    }
+  });
+  return open;
+}
+
+}  // namespace Hovar

@@ -1,0 +1,27 @@
+#include "tools/check/data_fields.h"
+
+#include "tools/check/tables.h"
+
+namespace Hovar {
+
+std::string RoleOf(const DefinitionFile& definition, const std::string& header, std::size_t field) {
+  const auto index = static_cast<std::int64_t>(field);
+  const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
+  const std::int64_t variables = (fields - kLeadingFields - definition.poaCount) / 2;
+  std::string role = "X";
+  if (index < kLeadingFields) {
+    role = "Y";  // key and hospital ID may hold anything
+  } else if (index < kLeadingFields + definition.poaCount) {
+    role = "POA indicator";
+  } else if (index < kLeadingFields + definition.poaCount + variables) {
+    role = "Z";
+  }
+  const std::string_view name = FieldOf(header, field, QuoteUse::kHonour);
+  return " (" + role + (name.empty() ? "" : ", " + QuotedField(name)) + ')';
+}
+
+bool MayBeMissing(const std::string& role) {
+  return role.starts_with(" (X") || role.starts_with(" (POA");
+}
+
+}  // namespace Hovar

@@ -1,0 +1,199 @@
+#include "tools/check/data_file.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <vector>
+
+#include "data/data_file_reader.h"
+#include "tools/check/data_fields.h"
+#include "tools/check/data_values.h"
+#include "tools/check/pairs.h"
+#include "tools/check/tables.h"
+
+namespace Hovar {
+namespace {
+
+/// Finds a field that the program passes over without a look at its quotes, and in which a comma or
+/// a line feed therefore separates: the key of a record, and the fields of the header before the
+/// variables. Behind it cells are taken from wrong places.
+bool AddPassedOverError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  RecordWalker walker(definition.data);
+  std::int64_t passedOver = std::int64_t{kLeadingFields} + definition.poaCount;  // of the header
+  while (walker.Next() && walker.Offset() <= stop.offset) {
+    std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
+    starts.push_back(walker.Record().size() + 1);
+    const auto count = std::min(passedOver, static_cast<std::int64_t>(starts.size() - 1));
+    for (std::size_t field = 0; static_cast<std::int64_t>(field) < count; ++field) {
+      const std::string_view text =
+          std::string_view(walker.Record())
+              .substr(starts[field], starts[field + 1] - starts[field] - 1);
+      if (text.find_first_of(",\n") != std::string_view::npos) {
+        findings.AddError(
+            definition.data,
+            PlaceOf(definition.data, walker.Offset() + static_cast<std::int64_t>(starts[field])),
+            FieldNumber(field) +
+                " holds a comma or a line feed, which separates here in spite of the quotes. "
+                "Remove it.");
+        return true;
+      }
+    }
+    passedOver = 1;  // the key
+  }
+  return false;
+}
+
+void AddCellError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  const Cell cell = CellAt(definition.data, stop.offset, {QuoteUse::kHonour, kLeadingFields - 1});
+  const std::string role = RoleOf(definition, HeaderOf(definition.data), cell.field);
+  findings.AddError(
+      definition.data, cell.place,
+      FieldNumber(cell.field) + role + Holds(cell.text) +
+          (MayBeMissing(role) ? ". Write 0 or 1, or leave it empty where it is missing."
+                              : ". Write 0 or 1; it may not be missing."));
+}
+
+void AddShapeError(Findings& findings, const std::string& path) {
+  RecordWalker walker(path);
+  std::size_t wanted = 0;
+  while (walker.Next()) {
+    const std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
+    if (wanted == 0) {
+      wanted = starts.size();
+    } else if (starts.size() != wanted) {
+      const std::size_t within = starts.size() > wanted ? starts[wanted] : walker.Record().size();
+      findings.AddError(path, PlaceOf(path, walker.Offset() + static_cast<std::int64_t>(within)),
+                        walker.Record().empty()
+                            ? "The line is empty. Remove it."
+                            : "The line has " +
+                                  Counted(static_cast<std::int64_t>(starts.size()), "field") +
+                                  ", the header has " + std::to_string(wanted) +
+                                  ". Give every line the same number of fields.");
+      return;
+    }
+  }
+}
+
+/// What fields the definition's number of indicators leaves for X and Z.
+void AddIndicatorError(Findings& findings, const DefinitionFile& definition) {
+  const auto fields =
+      static_cast<std::int64_t>(FieldStarts(HeaderOf(definition.data), QuoteUse::kHonour).size());
+  findings.AddError(definition.path, definition.PlaceOfValue("Input/NumberOfPoaIndicators"),
+                    "The lines of " + Quoted(definition.data) + " have " +
+                        Counted(fields, "field") + "; behind key, hospital, Y and " +
+                        Counted(definition.poaCount, "POA indicator") + " that leaves " +
+                        std::to_string(fields - kLeadingFields - definition.poaCount) +
+                        " for Z and X, which come in pairs. Correct the number of indicators.");
+}
+
+/// A file without a size that suits; false when it has one.
+bool AddSizeError(Findings& findings, const DefinitionFile& definition) {
+  const std::string header = HeaderOf(definition.data);
+  const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
+  const std::int64_t length = TraitsOf(definition.data).length;
+  if (length == 0) {
+    findings.AddError(definition.data, {}, "The data file is empty. Give it a header and records.");
+    return true;
+  }
+  if (definition.poaCount < 0 || fields < std::int64_t{kLeadingFields} + definition.poaCount) {
+    AddIndicatorError(findings, definition);
+    return true;
+  }
+  const bool isHeaderOpen = header.size() == static_cast<std::size_t>(length);
+  if (isHeaderOpen) {
+    findings.AddError(definition.data, PlaceOf(definition.data, length),
+                      "The header does not end with a line feed. End every line with one.");
+  }
+  return isHeaderOpen;
+}
+
+void AddLastLineError(Findings& findings, const std::string& path) {
+  findings.AddError(path, PlaceOf(path, TraitsOf(path).length),
+                    "The last line does not end with a line feed. Add one.");
+}
+
+/// Finds the record at which a hospital's ID comes again after another hospital.
+void AddGroupingError(Findings& findings, const std::string& path) {
+  std::unordered_set<std::string> earlier;
+  std::string last;
+  RecordWalker walker(path);
+  walker.Next();  // the header
+  while (walker.Next()) {
+    const std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
+    // Quoted or not, it is the same hospital.
+    std::string id = DecodedField(FieldOf(walker.Record(), 1, QuoteUse::kHonour));
+    if (!earlier.empty() && id == last) {
+      continue;
+    }
+    if (!earlier.insert(id).second && starts.size() > 1) {
+      findings.AddError(path, PlaceOf(path, walker.Offset() + static_cast<std::int64_t>(starts[1])),
+                        "The hospital " + Quoted(id) +
+                            " comes again after another one. Sort the records by hospital.");
+      return;
+    }
+    last = std::move(id);
+  }
+}
+
+bool IsSizeError(std::string_view error) noexcept {
+  return error == "Invalid argument" || error == "Index out of range" ||
+         error == "Integer overflow";
+}
+
+bool IsCellError(std::string_view error) noexcept {
+  return error == "Invalid input" || error == "IO Exception" || error == "Unexpected end of stream";
+}
+
+/// What the records hold, of a file of which the shape is right.
+bool AddRecordError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  const bool isWrongEnd = stop.error == "Data wrong format";
+  const bool isWrongOrder = stop.error == "Data must be grouped by hospital ID";
+  if (!isWrongEnd && !isWrongOrder && !IsCellError(stop.error)) {
+    return false;
+  }
+  if (AddPassedOverError(findings, definition, stop)) {
+    return true;
+  }
+  if (isWrongEnd) {
+    AddLastLineError(findings, definition.data);
+  } else if (isWrongOrder) {
+    AddGroupingError(findings, definition.data);
+  } else {
+    AddCellError(findings, definition, stop);
+  }
+  return true;
+}
+
+void AddDataError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
+  if (stop.error == "Variable number of fields") {
+    AddShapeError(findings, definition.data);
+  } else if (stop.error == "Wrong number of POA indicators in definition file") {
+    AddIndicatorError(findings, definition);
+  } else if (!AddRecordError(findings, definition, stop) &&
+             !(IsSizeError(stop.error) && AddSizeError(findings, definition))) {
+    AddCommonError(findings, definition.data, stop);
+  }
+}
+
+}  // namespace
+
+bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet& dataSet) {
+  const std::optional<Stop> stop = StopOf(definition.data, [&](Vell::IO::Stream& stream) {
+    ReadDataFile(dataSet, stream, definition.poaCount);
+  });
+  if (stop.has_value()) {
+    AddDataError(findings, definition, *stop);
+  } else {
+    // A file that is gone or cannot be read any longer has nothing more to tell.
+    ErrorOf([&] {
+      WarnOfCells(findings, definition);
+      WarnOfHospitals(findings, definition, dataSet);
+    });
+  }
+  WarnOfPairs(findings, definition);
+  const FileTraits traits = TraitsOf(definition.data);
+  WarnOfByteOrderMark(findings, definition.data, traits);
+  WarnOfCarriageReturn(findings, definition.data, traits);
+  return !stop.has_value();
+}
+
+}  // namespace Hovar

@@ -1,0 +1,138 @@
+#include "tools/check/data_values.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/check/data_fields.h"
+#include "tools/check/odd_cells.h"
+#include "tools/check/paths.h"
+#include "tools/check/tables.h"
+
+namespace Hovar {
+namespace {
+
+/// Where the fields behind the hospital ID begin, as the program passes over the first two: the key
+/// up to the next comma, the ID by the rules of quotes.
+std::size_t BehindHospital(std::string_view record) noexcept {
+  const std::size_t id = std::min(record.find(','), record.size() - 1) + 1;
+  bool isQuoted = false;
+  for (std::size_t i = id; i < record.size(); ++i) {
+    if (record[i] == '"') {
+      isQuoted = !isQuoted;  // a doubled quote turns twice
+    } else if (record[i] == ',' && !isQuoted) {
+      return i + 1;
+    }
+  }
+  return record.size();
+}
+
+/// Finds the odd cells of a record. Nearly all cells are a digit and a comma, or a comma alone.
+void FindOddCells(OddCells& odd, std::string_view record, std::int64_t offset) {
+  std::size_t field = kLeadingFields - 1;
+  for (std::size_t start = BehindHospital(record); start < record.size(); ++field) {
+    const char c = record[start];
+    if ((c == '0' || c == '1') && start + 1 < record.size() && record[start + 1] == ',') {
+      start += 2;
+    } else if (c == ',') {
+      ++start;
+    } else {
+      const std::size_t end = std::min(record.find(',', start), record.size());
+      const std::string_view cell = record.substr(start, end - start);
+      if (!IsReadAsWritten(cell)) {
+        odd.Add(field, offset + static_cast<std::int64_t>(start), cell);
+      }
+      start = end + 1;
+    }
+  }
+}
+
+/// Warns at the ID of the record with an index.
+void WarnAtRecord(Findings& findings, const std::string& path, std::int64_t record,
+                  const std::string& text) {
+  RecordWalker walker(path);
+  walker.Next();  // the header
+  for (std::int64_t i = 0; i <= record; ++i) {
+    walker.Next();
+  }
+  const std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
+  const std::size_t id = starts.size() > 1 ? starts[1] : 0;
+  findings.AddWarning(path, PlaceOf(path, walker.Offset() + static_cast<std::int64_t>(id)), text);
+}
+
+/// A hospital ID without what people write in more than one way.
+std::string BareId(std::string_view id) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  id.remove_prefix(std::min(id.find_first_not_of(kBlanks), id.size()));
+  id = id.substr(0, id.find_last_not_of(kBlanks) + 1);
+  id.remove_prefix(std::min(id.find_first_not_of('0'), std::max<std::size_t>(id.size(), 1) - 1));
+  return SmallLetters(std::string(id));
+}
+
+void WarnOfSimilarHospitals(Findings& findings, const std::string& path, const DataSet& dataSet) {
+  std::map<std::string, std::int32_t> bareIds;
+  std::int32_t similar = -1;
+  std::int64_t count = 0;
+  for (std::int32_t h = 0; h < dataSet.hospitalCount; ++h) {
+    const std::string bare = BareId(dataSet.hospitalIds[h].View());
+    if (!bareIds.emplace(bare, h).second && count++ == 0) {
+      similar = h;
+    }
+  }
+  if (count == 0) {
+    return;
+  }
+  const std::string_view id = dataSet.hospitalIds[similar].View();
+  const std::string_view other = dataSet.hospitalIds[bareIds.at(BareId(id))].View();
+  WarnAtRecord(findings, path, dataSet.hospitalStart[similar],
+               "The hospital " + Quoted(id) + " counts as another one than " + Quoted(other) +
+                   ", from which it differs in blanks, capital letters or leading zeros alone" +
+                   (count == 1 ? "" : " (" + std::to_string(count) + " such hospitals in all)") +
+                   ". Write the ID of a hospital in one way.");
+}
+
+}  // namespace
+
+void WarnOfCells(Findings& findings, const DefinitionFile& definition) {
+  OddCells odd;
+  RecordWalker walker(definition.data);
+  walker.Next();
+  const std::string header = walker.Record();
+  while (walker.Next()) {
+    FindOddCells(odd, walker.Record(), walker.Offset());
+  }
+  odd.Warn(
+      findings, definition.data,
+      [&](std::size_t field, std::string_view cell) {
+        return FieldNumber(field) + RoleOf(definition, header, field) + Holds(cell) +
+               " and is read as " + std::to_string(IntegerOf(cell));
+      },
+      "Write 0 or 1, and nothing else in the field.");
+}
+
+void WarnOfHospitals(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet) {
+  WarnOfSimilarHospitals(findings, definition.data, dataSet);
+  std::int32_t empty = -1;
+  std::int32_t separated = -1;
+  for (std::int32_t h = dataSet.hospitalCount - 1; h >= 0; --h) {
+    const std::string_view id = dataSet.hospitalIds[h].View();
+    empty = id.find_first_not_of(" \t\r") == std::string_view::npos ? h : empty;
+    separated = id.find_first_of(",\n") != std::string_view::npos ? h : separated;
+  }
+  if (empty >= 0) {
+    WarnAtRecord(findings, definition.data, dataSet.hospitalStart[empty],
+                 "The hospital ID is empty; the " + Counted(dataSet.hospitalSize[empty], "record") +
+                     " without one would count as one hospital. Give each record its hospital.");
+  }
+  if (separated >= 0 && definition.kind == RunKind::kPrediction) {
+    WarnAtRecord(findings, definition.data, dataSet.hospitalStart[separated],
+                 "The hospital ID " + Quoted(dataSet.hospitalIds[separated].View()) +
+                     " holds a comma or a line feed: a Validation of these predictions would take "
+                     "values from wrong columns. Use IDs without commas for data that are to be "
+                     "validated.");
+  }
+}
+
+}  // namespace Hovar

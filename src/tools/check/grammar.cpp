@@ -1,0 +1,268 @@
+#include "tools/check/grammar.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+#include "foundation/string.h"
+#include "tools/check/findings.h"
+#include "tools/support/error_capture.h"
+#include "tools/support/text_places.h"
+
+namespace Hovar {
+namespace {
+
+constexpr std::int64_t kContext = 4096;  // bytes behind the stop that are looked at
+
+constexpr std::array<std::string_view, 6> kWholeNumbers = {
+    "NumberOfPoaIndicators", "MaxIterations", "Thinning", "Burnin", "Steps", "Element"};
+constexpr std::array<std::string_view, 2> kReals = {"Tolerance", "PriorPrecision"};
+
+template <typename Names>
+bool Contains(const Names& names, std::string_view name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+bool IsBlank(char c) noexcept { return Vell::kWhitespace.find(c) != std::string_view::npos; }
+
+std::string_view Trimmed(std::string_view text) {
+  while (!text.empty() && IsBlank(text.front())) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && IsBlank(text.back())) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
+
+std::string Lower(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+  return lower;
+}
+
+std::string Tag(std::string_view name) { return '<' + std::string(name) + '>'; }
+std::string EndTag(std::string_view name) { return "</" + std::string(name) + '>'; }
+
+/// Of a byte of Surroundings, which begin where the file does.
+std::int64_t Offset(std::size_t index) { return static_cast<std::int64_t>(index); }
+
+/// The bytes up to the place where the reader stopped, and some behind it.
+class Surroundings {
+ public:
+  Surroundings(const std::string& path, std::int64_t stop)
+      : bytes_(BytesAt(path, 0, static_cast<std::size_t>(stop + kContext))),
+        stop_(std::min(static_cast<std::size_t>(stop), bytes_.size())) {}
+
+  std::string_view All() const { return bytes_; }
+  std::string_view Before(std::size_t index) const {
+    return std::string_view(bytes_).substr(0, index);
+  }
+  std::size_t Stop() const { return stop_; }
+  bool IsAtEnd() const { return stop_ == bytes_.size(); }
+
+  /// The last '<' before an index, behind which a tag was read.
+  std::size_t TagStart(std::size_t index) const {
+    return std::min(Before(index).rfind('<'), index);
+  }
+  /// The byte behind the last '>' before an index, or the first byte.
+  std::size_t BehindTag(std::size_t index) const { return Before(index).rfind('>') + 1; }
+
+  /// What stands at an index, up to white space or the end of a tag.
+  std::string_view NameAt(std::size_t index) const {
+    return All().substr(index, All().find_first_of(" \t\r\n>", index) - index);
+  }
+  /// The name in the tag that ends before an index: "Data", "/Data", "?xml", or nothing.
+  std::string_view LastTagName(std::size_t index) const {
+    const std::size_t end = BehindTag(index);
+    return end == 0 ? std::string_view() : NameAt(TagStart(end) + 1);
+  }
+
+ private:
+  std::string bytes_;
+  std::size_t stop_;
+};
+
+std::string NotANumber(std::string_view element, std::string_view value) {
+  const std::string subject = "The value " + Quoted(Trimmed(value)) + " of " + Tag(element);
+  return Contains(kReals, element)
+             ? subject + " is no number. Write a number with a decimal point, such as 1e-8."
+             : subject + " is no whole number. Write digits alone.";
+}
+
+/// What is wrong with a value that a number was read from, up to `index`.
+GrammarError WrongNumber(const Surroundings& around, std::size_t index) {
+  const std::size_t start = around.BehindTag(index);
+  const std::size_t end = std::min(around.All().find('<', start), around.All().size());
+  const std::size_t value = std::min(around.All().find_first_not_of(Vell::kWhitespace, start), end);
+  return {Offset(value),
+          NotANumber(around.LastTagName(start), around.All().substr(start, end - start))};
+}
+
+GrammarError WrongName(const Surroundings& around, const Mismatch& mismatch) {
+  const std::size_t name = around.Stop() - std::min(around.Stop(), mismatch.current.size());
+  const bool isEnd = around.Before(name).ends_with('/');
+  const std::size_t tag = around.TagStart(name);
+  const std::string_view found = around.NameAt(tag + 1);
+  const std::string due = isEnd ? EndTag(mismatch.expected) : Tag(mismatch.expected);
+  GrammarError error{Offset(tag),
+                     due + " is due here, but " + Quoted(Tag(found)) + " stands here. "};
+  if (found.empty()) {
+    error.text = due + " is due here, but the file ends. Complete the file.";
+  } else if (Lower(found) == Lower(due.substr(1, due.size() - 2))) {
+    error.text += "Names are compared letter by letter, capitals included.";
+  } else if (isEnd) {
+    error.text += "Close the element before the next one begins.";
+  } else {
+    error.text += "Every element is required, in a fixed order and nothing between.";
+  }
+  return error;
+}
+
+GrammarError WrongDeclarationEnd(const Surroundings& around) {
+  return {Offset(around.Stop() - 1), "The declaration does not end with ?>. Close it."};
+}
+
+/// A tag that was read up to here does not end here.
+GrammarError WrongTagEnd(const Surroundings& around, char current) {
+  const std::size_t wrong = around.Stop() - 1;
+  const std::size_t tag = around.TagStart(wrong);
+  const std::string_view found = around.NameAt(tag + 1);
+  const std::string name(around.All().substr(tag + 1, wrong - tag - 1));
+  if (name.ends_with('?')) {
+    return WrongDeclarationEnd(around);
+  }
+  if (current == '/' || name.ends_with('/')) {
+    return {Offset(tag), "The element " + Quoted(Tag(found)) +
+                             " is empty. Write a start tag, its content and an end tag."};
+  }
+  if (!IsBlank(around.All()[wrong - 1])) {
+    return {Offset(tag), Tag(name) + " is due here, but " + Quoted(Tag(found)) +
+                             " stands here. Every element is required, in a fixed order "
+                             "and nothing between."};
+  }
+  return {Offset(wrong), "The tag of " + Tag(Trimmed(name)) +
+                             " goes on behind its name. Remove what stands there: only the "
+                             "root and the outer Seed have attributes."};
+}
+
+GrammarError WrongText(const Surroundings& around) {
+  const std::size_t wrong = around.Stop() - 1;
+  if (Offset(wrong) == 0 && around.All().starts_with(kByteOrderMark)) {
+    return {0, "The file begins with a byte order mark. Save it as UTF-8 without one."};
+  }
+  const std::string_view last = around.LastTagName(wrong);
+  if (last.empty()) {
+    return {Offset(wrong),
+            "The file does not begin with a tag. Name a definition file, which is XML."};
+  }
+  if (Contains(kWholeNumbers, last) || Contains(kReals, last)) {
+    return WrongNumber(around, wrong);
+  }
+  return {Offset(wrong),
+          "Text stands where a tag is due. Remove it: only blanks and "
+          "comments may stand between tags."};
+}
+
+GrammarError WrongByte(const Surroundings& around, const Mismatch& mismatch) {
+  const std::size_t wrong = around.Stop() - 1;
+  switch (mismatch.expected.front()) {
+    case '<':
+      return WrongText(around);
+    case '/':
+      return {Offset(around.TagStart(wrong)),
+              "The element " + Tag(around.LastTagName(wrong)) + " is not closed before " +
+                  Quoted(Tag(around.NameAt(wrong))) + ". Write its end tag."};
+    case '>':
+      return WrongTagEnd(around, mismatch.current.front());
+    case '=':
+      return {Offset(around.TagStart(wrong)),
+              "An attribute of this tag has no value. Write name=\"value\"."};
+    case '"':
+      return {Offset(wrong),
+              "An attribute's value does not stand in double quotes. Write name=\"value\"."};
+    default:  // '?'
+      return WrongDeclarationEnd(around);
+  }
+}
+
+GrammarError WrongSeed(const Surroundings& around) {
+  return {Offset(around.TagStart(around.Stop())),
+          "A Seed is due here: <Seed xsi:type=\"Vector\"> with two elements, or "
+          "<Seed xsi:type=\"Randomize\" />. Write one of the two as it stands here."};
+}
+
+GrammarError WrongEnd(const Surroundings& around) {
+  if (around.IsAtEnd()) {
+    return {Offset(around.Stop()), "The file ends before the definition does. Complete it."};
+  }
+  return WrongNumber(around, around.Stop());  // a word of a Seed
+}
+
+GrammarError WrongFlag(const Surroundings& around) {
+  const std::size_t end = around.TagStart(around.Stop());
+  const std::size_t value = around.BehindTag(end);
+  return {Offset(value), "The flag is " + Quoted(around.All().substr(value, end - value)) +
+                             ". Write true or false, in small letters and without blanks."};
+}
+
+GrammarError WrongRoot(const Surroundings& around) {
+  const std::size_t tag = around.TagStart(around.Stop());
+  return {Offset(tag), "The root element is " + Quoted(Tag(around.NameAt(tag + 1))) +
+                           ". Write Analysis, Prediction, Validation or Batch."};
+}
+
+GrammarError WrongListEntry(const Surroundings& around) {
+  const std::size_t tag = around.TagStart(around.Stop());
+  return {Offset(tag), Quoted(Tag(around.NameAt(tag + 1))) +
+                           " stands in the list of a batch. Write Simulation elements, each "
+                           "with the path of a definition file."};
+}
+
+GrammarError WrongAttributes(const Surroundings& around) {
+  return {Offset(around.TagStart(around.Stop())),
+          "An attribute is given twice. Remove one of the two."};
+}
+
+GrammarError NulByte(const Surroundings& around) {
+  return {Offset(around.Stop() - 1),
+          "The file holds a NUL byte. Save it as UTF-8 or another text without NUL bytes."};
+}
+
+}  // namespace
+
+GrammarError ExplainGrammarError(const std::string& path, std::int64_t stop,
+                                 std::string_view error) {
+  struct Explanation {
+    std::string_view error;
+    GrammarError (*explain)(const Surroundings& around);
+  };
+  constexpr std::array<Explanation, 10> kExplanations = {{
+      {"Unexpected end of stream", WrongEnd},
+      {"IO Exception",
+       [](const Surroundings& around) { return WrongNumber(around, around.Stop()); }},
+      {"Invalid value in \"UseGeneralizedEstimatingEquations\" tag", WrongFlag},
+      {"Invalid XML simulation", WrongListEntry},
+      {"Invalid RandomGenerator XML input", WrongSeed},
+      {"Attribute not found in XML tag", WrongSeed},
+      {"Duplicate attributes not allowed in XML tag", WrongAttributes},
+      {"Invalid definition file", WrongRoot},
+      {"Invalid input string", NulByte},
+      {"Invalid argument", NulByte},
+  }};
+  const Surroundings around(path, stop);
+  if (const std::optional<Mismatch> mismatch = MismatchIn(error, path)) {
+    return mismatch->expected.size() == 1 ? WrongByte(around, *mismatch)
+                                          : WrongName(around, *mismatch);
+  }
+  for (const Explanation& explanation : kExplanations) {
+    if (explanation.error == error) {
+      return explanation.explain(around);
+    }
+  }
+  return {stop, "The program would end in " + Quoted(error) + '.'};
+}
+
+}  // namespace Hovar

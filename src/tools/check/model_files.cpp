@@ -1,0 +1,219 @@
+#include "tools/check/model_files.h"
+
+#include <initializer_list>
+
+#include "foundation/string.h"
+#include "prediction/prediction_files.h"
+#include "regression/coefficient_file.h"
+#include "tools/check/model_values.h"
+#include "tools/check/tables.h"
+
+namespace Hovar {
+namespace {
+
+constexpr std::uint32_t Bits(std::initializer_list<int> fields) {
+  std::uint32_t bits = 0;
+  for (const int field : fields) {
+    bits |= std::uint32_t{1} << field;
+  }
+  return bits;
+}
+
+// Names and standard errors are texts, and the unused columns of predictions are passed over.
+constexpr ModelForm kCoefficientForm = {
+    {QuoteUse::kHonour, 2, Bits({3, 5, 6, 9, 12, 15, 18})}, 21, Bits({3, 5})};
+constexpr ModelForm kPredictionForm = {{QuoteUse::kIgnore, 3, Bits({3, 4, 6, 7, 9, 10})}, 11, 0};
+
+std::string NumberError(std::size_t field, std::string_view name, std::string_view cell) {
+  return FieldNumber(field) + (name.empty() ? std::string() : " (" + QuotedField(name) + ')') +
+         Holds(cell) + " where a number is due. Use the file as the program wrote it.";
+}
+
+/// The first line before the stop that lets a reader go astray: it has too few fields, or it has to
+/// end with a number and ends with nothing, so that the next line is taken for the number.
+bool AddLineError(Findings& findings, const std::string& path, std::int64_t stop,
+                  const ModelForm& form) {
+  const std::size_t last = form.fields - 1;
+  RecordWalker walker(path);
+  walker.Next();  // the header, which is passed over
+  while (walker.Next() && walker.Offset() <= stop) {
+    const std::size_t fields = FieldStarts(walker.Record(), QuoteUse::kHonour).size();
+    if (fields < form.fields) {
+      const auto length = static_cast<std::int64_t>(walker.Record().size());
+      findings.AddError(path, PlaceOf(path, walker.Offset() + length),
+                        "The line has " + Counted(static_cast<std::int64_t>(fields), "field") +
+                            " of " + std::to_string(form.fields) +
+                            ". Use the file as the program wrote it.");
+      return true;
+    }
+    const std::string_view cell = FieldOf(walker.Record(), last, form.table.quotes);
+    const std::int64_t place = walker.Offset() + static_cast<std::int64_t>(FieldStarts(
+                                                     walker.Record(), form.table.quotes)[last]);
+    if (form.table.IsReal(last) && place <= stop &&
+        cell.find_first_not_of(Vell::kWhitespace) == std::string_view::npos) {
+      const std::string header = HeaderOf(path);
+      findings.AddError(path, PlaceOf(path, place),
+                        NumberError(last, FieldOf(header, last, QuoteUse::kHonour), cell));
+      return true;
+    }
+  }
+  return false;
+}
+
+void AddNumberError(Findings& findings, const std::string& path, const Stop& stop,
+                    const ModelForm& form) {
+  if (AddLineError(findings, path, stop.offset, form)) {
+    return;
+  }
+  const Cell cell = CellAt(path, stop.offset, form.table);
+  const std::string header = HeaderOf(path);
+  const std::string_view name = FieldOf(header, cell.field, QuoteUse::kHonour);
+  findings.AddError(path, cell.place, NumberError(cell.field, name, cell.text));
+}
+
+template <typename Read>
+bool CheckTable(Findings& findings, const std::string& path, const ModelForm& form, Read read) {
+  const std::optional<Stop> stop = StopOf(path, read);
+  if (!stop.has_value()) {
+    return true;
+  }
+  if (stop->error == "Unexpected end of stream") {
+    AddNumberError(findings, path, *stop, form);
+  } else if (stop->error == "Invalid argument") {
+    findings.AddError(path, {}, "The file has no complete line. Use it as the program wrote it.");
+  } else {
+    AddCommonError(findings, path, *stop);
+  }
+  return false;
+}
+
+/// The names of the coefficient file that the data set lacks, for a sentence.
+std::string MissingVariables(const DataSet& dataSet, const RegressionResults& results) {
+  constexpr int kMost = 5;
+  std::string names;
+  int count = 0;
+  for (std::int32_t r = 0; r < results.VariableCount(); ++r) {
+    bool isFound = false;
+    for (std::int32_t j = 0; j < dataSet.variableCount && !isFound; ++j) {
+      isFound = dataSet.xNames[j].View() == results.xNames[r].View() &&
+                dataSet.zNames[j].View() == results.zNames[r].View();
+    }
+    if (!isFound && ++count <= kMost) {
+      names += (names.empty() ? "" : ", ") + Quoted(results.xNames[r].View());
+    }
+  }
+  return count > kMost ? names + " and " + std::to_string(count - kMost) + " more" : names;
+}
+
+/// Warns when the variables, which are matched by position, do not stand in the same order.
+void WarnOfOrder(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet,
+                 const RegressionResults& results) {
+  for (std::int32_t j = 0; j < dataSet.variableCount; ++j) {
+    const bool isOtherX = dataSet.xNames[j].View() != results.xNames[j].View();
+    const std::string_view ofData = (isOtherX ? dataSet.xNames : dataSet.zNames)[j].View();
+    const std::string_view ofFile = (isOtherX ? results.xNames : results.zNames)[j].View();
+    if (ofData != ofFile) {
+      findings.AddWarning(
+          definition.coefficients, {j + 2, 1},
+          "The coefficients of " + Quoted(ofFile) + " would serve for " + Quoted(ofData) +
+              " of the data: variables are matched by position. Bring the columns of the data "
+              "into the order of the coefficient file.");
+      return;
+    }
+  }
+}
+
+/// Warns when the data lost their intercept, because the coefficient file does not have its row.
+void WarnOfMissingIntercept(Findings& findings, const DefinitionFile& definition,
+                            const DataSet& dataSet) {
+  if (dataSet.variableCount > 0 &&
+      (dataSet.xNames[0].View() != "XIntercept" || dataSet.zNames[0].View() != "ZIntercept")) {
+    findings.AddWarning(definition.coefficients, {2, 1},
+                        "The row of the intercept is missing, so all models would predict without "
+                        "an intercept, and missing values of " +
+                            Quoted(dataSet.xNames[0].View()) +
+                            " would count as 0. Use the file as the program wrote it.");
+  }
+}
+
+}  // namespace
+
+bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,
+                          RegressionResults& results) {
+  const std::string& path = definition.coefficients;
+  const FileTraits traits = TraitsOf(path);
+  if (!traits.endsWithLineFeed) {
+    findings.AddWarning(path, PlaceOf(path, traits.length),
+                        "The last line does not end with a line feed, so its variable is lost. Add "
+                        "a line feed.");
+  }
+  WarnOfByteOrderMark(findings, path, traits);
+  WarnOfCarriageReturn(findings, path, traits);
+  const bool isRead =
+      CheckTable(findings, path, kCoefficientForm,
+                 [&results](Vell::IO::Stream& stream) { ReadCoefficientFile(results, stream); });
+  if (isRead) {
+    ErrorOf([&] { WarnOfValues(findings, path, kCoefficientForm); });
+  }
+  return isRead;
+}
+
+bool CheckIndividualPredictions(Findings& findings, const DefinitionFile& definition,
+                                IndividualPredictions& predictions) {
+  const std::string& path = definition.individualPredictions;
+  const FileTraits traits = TraitsOf(path);
+  WarnOfByteOrderMark(findings, path, traits);
+  const bool isRead = CheckTable(
+      findings, path, kPredictionForm,
+      [&predictions](Vell::IO::Stream& stream) { ReadIndividualPredictions(predictions, stream); });
+  if (isRead) {
+    ErrorOf([&] {
+      WarnOfQuotedCommas(findings, path);
+      WarnOfValues(findings, path, kPredictionForm);
+    });
+  }
+  return isRead;
+}
+
+bool CheckVariables(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
+                    const RegressionResults& results) {
+  if (ErrorOf([&] { ReconcileVariables(dataSet, results); }).has_value()) {
+    const std::string missing = MissingVariables(dataSet, results);
+    findings.AddError(definition.coefficients, {},
+                      "The data have " + Counted(dataSet.variableCount - 1, "variable") +
+                          " of the " + std::to_string(results.VariableCount() - 1) +
+                          " in the coefficient file" +
+                          (missing.empty() ? std::string() : "; missing: " + missing) +
+                          ". Use the coefficient file of an Analysis of the same variables.");
+    return false;
+  }
+  if (results.VariableCount() == 0) {
+    findings.AddWarning(definition.coefficients, {},
+                        "No complete line stands behind the header, so all predictions would be "
+                        "one half. Use the file as the program wrote it.");
+  }
+  WarnOfMissingIntercept(findings, definition, dataSet);
+  WarnOfOrder(findings, definition, dataSet, results);
+  return true;
+}
+
+void CheckPredictionCount(Findings& findings, const DefinitionFile& definition,
+                          std::int32_t records, const IndividualPredictions& predictions) {
+  const std::int32_t rows = predictions.yGivenZ.Size();
+  const std::string text = "The file has " + Counted(rows, "complete line") + " for the " +
+                           Counted(records, "record") + " of " + Quoted(definition.data);
+  const Place end =
+      PlaceOf(definition.individualPredictions, TraitsOf(definition.individualPredictions).length);
+  if (rows < records) {
+    findings.AddError(definition.individualPredictions, end,
+                      text +
+                          ". Use the predictions of the same data; each line ends with a line "
+                          "feed.");
+  } else if (rows > records) {
+    findings.AddWarning(definition.individualPredictions, end,
+                        text + "; the others are not used. Use the predictions of the same data.");
+  }
+  ErrorOf([&] { WarnOfOtherRecords(findings, definition); });
+}
+
+}  // namespace Hovar

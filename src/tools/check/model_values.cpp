@@ -1,0 +1,147 @@
+#include "tools/check/model_values.h"
+
+#include <string_view>
+#include <vector>
+
+#include "foundation/io/number_text.h"
+#include "tools/check/odd_cells.h"
+
+namespace Hovar {
+namespace {
+
+/// The first two fields of a record with the comma behind them, as they stand: key and hospital.
+std::string_view KeyAndHospital(std::string_view record) noexcept {
+  int commas = 0;
+  bool isQuoted = false;
+  for (std::size_t i = 0; i < record.size(); ++i) {
+    if (record[i] == '"') {
+      isQuoted = !isQuoted;  // a doubled quote turns twice
+    } else if (record[i] == ',' && !isQuoted && ++commas == 2) {
+      return record.substr(0, i + 1);
+    }
+  }
+  return record;
+}
+
+std::string KeyIn(std::string_view keyAndHospital) {
+  return DecodedField(FieldOf(keyAndHospital, 0, QuoteUse::kHonour));
+}
+
+std::string HospitalIn(std::string_view keyAndHospital) {
+  return DecodedField(FieldOf(keyAndHospital, 1, QuoteUse::kHonour));
+}
+
+bool AreSameFields(std::string_view one, std::string_view other) {
+  return KeyIn(one) == KeyIn(other) && HospitalIn(one) == HospitalIn(other);
+}
+
+bool HasQuotedComma(std::string_view record) {
+  return record.find('"') != std::string_view::npos &&
+         FieldStarts(record, QuoteUse::kIgnore).size() !=
+             FieldStarts(record, QuoteUse::kHonour).size();
+}
+
+/// Lines with a wrong number of fields: the first one, and how many there are.
+struct WrongLines {
+  std::int64_t first = 0;  // offset of its end
+  std::size_t fields = 0;
+  std::int64_t count = 0;
+};
+
+void WarnOfWrongLines(Findings& findings, const std::string& path, const WrongLines& wrong,
+                      const ModelForm& form) {
+  if (wrong.count == 0) {
+    return;
+  }
+  findings.AddWarning(
+      path, PlaceOf(path, wrong.first),
+      "The line has " + Counted(static_cast<std::int64_t>(wrong.fields), "field") + " instead of " +
+          std::to_string(form.fields) +
+          (wrong.count == 1 ? std::string()
+                            : " (" + std::to_string(wrong.count) + " such lines in all)") +
+          ": values behind it would be taken from wrong columns. Use the file as "
+          "the program wrote it.");
+}
+
+}  // namespace
+
+void WarnOfValues(Findings& findings, const std::string& path, const ModelForm& form) {
+  OddCells odd;
+  WrongLines wrong;
+  RecordWalker walker(path);
+  walker.Next();
+  const std::string header = walker.Record();
+  for (bool isFirst = true; walker.Next() && walker.HasLineFeed(); isFirst = false) {
+    const std::string& record = walker.Record();
+    std::vector<std::size_t> starts = FieldStarts(record, QuoteUse::kHonour);
+    if (starts.size() != form.fields) {
+      if (wrong.count++ == 0) {
+        wrong.first = walker.Offset() + static_cast<std::int64_t>(record.size());
+        wrong.fields = starts.size();
+      }
+      continue;
+    }
+    starts.push_back(record.size() + 1);
+    for (std::size_t field = 0; field < form.fields; ++field) {
+      const bool isSkipped = isFirst && (form.skippedOfFirst >> field & 1U) != 0;
+      const std::string_view cell =
+          std::string_view(record).substr(starts[field], starts[field + 1] - starts[field] - 1);
+      if (form.table.IsReal(field) && !isSkipped && !IsWholeReal(cell)) {
+        odd.Add(field, walker.Offset() + static_cast<std::int64_t>(starts[field]), cell);
+      }
+    }
+  }
+  WarnOfWrongLines(findings, path, wrong, form);
+  odd.Warn(
+      findings, path,
+      [&header](std::size_t field, std::string_view cell) {
+        const std::string_view name = FieldOf(header, field, QuoteUse::kHonour);
+        return FieldNumber(field) + (name.empty() ? "" : " (" + QuotedField(name) + ')') +
+               Holds(cell) + " and is read as " +
+               std::string(Vell::IO::NumberText::OfReal(Vell::IO::ParseReal(cell)).View());
+      },
+      "Use the file as the program wrote it.");
+}
+
+void WarnOfQuotedCommas(Findings& findings, const std::string& path) {
+  RecordWalker walker(path);
+  walker.Next();
+  while (walker.Next()) {
+    const std::string& record = walker.Record();
+    if (HasQuotedComma(record)) {
+      const auto quote = static_cast<std::int64_t>(record.find('"'));
+      findings.AddWarning(path, PlaceOf(path, walker.Offset() + quote),
+                          "A key or hospital ID holds a comma, which separates here in spite of "
+                          "the quotes: values would be taken from wrong columns. Use IDs without "
+                          "commas.");
+      return;
+    }
+  }
+}
+
+void WarnOfOtherRecords(Findings& findings, const DefinitionFile& definition) {
+  const std::string& path = definition.individualPredictions;
+  RecordWalker predictions(path);
+  RecordWalker data(definition.data);
+  predictions.Next();
+  data.Next();
+  while (predictions.Next() && data.Next()) {
+    if (HasQuotedComma(predictions.Record())) {
+      return;
+    }
+    const std::string_view predicted = KeyAndHospital(predictions.Record());
+    const std::string_view actual = KeyAndHospital(data.Record());
+    if (predicted != actual && !AreSameFields(predicted, actual)) {
+      findings.AddWarning(path, PlaceOf(path, predictions.Offset()),
+                          "The line is that of record " + Quoted(KeyIn(predicted)) +
+                              " of hospital " + Quoted(HospitalIn(predicted)) +
+                              ", and would serve for record " + Quoted(KeyIn(actual)) +
+                              " of hospital " + Quoted(HospitalIn(actual)) +
+                              " of the data: lines and records are matched by position. Use the "
+                              "predictions of the same data.");
+      return;
+    }
+  }
+}
+
+}  // namespace Hovar

@@ -1,0 +1,36 @@
+#pragma once
+
+// What the program reads of coefficient files and individual predictions without a word, and a user
+// may have meant otherwise.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "tools/check/findings.h"
+#include "tools/check/tables.h"
+#include "tools/plan/definition_file.h"
+
+namespace Hovar {
+
+/// One of these files: how its reader takes it, and how many fields its lines have.
+struct ModelForm {
+  TableForm table;
+  std::size_t fields;
+  std::uint32_t skippedOfFirst;  // a bit for each field that is passed over in the first record
+};
+
+// Each looks at a file that the program's reader has taken.
+
+/// Warns of numbers that are read otherwise than they are written, and of lines with another number
+/// of fields, after which values are taken from wrong columns.
+void WarnOfValues(Findings& findings, const std::string& path, const ModelForm& form);
+
+/// Warns of commas within quotes, which separate for the reader of individual predictions.
+void WarnOfQuotedCommas(Findings& findings, const std::string& path);
+
+/// Warns of the first line of the individual predictions whose key or hospital is not that of the
+/// record at the same place of the data file. Says nothing behind a comma within quotes.
+void WarnOfOtherRecords(Findings& findings, const DefinitionFile& definition);
+
+}  // namespace Hovar

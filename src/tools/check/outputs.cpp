@@ -1,0 +1,277 @@
+#include "tools/check/outputs.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "foundation/io/platform/platform.h"
+#include "tools/check/paths.h"
+#include "tools/support/shown_path.h"
+
+namespace Hovar {
+namespace {
+
+namespace Platform = Vell::IO::Platform;
+using Platform::PathKind;
+
+constexpr std::size_t kLongestName = 255;  // bytes, of the usual file systems
+
+/// True when a file that exists could be written.
+bool IsWritable(const std::string& path) {
+  const Platform::FileHandle file =
+      Platform::OpenFile(path.c_str(), Platform::Access::kReadWriteExisting);
+  return file != Platform::kNoFile && Platform::CloseFile(file);
+}
+
+struct Input {
+  std::string what;
+  const std::string& path;
+};
+
+std::vector<Input> InputsOf(const DefinitionFile& definition) {
+  std::vector<Input> inputs = {{"data file", definition.data},
+                               {"definition file", definition.path}};
+  if (!definition.coefficients.empty()) {
+    inputs.push_back({"coefficient file", definition.coefficients});
+  }
+  if (!definition.individualPredictions.empty()) {
+    inputs.push_back({"file of individual predictions", definition.individualPredictions});
+  }
+  return inputs;
+}
+
+std::string Subject(const PlannedOutput& output) {
+  return "The " + output.what + ' ' + Quoted(ShownPath(output.path));
+}
+
+/// Outputs that are or would on Windows be one of the run's own inputs.
+void WarnOfInputs(Findings& findings, const DefinitionFile& definition,
+                  const PlannedOutput& output) {
+  const bool isLog = &output == &definition.outputs.front();
+  for (const Input& input : InputsOf(definition)) {
+    const Place place = definition.PlaceOfValue(output.element);
+    if (IsSameFile(output.path, input.path)) {
+      const std::string text = Subject(output) + " is the " + input.what + " of this run";
+      if (isLog && input.path != definition.path) {
+        findings.AddError(definition.path, place,
+                          text + ", which is emptied before it is read. Give it another name.");
+      } else {
+        findings.AddWarning(definition.path, place,
+                            text + ", which would be overwritten. Give it another name.",
+                            Weight::kFiles);
+      }
+    } else if (DiffersInCaseOnly(output.path, input.path)) {
+      findings.AddWarning(definition.path, place,
+                          Subject(output) + " differs from the " + input.what +
+                              " in capital letters alone: on Windows they are one file. Give it "
+                              "another name.",
+                          Weight::kHarmless);
+    }
+  }
+}
+
+}  // namespace
+
+const WrittenFile* OutputCheck::Written(std::string_view path) const {
+  const auto found = files_.find(NormalPath(path));
+  return found != files_.end() ? &found->second : nullptr;
+}
+
+bool OutputCheck::LogEmpties(const DefinitionFile& definition, const std::string& input) {
+  return IsSameFile(definition.outputs.front().path, input);
+}
+
+PathKind OutputCheck::KindOf(const std::string& path) const {
+  const std::string normal = NormalPath(path);
+  if (files_.contains(normal)) {
+    return PathKind::kFile;
+  }
+  if (folders_.contains(normal)) {
+    return PathKind::kFolder;
+  }
+  return Platform::KindOf(OnDisk(path).c_str());
+}
+
+/// The path as the system can follow it: a folder that does not exist yet hides from it where ".."
+/// leads from there.
+std::string OutputCheck::OnDisk(const std::string& path) const {
+  const std::string_view text = path;
+  for (std::size_t i = text.find(".."); i != std::string_view::npos; i = text.find("..", i + 1)) {
+    if (i > 0 && IsSeparator(text[i - 1]) && folders_.contains(NormalPath(text.substr(0, i - 1)))) {
+      return NormalPath(path);
+    }
+  }
+  return path;
+}
+
+bool OutputCheck::MayWriteIn(const std::string& folder) const {
+  return folders_.contains(NormalPath(folder)) ||
+         Platform::FolderIsWritable(OnDisk(folder).c_str());
+}
+
+/// Makes a folder in memory; false when that gives an error. A folder that cannot be made is none
+/// where it exists as something else: then opening a file in it shows the fault.
+bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definition,
+                             const std::string& path, std::string_view element) {
+  const std::string name = element == "Output/Folder" ? path : ShownPath(path);  // put together
+  const auto addError = [&](const std::string& text) {
+    findings.AddError(definition.path, definition.PlaceOfValue(element),
+                      "The folder " + Quoted(name) + text);
+    return false;
+  };
+  switch (KindOf(path)) {
+    case PathKind::kFolder:
+      return true;
+    case PathKind::kFile:
+    case PathKind::kOther:
+      return addError(" is a file. Give the folder another name.");
+    case PathKind::kMissing:
+      break;
+  }
+  const std::string parent = ParentOf(path);
+  if (KindOf(parent) != PathKind::kFolder) {
+    return addError(" cannot be made: " + Quoted(ParentOf(name)) +
+                    " is no folder. Make it first; only the last folder of a path is made.");
+  }
+  if (!MayWriteIn(parent)) {
+    return addError(" cannot be made: nothing may be written in " + Quoted(ParentOf(name)) +
+                    ". Choose another folder.");
+  }
+  if (LastName(name).size() > kLongestName) {
+    return addError(" has too long a name. Shorten it.");
+  }
+  folders_.emplace(NormalPath(path), true);
+  return true;
+}
+
+bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
+                          const PlannedOutput& output) const {
+  const auto addError = [&](const std::string& text) {
+    findings.AddError(definition.path, definition.PlaceOfValue(output.element),
+                      Subject(output) + text);
+    return false;
+  };
+  switch (KindOf(output.path)) {
+    case PathKind::kFolder:
+      return addError(" is a folder. Give the file a name of its own.");
+    case PathKind::kFile:
+      return files_.contains(NormalPath(output.path)) || IsWritable(OnDisk(output.path)) ||
+             addError(" cannot be written. Ask for the right to write it.");
+    case PathKind::kOther:
+      return true;
+    case PathKind::kMissing:
+      break;
+  }
+  const std::string parent = ParentOf(output.path);
+  if (KindOf(parent) != PathKind::kFolder) {
+    return addError(" cannot be made: " + Quoted(ShownPath(parent)) +
+                    " is no folder. Make it first, or name a file in the output folder.");
+  }
+  if (!MayWriteIn(parent)) {
+    return addError(" cannot be made: nothing may be written in " + Quoted(ShownPath(parent)) +
+                    ". Choose another folder.");
+  }
+  return LastName(output.path).size() <= kLongestName ||
+         addError(" has too long a name. Shorten it.");
+}
+
+/// Names that meet those of earlier outputs, of this run or of others.
+void OutputCheck::WarnOfMeeting(Findings& findings, const DefinitionFile& definition,
+                                const PlannedOutput& output) {
+  const Place place = definition.PlaceOfValue(output.element);
+  if (const WrittenFile* const earlier = Written(output.path)) {
+    const bool isLog = earlier->what == "log file";
+    findings.AddWarning(
+        definition.path, place,
+        Subject(output) + " is also the " + earlier->what + " of " +
+            (earlier->run == run_ ? std::string("this run") : Quoted(earlier->definition)) +
+            (isLog ? ", which goes on writing at its old place in it"
+                   : ", which would be overwritten") +
+            ". Give each file a name of its own.",
+        Weight::kFiles);
+    return;
+  }
+  if (Platform::KindOf(OnDisk(output.path).c_str()) == PathKind::kFile) {
+    overwritten_.push_back({output, definition.folder, definition.path, place});
+  }
+  // Its own spelling is not there yet, or it would be an earlier output.
+  if (const auto other = spellings_.find(SmallLetters(NormalPath(output.path)));
+      other != spellings_.end()) {
+    findings.AddWarning(definition.path, place,
+                        Subject(output) + " differs from " +
+                            Quoted(ShownPath(files_.at(other->second).path)) +
+                            " in capital letters alone: on Windows they are one file. Give each "
+                            "file a name of its own.",
+                        Weight::kHarmless);
+  }
+}
+
+void OutputCheck::WarnOfOverwriting(Findings& findings) const {
+  constexpr std::size_t kMostNames = 12;
+  if (overwritten_.empty()) {
+    return;
+  }
+  const Overwritten& first = overwritten_.front();
+  if (overwritten_.size() == 1) {
+    findings.AddWarning(
+        first.definition, first.place,
+        Subject(first.output) + " exists and would be overwritten. Use --keep to move it aside.",
+        Weight::kFiles);
+    return;
+  }
+  const bool isOneFolder =
+      std::all_of(overwritten_.begin(), overwritten_.end(),
+                  [&first](const Overwritten& file) { return file.folder == first.folder; });
+  std::string names;
+  for (std::size_t i = 0; i < std::min(overwritten_.size(), kMostNames); ++i) {
+    const std::string& path = overwritten_[i].output.path;
+    const std::size_t skipped = isOneFolder ? first.folder.size() + 1 : 0;
+    names += (i == 0 ? "" : ", ") + Quoted(ShownPath(path.substr(skipped)));
+  }
+  const std::size_t left = overwritten_.size() - std::min(overwritten_.size(), kMostNames);
+  findings.AddWarning(first.definition, first.place,
+                      Counted(static_cast<std::int64_t>(overwritten_.size()), "file") +
+                          " of an earlier run would be overwritten" +
+                          (isOneFolder ? " in " + Quoted(first.folder) : "") + ": " + names +
+                          (left > 0 ? " and " + std::to_string(left) + " more" : "") +
+                          ". Use --keep to move them aside.",
+                      Weight::kFiles);
+}
+
+void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
+                           const PlannedOutput& output) {
+  if (!CanMake(findings, definition, output)) {
+    return;
+  }
+  WarnOfInputs(findings, definition, output);
+  WarnOfMeeting(findings, definition, output);
+  const std::string normal = NormalPath(output.path);
+  files_.insert_or_assign(normal, WrittenFile{output.path, output.what, definition.path, run_});
+  spellings_.emplace(SmallLetters(normal), normal);
+}
+
+void OutputCheck::Check(Findings& findings, const DefinitionFile& definition) {
+  ++run_;
+  if (definition.folder.empty()) {
+    findings.AddWarning(
+        definition.path, definition.PlaceOfValue("Output/Folder"),
+        "The output folder is empty, which means the root of the file system. Write "
+        "a point for the folder that you start in.",
+        Weight::kFiles);
+  } else if (!MakeFolder(findings, definition, definition.folder, "Output/Folder")) {
+    return;
+  }
+  bool hasChainFolder = false;
+  bool isMade = true;
+  for (const PlannedOutput& output : definition.outputs) {
+    const bool isInChainFolder = output.element == "Output/McmcSubFolder";
+    if (isInChainFolder && !hasChainFolder) {
+      hasChainFolder = true;
+      isMade = MakeFolder(findings, definition, definition.chainFolder, output.element);
+    }
+    if (!isInChainFolder || isMade) {
+      MakeFile(findings, definition, output);
+    }
+  }
+}
+
+}  // namespace Hovar

@@ -1,0 +1,67 @@
+#include "tools/plan/estimating_equations.h"
+
+#include "foundation/io/file_stream.h"
+#include "foundation/io/platform/folders.h"
+#include "regression/coefficient_file.h"
+#include "tools/support/error_capture.h"
+#include "tools/support/sentence_parts.h"
+
+namespace Hovar {
+
+MissingRecords CountMissing(const DataSet& dataSet) {
+  MissingRecords missing;
+  for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
+    missing.withoutP += dataSet.p.IsMissing(i) ? 1 : 0;
+  }
+  missing.incomplete = dataSet.recordCount - dataSet.completeCount;
+  return missing;
+}
+
+bool DrawsWithEstimatingEquations(const DefinitionFile& definition) {
+  return definition.kind == RunKind::kAnalysis && UsesEstimatingEquations(definition.analysis) &&
+         definition.mcmc.steps > 0;
+}
+
+bool HasClusteredDraws(const RegressionResults& results) {
+  const CoefficientEstimates& fifth = results.Block(Model::kYGivenXWithoutPMcmc);
+  bool hasEmpirical = false;
+  for (std::int32_t i = 0; i < fifth.Size(); ++i) {
+    if (!(fifth[i].modelStandardError < 0)) {
+      return false;
+    }
+    hasEmpirical = hasEmpirical || !(fifth[i].empiricalStandardError < 0);
+  }
+  return hasEmpirical;
+}
+
+std::optional<bool> HasClusteredDraws(const std::string& coefficientFile) {
+  namespace Platform = Vell::IO::Platform;
+  if (Platform::KindOf(coefficientFile.c_str()) != Platform::PathKind::kFile) {
+    return std::nullopt;  // reading a pipe would wait
+  }
+  RegressionResults results;
+  const bool isRead =
+      !ErrorOf([&] {
+         Vell::IO::FileStream stream(Vell::String(coefficientFile), Vell::IO::Mode::kReadText);
+         ReadCoefficientFile(results, stream);
+       }).has_value();
+  return isRead ? std::optional(HasClusteredDraws(results)) : std::nullopt;
+}
+
+std::string WhatIsUnfit(const std::optional<MissingRecords>& missing) {
+  std::string made = "the fifth block, E[Y|X,P=0]-MCMC";
+  if (!missing.has_value()) {
+    return made + " and, where P is missing, the observed E[Y|P=0]";
+  }
+  if (missing->withoutP > 0) {
+    return made + " and the observed E[Y|P=0], as P is missing in " +
+           Counted(missing->withoutP, "record");
+  }
+  if (missing->incomplete > 0) {
+    return made + " and, as an X is missing in " + Counted(missing->incomplete, "record") +
+           ", the other expectations; the observed E[Y|P=0] is not affected, for every P is known";
+  }
+  return made;
+}
+
+}  // namespace Hovar

@@ -1,0 +1,48 @@
+#pragma once
+
+// One rule, told by the check, the verdict on chains and the run record: with generalized
+// estimating equations the draws of the chain have the inverse of the covariance that they should
+// have, so they and what is made from them are not fit for inference. docs/limits.md gives the
+// reason.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "data/data_set.h"
+#include "regression/regression_results.h"
+#include "tools/plan/definition_file.h"
+
+namespace Hovar {
+
+/// What to do instead.
+inline constexpr std::string_view kEquationsRemedy =
+    "Take counts and expectations from a run with false, and standard errors of the four fits from "
+    "a run with true and Steps 0.";
+
+/// How many records of a data set lack something.
+struct MissingRecords {
+  std::int32_t withoutP = 0;
+  std::int32_t incomplete = 0;  // without P or an X
+};
+
+MissingRecords CountMissing(const DataSet& dataSet);
+
+/// True for an Analysis that draws with generalized estimating equations: with the flag, and with
+/// iterations of the main phase.
+bool DrawsWithEstimatingEquations(const DefinitionFile& definition);
+
+/// True when the fifth block was made with generalized estimating equations: it then has empirical
+/// standard errors and no model-based ones.
+bool HasClusteredDraws(const RegressionResults& results);
+
+/// The same for a coefficient file; nothing when it cannot be read.
+std::optional<bool> HasClusteredDraws(const std::string& coefficientFile);
+
+/// Names what is made from the draws, for a sentence: "the fifth block, E[Y|X,P=0]-MCMC and ...".
+/// The observed column is wrong where P is missing; `missing` is nothing where the data are not
+/// known.
+std::string WhatIsUnfit(const std::optional<MissingRecords>& missing);
+
+}  // namespace Hovar

@@ -1,0 +1,97 @@
+#include "tools/plan/run_plan.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "tools/plan/estimating_equations.h"
+#include "tools/support/files.h"
+
+namespace Hovar {
+namespace {
+
+// Beyond these a list of batches is taken for one that does not end.
+constexpr std::size_t kMostFiles = 10'000;
+constexpr std::size_t kDeepestNesting = 64;
+
+void AddSeed(PlannedRun& run, const DefinitionFile& definition) {
+  for (const DefinedValue& value : definition.values) {
+    if (value.element == "Mcmc/Seed") {
+      run.seedType = value.type;
+    } else if (value.element == "Mcmc/Seed/Seed/Element") {
+      run.seedWords.push_back(value.text);
+    }
+  }
+}
+
+PlannedRun PlanOf(const DefinitionFile& definition, std::string bytes) {
+  PlannedRun run;
+  run.kind = definition.kind;
+  run.definition = definition.path;
+  run.definitionBytes = std::move(bytes);
+  run.data = definition.data;
+  run.coefficients = definition.coefficients;
+  run.usesEstimatingEquations = UsesEstimatingEquations(definition.analysis);
+  run.hasUnfitDraws = DrawsWithEstimatingEquations(definition);
+  run.burnin = std::max(definition.mcmc.burnin, 0);
+  run.steps = std::max(definition.mcmc.steps, 0);
+  run.folder = definition.folder;
+  run.logFile = definition.outputs.front().path;
+  for (const std::string& input :
+       {definition.data, definition.coefficients, definition.individualPredictions}) {
+    if (!input.empty()) {
+      run.inputs.push_back(input);
+    }
+  }
+  for (const PlannedOutput& output : definition.outputs) {
+    run.outputs.push_back(output.path);
+  }
+  AddSeed(run, definition);
+  return run;
+}
+
+void Follow(RunPlan& plan, const std::string& path, std::vector<std::string>& batches);
+
+void FollowBatch(RunPlan& plan, const DefinitionFile& batch, std::vector<std::string>& batches) {
+  const bool isCircle = std::find(batches.begin(), batches.end(), batch.path) != batches.end();
+  if (isCircle || batches.size() >= kDeepestNesting) {
+    return;
+  }
+  batches.push_back(batch.path);
+  for (const std::string& simulation : batch.simulations) {
+    if (plan.filesFollowed < kMostFiles) {
+      Follow(plan, simulation, batches);
+    }
+  }
+  batches.pop_back();
+}
+
+void Follow(RunPlan& plan, const std::string& path, std::vector<std::string>& batches) {
+  ++plan.filesFollowed;
+  std::optional<std::string> bytes = ReadSmallFile(path);
+  if (!bytes) {
+    return;
+  }
+  const std::optional<DefinitionFile> definition = ReadDefinitionFile(path).definition;
+  if (batches.empty()) {
+    plan.kind = definition ? std::optional(definition->kind) : std::nullopt;
+    plan.definitionBytes = *bytes;
+  }
+  if (definition && definition->kind == RunKind::kBatch) {
+    FollowBatch(plan, *definition, batches);
+  } else if (definition) {
+    plan.runs.push_back(PlanOf(*definition, std::move(*bytes)));
+  }
+}
+
+}  // namespace
+
+RunPlan MakeRunPlan(const std::string& definition) {
+  RunPlan plan;
+  plan.definition = definition;
+  std::vector<std::string> batches;
+  Follow(plan, definition, batches);
+  return plan;
+}
+
+}  // namespace Hovar

@@ -1,0 +1,53 @@
+#pragma once
+
+// What a definition is about to do: the runs in their order (a Batch is followed into the
+// definitions that it lists) and the files that each reads and writes.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/definition/root_element.h"
+#include "tools/plan/definition_file.h"
+
+namespace Hovar {
+
+struct PlannedRun {
+  RunKind kind = RunKind::kAnalysis;
+  std::string definition;  // path of the file, as written
+  std::string definitionBytes;
+  std::string data;
+  /// The coefficient file that the run reads; empty for an Analysis.
+  std::string coefficients;
+  /// Of an Analysis: the flag, and whether its chain draws with estimating equations.
+  bool usesEstimatingEquations = false;
+  bool hasUnfitDraws = false;
+  /// The Seed element: its type and, for fixed words, their texts as written.
+  std::string seedType;
+  std::vector<std::string> seedWords;
+  /// Passes of imputation that the run reports at most.
+  std::int64_t burnin = 0;
+  std::int64_t steps = 0;
+  std::string folder;
+  std::string logFile;               // path, inside the folder
+  std::vector<std::string> inputs;   // data file first
+  std::vector<std::string> outputs;  // log file first
+};
+
+struct RunPlan {
+  std::string definition;
+  std::optional<RunKind> kind;  // of the definition; nothing when the program would refuse it
+  std::string definitionBytes;
+  /// The runs that the program would start. A definition that it would refuse, or that closes a
+  /// circle of batches, adds nothing.
+  std::vector<PlannedRun> runs;
+  /// Definition files that were looked at.
+  std::size_t filesFollowed = 0;
+};
+
+RunPlan MakeRunPlan(const std::string& definition);
+
+}  // namespace Hovar

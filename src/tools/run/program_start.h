@@ -1,0 +1,13 @@
+#pragma once
+
+#include <span>
+
+namespace Hovar {
+
+/// Lets the program take this process's place, with these arguments behind its own name, after
+/// DetachUnattendedInput. Returns an exit status only when the program cannot be started; a line on
+/// standard error names it then. No container of the standard library is used, as in the program
+/// itself.
+int ExecuteProgram(std::span<const char* const> arguments);
+
+}  // namespace Hovar

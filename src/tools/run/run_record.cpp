@@ -1,0 +1,174 @@
+#include "tools/run/run_record.h"
+
+#include <array>
+#include <chrono>
+#include <map>
+
+#include "build_info.h"
+#include "foundation/io/platform/folders.h"
+#include "foundation/io/platform/processes.h"
+#include "tools/plan/estimating_equations.h"
+#include "tools/support/files.h"
+#include "tools/support/json_text.h"
+#include "tools/support/sha256.h"
+
+namespace Hovar {
+namespace {
+
+namespace Platform = Vell::IO::Platform;
+
+void WriteText(JsonWriter& json, std::string_view name, std::string_view value) {
+  value.empty() ? json.Null(name) : json.Text(name, value);
+}
+
+void WriteFile(JsonWriter& json, std::string_view name, std::string_view path,
+               std::string_view sha256, std::int64_t size) {
+  json.BeginObject(name);
+  json.Bytes("path", path);
+  WriteText(json, "sha256", sha256);
+  sha256.empty() ? json.Null("bytes") : json.Number("bytes", size);
+  json.EndObject();
+}
+
+void WriteSeed(JsonWriter& json, const PlannedRun& run) {
+  json.BeginObject("seed");
+  json.Bytes("type", run.seedType);
+  json.BeginArray("elements");
+  for (const std::string& word : run.seedWords) {
+    json.Bytes({}, word);
+  }
+  json.EndArray();
+  json.EndObject();
+}
+
+void WriteWarning(JsonWriter& json, const RunWarning& warning) {
+  json.BeginObject();
+  json.Text("text", warning.text);
+  WriteText(json, "reason", warning.reason);
+  WriteText(json, "fit", warning.fit);
+  json.Number("count", warning.count);
+  if (warning.burninCount + warning.mainCount > 0) {
+    json.BeginObject("iterations");
+    json.Number("burnin", warning.burninCount);
+    json.Number("main", warning.mainCount);
+    warning.burninCount > 0 ? json.Number("firstBurnin", warning.firstBurnin)
+                            : json.Null("firstBurnin");
+    warning.mainCount > 0 ? json.Number("firstMain", warning.firstMain) : json.Null("firstMain");
+    json.EndObject();
+  }
+  if (!warning.records.empty()) {
+    json.Numbers("records", warning.records);
+  }
+  json.EndObject();
+}
+
+/// Whether the fits, or the coefficients that the run has read, come from estimating equations, and
+/// what of the run is not fit for inference then.
+void WriteEstimatingEquations(JsonWriter& json, const PlannedRun& run) {
+  const bool isAnalysis = run.kind == RunKind::kAnalysis;
+  const std::optional<bool> isUsed =
+      isAnalysis ? std::optional(run.usesEstimatingEquations) : HasClusteredDraws(run.coefficients);
+  isUsed.has_value() ? json.Boolean("generalizedEstimatingEquations", *isUsed)
+                     : json.Null("generalizedEstimatingEquations");
+  const bool isUnfit = isAnalysis ? run.hasUnfitDraws : isUsed.value_or(false);
+  isUnfit ? json.Text("notFitForInference", WhatIsUnfit({})) : json.Null("notFitForInference");
+}
+
+std::string Host() {
+  std::array<char, 256> name;
+  return Platform::HostName(name.data(), name.size()) ? std::string(name.data()) : std::string();
+}
+
+std::string WorkingFolder() {
+  std::array<char, 4096> path;
+  return Platform::CurrentFolder(path.data(), path.size()) ? std::string(path.data())
+                                                           : std::string();
+}
+
+void WriteProgram(JsonWriter& json) {
+  json.BeginObject("program");
+  json.Text("version", kVersion);
+  json.Text("compiler", kCompiler);
+  WriteText(json, "buildType", kBuildType);
+  json.Text("system", kSystem);
+  json.EndObject();
+}
+
+}  // namespace
+
+RunRecord::InputFacts RunRecord::FactsOf(const std::string& path) {
+  InputFacts facts{path, Sha256OfFile(path).value_or(std::string()), 0};
+  const Platform::FileHandle file = Platform::OpenFile(path.c_str(), Platform::Access::kRead);
+  if (file != Platform::kNoFile) {
+    facts.size = Platform::FileLength(file);
+    Platform::CloseFile(file);
+  }
+  return facts;
+}
+
+RunRecord::RunRecord(const RunPlan& plan) : plan_(plan), start_(Platform::CalendarSeconds()) {
+  std::map<std::string, InputFacts> known;  // definitions of a batch often share their data
+  for (const PlannedRun& run : plan.runs) {
+    const auto place = known.find(run.data);
+    data_.push_back(place != known.end() ? place->second : FactsOf(run.data));
+    known.emplace(run.data, data_.back());
+  }
+}
+
+std::string RunRecord::Text(const RunLines& lines, int exitStatus) const {
+  JsonWriter json;
+  json.BeginObject();
+  json.Text("format", "hovar run record");
+  json.Number("formatVersion", 1);
+  WriteProgram(json);
+  WriteText(json, "host", Host());
+  json.Bytes("folder", WorkingFolder());
+  json.Text("start", UtcText(start_));
+  json.Text("end", UtcText(Platform::CalendarSeconds()));
+  json.Number("exitStatus", exitStatus);
+  lines.Error().empty() ? json.Null("error") : json.Bytes("error", lines.Error());
+  const bool isRead = !plan_.definitionBytes.empty();
+  WriteFile(json, "definition", plan_.definition,
+            isRead ? Sha256Of(plan_.definitionBytes) : std::string(),
+            static_cast<std::int64_t>(plan_.definitionBytes.size()));
+  plan_.kind ? json.Text("kind", NameOf(*plan_.kind)) : json.Null("kind");
+  json.BeginArray("runs");
+  for (std::size_t i = 0; i < plan_.runs.size(); ++i) {
+    const PlannedRun& run = plan_.runs[i];
+    json.BeginObject();
+    WriteFile(json, "definition", run.definition, Sha256Of(run.definitionBytes),
+              static_cast<std::int64_t>(run.definitionBytes.size()));
+    json.Text("kind", NameOf(run.kind));
+    WriteFile(json, "data", data_[i].path, data_[i].sha256, data_[i].size);
+    WriteSeed(json, run);
+    WriteEstimatingEquations(json, run);
+    json.BeginArray("warnings");
+    if (i < lines.Runs().size()) {
+      for (const RunWarning& warning : lines.Runs()[i].warnings) {
+        WriteWarning(json, warning);
+      }
+    }
+    json.EndArray();
+    json.EndObject();
+  }
+  json.EndArray();
+  json.EndObject();
+  return json.Finish();
+}
+
+std::string UtcText(std::int64_t seconds) {
+  using std::chrono::days;
+  const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
+  const auto day = std::chrono::floor<days>(time);
+  const std::chrono::year_month_day date(day);
+  const std::chrono::hh_mm_ss clock(time - day);
+  const auto padded = [](std::int64_t value, std::size_t digits) {
+    const std::string text = std::to_string(value);
+    return std::string(digits - std::min(text.size(), digits), '0') + text;
+  };
+  return padded(int{date.year()}, 4) + "-" + padded(unsigned{date.month()}, 2) + "-" +
+         padded(unsigned{date.day()}, 2) + "T" + padded(clock.hours().count(), 2) + ":" +
+         padded(clock.minutes().count(), 2) + ":" + padded(clock.seconds().count(), 2) + "Z";
+}
+
+}  // namespace Hovar

@@ -1,0 +1,236 @@
+#include "tools/run/supervised_run.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "foundation/exit_status.h"
+#include "foundation/io/platform/folders.h"
+#include "tools/plan/run_plan.h"
+#include "tools/run/child_run.h"
+#include "tools/run/kept_outputs.h"
+#include "tools/run/program_start.h"
+#include "tools/run/progress.h"
+#include "tools/run/progress_display.h"
+#include "tools/run/run_record.h"
+#include "tools/support/files.h"
+#include "tools/support/message.h"
+#include "tools/support/sentence_parts.h"
+#include "tools/support/shown_path.h"
+
+namespace Hovar {
+namespace {
+
+namespace Platform = Vell::IO::Platform;
+
+// Behind the name of the log, or of the run record for a file that goes when the program has ended.
+constexpr std::string_view kCaptureSuffix = ".output.txt";
+constexpr std::string_view kPassingSuffix = ".output.part";
+
+/// The file for the program's lines: beside the log of the first run. Its folder is made as the
+/// program would make it. Without a log to be beside, the file is beside the definition.
+std::string PathBesideLog(const RunPlan& plan, std::string_view suffix) {
+  if (!plan.runs.empty()) {
+    const PlannedRun& run = plan.runs.front();
+    Platform::CreateFolder(run.folder.c_str());
+    if (Platform::FolderIsWritable(run.folder.c_str())) {
+      return run.logFile + std::string(suffix);
+    }
+  }
+  return plan.definition + std::string(suffix);
+}
+
+std::string CaptureFileFor(const RunSettings& settings, const RunPlan& plan) {
+  if (settings.showProgress) {
+    return PathBesideLog(plan, kCaptureSuffix);
+  }
+  const bool isDevice = Platform::KindOf(settings.recordFile.c_str()) == Platform::PathKind::kOther;
+  return isDevice ? PathBesideLog(plan, kPassingSuffix)
+                  : settings.recordFile + std::string(kPassingSuffix);
+}
+
+/// What a watched run writes besides the program's own outputs.
+std::vector<std::string> FurtherOutputs(const RunSettings& settings,
+                                        const std::string& captureFile) {
+  std::vector<std::string> files;
+  if (settings.showProgress) {
+    files.push_back(captureFile);
+  }
+  if (!settings.recordFile.empty()) {
+    files.push_back(settings.recordFile);
+  }
+  return files;
+}
+
+/// Passes the program's lines on to the streams that they were meant for.
+class LineEcho {
+ public:
+  void Take(std::string_view line) {
+    constexpr std::string_view kErrorPrefix = "Error: ";
+    const Platform::FileHandle stream =
+        line.starts_with(kErrorPrefix) ? Platform::kStandardError : Platform::kStandardOutput;
+    isGood_ = isGood_ && Platform::WriteFile(stream, line.data(), line.size());
+  }
+  /// False when a line could not be written.
+  bool IsGood() const noexcept { return isGood_; }
+
+ private:
+  bool isGood_ = true;
+};
+
+/// The bar of one run, if it is wanted.
+class Bar {
+ public:
+  Bar(const RunPlan& plan, bool isShown) : progress_(plan, SteadySeconds()), isShown_(isShown) {}
+
+  void Update(const RunLines& lines) {
+    const double now = SteadySeconds();
+    progress_.Update(lines, now);
+    Show(now);
+  }
+
+  void End(const ChildRun& run) {
+    if (!isShown_) {
+      return;
+    }
+    if (run.ExitStatus() == kSuccess) {
+      progress_.Complete();
+      Show(SteadySeconds());
+      return;
+    }
+    display_.Clear();
+    if (!run.Lines().Error().empty()) {
+      display_.Print(run.Lines().Error());
+    }
+  }
+
+ private:
+  void Show(double now) {
+    if (isShown_) {
+      display_.Show({{"", ProgressLine(progress_, now, display_.Columns()), progress_.Share()}},
+                    now);
+    }
+  }
+
+  Progress progress_;
+  ProgressDisplay display_;
+  bool isShown_;
+};
+
+/// Watches the program to its end and returns the exit status.
+int Watch(ChildRun& run, Bar& bar, const LineEcho& echo) {
+  PollPause pause;
+  while (run.Advance() && Platform::StopRequest() == 0 && echo.IsGood()) {
+    bar.Update(run.Lines());
+    pause.Sleep();
+  }
+  const bool hasEnded = run.HasEnded();
+  run.Stop();
+  bar.End(run);
+  if (!hasEnded && Platform::StopRequest() != 0) {
+    return Platform::kSignalStatus + Platform::StopRequest();
+  }
+  if (!echo.IsGood()) {
+    Say("cannot write to standard output");
+    return kFailure;
+  }
+  if (run.ExitStatus() != kSuccess && run.Lines().Error().empty() && Platform::StopRequest() == 0) {
+    Say("the program ended with status " + std::to_string(run.ExitStatus()));
+  }
+  return run.ExitStatus();
+}
+
+/// Removes a file, if its path is not empty, at the end of the scope.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(std::string path) : path_(std::move(path)) {}
+  ~TemporaryFile() {
+    if (!path_.empty()) {
+      Platform::RemoveFile(path_.c_str());
+    }
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+ private:
+  std::string path_;
+};
+
+/// True when the run reads or writes the file itself.
+bool BelongsToRun(const std::string& path, const RunPlan& plan) {
+  std::vector<std::string> files{plan.definition};
+  for (const PlannedRun& run : plan.runs) {
+    files.push_back(run.definition);
+    files.insert(files.end(), run.inputs.begin(), run.inputs.end());
+    files.insert(files.end(), run.outputs.begin(), run.outputs.end());
+  }
+  return std::any_of(files.begin(), files.end(), [&path](const std::string& file) {
+    return file == path || Platform::SameFile(file.c_str(), path.c_str());
+  });
+}
+
+/// Runs and, if a record is wanted, writes it; its file is opened first, so that nobody finds out
+/// after a long run that it cannot be written.
+int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
+                const LineEcho& echo) {
+  std::optional<OutputFile> recordFile;
+  std::optional<RunRecord> record;
+  if (!settings.recordFile.empty()) {
+    if (!recordFile.emplace(settings.recordFile).Open()) {
+      Say("cannot write " + settings.recordFile);
+      return kFailure;
+    }
+    record.emplace(plan);
+  }
+  if (!run.Start(settings.definition)) {
+    return kFailure;
+  }
+  Bar bar(plan, settings.showProgress);
+  const int status = Watch(run, bar, echo);
+  if (record) {
+    recordFile->Write(record->Text(run.Lines(), status));
+    if (!recordFile->Complete()) {
+      Say("cannot write " + settings.recordFile);
+      return kFailure;
+    }
+  }
+  return status;
+}
+
+}  // namespace
+
+int RunSupervised(const RunSettings& settings) {
+  const RunPlan plan = MakeRunPlan(settings.definition);
+  if (!settings.recordFile.empty() && BelongsToRun(settings.recordFile, plan)) {
+    Say("the record cannot be written to " + settings.recordFile + ", a file of the run itself");
+    return kFailure;
+  }
+  const bool isWatched = settings.showProgress || !settings.recordFile.empty();
+  const std::string captureFile = isWatched ? CaptureFileFor(settings, plan) : std::string();
+  if (settings.keepOutputs && !KeepOutputs(plan, FurtherOutputs(settings, captureFile))) {
+    return kFailure;
+  }
+  if (!isWatched) {
+    const char* const argument = settings.definition.c_str();
+    return ExecuteProgram({&argument, 1});
+  }
+  Platform::DetachStandardInput();
+  Platform::RememberStopRequests();
+  const TemporaryFile passing(settings.showProgress ? std::string() : captureFile);
+  LineEcho echo;
+  ChildRun run(
+      captureFile,
+      settings.showProgress ? ChildRun::LineTaker() : [&echo](auto line) { echo.Take(line); });
+  const int status = RunRecorded(settings, plan, run, echo);
+  if (settings.showProgress && run.HasEnded()) {
+    Say((status == kSuccess ? "done, " : "not done, ") +
+        Counted(run.Lines().WarningCount(), "warning") + "; output in " +
+        PastablePath(captureFile));
+  }
+  return status;
+}
+
+}  // namespace Hovar

@@ -1,0 +1,46 @@
+#include "tools/support/shown_path.h"
+
+#include <algorithm>
+
+#include "foundation/io/platform/platform.h"
+
+namespace Hovar {
+namespace {
+
+constexpr char kSlash = '/';
+
+bool IsSlashSystem() noexcept { return Vell::IO::Platform::FolderSeparator() == kSlash; }
+
+/// True for bytes that stand for themselves in the command lines of all systems.
+bool IsPlain(char c) noexcept {
+  constexpr std::string_view kPlain = "/\\._-+,:@%=";
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+         static_cast<unsigned char>(c) >= 0x80 || kPlain.find(c) != std::string_view::npos;
+}
+
+}  // namespace
+
+std::string ShownPath(std::string_view path) {
+  std::string shown(path);
+  if (IsSlashSystem()) {
+    std::replace(shown.begin(), shown.end(), '\\', kSlash);
+  }
+  return shown;
+}
+
+std::string PastablePath(std::string_view path) {
+  std::string shown = ShownPath(path);
+  if (!shown.empty() && std::all_of(shown.begin(), shown.end(), IsPlain)) {
+    return shown;
+  }
+  if (!IsSlashSystem()) {
+    return '"' + shown + '"';  // a name holds no double quote there
+  }
+  std::string word = "'";
+  for (const char c : shown) {
+    word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  }
+  return word + '\'';
+}
+
+}  // namespace Hovar
