@@ -22,4 +22,7 @@ function(hovar_add_layer name)
   list(TRANSFORM LAYER_LINKS PREPEND hovar_)
   target_link_libraries(hovar_${name} PUBLIC ${LAYER_LINKS} PRIVATE hovar_compiler)
   target_compile_features(hovar_${name} PUBLIC cxx_std_20)
+  # For the test that tries what each layer can include.
+  file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/layers/${name}.txt
+       CONTENT "${LAYER_FOLDER}\n$<JOIN:$<TARGET_PROPERTY:hovar_${name},INCLUDE_DIRECTORIES>,\n>\n")
 endfunction()
