@@ -14,7 +14,7 @@ matplotlib.rcParams["svg.hashsalt"] = "hovar"
 import matplotlib.pyplot as plt
 
 from peer_list import BY_HAND, FLOOR, PACKAGE, PROGRAM
-from report import AIMS, Results
+from report import TARGETS, Results
 
 SHORT = {"read": "reading", "logit": "logistic fit", "gee": "GEE fit", "cstat": "C-statistic",
          "mcmc": "MCMC iteration", "write": "writing"}
@@ -39,7 +39,7 @@ def add_legend(figure, axes, distance):
 
 def plot_times(results, folder):
     """A dot for the seconds of every task, one panel a size."""
-    tasks = [task for task in results.tasks if task in AIMS]
+    tasks = [task for task in results.tasks if task in TARGETS]
     figure, panels = plt.subplots(1, len(results.sizes), sharey=True, squeeze=False,
                                   figsize=(1.5 + 3.6 * len(results.sizes), 1.0 + 0.45 * len(tasks)))
     for size, axes in zip(results.sizes, panels[0]):
@@ -61,7 +61,7 @@ def plot_growth(results, folder):
     """Seconds against records, for the sizes with equally many variables."""
     widest = max(size.variables for size in results.sizes)
     sizes = [size for size in results.sizes if size.variables == widest]
-    tasks = [task for task in results.tasks if task in AIMS]
+    tasks = [task for task in results.tasks if task in TARGETS]
     if len(sizes) < 2:
         return
     figure, panels = plt.subplots((len(tasks) + 2) // 3, 3, squeeze=False, sharex=True,
