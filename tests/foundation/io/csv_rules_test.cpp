@@ -12,13 +12,22 @@ using Vell::IO::NeedsRules;
 using Vell::IO::TakePlainField;
 
 TEST(CsvRulesTest, EveryByteHasItsMeaning) {
+  constexpr std::string_view kEnds = ",\n";
+  constexpr std::string_view kSpecial("\"\0", 2);
+  for (int c = 0; c < 256; ++c) {
+    const char byte = static_cast<char>(c);
+    EXPECT_EQ(Vell::IO::EndsField(byte), kEnds.find(byte) != std::string_view::npos) << c;
+    EXPECT_EQ(NeedsRules(byte), kSpecial.find(byte) != std::string_view::npos) << c;
+  }
+}
+
+TEST(CsvRulesTest, ATextNeedsWhatOneOfItsBytesNeeds) {
+  constexpr std::string_view kQuoted = ",\n\"";
   for (int c = 0; c < 256; ++c) {
     const char byte = static_cast<char>(c);
     const std::string text = std::string("a") + byte + "b";
-    EXPECT_EQ(Vell::IO::EndsField(byte), c == ',' || c == '\n') << c;
-    EXPECT_EQ(NeedsRules(byte), c == '"' || c == 0) << c;
     EXPECT_EQ(NeedsRules(std::string_view(text)), NeedsRules(byte)) << c;
-    EXPECT_EQ(NeedsQuotes(text), c == ',' || c == '\n' || c == '"') << c;
+    EXPECT_EQ(NeedsQuotes(text), kQuoted.find(byte) != std::string_view::npos) << c;
   }
   EXPECT_FALSE(NeedsRules(std::string_view()));
   EXPECT_FALSE(NeedsQuotes(""));
