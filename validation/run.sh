@@ -7,7 +7,8 @@
 #   --quick         shorter runs (about three minutes); the documents are filled in copies below the
 #                   results, build/validation/quick/docs, and those in docs stay as they are
 #   --program PATH  the executable (libexec/hovar/hovar); without it the release preset is built
-#   --only SCRIPT   one comparison, by the name of its script without .py; no document is written
+#   --only SCRIPT   one comparison, by the name of its script without .py; no document is written.
+#                   An unknown name ends with the list of all and exit status 2
 #   --write         with --only: its tables and its rows of the lists of all are written
 #
 # Installs what is missing from Debian packages (root or sudo). Exit status: 0 when every comparison
@@ -18,15 +19,17 @@ quick=
 program=
 only=
 write=
+items="fits_logistic fits_gee elimination sweep_enumeration calibration recovery choosing_z
+jags_agreement c_statistics"
 usage() {
-  sed -n '2,14p' validation/run.sh | sed 's/^# \{0,1\}//'
+  sed -n '2,15p' validation/run.sh | sed 's/^# \{0,1\}//'
   exit "$1"
 }
 while [ $# -gt 0 ]; do
   case $1 in
     --quick) quick=--quick ;;
     --program) [ $# -ge 2 ] || usage 2; program=$(realpath "$2"); shift ;;
-    --only) [ $# -ge 2 ] || usage 2; only=$2; shift ;;
+    --only) [ "${2:+x}" ] || usage 2; only=$2; shift ;;
     --write) write=yes ;;
     --help) usage 0 ;;
     *) usage 2 ;;
@@ -34,6 +37,16 @@ while [ $# -gt 0 ]; do
   shift
 done
 [ -z "$write" ] || [ -n "$only" ] || usage 2
+known=
+for item in $items; do
+  [ "$only" != "$item" ] || known=yes
+done
+if [ -n "$only" ] && [ -z "$known" ]; then
+  echo "validation/run.sh: there is no comparison \"$only\". Choose one of:" >&2
+  # shellcheck disable=SC2086  # one name a line
+  printf '  %s\n' $items >&2
+  exit 2
+fi
 
 tools/install_packages.sh r-base-core r-cran-mass r-cran-geepack r-cran-gee r-cran-proc \
   r-cran-rjags r-cran-mice jags python3-minimal python3-numpy python3-scipy python3-pandas \
@@ -61,8 +74,7 @@ fi
 export OPENBLAS_NUM_THREADS=1 OMP_NUM_THREADS=1 LC_ALL=C.UTF-8
 
 status=0
-for item in fits_logistic fits_gee elimination sweep_enumeration calibration recovery \
-  choosing_z jags_agreement c_statistics; do
+for item in $items; do
   [ -z "$only" ] || [ "$only" = "$item" ] || continue
   echo "== $item"
   # shellcheck disable=SC2086  # an option or nothing

@@ -41,6 +41,28 @@ def cells(table):
             for line in table.splitlines()]
 
 
+class RunTest(unittest.TestCase):
+    def test_an_unknown_comparison_is_refused_with_the_list_of_all(self):
+        for name in ("wrong", "document", "fits_gee fits_logistic"):
+            done = subprocess.run(
+                ["sh", str(ROOT / "validation" / "run.sh"), "--program", "/bin/false", "--only", name],
+                stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding="utf-8", check=False)
+            self.assertEqual(done.returncode, 2)
+            self.assertEqual(done.stdout, "")
+            listed = re.findall(r"^  (\w+)$", done.stderr, re.M)
+            scripts = {path.stem for path in (ROOT / "validation").glob("*.py")
+                       if "__main__" in path.read_text(encoding="utf-8")}
+            self.assertEqual(set(listed), scripts - {"document"})
+
+    def test_a_comparison_without_a_name_is_refused(self):
+        for arguments in (["--only", ""], ["--only"]):
+            done = subprocess.run(
+                ["sh", str(ROOT / "validation" / "run.sh"), "--program", "/bin/false", *arguments],
+                stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding="utf-8", check=False)
+            self.assertEqual(done.returncode, 2)
+            self.assertTrue(done.stdout.startswith("Runs every comparison"), done.stdout)
+
+
 class WriterTest(unittest.TestCase):
     def write(self, first, second, item, arguments=("--only", "choosing_z")):
         with tempfile.TemporaryDirectory() as folder:
