@@ -60,16 +60,6 @@ TEST(LauncherTest, WorksThroughSymbolicLinks) {
   ExpectPredicts(study, links.File("a link"));
 }
 
-TEST(CheckWarningTest, ABatchThatNamesItselfByALink) {
-  const TinyStudy study;
-  fs::create_symlink("d.xml", study.Path() / "link.xml");
-  study.Write("d.xml", BatchText({"link.xml"}));
-  const ProcessResult check = RunLauncher(study, {"--check", "d.xml"});
-  EXPECT_EQ(check.exitStatus, 0);
-  EXPECT_TRUE(check.output.starts_with("d.xml:3:13: warning: The batch would start "))
-      << check.output;
-}
-
 TEST(LauncherTest, OnATerminalTheKeyIsStillWaitedFor) {
   const ScratchFolder folder;
   Command command = LauncherIn(folder, {"none.xml"});
@@ -171,6 +161,48 @@ TEST(ChainsRequestTest, AChainThatEndsWithoutAnErrorLineIsTold) {
   EXPECT_EQ(result.exitStatus, 1);
   ExpectHolds(result.error, "chain-1: ended with status 3\n");
   ExpectHolds(result.error, "hovar: chain-1 failed; its output is in ");
+}
+
+/// What --chains with these arguments shows on a terminal, with plain line feeds.
+std::string ChainsOnTerminal(const TinyStudy& study, const std::string& launcher,
+                             const std::string& chains) {
+  Command command = LauncherIn(study, {}, launcher);
+  command.program = "/bin/sh";
+  command.arguments = {
+      "sh", "-c", "TERM=xterm exec \"$0\" --chains " + chains + " analysis.xml --jobs 2 2>/dev/tty",
+      launcher};
+  command.input = Input::kTerminal;
+  Process process(command);
+  EXPECT_EQ(process.Wait().exitStatus, 1);
+  std::string shown = process.TerminalText();
+  std::erase(shown, '\r');
+  return shown;
+}
+
+TEST(ChainsRequestTest, OnATerminalTheMessageOfAFailureComesLast) {
+  const ScratchFolder place;
+  const std::string launcher = LauncherOfScript(place,
+                                                "case $1 in\n"
+                                                "*ends*chain-1.xml) sleep 0.5; exit 0;;\n"
+                                                "*fails*chain-2.xml) sleep 0.5; exit 3;;\n"
+                                                "esac\n"
+                                                "exec sleep 50\n");
+  for (const char* folder : {"fails", "ends"}) {  // the third chain cannot be made
+    const TinyStudy study;
+    study.Write("analysis.xml", Replaced(LongAnalysisText(), "<Folder>out<",
+                                         "<Folder>./" + std::string(folder) + "<"));
+    study.Write(std::string(folder) + "/chain-3", "no folder");
+    const std::string shown =
+        ChainsOnTerminal(study, launcher, folder == std::string("ends") ? "3" : "2");
+    const std::size_t message = shown.rfind("hovar: ");
+    ASSERT_NE(message, std::string::npos) << shown;
+    // Nothing comes below it, not even what would take it back.
+    EXPECT_EQ(shown.find('\n', message), shown.size() - 1) << shown;
+    // There were bars, and they were taken back.
+    ASSERT_NE(shown.rfind("\x1b[J", message), std::string::npos) << shown;
+    EXPECT_EQ(shown.substr(shown.rfind("\x1b[J", message)).find("  0 %"), std::string::npos)
+        << shown;
+  }
 }
 
 TEST(ChainsRequestTest, TheInterruptKeyStopsAllAndBlamesNone) {

@@ -72,7 +72,9 @@ class ChainPool {
     bool isGood = true;
     while (isGood && !(waiting_.empty() && running_.empty())) {
       isGood = StartWaiting() && AdvanceRunning() && Platform::StopRequest() == 0;
-      Show();
+      if (isGood) {  // nothing comes below the message of a failure
+        Show();
+      }
       if (isGood && !running_.empty()) {
         pause.Sleep();
       }
@@ -91,6 +93,7 @@ class ChainPool {
     while (!waiting_.empty() && running_.size() < jobs_) {
       const ChainDefinition& chain = *waiting_.back();
       waiting_.pop_back();
+      display_.Clear();  // a message of a failure must not be taken back with the bars
       if (!WriteChainDefinition(set_, chain)) {
         return false;
       }
