@@ -188,12 +188,19 @@ TEST_F(ChainsTest, DefinitionsThatDoNotServeAreRefused) {
   // chain.
   study_.Write("large.xml", text + std::string(17 << 20, ' '));
   expectRefused("large.xml", "hovar: cannot read large.xml");
-  // The words that stay what they are at every step: 36969 * 65536 - 1 and 18000 * 65536 - 1.
-  study_.Write("fixed.xml", Replaced(Replaced(text, "<Element>3<", "<Element>2422800383<"),
-                                     "<Element>5<", "<Element>1179647999<"));
-  expectRefused("fixed.xml",
-                "hovar: with the seed of fixed.xml every chain would have the same "
-                "random numbers; give it other words");
+  // Words at which the generator stands still: 36969 * 65536 - 1, and twice 18000 * 65536 - 1.
+  study_.Write("first.xml", Replaced(text, "<Element>3<", "<Element>2422800383<"));
+  const std::string first =
+      "hovar: the random generator stands still at the first word of the seed of first.xml, so no "
+      "normal number can be drawn; give it another one";
+  expectRefused("first.xml", first);
+  study_.Write("second.xml", Replaced(text, "<Element>5<", "<Element>2359295998<"));
+  expectRefused("second.xml",
+                "hovar: half of the random generator stands still at the second word of the seed "
+                "of second.xml, in every chain; give it another one");
+  study_.Write("first.xml",
+               Replaced(study_.Read("first.xml"), "<Element>5<", "<Element>1179647999<"));
+  expectRefused("first.xml", first);
 }
 
 TEST_F(ChainsTest, AFolderThatCannotBeMadeIsTold) {

@@ -21,6 +21,11 @@ std::uint32_t WordAfterSteps(std::uint32_t word, std::uint32_t multiplier,
   return static_cast<std::uint32_t>(result == 0 ? modulus : result);
 }
 
+bool StandsStill(std::uint32_t word, std::uint32_t multiplier) noexcept {
+  const std::uint32_t modulus = (multiplier << 16) - 1;
+  return word != 0 && word % modulus == 0;
+}
+
 SeedWords SeedOfChain(const SeedWords& definition, std::uint32_t chain) noexcept {
   if (chain <= 1) {
     return definition;

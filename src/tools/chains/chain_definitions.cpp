@@ -1,13 +1,13 @@
 #include "tools/chains/chain_definitions.h"
 
-#include <set>
 #include <string_view>
 #include <utility>
 
-#include "foundation/io/number_text.h"
 #include "foundation/io/standard_writers.h"
 #include "foundation/random/chain_seeds.h"
+#include "foundation/random/random_generator.h"
 #include "tools/plan/definition_file.h"
+#include "tools/plan/seed_values.h"
 #include "tools/support/files.h"
 #include "tools/support/message.h"
 #include "tools/support/shown_path.h"
@@ -17,30 +17,6 @@ namespace {
 
 using Vell::SeedOfChain;
 using Vell::SeedWords;
-
-/// The places in a definition that differ from chain to chain.
-struct ChangingPlaces {
-  const DefinedValue* folder = nullptr;
-  std::vector<const DefinedValue*> words;
-};
-
-ChangingPlaces FindPlaces(const DefinitionFile& definition) {
-  ChangingPlaces places;
-  places.folder = &definition.Value("Output/Folder");
-  for (const DefinedValue& value : definition.values) {
-    if (value.element == "Mcmc/Seed/Seed/Element") {
-      places.words.push_back(&value);
-    }
-  }
-  return places;
-}
-
-/// A word of a seed as the program reads it: the number behind white space.
-std::uint32_t WordOf(const DefinedValue& value) {
-  const std::size_t start = value.text.find_first_not_of(" \t\r\n\v\f");
-  const std::size_t end = value.text.find_first_not_of("0123456789", start + 1);
-  return Vell::IO::ParseUnsigned(std::string_view(value.text).substr(start, end - start));
-}
 
 /// A new text for a value of a definition.
 struct Replacement {
@@ -61,22 +37,9 @@ std::string WithValues(std::string_view bytes, const std::vector<Replacement>& r
   return changed.append(bytes.substr(next));
 }
 
-/// The seeds of all chains; empty when they do not differ from each other.
-std::vector<SeedWords> DistinctSeeds(const SeedWords& own, int count) {
-  std::vector<SeedWords> seeds;
-  std::set<std::pair<std::uint32_t, std::uint32_t>> known;
-  for (int number = 1; number <= count; ++number) {
-    seeds.push_back(SeedOfChain(own, static_cast<std::uint32_t>(number)));
-    if (!known.emplace(seeds.back().z, seeds.back().w).second) {
-      return {};
-    }
-  }
-  return seeds;
-}
-
 ChainDefinition MakeChain(const DefinitionFile& definition, std::string_view bytes, int number,
                           const SeedWords& seed) {
-  const ChangingPlaces places = FindPlaces(definition);
+  const auto words = SeedValuesOf(definition).value();
   ChainDefinition chain;
   chain.number = number;
   chain.name = "chain-" + std::to_string(number);
@@ -86,9 +49,9 @@ ChainDefinition MakeChain(const DefinitionFile& definition, std::string_view byt
       JoinPath(JoinPath(chain.folder, definition.Value("Output/McmcSubFolder").text), "Chain.csv");
   chain.coefficientFile =
       JoinPath(chain.folder, definition.Value("Output/RegressionCoefficients").text);
-  chain.text = WithValues(bytes, {{places.folder, chain.folder},
-                                  {places.words[0], std::to_string(seed.z)},
-                                  {places.words[1], std::to_string(seed.w)}});
+  chain.text = WithValues(bytes, {{&definition.Value("Output/Folder"), chain.folder},
+                                  {words[0], std::to_string(seed.z)},
+                                  {words[1], std::to_string(seed.w)}});
   return chain;
 }
 
@@ -105,6 +68,30 @@ std::optional<DefinitionFile> ReadAnalysis(const std::string& path) {
   return std::move(reading.definition);
 }
 
+/// The words of the definition's seed. Otherwise a line on standard error says why several chains
+/// cannot be made from it.
+std::optional<SeedWords> UsableSeed(const DefinitionFile& definition) {
+  const auto values = SeedValuesOf(definition);
+  if (!values) {
+    Say("the seed of " + definition.path +
+        " is taken from the clock, so the chains could not be repeated; give it two fixed words "
+        "(a Seed of the type Vector)");
+    return std::nullopt;
+  }
+  const SeedWords seed{SeedWordOf(*(*values)[0]), SeedWordOf(*(*values)[1])};
+  if (Vell::StandsStill(seed.z, Vell::RandomGenerator::kMultiplierZ)) {
+    Say("the random generator stands still at the first word of the seed of " + definition.path +
+        ", so no normal number can be drawn; give it another one");
+    return std::nullopt;
+  }
+  if (Vell::StandsStill(seed.w, Vell::RandomGenerator::kMultiplierW)) {
+    Say("half of the random generator stands still at the second word of the seed of " +
+        definition.path + ", in every chain; give it another one");
+    return std::nullopt;
+  }
+  return seed;
+}
+
 }  // namespace
 
 std::optional<ChainSet> MakeChainSet(const std::string& path, int count) {
@@ -117,18 +104,8 @@ std::optional<ChainSet> MakeChainSet(const std::string& path, int count) {
     Say("cannot read " + path);
     return std::nullopt;
   }
-  const ChangingPlaces places = FindPlaces(*definition);
-  if (places.words.size() != 2) {
-    Say("the seed of " + path +
-        " is taken from the clock, so the chains could not be repeated; give it two fixed words "
-        "(a Seed of the type Vector)");
-    return std::nullopt;
-  }
-  const std::vector<SeedWords> seeds =
-      DistinctSeeds({WordOf(*places.words[0]), WordOf(*places.words[1])}, count);
-  if (seeds.empty()) {
-    Say("with the seed of " + path +
-        " every chain would have the same random numbers; give it other words");
+  const std::optional<SeedWords> seed = UsableSeed(*definition);
+  if (!seed) {
     return std::nullopt;
   }
   ChainSet set{definition->folder,
@@ -136,8 +113,8 @@ std::optional<ChainSet> MakeChainSet(const std::string& path, int count) {
                                                              : Estimation::kIndependent,
                {}};
   for (int number = 1; number <= count; ++number) {
-    set.chains.push_back(
-        MakeChain(*definition, *bytes, number, seeds[static_cast<std::size_t>(number) - 1]));
+    set.chains.push_back(MakeChain(*definition, *bytes, number,
+                                   SeedOfChain(*seed, static_cast<std::uint32_t>(number))));
   }
   return set;
 }

@@ -11,6 +11,7 @@
 #include "tools/check/model_files.h"
 #include "tools/check/paths.h"
 #include "tools/check/proxy_warnings.h"
+#include "tools/check/seed.h"
 #include "tools/check/values.h"
 #include "tools/plan/estimating_equations.h"
 #include "tools/support/error_capture.h"
@@ -197,6 +198,7 @@ void DefinitionChecker::CheckInputs(const DefinitionFile& definition) {
   if (definition.kind != RunKind::kAnalysis) {
     CheckModelInputs(definition, isRead ? &dataSet : nullptr);
   }
+  CheckSeed(findings_, definition, isRead ? &dataSet : nullptr);
 }
 
 /// What concerns the data alone: the columns of an Analysis, and the description.
