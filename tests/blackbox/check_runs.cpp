@@ -71,7 +71,10 @@ void ExpectRows(const std::vector<Row>& rows) {
     }
     const std::string output = ExpectAgreement(study);
     EXPECT_EQ(HasError(output), !row.error.empty()) << output;
-    const std::string expected = row.error + (row.error.empty() ? "" : ": error: ");
+    const bool isWhole = row.error.find(": error: ") != std::string::npos;
+    const std::string expected = row.error + (row.error.empty() ? ""
+                                              : isWhole         ? "\n"
+                                                                : ": error: ");
     EXPECT_TRUE(("\n" + output).find("\n" + expected) != std::string::npos) << output;
   }
 }

@@ -35,7 +35,7 @@ struct Row {
   std::string what;
   std::string definition;
   std::vector<std::pair<std::string, std::string>> files;
-  /// How the line of the first error begins; nothing for a run that is good.
+  /// The place of the first error, or its whole line; nothing for a run that is good.
   std::string error;
 };
 

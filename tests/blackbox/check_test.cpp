@@ -60,6 +60,11 @@ TEST(CheckAgreementTest, Grammar) {
       Changed(analysis, "<Analysis>", "< x>", "d.xml:1:1"),
       {"an end without >", "<?xml version=\"1.0\"?x>\n" + analysis, {}, "d.xml:1:21"},
       {"an end without ?", "<?xml version=\"1.0\">\n" + analysis, {}, "d.xml:1:20"},
+      {"a declaration without a blank",
+       "<?foo?>\n" + analysis,
+       {},
+       "d.xml:1:6: error: A blank is required between the name of a declaration and ?>. Add one."},
+      {"a declaration with a blank", "<?foo ?>\n" + analysis, {}, ""},
       Changed(analysis, "</Analysis>", "</Analyses>", "d.xml:39:1"),
       Changed(analysis, "</Analysis>", "", "d.xml:40:1"),
       Changed(analysis, "<Data>", "<data>", "d.xml:3:1"),
@@ -217,7 +222,10 @@ TEST(CheckAgreementTest, ShapeOfTheDataFile) {
       Data("a header of its own size", "1", "Key\n" + first, "data.csv:2:3"),
       Data("an indicator more", "2", kHeader + first, "d.xml:4:24"),
       Data("an indicator less", "0", kHeader + first, "d.xml:4:24"),
-      Data("negative", "-1", kHeader + first, "d.xml:4:24"),
+      Data("negative", "-1", kHeader + first,
+           "d.xml:4:24: error: The number of POA indicators is -1. Write 0 or more."),
+      Data("negative and even", "-2", kHeader + first,
+           "d.xml:4:24: error: The number of POA indicators is -2. Write 0 or more."),
       Data("far too many", "2147483647", kHeader + first, "d.xml:4:24"),
       Data("two too many", "4", kHeader + first, "d.xml:4:24"),
       Data("empty", "1", "", "data.csv:1:1"),
@@ -284,6 +292,24 @@ TEST(CheckAgreementTest, CellsOfTheDataFile) {
       Data("text behind a quote", "1", first + "b,\"A\"x,1,0,1,1\n", "data.csv:3:6"),
       Data("a comma in a key", "1", first + "\"a,b\",A,1,0,1,1\n", "data.csv:3:5"),
       Data("NUL", "1", first + std::string("\0,A,1,0,1,1\n", 12), "data.csv:3:1"),
+  });
+}
+
+TEST(CheckAgreementTest, QuotesWithinAFieldAndWhatHelps) {
+  const std::string first = "a,A,1,0,1,1\n";
+  const std::string within =
+      ": error: A double quote stands within a field that does not begin with one. Remove it, or "
+      "put quotes round the whole field and write each one inside twice.";
+  const std::string quoted = "b,\"B\",1,0,1,1\n";
+  const std::string name = Replaced(kHeader, "Z,X", "Z,X\"a");
+  ExpectRows({
+      Data("in the header", "1", name + first + quoted, "data.csv:1:23" + within),
+      Data("in a key", "1", kHeader + first + "k\"5,A,1,0,1,1\n" + quoted, "data.csv:3:2" + within),
+      Data("not closed", "1", kHeader + first + "b,\"A,1,0,1,1\n",
+           "data.csv:3:3: error: A double quote is opened here and never closed. Close it, or "
+           "remove it."),
+      Data("a key as advised", "1", kHeader + first + "\"k\"\"5\",A,1,0,1,1\n" + quoted),
+      Data("a leading name as advised", "1", Replaced(kHeader, "Key", "\"K\"\"y\"") + first),
   });
 }
 
@@ -437,6 +463,27 @@ TEST(CheckAgreementTest, LengthOfAChain) {
 
 Row Model(const std::string& what, const std::string& coefficients, const std::string& error = "") {
   return {what, PredictionText(), {{"coefficients.csv", coefficients}}, error};
+}
+
+TEST(CheckAgreementTest, IdsWithCommasInPredictions) {
+  // The reader takes every comma for a separator and stops lines behind the first one.
+  const std::string error =
+      ": error: A key or hospital ID holds a comma, which separates here in spite of the quotes: "
+      "values would be taken from wrong columns. Use IDs without commas.";
+  const auto row = [&error](const std::string& ids, const std::string& place) {
+    std::string rows = "a,A,1,0.9,0.75,0,0,0,1,0.3,1\n";
+    for (int i = 0; i < 3; ++i) {
+      rows += ids + ",1,0.9,0.75,0,0,0,1,0.3,1\n";
+    }
+    rows += "e,B,1,0.9,0.75,0,0,0,1,0.3,1\nf,B,1,0.9,0.75,0,0,0,1,0.3,1\n";
+    return Row{
+        ids, ValidationText(), {{"individual.csv", kIndividualHeader + rows}}, place + error};
+  };
+  ExpectRows({
+      row("b,\"H,x\"", "individual.csv:3:3"),
+      row("\"b,c\",A", "individual.csv:3:1"),
+      row("\"b\",\"H,x\"", "individual.csv:3:5"),
+  });
 }
 
 TEST(CheckAgreementTest, CoefficientFiles) {
@@ -794,28 +841,6 @@ TEST(CheckWarningTest, TextsOfInputFiles) {
        "individual.csv:2:1",
        "A key or hospital ID holds a comma"},
   });
-}
-
-TEST(CheckWarningTest, BatchesThatNameThemselves) {
-  const TinyStudy study;
-  study.Write("d.xml", BatchText({"prediction.xml", "d.xml"}));
-  const std::string again = "again within itself, without end.";
-  ProcessResult check = CheckDefinition(study);
-  EXPECT_EQ(check.exitStatus, 0);
-  EXPECT_TRUE(
-      check.output.starts_with("d.xml:4:13: warning: The batch would start \"d.xml\" " + again))
-      << check.output;
-  EXPECT_TRUE(check.output.ends_with("\n0 errors, 1 warning\n")) << check.output;
-  // Through another one, by another spelling, and by a link.
-  study.Write("inner.xml", BatchText({".\\d.xml"}));
-  study.Write("d.xml", BatchText({"inner.xml"}));
-  check = CheckDefinition(study);
-  EXPECT_TRUE(check.output.starts_with("inner.xml:3:13: warning: ")) << check.output;
-  EXPECT_TRUE(check.output.ends_with("\n0 errors, 1 warning\n")) << check.output;
-  fs::create_hard_link(study.Path() / "d.xml", study.Path() / "link.xml");
-  study.Write("d.xml", BatchText({"link.xml"}));
-  check = CheckDefinition(study);
-  EXPECT_TRUE(check.output.starts_with("d.xml:3:13: warning: ")) << check.output;
 }
 
 TEST(CheckWarningTest, ManyNestedBatchesAreCheckedOnce) {

@@ -9,6 +9,44 @@ namespace {
 
 constexpr char kQuote = '"';
 
+bool EndsField(int c) noexcept { return c == ',' || c == '\n'; }
+
+/// Walks through the fields by the rules of the program's reader, up to the first one that breaks
+/// them.
+std::optional<WrongQuote> FirstWrongQuote(const std::string& path) {
+  enum class At { kFieldStart, kPlain, kQuoted, kBehindQuote };
+  Vell::IO::FileStream stream(Vell::String(std::string_view(path)),
+                              Vell::IO::Mode::kRead | Vell::IO::Mode::kBinary);
+  At at = At::kFieldStart;
+  std::int64_t opened = 0;
+  bool hasLineFeed = false;  // the quoted field
+  for (std::int64_t offset = 0;; ++offset) {
+    const int c = stream.ReadByte();
+    if (c == Vell::IO::kEndOfStream) {
+      return at == At::kQuoted ? std::optional(WrongQuote{WrongQuote::Kind::kOpen, opened, offset})
+                               : std::nullopt;
+    }
+    const bool isQuote = c == kQuote;
+    if (at == At::kQuoted) {
+      hasLineFeed = hasLineFeed || c == '\n';
+      at = isQuote ? At::kBehindQuote : At::kQuoted;
+    } else if (EndsField(c)) {
+      at = At::kFieldStart;
+    } else if (at == At::kFieldStart) {
+      opened = offset;
+      hasLineFeed = false;
+      at = isQuote ? At::kQuoted : At::kPlain;
+    } else if (at == At::kBehindQuote && isQuote) {
+      at = At::kQuoted;
+    } else if (at == At::kBehindQuote) {
+      // Over several lines the opening quote is rather the wrong one.
+      return WrongQuote{WrongQuote::Kind::kOther, hasLineFeed ? opened : offset, offset + 1};
+    } else if (isQuote) {
+      return WrongQuote{WrongQuote::Kind::kWithin, offset, offset + 1};
+    }
+  }
+}
+
 }  // namespace
 
 std::vector<std::size_t> FieldStarts(std::string_view record, QuoteUse quotes) {
@@ -93,23 +131,10 @@ std::string HeaderOf(const std::string& path) {
   return header;
 }
 
-std::optional<std::int64_t> OpenQuoteIn(const std::string& path) {
-  std::optional<std::int64_t> open;
-  ErrorOf([&] {
-    RecordWalker walker(path);
-    while (walker.Next()) {
-      const std::string& record = walker.Record();
-      if (std::count(record.begin(), record.end(), kQuote) % 2 != 0) {
-        // Everything to the end of the file is in this record; its first odd field opened it.
-        for (std::size_t i = 0, quotes = 0; i < record.size(); ++i) {
-          if (record[i] == kQuote && ++quotes % 2 != 0) {
-            open = walker.Offset() + static_cast<std::int64_t>(i);
-          }
-        }
-      }
-    }
-  });
-  return open;
+std::optional<WrongQuote> WrongQuoteIn(const std::string& path) {
+  std::optional<WrongQuote> wrong;
+  ErrorOf([&] { wrong = FirstWrongQuote(path); });
+  return wrong;
 }
 
 }  // namespace Hovar

@@ -51,7 +51,19 @@ class RecordWalker {
 /// The first record of a file, or an empty text.
 std::string HeaderOf(const std::string& path);
 
-/// The offset of a quote that is opened and never closed, or nothing.
-std::optional<std::int64_t> OpenQuoteIn(const std::string& path);
+/// A double quote that breaks the rules of the program's reader.
+struct WrongQuote {
+  enum class Kind {
+    kOpen,    // opens a field and is never closed
+    kWithin,  // stands in a field that does not begin with one
+    kOther    // closes a field, and something else than a comma or a line feed follows
+  };
+  Kind kind = Kind::kOther;
+  std::int64_t offset = 0;  // where to look
+  std::int64_t stop = 0;    // of the byte that the program would read next
+};
+
+/// The first one of a file, or nothing.
+std::optional<WrongQuote> WrongQuoteIn(const std::string& path);
 
 }  // namespace Hovar

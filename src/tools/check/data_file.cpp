@@ -75,9 +75,16 @@ void AddShapeError(Findings& findings, const std::string& path) {
 
 /// What fields the definition's number of indicators leaves for X and Z.
 void AddIndicatorError(Findings& findings, const DefinitionFile& definition) {
+  const Place place = definition.PlaceOfValue("Input/NumberOfPoaIndicators");
+  if (definition.poaCount < 0) {
+    findings.AddError(definition.path, place,
+                      "The number of POA indicators is " + std::to_string(definition.poaCount) +
+                          ". Write 0 or more.");
+    return;
+  }
   const auto fields =
       static_cast<std::int64_t>(FieldStarts(HeaderOf(definition.data), QuoteUse::kHonour).size());
-  findings.AddError(definition.path, definition.PlaceOfValue("Input/NumberOfPoaIndicators"),
+  findings.AddError(definition.path, place,
                     "The lines of " + Quoted(definition.data) + " have " +
                         Counted(fields, "field") + "; behind key, hospital, Y and " +
                         Counted(definition.poaCount, "POA indicator") + " that leaves " +

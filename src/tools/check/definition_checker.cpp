@@ -144,9 +144,10 @@ void DefinitionChecker::CheckBatch(const DefinitionFile& definition) {
     }
     const Place place = PlaceOf(definition.path, value.offset);
     if (IsBeingChecked(value.text)) {
-      findings_.AddWarning(definition.path, place,
-                           "The batch would start " + Quoted(value.text) +
-                               " again within itself, without end. Remove it from the list.");
+      findings_.AddError(definition.path, place,
+                         "The batch would start " + Quoted(value.text) +
+                             " again within itself, until memory or open files run out. Remove it "
+                             "from the list.");
     } else {
       CheckDefinition(value.text, definition.path, place);
     }

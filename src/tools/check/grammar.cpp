@@ -122,6 +122,10 @@ GrammarError WrongName(const Surroundings& around, const Mismatch& mismatch) {
 }
 
 GrammarError WrongDeclarationEnd(const Surroundings& around) {
+  if (around.Before(around.Stop()).ends_with("?>")) {  // the name took the question mark
+    return {Offset(around.Stop() - 2),
+            "A blank is required between the name of a declaration and ?>. Add one."};
+  }
   return {Offset(around.Stop() - 1), "The declaration does not end with ?>. Close it."};
 }
 

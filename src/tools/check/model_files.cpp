@@ -29,14 +29,19 @@ std::string NumberError(std::size_t field, std::string_view name, std::string_vi
          Holds(cell) + " where a number is due. Use the file as the program wrote it.";
 }
 
-/// The first line before the stop that lets a reader go astray: it has too few fields, or it has to
-/// end with a number and ends with nothing, so that the next line is taken for the number.
+/// The first line before the stop that lets a reader go astray: it has a comma within quotes that
+/// mean nothing, or too few fields, or it has to end with a number and ends with nothing, so that
+/// the next line is taken for the number.
 bool AddLineError(Findings& findings, const std::string& path, std::int64_t stop,
                   const ModelForm& form) {
   const std::size_t last = form.fields - 1;
   RecordWalker walker(path);
   walker.Next();  // the header, which is passed over
   while (walker.Next() && walker.Offset() <= stop) {
+    if (form.table.quotes == QuoteUse::kIgnore && HasQuotedComma(walker.Record())) {
+      findings.AddError(path, PlaceOfQuotedComma(path, walker), std::string(kQuotedComma));
+      return true;
+    }
     const std::size_t fields = FieldStarts(walker.Record(), QuoteUse::kHonour).size();
     if (fields < form.fields) {
       const auto length = static_cast<std::int64_t>(walker.Record().size());

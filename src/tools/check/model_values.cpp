@@ -35,12 +35,6 @@ bool AreSameFields(std::string_view one, std::string_view other) {
   return KeyIn(one) == KeyIn(other) && HospitalIn(one) == HospitalIn(other);
 }
 
-bool HasQuotedComma(std::string_view record) {
-  return record.find('"') != std::string_view::npos &&
-         FieldStarts(record, QuoteUse::kIgnore).size() !=
-             FieldStarts(record, QuoteUse::kHonour).size();
-}
-
 /// Lines with a wrong number of fields: the first one, and how many there are.
 struct WrongLines {
   std::int64_t first = 0;  // offset of its end
@@ -64,6 +58,23 @@ void WarnOfWrongLines(Findings& findings, const std::string& path, const WrongLi
 }
 
 }  // namespace
+
+bool HasQuotedComma(std::string_view record) {
+  return record.find('"') != std::string_view::npos &&
+         FieldStarts(record, QuoteUse::kIgnore).size() !=
+             FieldStarts(record, QuoteUse::kHonour).size();
+}
+
+Place PlaceOfQuotedComma(const std::string& path, const RecordWalker& walker) {
+  const std::string& record = walker.Record();
+  std::vector<std::size_t> starts = FieldStarts(record, QuoteUse::kHonour);
+  starts.push_back(record.size() + 1);
+  std::size_t field = 0;
+  while (field + 2 < starts.size() && record.find(',', starts[field]) + 1 == starts[field + 1]) {
+    ++field;
+  }
+  return PlaceOf(path, walker.Offset() + static_cast<std::int64_t>(starts[field]));
+}
 
 void WarnOfValues(Findings& findings, const std::string& path, const ModelForm& form) {
   OddCells odd;
@@ -107,13 +118,8 @@ void WarnOfQuotedCommas(Findings& findings, const std::string& path) {
   RecordWalker walker(path);
   walker.Next();
   while (walker.Next()) {
-    const std::string& record = walker.Record();
-    if (HasQuotedComma(record)) {
-      const auto quote = static_cast<std::int64_t>(record.find('"'));
-      findings.AddWarning(path, PlaceOf(path, walker.Offset() + quote),
-                          "A key or hospital ID holds a comma, which separates here in spite of "
-                          "the quotes: values would be taken from wrong columns. Use IDs without "
-                          "commas.");
+    if (HasQuotedComma(walker.Record())) {
+      findings.AddWarning(path, PlaceOfQuotedComma(path, walker), std::string(kQuotedComma));
       return;
     }
   }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "tools/check/findings.h"
 #include "tools/check/tables.h"
@@ -19,6 +20,16 @@ struct ModelForm {
   std::size_t fields;
   std::uint32_t skippedOfFirst;  // a bit for each field that is passed over in the first record
 };
+
+inline constexpr std::string_view kQuotedComma =
+    "A key or hospital ID holds a comma, which separates here in spite of the quotes: values would "
+    "be taken from wrong columns. Use IDs without commas.";
+
+/// Whether a comma stands within quotes of a record.
+bool HasQuotedComma(std::string_view record);
+
+/// The first field with such a comma, in the record where the walker stands.
+Place PlaceOfQuotedComma(const std::string& path, const RecordWalker& walker);
 
 // Each looks at a file that the program's reader has taken.
 

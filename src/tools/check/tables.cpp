@@ -42,6 +42,26 @@ RecordAt RecordOf(const std::string& path, std::int64_t offset, QuoteUse quotes)
   return record;
 }
 
+void AddQuoteError(Findings& findings, const std::string& path, const Stop& stop) {
+  using Kind = WrongQuote::Kind;
+  std::optional<WrongQuote> wrong = WrongQuoteIn(path);
+  if (!wrong.has_value() || wrong->stop != stop.offset) {
+    // Fields that are passed over keep no rules, and behind them others can be broken.
+    wrong = {Kind::kOther, std::max<std::int64_t>(stop.offset - 1, 0), stop.offset};
+  }
+  const char* text =
+      "A double quote breaks the rules of CSV near here. Put quotes round the whole field and "
+      "write each one inside twice; a key must not hold a comma.";
+  if (wrong->kind == Kind::kOpen) {
+    text = "A double quote is opened here and never closed. Close it, or remove it.";
+  } else if (wrong->kind == Kind::kWithin) {
+    text =
+        "A double quote stands within a field that does not begin with one. Remove it, or put "
+        "quotes round the whole field and write each one inside twice.";
+  }
+  findings.AddError(path, PlaceOf(path, wrong->offset), text);
+}
+
 }  // namespace
 
 Cell CellAt(const std::string& path, std::int64_t offset, const TableForm& form) {
@@ -81,17 +101,7 @@ std::string Holds(std::string_view cell) {
 
 void AddCommonError(Findings& findings, const std::string& path, const Stop& stop) {
   if (stop.error == "Invalid CSV format") {
-    const std::optional<std::int64_t> open = OpenQuoteIn(path);
-    if (open.has_value()) {
-      findings.AddError(path, PlaceOf(path, *open),
-                        "A double quote is opened here and never closed. Close it, or remove it.");
-      return;
-    }
-    const std::int64_t wrong = std::max<std::int64_t>(stop.offset - 1, 0);
-    findings.AddError(
-        path, PlaceOf(path, wrong),
-        "A double quote breaks the rules of CSV near here. Put quotes round the whole "
-        "field and write each one inside twice; a key must not hold a comma.");
+    AddQuoteError(findings, path, stop);
     return;
   }
   if (stop.error == "Invalid input string") {

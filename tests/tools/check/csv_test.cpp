@@ -79,11 +79,31 @@ TEST(CheckCsvTest, TheHeaderIsTheFirstRecord) {
   EXPECT_EQ(Hovar::HeaderOf("/nowhere/f"), "");
 }
 
-TEST(CheckCsvTest, AnOpenQuoteIsTheLastOneThatOpens) {
+TEST(CheckCsvTest, TheFirstQuoteThatBreaksTheRules) {
+  using Kind = Hovar::WrongQuote::Kind;
   const Testing::ScratchFolder folder;
-  EXPECT_EQ(Hovar::OpenQuoteIn(folder.Write("f", "a,\"b\"\nc,\"d\"\n")), std::nullopt);
-  EXPECT_EQ(Hovar::OpenQuoteIn(folder.Write("f", "a,b\n\"c\",\"d\n")), 8);
-  EXPECT_EQ(Hovar::OpenQuoteIn(folder.Write("f", "\"")), 0);
+  const auto inFile = [&folder](const std::string& content) {
+    return Hovar::WrongQuoteIn(folder.Write("f", content));
+  };
+  const auto expect = [&inFile](const std::string& content, Kind kind, std::int64_t offset,
+                                std::int64_t stop) {
+    SCOPED_TRACE(content);
+    const std::optional<Hovar::WrongQuote> wrong = inFile(content);
+    ASSERT_TRUE(wrong.has_value());
+    EXPECT_EQ(wrong->kind, kind);
+    EXPECT_EQ(wrong->offset, offset);
+    EXPECT_EQ(wrong->stop, stop);
+  };
+  for (const char* good : {"", "a,\"b\"\nc,\"d\"\n", "\"a\"\"\",\"\"\n", "\"a\nb,\"", "\"\"\"\""}) {
+    EXPECT_FALSE(inFile(good).has_value()) << good;
+  }
+  expect("\"", Kind::kOpen, 0, 1);
+  expect("a,b\n\"c\",\"d\n", Kind::kOpen, 8, 11);
+  expect("a,b\"c\n\"d\",e\n", Kind::kWithin, 3, 4);  // not the one of d, where the count is odd
+  expect("a\"\"b\n", Kind::kWithin, 1, 2);
+  expect("\"a\"b,c\n", Kind::kOther, 3, 4);
+  expect("a,\"b,c\nd,\"e\",f\n", Kind::kOther, 2, 11);  // closed by the quote before e
+  EXPECT_FALSE(Hovar::WrongQuoteIn("/nowhere/f").has_value());
 }
 
 }  // namespace
