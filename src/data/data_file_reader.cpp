@@ -134,6 +134,7 @@ void CorrectPresentOnAdmission(DataSet& dataSet) {
       Vell::IO::Log().WriteLine("Warning: Y == 0 && P == 1 data in record: ", i,
                                 " - setting P equal to 0");
       dataSet.p.SetValue(i, false);
+      ++dataSet.contradictionCount;
     }
   }
 }

@@ -19,7 +19,7 @@ inline constexpr std::int32_t kFieldsBeforeIndicators = 3;
 /// The stream is read more than once, so it must be at its beginning and able to seek. `poaCount`
 /// is the number of present-on-admission indicator columns. Progress goes to standard output;
 /// counts, and a warning for each record with Y = 0 and P = 1 (whose P becomes 0: a condition that
-/// was present on admission implies the outcome), to the log.
+/// was present on admission implies the outcome), to the log; the data set counts these records.
 ///
 /// Cells hold 0 or 1. An indicator or an X cell that is empty (blanks and tabs aside) is missing;
 /// so is one that holds nothing before a carriage return and a line feed.

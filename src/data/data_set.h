@@ -38,6 +38,7 @@ struct DataSet {
   Vell::IndexVector hospitalCompleteP0;           // h: and with P = 0
   std::int32_t completeCount = 0;                 // records without a missing value
   std::int32_t completeP0Count = 0;               // and with P = 0
+  std::int32_t contradictionCount = 0;            // records with Y = 0 and P = 1, now P = 0
   Vell::BitVector hospitalHasMissing;             // h
   Vell::BitVector recordHasMissing;               // n: P or some X cell is missing
 

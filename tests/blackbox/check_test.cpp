@@ -1049,7 +1049,8 @@ constexpr char kDescribedData[] =
     "g,H3,1,0,1,0,0,0,0,0,0,0\n"
     "h,H3,0,0,0,0,0,0,0,0,0,0\n";
 
-// Y: 4 of 8. P: 1 of the 6 known. Z: 4, 3, 0 and 4 of 8. X: 3 of 7, 2 of 8, 0 of 7, 5 of 8.
+// Y: 4 of 8. P: 1 of the 6 known. Z: 4, 3, 0 and 4 of 8. X: 3 of 7, 2 of 8, 0 of 7, 5 of 8. X where
+// Z = 0: 0 of 3, 0 of 5, 0 of 7, 1 of 4; where Z = 1: 3 of 4, 2 of 3, none of none, 4 of 4.
 constexpr char kDescription[] =
     "\"data.csv\": 8 records, 3 hospitals, 4 variables, 1 POA indicator\n"
     "  Y = 1: 4 (50.00 %)\n"
@@ -1057,11 +1058,11 @@ constexpr char kDescription[] =
     "  complete records: 4 (50.00 %), with P = 0: 4\n"
     "  hospitals without a complete record: 1\n"
     "    \"H2\", 2 records\n"
-    "  variables (Z, X): Z = 1; X = 1 of the known; X missing\n"
-    "    \"ZA\", \"XA\": 50.00 %; 42.86 %; 12.50 %\n"
-    "    \"ZB\", \"XB\": 37.50 %; 25.00 %; 0.00 %\n"
-    "    \"ZC\", \"XC\": 0.00 %; 0.00 %; 12.50 %\n"
-    "    \"ZD\", \"XD\": 50.00 %; 62.50 %; 0.00 %\n";
+    "  variables (Z, X): Z = 1; X = 1 of the known, where Z = 0, where Z = 1; X missing\n"
+    "    \"ZA\", \"XA\": 50.00 %; 42.86 %, 0.00 %, 75.00 %; 12.50 %\n"
+    "    \"ZB\", \"XB\": 37.50 %; 25.00 %, 0.00 %, 66.67 %; 0.00 %\n"
+    "    \"ZC\", \"XC\": 0.00 %; 0.00 %, 0.00 %, -; 12.50 %\n"
+    "    \"ZD\", \"XD\": 50.00 %; 62.50 %, 25.00 %, 100.00 %; 0.00 %\n";
 constexpr char kDescribedRemoval[] =
     "  removed by column elimination:\n"
     "    \"ZB\", \"XB\": X is 0, or depends on other variables, in the complete records with P = "
@@ -1140,11 +1141,11 @@ TEST(CheckDescriptionTest, NothingIsRemovedAndNoClassIsEmpty) {
   const TinyStudy study;
   study.Write("d.xml", QuietAnalysis());
   const std::string output = CheckDefinition(study, {"--data", "d.xml"}).output;
-  EXPECT_TRUE(
-      output.ends_with("  variables (Z, X): Z = 1; X = 1 of the known; X missing\n"
-                       "  removed by column elimination: none\n"
-                       "  empty [X|Z] classes: none\n"
-                       "0 errors, 0 warnings\n"))
+  EXPECT_TRUE(output.ends_with(
+      "  variables (Z, X): Z = 1; X = 1 of the known, where Z = 0, where Z = 1; X missing\n"
+      "  removed by column elimination: none\n"
+      "  empty [X|Z] classes: none\n"
+      "0 errors, 0 warnings\n"))
       << output;
 }
 
@@ -1161,8 +1162,8 @@ TEST(CheckDescriptionTest, SharesOfNothingAreNotTold) {
             "  P = 1: 0 (- of the known), missing: 0 (-)\n"
             "  complete records: 0 (-), with P = 0: 0\n"
             "  hospitals without a complete record: 0\n"
-            "  variables (Z, X): Z = 1; X = 1 of the known; X missing\n"
-            "    \"Z\", \"X\": -; -; -\n"
+            "  variables (Z, X): Z = 1; X = 1 of the known, where Z = 0, where Z = 1; X missing\n"
+            "    \"Z\", \"X\": -; -, -, -; -\n"
             "  empty [X|Z] classes:\n"
             "    \"Z\", \"X\": no record with Z = 1 and a known X\n"
             "    \"Z\", \"X\": no record with Z = 0 and a known X\n"

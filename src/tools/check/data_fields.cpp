@@ -24,4 +24,6 @@ bool MayBeMissing(const std::string& role) {
   return role.starts_with(" (X") || role.starts_with(" (POA");
 }
 
+bool IsZ(const std::string& role) { return role.starts_with(" (Z"); }
+
 }  // namespace Hovar

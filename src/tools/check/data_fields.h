@@ -19,4 +19,7 @@ std::string RoleOf(const DefinitionFile& definition, const std::string& header, 
 /// True when RoleOf tells of a field that may be missing.
 bool MayBeMissing(const std::string& role);
 
+/// True when RoleOf tells of a Z.
+bool IsZ(const std::string& role);
+
 }  // namespace Hovar

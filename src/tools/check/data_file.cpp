@@ -45,11 +45,14 @@ bool AddPassedOverError(Findings& findings, const DefinitionFile& definition, co
 void AddCellError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
   const Cell cell = CellAt(definition.data, stop.offset, {QuoteUse::kHonour, kLeadingFields - 1});
   const std::string role = RoleOf(definition, HeaderOf(definition.data), cell.field);
-  findings.AddError(
-      definition.data, cell.place,
-      FieldNumber(cell.field) + role + Holds(cell.text) +
-          (MayBeMissing(role) ? ". Write 0 or 1, or leave it empty where it is missing."
-                              : ". Write 0 or 1; it may not be missing."));
+  std::string cure = ". Write 0 or 1; it may not be missing.";
+  if (MayBeMissing(role)) {
+    cure = ". Write 0 or 1, or leave it empty where it is missing.";
+  } else if (IsZ(role)) {
+    cure += " If this is no Z column, correct the number of indicators.";
+  }
+  findings.AddError(definition.data, cell.place,
+                    FieldNumber(cell.field) + role + Holds(cell.text) + cure);
 }
 
 void AddShapeError(Findings& findings, const std::string& path) {
@@ -196,7 +199,10 @@ bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet
       WarnOfHospitals(findings, definition, dataSet);
     });
   }
-  WarnOfPairs(findings, definition);
+  WarnOfPairs(findings, definition);  // wrong pairs have wrong indicators, so they come first
+  if (!stop.has_value()) {
+    ErrorOf([&] { WarnOfContradictions(findings, definition, dataSet); });
+  }
   const FileTraits traits = TraitsOf(definition.data);
   WarnOfByteOrderMark(findings, definition.data, traits);
   WarnOfCarriageReturn(findings, definition.data, traits);

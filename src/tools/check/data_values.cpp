@@ -135,4 +135,31 @@ void WarnOfHospitals(Findings& findings, const DefinitionFile& definition, const
   }
 }
 
+std::int32_t CountWithoutOutcomeAndKnownP(const DataSet& dataSet) {
+  std::int32_t count = 0;
+  for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
+    count += !dataSet.y.Get(i) && !dataSet.p.IsMissing(i) ? 1 : 0;
+  }
+  return count;
+}
+
+void WarnOfContradictions(Findings& findings, const DefinitionFile& definition,
+                          const DataSet& dataSet) {
+  constexpr std::int64_t kPart = 100;  // 1 %: slips are rarer, see docs/checking.md
+  const std::int64_t count = dataSet.contradictionCount;
+  if (count == 0 || kPart * count < CountWithoutOutcomeAndKnownP(dataSet)) {
+    return;
+  }
+  const std::vector<std::size_t> fields = FieldStarts(HeaderOf(definition.data), QuoteUse::kHonour);
+  const auto firstIndicator = static_cast<std::size_t>(kLeadingFields);
+  const Place place =
+      firstIndicator < fields.size()
+          ? PlaceOf(definition.data, static_cast<std::int64_t>(fields[firstIndicator]))
+          : Place{};
+  findings.AddWarning(definition.data, place,
+                      Counted(count, "record") + (count == 1 ? " has" : " have") +
+                          " Y = 0 and P = 1; P would be taken as 0 there. See whether 1 means "
+                          "\"present on admission\" in the indicators.");
+}
+
 }  // namespace Hovar

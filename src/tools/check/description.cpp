@@ -1,6 +1,8 @@
 #include "tools/check/description.h"
 
+#include "tools/check/data_values.h"
 #include "tools/check/findings.h"
+#include "tools/check/proxies.h"
 
 namespace Hovar {
 namespace {
@@ -13,6 +15,16 @@ std::string Percent(std::int64_t part, std::int64_t whole) {
   const std::int64_t hundredths = (part * 20000 + whole) / (2 * whole);
   const std::string decimals = std::to_string(100 + hundredths % 100).substr(1);
   return std::to_string(hundredths / 100) + '.' + decimals + " %";
+}
+
+/// The records of which the program corrects P, among those in which that can happen.
+std::string Contradictions(const DataSet& dataSet) {
+  if (dataSet.contradictionCount == 0) {
+    return "";
+  }
+  return "  Y = 0 and P = 1, P taken as 0: " + std::to_string(dataSet.contradictionCount) + " (" +
+         Percent(dataSet.contradictionCount, CountWithoutOutcomeAndKnownP(dataSet)) +
+         " of the records with Y = 0 and known P)\n";
 }
 
 std::string HospitalsWithoutCompleteRecords(const DataSet& dataSet) {
@@ -31,6 +43,9 @@ std::string HospitalsWithoutCompleteRecords(const DataSet& dataSet) {
 std::string Named(const VariableCounts& variable) {
   return Quoted(variable.zName) + ", " + Quoted(variable.xName);
 }
+
+/// The share of X = 1 in a row of the [X|Z] table.
+std::string ShareOfOnes(const XzClass& xz) { return Percent(xz.ones, xz.known); }
 
 std::string_view ReasonOf(Removal removal) noexcept {
   switch (removal) {
@@ -95,6 +110,7 @@ std::string DescribeDataSet(const DefinitionFile& definition, const DataSet& dat
   text += "  P = 1: " + std::to_string(present) + " (" + Percent(present, records - missing) +
           " of the known), missing: " + std::to_string(missing) + " (" + Percent(missing, records) +
           ")\n";
+  text += Contradictions(dataSet);
   if (hidden > 0) {
     text += "  P missing although an indicator is 1: " + std::to_string(hidden) + '\n';
   }
@@ -106,10 +122,13 @@ std::string DescribeDataSet(const DefinitionFile& definition, const DataSet& dat
 
 std::string DescribeVariables(const DefinitionFile& definition,
                               const std::vector<VariableCounts>& variables) {
-  std::string text = "  variables (Z, X): Z = 1; X = 1 of the known; X missing\n";
+  std::string text =
+      "  variables (Z, X): Z = 1; X = 1 of the known, where Z = 0, where Z = 1; X missing\n";
   for (const VariableCounts& variable : variables) {
     text += "    " + Named(variable) + ": " + Percent(variable.zOnes, variable.records) + "; " +
-            Percent(variable.xOnes, variable.records - variable.xMissing) + "; " +
+            Percent(variable.xOnes, variable.records - variable.xMissing) + ", " +
+            ShareOfOnes(XzClassOf(variable, false)) + ", " +
+            ShareOfOnes(XzClassOf(variable, true)) + "; " +
             Percent(variable.xMissing, variable.records) + '\n';
   }
   if (definition.kind == RunKind::kAnalysis) {

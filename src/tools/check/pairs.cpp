@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tools/check/data_fields.h"
+#include "tools/check/paths.h"
 #include "tools/check/tables.h"
 
 namespace Hovar {
@@ -26,7 +27,7 @@ struct Difference {
   }
 };
 
-/// Nothing for names that have nothing in common.
+/// Nothing for names that have nothing in common. Names are in small letters.
 std::optional<Difference> DifferenceOf(std::string_view z, std::string_view x) {
   const auto start = static_cast<std::size_t>(
       std::mismatch(z.begin(), z.end(), x.begin(), x.end()).first - z.begin());
@@ -61,6 +62,7 @@ enum class Digits {
   kDoNotCount  // one in digits is none: columns that are numbered through have it by chance
 };
 
+/// Names are compared without regard to capital letters; see SmallNames.
 Pairing PairingOf(const Names& names, std::int64_t indicators, Digits digits) {
   Pairing pairing;
   pairing.firstZ = static_cast<std::size_t>(kLeadingFields + indicators);
@@ -105,6 +107,14 @@ Names NamesOf(const std::string& path) {
   return names;
 }
 
+/// People write ZAge and xage, which go together.
+Names SmallNames(Names names) {
+  for (std::string& name : names) {
+    name = SmallLetters(std::move(name));
+  }
+  return names;
+}
+
 bool HasPattern(const Pairing& pairing) noexcept {
   constexpr std::size_t kLeastPairs = 2;
   return pairing.pairs >= kLeastPairs && 10 * pairing.alike >= 9 * pairing.pairs;
@@ -134,13 +144,14 @@ void WarnOfPairs(Findings& findings, const DefinitionFile& definition) {
   if (given < 0 || fields < 2 || fields % 2 != 0) {
     return;  // an error, or no pairs
   }
-  const Pairing pairing = PairingOf(names, given, Digits::kCount);
+  const Names small = SmallNames(names);
+  const Pairing pairing = PairingOf(small, given, Digits::kCount);
   const bool isAlike = 2 * pairing.alike > pairing.pairs;
-  const std::optional<std::int64_t> fitting = isAlike ? std::nullopt : FittingCount(names, given);
+  const std::optional<std::int64_t> fitting = isAlike ? std::nullopt : FittingCount(small, given);
   if (!fitting.has_value()) {
     return;
   }
-  const Pairing better = PairingOf(names, *fitting, Digits::kDoNotCount);
+  const Pairing better = PairingOf(small, *fitting, Digits::kDoNotCount);
   findings.AddWarning(
       definition.path, definition.PlaceOfValue("Input/NumberOfPoaIndicators"),
       "With " + Counted(given, "POA indicator") + " the first pair of Z and X is " +

@@ -51,6 +51,14 @@ TEST(CheckPairsTest, PrefixesSuffixesAndMiddles) {
   EXPECT_TRUE(IsFitting(numbered, 4, 2));
 }
 
+TEST(CheckPairsTest, CapitalLettersDoNotMatter) {
+  const char* const mixed = "P1,P2,zAge,ZSEX,z_Renal,ZLiver,XAGE,xSex,X_renal,xLIVER";
+  EXPECT_TRUE(IsFitting(mixed, 0, 2));
+  EXPECT_TRUE(IsFitting(mixed, 4, 2));
+  EXPECT_EQ(Lines(mixed, 2), "");
+  EXPECT_NE(Lines(mixed, 4).find("as in \"zAge\" and \"XAGE\""), std::string::npos);
+}
+
 TEST(CheckPairsTest, MostPairsAreEnough) {
   std::string z;
   std::string x;
