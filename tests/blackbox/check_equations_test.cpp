@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "check_runs.h"
 #include "launcher_runs.h"
 
@@ -44,7 +46,9 @@ TEST(CheckEquationsTest, AnAnalysisThatDrawsIsWarnedOf) {
       {Clustered(QuietAnalysis()),
        {{"data.csv", kWithoutP}},
        kFlag,
-       "the fifth block, E[Y|X,P=0]-MCMC and the observed E[Y|P=0], as P is missing in 1 record" +
+       "the fifth block, E[Y|X,P=0]-MCMC; as P is missing in 1 record, also E[P|YPXZ], the "
+       "observed "
+       "E[Y|P=0], and E[Y|X,P=0] with its C-statistic" +
            std::string(kRemedy)},
   });
 }
@@ -55,9 +59,39 @@ TEST(CheckEquationsTest, AMissingXDoesNotTouchWhatIsObserved) {
   study.Write("d.xml",
               Clustered(Replaced(QuietAnalysis(), "<PriorPrecision>0<", "<PriorPrecision>1<")));
   ExpectHolds(CheckDefinition(study).output,
-              "E[Y|X,P=0]-MCMC and, as an X is missing in 2 records, the other expectations; the "
-              "observed E[Y|P=0] is not affected, for every P is known" +
+              "E[Y|X,P=0]-MCMC; as an X is missing in 2 records, also E[P|X], and E[Y|X] and "
+              "E[Y|X,P=0] with their C-statistics, but not the observed E[Y|P=0], as every P is "
+              "known" +
                   std::string(kRemedy));
+}
+
+TEST(CheckEquationsTest, WithBothMissingAllIsNamed) {
+  const TinyStudy study;
+  // Record b lacks P, and f and g an X.
+  study.Write("data.csv", Replaced(kWithoutX, "b,A,1,0,", "b,A,1,,"));
+  study.Write("d.xml",
+              Clustered(Replaced(QuietAnalysis(), "<PriorPrecision>0<", "<PriorPrecision>1<")));
+  ExpectHolds(CheckDefinition(study).output,
+              "E[Y|X,P=0]-MCMC; as P is missing in 1 record, also E[P|YPXZ] and the observed "
+              "E[Y|P=0]; as an X is missing in 2 records, also E[P|X], and E[Y|X] and E[Y|X,P=0] "
+              "with their C-statistics" +
+                  std::string(kRemedy));
+}
+
+TEST(CheckEquationsTest, ABurninWithoutStepsMakesTheFifthBlock) {
+  // The elements stand one a line; Burnin follows the parameters of the fits.
+  const std::string definition = WithChain(Clustered(AnalysisText()), "1", "5", "0");
+  const auto before = definition.substr(0, definition.find("<Burnin>"));
+  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+  ExpectWarnings({{definition,
+                   {{"data.csv", kClusteredData}},
+                   "d.xml:" + std::to_string(line) + ":9",
+                   "With Steps 0 the fifth block is made from the draws of the burn-in, which are "
+                   "not fit for inference with generalized estimating equations. Also write Burnin "
+                   "0.\n"}});
+  const TinyStudy study;
+  study.Write("d.xml", WithChain(Clustered(AnalysisText()), "1", "0", "0"));
+  EXPECT_EQ(CheckDefinition(study).output, "0 errors, 0 warnings\n");
 }
 
 TEST(CheckEquationsTest, TheDescriptionOfTheDataNamesBothColumnsToo) {
@@ -65,7 +99,8 @@ TEST(CheckEquationsTest, TheDescriptionOfTheDataNamesBothColumnsToo) {
   study.Write("data.csv", kWithoutP);
   study.Write("d.xml", Clustered(QuietAnalysis()));
   const std::string output = CheckDefinition(study, {"--data", "d.xml"}).output;
-  ExpectHolds(output, "E[Y|X,P=0]-MCMC and the observed E[Y|P=0], as P is missing in 1 record");
+  ExpectHolds(output,
+              "E[Y|X,P=0]-MCMC; as P is missing in 1 record, also E[P|YPXZ], the observed ");
   ExpectHolds(output, "P = 1: 2 (15.38 % of the known), missing: 1 (7.14 %)\n");
 }
 
@@ -75,7 +110,10 @@ TEST(CheckEquationsTest, WithoutDataTheConditionIsNamed) {
   study.Write("d.xml", Clustered(QuietAnalysis()));
   ExpectHolds(
       CheckDefinition(study).output,
-      "E[Y|X,P=0]-MCMC and, where P is missing, the observed E[Y|P=0]" + std::string(kRemedy));
+      "E[Y|X,P=0]-MCMC; where P is missing, also E[P|YPXZ], the observed E[Y|P=0], and E[Y|X,P=0] "
+      "with its C-statistic; where an X is missing, also E[P|X], and E[Y|X] and E[Y|X,P=0] with "
+      "their C-statistics" +
+          std::string(kRemedy));
 }
 
 TEST(CheckEquationsTest, WithoutStepsAnAnalysisHasNothingToWarnOf) {
@@ -101,7 +139,8 @@ TEST(CheckEquationsTest, ARunThatTakesSuchCoefficientsIsWarnedOf) {
          {{"coefficients.csv", coefficients},
           {"data.csv", Replaced(kTinyData, "b,A,1,0\n", "b,A,1,\n")}},
          kCoefficients,
-         "E[Y|X,P=0]-MCMC and the observed E[Y|P=0], as P is missing in 1 record. Name "},
+         "E[Y|X,P=0]-MCMC; as P is missing in 1 record, also E[P|YPXZ], the observed E[Y|P=0], and "
+         "E[Y|X,P=0] with its C-statistic. Name "},
     });
   }
   for (const auto& [model, empirical] : {std::pair("0.5", ""), {"0.5", "0.5"}, {"", ""}}) {

@@ -64,10 +64,15 @@ TEST(RunRecordTest, TellsWhatIsNotFitForInference) {
   const std::string drawn = recordOf(Clustered(ChainedAnalysisText(2, 3)));
   EXPECT_EQ(count(drawn, "\"generalizedEstimatingEquations\": true"), 2) << drawn;
   EXPECT_EQ(count(drawn,
-                  "\"notFitForInference\": \"the fifth block, E[Y|X,P=0]-MCMC and, where P is "
-                  "missing, the observed E[Y|P=0]\""),
+                  "\"notFitForInference\": \"the fifth block, E[Y|X,P=0]-MCMC; where P is missing, "
+                  "also E[P|YPXZ], the observed E[Y|P=0], and E[Y|X,P=0] with its C-statistic; "
+                  "where an X is missing, also E[P|X], and E[Y|X] and E[Y|X,P=0] with their "
+                  "C-statistics\""),
             2)
       << drawn;
+  // The fifth block is made from the draws of the burn-in when there are no others.
+  const std::string burnin = recordOf(Clustered(ChainedAnalysisText(3, 0)));
+  EXPECT_EQ(count(burnin, "\"notFitForInference\": \"the fifth block"), 2) << burnin;
   // Without steps the Analysis keeps no draws; its fifth block serves for no Prediction all the
   // same.
   const std::string fixed = recordOf(Clustered(ChainedAnalysisText(0, 0)));

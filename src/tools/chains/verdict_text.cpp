@@ -109,6 +109,11 @@ std::string NotFitText() {
          WhatIsUnfit({}) + ".\n" + std::string(kEquationsRemedy) + '\n';
 }
 
+/// A run with estimating equations and Steps 0, as it should be.
+std::string NoDrawsText(std::size_t chains) {
+  return "No draws were kept, so there is nothing to judge in " + Counted(chains, "chain") + ".\n";
+}
+
 /// Which chains are not judged, or not to their end.
 std::string RemarksText(const ChainJudgement& judgement) {
   std::string text;
@@ -167,6 +172,9 @@ std::string VerdictText(const std::vector<ChainDraws>& chains,
   const bool isJoined = names.size() == columns.size();
   const ChainJudgement judgement = JudgeChains(chains, estimation);
   const bool isFit = judgement.verdict != Verdict::kNotFitForInference;
+  if (!isFit && judgement.draws == 0) {
+    return NoDrawsText(chains.size());
+  }
   std::string text = isFit ? "" : NotFitText();
   text += Counted(judgement.judged.size(), "chain") + " of " + Counted(judgement.draws, "draw") +
           ", " + Counted(columns.size(), "coefficient") + '.' +

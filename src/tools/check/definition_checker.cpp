@@ -66,7 +66,12 @@ bool CheckInputFile(Findings& findings, const std::string& path, std::string_vie
 /// could not be read.
 void WarnOfUnfitDraws(Findings& findings, const DefinitionFile& definition,
                       const DataSet* dataSet) {
-  if (DrawsWithEstimatingEquations(definition)) {
+  if (DrawsInBurninAlone(definition)) {
+    findings.AddWarning(
+        definition.path, definition.PlaceOfValue("Mcmc/Burnin"),
+        "With Steps 0 the fifth block is made from the draws of the burn-in, which are not fit for "
+        "inference with generalized estimating equations. Also write Burnin 0.");
+  } else if (DrawsWithEstimatingEquations(definition)) {
     const std::optional<MissingRecords> missing =
         dataSet != nullptr ? std::optional(CountMissing(*dataSet)) : std::nullopt;
     findings.AddWarning(

@@ -12,14 +12,18 @@ MissingRecords CountMissing(const DataSet& dataSet) {
   MissingRecords missing;
   for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
     missing.withoutP += dataSet.p.IsMissing(i) ? 1 : 0;
+    missing.withoutX += Vell::HasMissingCell(dataSet.x.Row(i)) ? 1 : 0;
   }
-  missing.incomplete = dataSet.recordCount - dataSet.completeCount;
   return missing;
 }
 
 bool DrawsWithEstimatingEquations(const DefinitionFile& definition) {
   return definition.kind == RunKind::kAnalysis && UsesEstimatingEquations(definition.analysis) &&
-         definition.mcmc.steps > 0;
+         (definition.mcmc.steps > 0 || definition.mcmc.burnin > 0);
+}
+
+bool DrawsInBurninAlone(const DefinitionFile& definition) {
+  return DrawsWithEstimatingEquations(definition) && definition.mcmc.steps <= 0;
 }
 
 bool HasClusteredDraws(const RegressionResults& results) {
@@ -49,17 +53,28 @@ std::optional<bool> HasClusteredDraws(const std::string& coefficientFile) {
 }
 
 std::string WhatIsUnfit(const std::optional<MissingRecords>& missing) {
-  std::string made = "the fifth block, E[Y|X,P=0]-MCMC";
+  const std::string made = "the fifth block, E[Y|X,P=0]-MCMC";
   if (!missing.has_value()) {
-    return made + " and, where P is missing, the observed E[Y|P=0]";
+    return made +
+           "; where P is missing, also E[P|YPXZ], the observed E[Y|P=0], and E[Y|X,P=0] with its "
+           "C-statistic; where an X is missing, also E[P|X], and E[Y|X] and E[Y|X,P=0] with their "
+           "C-statistics";
+  }
+  const std::string withoutP = Counted(missing->withoutP, "record");
+  const std::string withoutX = Counted(missing->withoutX, "record");
+  if (missing->withoutP > 0 && missing->withoutX > 0) {
+    return made + "; as P is missing in " + withoutP + ", also E[P|YPXZ] and the observed " +
+           "E[Y|P=0]; as an X is missing in " + withoutX +
+           ", also E[P|X], and E[Y|X] and E[Y|X,P=0] with their C-statistics";
   }
   if (missing->withoutP > 0) {
-    return made + " and the observed E[Y|P=0], as P is missing in " +
-           Counted(missing->withoutP, "record");
+    return made + "; as P is missing in " + withoutP +
+           ", also E[P|YPXZ], the observed E[Y|P=0], and E[Y|X,P=0] with its C-statistic";
   }
-  if (missing->incomplete > 0) {
-    return made + " and, as an X is missing in " + Counted(missing->incomplete, "record") +
-           ", the other expectations; the observed E[Y|P=0] is not affected, for every P is known";
+  if (missing->withoutX > 0) {
+    return made + "; as an X is missing in " + withoutX +
+           ", also E[P|X], and E[Y|X] and E[Y|X,P=0] with their C-statistics, but not the observed "
+           "E[Y|P=0], as every P is known";
   }
   return made;
 }

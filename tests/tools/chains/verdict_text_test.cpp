@@ -90,12 +90,13 @@ TEST(VerdictTest, ChainsOfDifferentLengthAreSaidToBeCut) {
 }
 
 TEST(VerdictTest, WithEstimatingEquationsNotFitForInferenceComesFirst) {
-  for (const std::size_t draws : {1000U, 1U, 0U}) {
+  for (const std::size_t draws : {1000U, 1U}) {
     for (const double shift : {0.0, 5.0}) {
       const std::string text =
           VerdictText(ChainsOf(4, draws, shift), {"XIntercept"}, Estimation::kEstimatingEquations);
       EXPECT_TRUE(text.starts_with("The draws are not fit for inference, ")) << text;
-      ExpectHolds(text, "E[Y|X,P=0]-MCMC and, where P is missing, the observed E[Y|P=0].\n");
+      ExpectHolds(text,
+                  "E[Y|X,P=0]-MCMC; where P is missing, also E[P|YPXZ], the observed E[Y|P=0], ");
       ExpectHolds(text, "Take counts and expectations from a run with false, ");
       ExpectHolds(text, "\n4 chains of " + std::to_string(draws) + " draw");
       EXPECT_EQ(text.find("converged"), std::string::npos) << text;
@@ -104,6 +105,11 @@ TEST(VerdictTest, WithEstimatingEquationsNotFitForInferenceComesFirst) {
       EXPECT_EQ(text.find("Largest R-hat: ") != std::string::npos, draws == 1000) << text;
     }
   }
+}
+
+TEST(VerdictTest, WithEstimatingEquationsAndNoDrawsThereIsNoVerdict) {
+  EXPECT_EQ(VerdictText(ChainsOf(2, 0), {"XIntercept"}, Estimation::kEstimatingEquations),
+            "No draws were kept, so there is nothing to judge in 2 chains.\n");
 }
 
 TEST(VerdictTest, NumbersInSentencesAreTheThresholds) {
