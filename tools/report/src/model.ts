@@ -87,6 +87,8 @@ export interface HospitalRow {
   /** Complete records; NaN when the row was made from individual predictions. */
   complete: number;
   completeP0: number;
+  /** Records without P; NaN where no individual predictions tell. */
+  missingP: number;
   /** Means over the hospital's records, in the order of kPredictionColumns. */
   means: NumberCell[];
 }
@@ -125,6 +127,8 @@ export interface IndividualDigest {
   origin: Origin;
   records: number;
   missingP: number;
+  /** Records with Y = 0 and a known P. */
+  withoutOutcomeKnownP: number;
   calibrations: Calibration[];
   hospitals: HospitalRow[];
 }
@@ -168,6 +172,8 @@ export interface DataDescription {
   missingP: number;
   /** Share of records in which X is missing, for each variable that column elimination leaves. */
   missingX: number[];
+  /** What the check warned of, in its order, without earlier outputs that a next run would overwrite. */
+  warnings: string[];
 }
 
 export interface DefinitionDigest {

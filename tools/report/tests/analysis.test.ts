@@ -117,7 +117,7 @@ test('the fifth block with ese and no mse tells of estimating equations and chan
   assert.equal(usesGee(gee.coefficients[0]), true);
   assert.equal(defaultExpectation(plain).column, 'E[Y|X,P=0]-MCMC');
   assert.equal(defaultExpectation(gee).column, 'E[Y|X,P=0]');
-  assert.match(defaultExpectation(gee).reason, /draws of the fifth block are then much too wide/);
+  assert.match(defaultExpectation(gee).reason, /fifth block .* not fit for inference\. So the fourth block, E\[Y\|X,P=0\], is the expectation here\.$/);
 });
 
 test('counts are records times means, and cases those that are not present on admission', async () => {
@@ -275,6 +275,59 @@ test('each removed variable has its reason, and one removed for its Z the loss o
     '1 variable was removed (XSure): X follows from the other variables in the complete records with P = 0: it is always 0 or always 1 ' +
       'there, equals another X, or is a linear combination of several.',
   ]);
+});
+
+const kZeroZ = 'Eliminating Z zero columns\n';
+const removedAt = (stage: string) => `Number of records: 9\n${stage}Eliminating columns:\nZNone, XNone\nNumber of variables: 9\n`;
+
+test('a variable that is removed for its Z is worth a look, one that is removed for its X a fact', async () => {
+  const found = async (stage: string) => runFinding(await load(source(0, 'l', removedAt(stage))));
+  assert.equal((await found('Eliminating X zero columns\n'))?.level, 'plain');
+  assert.equal((await found('Eliminating dependent X columns P = 0\n'))?.level, 'plain');
+  for (const stage of [kZeroZ, 'Eliminating dependent Z columns\n']) {
+    assert.equal((await found(stage))?.level, 'look');
+    assert.match((await found(stage))?.answer ?? '', /1 variable was removed for a Z that says nothing of its own/);
+  }
+});
+
+const contradictingLog = (many: number, records: number) => `Number of records: ${records}\n` +
+  `${'Warning: Y == 0 && P == 1 data in record: 3 - setting P equal to 0\n'.repeat(many)}${kZeroZ}`;
+
+// Individual predictions of 300 records, of which 100 have Y = 0 and a known P, 100 lack P and 100 have Y = 1.
+const kHundredKnown = `${kIndividualHeader}\n${Array.from({ length: 300 }, (_, i) =>
+  `R${i},H,${i < 200 ? 0 : 1},0.5,0.5,0,0.5,0.5,${i >= 100 && i < 200 ? '' : 0},0,0\n`).join('')}`;
+
+test('records with Y = 0 and P = 1 are to be acted on from 1 % of those with Y = 0 and known P', async () => {
+  const one = await load(source(0, 'l', contradictingLog(1, 300)), source(0, 'i', kHundredKnown));
+  assert.equal(runFinding(one)?.level, 'act');
+  assert.match(runFinding(one)?.answer ?? '', new RegExp('In 1 record P is 1 \\(present on admission\\) although Y is 0; P was taken as 0\\. ' +
+    'That is 1\\.0 % of the records with Y = 0 and known P, and from 1 % on a slip is not likely'));
+});
+
+test('without individual predictions the share is that of all records', async () => {
+  const found = async (many: number) => runFinding(await load(source(0, 'l', contradictingLog(many, 300))));
+  assert.equal((await found(2))?.level, 'plain');
+  assert.deepEqual((await found(2))?.details, ['In 2 records P is 1 (present on admission) although Y is 0; P was taken as 0.']);
+  assert.equal((await found(3))?.level, 'act');
+  assert.match((await found(3))?.answer ?? '', /That is 1\.0 % of the records, and from 1 %/);
+});
+
+// Hospital A has `most` of 50 records without P, B has 2 of 150, and a tiny one has its one record without.
+const unevenP = (most: number) => `${kIndividualHeader}\n${[['A', 50, most], ['B', 150, 2], ['C', 1, 1]].map(([id, records, missing]) =>
+  Array.from({ length: Number(records) }, (_, i) => `R${i},${id},0,0.5,0.5,0,0.5,0.5,${i < Number(missing) ? '' : 0},0,0\n`).join('')).join('')}`;
+
+test('a hospital in which P is missing far more often than elsewhere is named', async () => {
+  const found = async (text: string) => missingFinding(await load(source(0, 'i', text)));
+  const named = await found(unevenP(30));
+  assert.equal(named?.level, 'look');
+  assert.ok([named?.answer, ...named?.details ?? []].includes('P is missing most often in A: 30 of 50 records (60 %).'));
+  // 20 % is not above 20 %. In the last one all are alike: 10 of 50 more are no more than twice the share of all.
+  for (const text of [unevenP(10), `${kIndividualHeader}\n${Array.from({ length: 100 }, (_, i) =>
+    `R${i},H${i % 2},0,0.5,0.5,0,0.5,0.5,${i < 60 ? '' : 0},0,0\n`).join('')}`]) {
+    const other = await found(text);
+    assert.equal(other?.level, 'plain');
+    assert.doesNotMatch([other?.answer, ...other?.details ?? []].join(' '), /most often/);
+  }
 });
 
 test('a fit that reached its limit is to be acted on', async () => {

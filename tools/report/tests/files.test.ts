@@ -7,7 +7,7 @@ import { identify } from '../src/read/identify';
 import { readIndividual } from '../src/read/individual_predictions';
 import { deriveHospitals, loadReport } from '../src/read/load';
 import { readDefinition, readDescription, readLog, readRunRecord } from '../src/read/texts';
-import { chainText, coefficientText, hospitalText, kIndividualHeader, kStatisticsText, summaryText } from './support/study';
+import { chainText, coefficientText, hospitalText, kHospitalHeader, kIndividualHeader, kStatisticsText, summaryText } from './support/study';
 
 const kOrigin = { folder: 0, folderName: 'out', path: 'file' };
 const source = (path: string, text: string, folder = 0): SourceFile => ({ folder, folderName: `run${folder}`, path, blob: new Blob([text]) });
@@ -70,6 +70,8 @@ test('individual predictions are summed by hospital, P where it is known', async
   const digest = await readIndividual(new Blob([kFour]), kOrigin, () => {});
   assert.equal(digest.records, 4);
   assert.equal(digest.missingP, 1);
+  assert.equal(digest.withoutOutcomeKnownP, 2);
+  assert.deepEqual(digest.hospitals.map((row) => row.missingP), [0, 1]);
   assert.deepEqual(digest.hospitals.map((row) => [row.id, row.records, ...row.means.map((mean) => mean.value)]), [
     ['H, 1', 2, 0.5, 0.3, 0.3, 0, 0.05, 0.15, 0.5, 0.15, 0.5],
     ['H2', 2, 0.5, 0.6, 0.5, 0.3, 0.25, 0.25, 0, 0.25, 0.2],
@@ -103,6 +105,16 @@ test('hospitals are made from individual predictions only where their folder has
   ], () => {});
   deriveHospitals(report);
   assert.deepEqual(report.hospitals.map((file) => [file.origin.folder, file.derived, file.rows.length]), [[0, false, 2], [1, true, 2]]);
+});
+
+test('the hospitals of a file get their missing P from individual predictions of the same folder', async () => {
+  const row = (id: string, records: number) => `${id},${records},1,1,0.5,0.5,0.5,0,0,0,0.5,0.2,0.5`;
+  const text = [kHospitalHeader, row('"H, 1"', 2), row('H2', 2), row('H3', 5), ''].join('\n');
+  const report = await loadReport([
+    source('individual.csv', kFour), source('hospital.csv', text), source('hospital.csv', text, 1),
+  ], () => {});
+  deriveHospitals(report);
+  assert.deepEqual(report.hospitals.map((file) => file.rows.map(({ missingP }) => missingP)), [[0, 1, NaN], [NaN, NaN, NaN]]);
 });
 
 const kLog = `Number of records: 100
@@ -146,17 +158,20 @@ test('a log says in which stage a variable was removed, and that of a Prediction
 });
 
 // As hovar --check --data prints it, with a finding before it.
-const kDescription = `analysis.xml:10:29: warning: The coefficient file "c.csv" exists and would be overwritten.
+const kDescription = `C:\\d, old\\data.csv:1:24: warning: 3 records have Y = 0 and P = 1; P would be taken as 0 there.
+data.csv:1:20: warning: "ZTwice" equals "ZA" in all 200 records.
+analysis.xml:10:29: warning: The coefficient file "c.csv" exists and would be overwritten. Use --keep to move it aside.
+analysis.xml:9:14: warning: 4 files of an earlier run would be overwritten in "results": "c.csv" and 3 more.
 "data.csv": 200 records, 3 hospitals, 4 variables, 1 POA indicator
   Y = 1: 30 (15.00 %)
   P = 1: 12 (6.67 % of the known), missing: 20 (10.00 %)
   complete records: 150 (75.00 %), with P = 0: 140
   hospitals without a complete record: 0
-  variables (Z, X): Z = 1; X = 1 of the known; X missing
-    "ZA", "XA": 29.08 %; 24.50 %; 4.10 %
-    "Z; ""B""", "XB": 6.62 %; 6.36 %; 40.00 %
-    "ZNever", "XNever": 2.94 %; 0.00 %; 50.00 %
-    "ZTwice", "XTwice": 29.08 %; 24.00 %; 60.00 %
+  variables (Z, X): Z = 1; X = 1 of the known, where Z = 0, where Z = 1; X missing
+    "ZA", "XA": 29.08 %; 24.50 %, 1.59 %, 79.84 %; 4.10 %
+    "Z; ""B""", "XB": 6.62 %; 6.36 %, 0.25 %, 92.45 %; 40.00 %
+    "ZNever", "XNever": 2.94 %; 0.00 %, 0.00 %, -; 50.00 %
+    "ZTwice", "XTwice": 29.08 %; 24.00 %, 1.00 %, 78.00 %; 60.00 %
   removed by column elimination:
     "ZNever", "XNever": X is 0 in all complete records
     "ZTwice", "XTwice": Z depends on other variables
@@ -164,8 +179,21 @@ const kDescription = `analysis.xml:10:29: warning: The coefficient file "c.csv" 
     "ZA", "XA": no record with Z = 1 and a known X
 "other.csv": 7 records, 1 hospital, 1 variable, 1 POA indicator
   P = 1: 1 (20.00 % of the known), missing: 2 (28.57 %)
-0 errors, 1 warning
+0 errors, 4 warnings
 `;
+
+test('a saved check gives its warnings, without those of outputs that a next run would overwrite', async () => {
+  const digest = await readDescription(new Blob([kDescription]), kOrigin);
+  assert.deepEqual(digest.warnings, [
+    '3 records have Y = 0 and P = 1; P would be taken as 0 there.', '"ZTwice" equals "ZA" in all 200 records.',
+  ]);
+});
+
+test('the missing shares of a description without the shares by Z are read too', async () => {
+  const older = kDescription.replace(', where Z = 0, where Z = 1', '').replace(/(; [\d.]+ %), [^;\n]*;/g, '$1;');
+  assert.match(older, /"ZA", "XA": 29\.08 %; 24\.50 %; 4\.10 %\n/);
+  assert.equal((await readDescription(new Blob([older]), kOrigin)).missingX.length, 2);
+});
 
 test('a description of the data gives the missing cells of the variables that stay', async () => {
   assert.equal((await identify(new Blob([kDescription]))).kind, 'description');

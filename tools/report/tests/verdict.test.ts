@@ -5,7 +5,7 @@ import { readFileSync } from 'node:fs';
 import { test } from 'node:test';
 import { groupChains } from '../src/analysis/chain_groups';
 import { diagnose, verdictOf, type GroupDiagnostics } from '../src/analysis/diagnostics';
-import { defaultExpectation, judgeHospitals, pairOf } from '../src/analysis/hospital_ratios';
+import { defaultExpectation, expectationNote, judgeHospitals, pairOf } from '../src/analysis/hospital_ratios';
 import {
   convergenceFinding, fitFinding, hospitalFinding, missingFinding, runFinding, type Finding,
 } from '../src/analysis/verdict';
@@ -57,7 +57,7 @@ for (const [name, gee, lengths, verdict, chains, draws, cut, repeated] of rowsOf
 function assertSentenceFits(report: Report, group: GroupDiagnostics): void {
   const finding = convergenceFinding(report, [group]);
   const words = {
-    not_fit_for_inference: group.draws > 0 ? /^Not fit for inference: / : /^There are none: .*not be fit for inference/,
+    not_fit_for_inference: group.draws > 0 ? /^Not fit for inference: / : /^No draws were asked for\..*not be fit for inference/,
     not_converged: /^Not yet: /, cannot_be_told: /^Cannot be judged: /, too_few_draws: /^No sign against it, but /,
     no_sign_against: /^No sign against it in this one chain: /, converged: /^Yes\. /,
   };
@@ -85,7 +85,12 @@ interface Study {
   missingP: boolean;
   missingX: boolean;
   draws?: number;
+  /** With a description by which 45 % of the cells are missing. */
+  described?: boolean;
 }
+
+const kDescription = '"data.csv": 400 records, 2 hospitals, 1 variable, 1 POA indicator\n' +
+  '  P = 1: 0 (0.00 % of the known), missing: 200 (50.00 %)\n    "ZA", "XA": 50.00 %; 50.00 %, 10.00 %, 90.00 %; 40.00 %\n';
 
 /** Individual predictions that agree with what is observed: of 10 records with risk 0.1 one has Y. */
 function predictions({ missingP, missingX }: Study): SourceFile[] {
@@ -105,7 +110,8 @@ function predictions({ missingP, missingX }: Study): SourceFile[] {
 async function findingsOf(study: Study): Promise<Finding[]> {
   const chains = [0, 1, 2, 3].map((k) => source(0, `chain-${k}/Chain.csv`, chainText({ draws: study.draws ?? 500, coefficients: 2, seed: k + 1 })));
   const report = await load(source(0, 'coefficients.csv', coefficientText(kNames, study.gee)), ...chains, ...predictions(study),
-    source(0, 'analysis.log', 'Number of records: 400\nEliminating Z zero columns\n'));
+    source(0, 'analysis.log', 'Number of records: 400\nEliminating Z zero columns\n'),
+    ...study.described ? [source(0, 'data.txt', kDescription)] : []);
   const { column } = defaultExpectation(report);
   const findings = [
     convergenceFinding(report, await judged(report)), hospitalFinding(judgeHospitals(report.hospitals[0], pairOf(column), false), report),
@@ -122,7 +128,7 @@ const finding = (findings: Finding[], question: RegExp): Finding => {
 const textOf = (findings: Finding[]) => findings.flatMap(({ answer, details }) => [answer, ...details]).join('\n');
 
 test('a study without estimating equations is Good, and nothing is called unfit', async () => {
-  const findings = await findingsOf({ gee: false, missingP: true, missingX: false });
+  const findings = await findingsOf({ gee: false, missingP: true, missingX: false, described: true });
   assert.deepEqual(findings.filter(({ level }) => level === 'good').map(({ question }) => question),
     ['Did the chains converge?', 'Did the run warn of anything?']);
   assert.match(finding(findings, /predict/).answer, /Predicted and observed rates agree\./);
@@ -131,7 +137,7 @@ test('a study without estimating equations is Good, and nothing is called unfit'
 });
 
 test('with estimating equations and a missing P nothing is Good, and no statement contradicts another', async () => {
-  const findings = await findingsOf({ gee: true, missingP: true, missingX: false });
+  const findings = await findingsOf({ gee: true, missingP: true, missingX: false, described: true });
   assert.equal(findings.length, 5);
   assert.deepEqual(findings.filter(({ level }) => level === 'good'), []);
   const text = textOf(findings);
@@ -140,7 +146,7 @@ test('with estimating equations and a missing P nothing is Good, and no statemen
   const hospitals = finding(findings, /hospitals/);
   assert.equal(hospitals.level, 'act');
   assert.match(hospitals.answer, /^The ratios are not fit for inference\. As they stand: /);
-  assert.match(hospitals.details[0], /neither are the observed counts, E\[Y\|P=0\]: P is missing in 200 records/);
+  assert.match(hospitals.details[0], /P is missing in 200 records and was filled in by the fifth block, which is not fit, so neither are E\[P\|YPXZ\], the observed counts E\[Y\|P=0\], and E\[Y\|X,P=0\] with its C-statistic\./);
   assert.match(finding(findings, /predict/).answer, /Whether predicted and observed rates agree cannot be told\.$/);
   assert.match(finding(findings, /warn/).answer, /not fit for inference/);
   assert.match(text, /take counts and expectations from a run with false/);
@@ -153,7 +159,7 @@ test('with estimating equations and every P known the observed counts are not ca
     const hospitals = finding(findings, /hospitals/);
     assert.match(hospitals.answer, /within the 95 % limits/);
     assert.match(hospitals.details.join(' '), /E\[Y\|X,P=0\]-MCMC is not fit for inference\./);
-    assert.equal(/In 200 records an X was filled in .* observed counts are not affected/.test(hospitals.details.join(' ')), missingX);
+    assert.equal(/In 200 records an X was filled in .*, so neither are E\[P\|X\], and E\[Y\|X\] .* observed counts are not affected/.test(hospitals.details.join(' ')), missingX);
     assert.match(finding(findings, /predict/).answer, /Predicted and observed rates agree\./);
   }
 });
@@ -163,7 +169,7 @@ test('without individual predictions the condition is named', async () => {
     ...predictions({ gee: true, missingP: true, missingX: false }).slice(1));
   const found = hospitalFinding(judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]'), false), report);
   assert.equal(found?.level, 'act');
-  assert.match(found?.details[0] ?? '', /observed counts, E\[Y\|P=0\], where P is missing: 200 records lack P or an X/);
+  assert.match(found?.details[0] ?? '', /200 records lack P or an X, filled in by .* Where P is missing, neither are .*observed counts E\[Y\|P=0\]/);
 });
 
 test('another expectation than those by P = 0 keeps its ratios', async () => {
@@ -171,6 +177,49 @@ test('another expectation than those by P = 0 keeps its ratios', async () => {
     ...predictions({ gee: true, missingP: true, missingX: false }));
   assert.equal(hospitalFinding(judgeHospitals(report.hospitals[0], pairOf('E[Y|X]'), false), report)?.level, 'plain');
   assert.equal(hospitalFinding(judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), false), report)?.level, 'act');
+});
+
+test('with P and X missing the columns of both are named', async () => {
+  const both = predictions({ gee: true, missingP: true, missingX: true });
+  both[1] = source(0, 'hospital.csv', await both[1].blob.text().then((text) => text.replaceAll(',200,100,100,', ',200,80,80,')));
+  const report = await load(source(0, 'coefficients.csv', coefficientText(kNames, true)), ...both);
+  // 240 records lack something, 200 of them P.
+  assert.match(hospitalFinding(judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]'), false), report)?.details[0] ?? '',
+    /P is missing in 200 records .* E\[P\|YPXZ\], the observed counts .* In 40 more records an X was filled in likewise, so neither are E\[P\|X\], and E\[Y\|X\]/);
+});
+
+test('the note of another expectation says what of it suffers, and calls only the preset one the expectation here', async () => {
+  const report = await load(source(0, 'coefficients.csv', coefficientText(kNames, true)),
+    ...predictions({ gee: true, missingP: true, missingX: false }));
+  assert.match(expectationNote(report, 'E[Y|X,P=0]'), /So the fourth block, .* is the expectation here\. The observed E\[Y\|P=0\] is not fit either/);
+  for (const column of ['E[Y|Z]', 'E[Y|X]', 'E[P|X]'] as const) {
+    assert.match(expectationNote(report, column), /^Chosen by hand; the default is E\[Y\|X,P=0\]\. The run used generalized/);
+    assert.doesNotMatch(expectationNote(report, column), /is the expectation here|E\[Y\|P=0\]/);
+  }
+  assert.match(expectationNote(report, 'E[P|X]'), /The observed E\[P\|YPXZ\] is not fit either where P is missing\.$/);
+  assert.doesNotMatch(expectationNote(report, 'E[Y|Z]'), /not fit either/);
+  const found = hospitalFinding(judgeHospitals(report.hospitals[0], pairOf('E[P|X]'), false), report);
+  assert.equal(found?.level, 'act');
+});
+
+test('predictions from the coefficients of a run without draws are not said to use draws', async () => {
+  const report = await load(source(0, 'coefficients.csv', kWithoutDraws),
+    ...predictions({ gee: true, missingP: true, missingX: false }), source(0, 'analysis.log', 'Number of records: 400\nEliminating Z zero columns\n'));
+  const found = [hospitalFinding(judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]'), false), report), runFinding(report)];
+  assert.deepEqual(found.map((one) => one?.level), ['act', 'act']);
+  assert.match(found[1]?.answer ?? '', /predictions use the fifth block of a run with generalized estimating equations/);
+  assert.doesNotMatch(found.map((one) => `${one?.answer} ${one?.details[0]}`).join(' '), /draws/);
+});
+
+test('a saved check shows how many warnings it gave, and the first of them', async () => {
+  const warnings = Array.from({ length: 5 }, (_, i) => `data.csv:1:${i + 20}: warning: Cause ${i}.\n`).join('');
+  const report = await load(source(0, 'analysis.log', 'Number of records: 9\nEliminating Z zero columns\n'),
+    source(0, 'data.txt', `${warnings}"data.csv": 9 records, 3 hospitals, 0 variables, 1 POA indicator\n0 errors, 5 warnings\n`));
+  const found = runFinding(report);
+  assert.equal(found?.level, 'look');
+  assert.match(found?.answer ?? '', /The check of the definition warned\.$/);
+  assert.deepEqual(found?.details, [0, 1, 2].map((i) => `The check warned (${i + 1} of 5): Cause ${i}.`)
+    .concat('2 more warnings of the check stand in its own file.'));
 });
 
 // Steps 0 leaves standard errors of 0.

@@ -1,11 +1,12 @@
 // One rule: with generalized estimating equations the draws of the chain have the inverse of the
 // covariance that they should have, so they and what is made from them are not fit for inference. The
 // reason is in docs/limits.md. Which files of a report does this concern?
-import type { CoefficientFile, Origin, Report } from '../model';
+import type { CalibrationColumn, CoefficientFile, Origin, Report } from '../model';
 import { plural } from '../view/format';
 
 export const kUnfitDraws = 'Not fit for inference: with generalized estimating equations the draws have the inverse of the covariance ' +
   'that they should have, whatever the figures of the chains are.';
+export const kNoDraws = 'No draws were asked for.';
 export const kRemedy = 'What to do: take counts and expectations from a run with false, and standard errors of the four fits from a run ' +
   'with true and Steps 0.';
 
@@ -61,15 +62,19 @@ export function hasUnfitDraws(report: Report): boolean {
     report.coefficients.some((file) => usesGee(file) && drawn(file));
 }
 
-/** What is wrong with the columns of predictions: with those observed too where P is missing. */
+/** What is wrong with the columns of predictions: with those that average over imputed values too. */
 export interface UnfitColumns {
   /** A sentence that names the columns. */
   text: string;
-  /** Whether the observed counts, E[Y|P=0], are wrong. */
+  /** Whether the observed columns, E[Y|P=0] and E[P|YPXZ], are or may be wrong. */
   observed: boolean;
-  /** Whether the expectations of the fixed fits are averages over values drawn so. */
-  expected: boolean;
+  /** Whether an X was or may have been imputed, so that the expectations given X are off. */
+  byX: boolean;
 }
+
+const kFilled = 'filled in by the fifth block, which is not fit';
+const kByP = 'E[P|YPXZ], the observed counts E[Y|P=0], and E[Y|X,P=0] with its C-statistic';
+const kByX = 'E[P|X], and E[Y|X] and E[Y|X,P=0] with their C-statistics';
 
 /** Null when the predictions come from a run without the flag. */
 export function unfitColumns(report: Report): UnfitColumns | null {
@@ -77,31 +82,36 @@ export function unfitColumns(report: Report): UnfitColumns | null {
   const hospitals = report.hospitals.find((file) => !file.derived);
   const incomplete = hospitals?.rows.reduce((sum, row) => sum + row.records - row.complete, 0) ?? NaN;
   const missingP = incomplete === 0 ? 0 : report.individuals[0]?.missingP ?? NaN;
-  if (missingP > 0) {
-    return {
-      text: 'With generalized estimating equations E[Y|X,P=0]-MCMC is not fit for inference, and neither are the observed counts, ' +
-        `E[Y|P=0]: P is missing in ${plural(missingP, 'record')} and was filled in with draws that are much too wide.`,
-      observed: true, expected: true,
-    };
-  }
+  // Records that lack P may lack an X too, which these files do not show.
+  const missingX = incomplete - missingP;
+  const head = 'With generalized estimating equations E[Y|X,P=0]-MCMC is not fit for inference.';
   if (Number.isNaN(missingP)) {
-    const some = incomplete > 0 ? `: ${plural(incomplete, 'record')} lack P or an X, which were filled in with draws that are much too wide` : '';
+    const some = incomplete > 0 ? ` ${plural(incomplete, 'record lacks', 'records lack')} P or an X, ${kFilled}.` : '';
+    return { text: `${head}${some} Where P is missing, neither are ${kByP}; where an X is missing, neither are ${kByX}.`, observed: true, byX: true };
+  }
+  if (missingP > 0) {
+    const x = missingX > 0 ? ` In ${plural(missingX, 'more record')} an X was filled in likewise, so neither are ${kByX}.`
+      : ` Where an X is missing too, neither are ${kByX}.`;
     return {
-      text: 'With generalized estimating equations E[Y|X,P=0]-MCMC is not fit for inference, and neither are the observed counts, ' +
-        `E[Y|P=0], where P is missing${some}.`,
-      observed: true, expected: true,
+      text: `${head} P is missing in ${plural(missingP, 'record')} and was ${kFilled}, so neither are ${kByP}.${x}`,
+      observed: true, byX: true,
     };
   }
   const other = incomplete > 0
-    ? ` In ${plural(incomplete, 'record')} an X was filled in with such draws, so the other expectations are off as well. ` +
-      'The observed counts are not affected, for every P is known.'
+    ? ` In ${plural(incomplete, 'record')} an X was ${kFilled}, so neither are ${kByX}. The observed counts are not affected, for every P is known.`
     : '';
-  return {
-    text: `With generalized estimating equations E[Y|X,P=0]-MCMC is not fit for inference.${other}`,
-    observed: false, expected: incomplete > 0,
-  };
+  return { text: `${head}${other}`, observed: false, byX: !(incomplete === 0) };
 }
 
 /** For a sentence on chains. */
-export const kMadeFromDraws = 'Neither is what is made from them: the fifth block, E[Y|X,P=0]-MCMC and, where P is missing, the ' +
-  'observed E[Y|P=0].';
+export const kMadeFromDraws = `Neither is what is made from them: the fifth block and E[Y|X,P=0]-MCMC; where P is missing, also ${kByP}; ` +
+  `where an X is missing, also ${kByX}.`;
+
+/** What is wrong with one expectation and what it is compared with; empty when nothing is. */
+export function unfitExpectation(unfit: UnfitColumns, pair: CalibrationColumn): string {
+  const observed = unfit.observed && (pair.observed === 'E[Y|P=0]' || pair.observed === 'E[P|YPXZ]')
+    ? ` The observed ${pair.observed} is not fit either where P is missing.` : '';
+  const given = unfit.byX && (pair.expected === 'E[Y|X]' || pair.expected === 'E[P|X]')
+    ? ` ${pair.expected} is not fit either where an X is missing.` : '';
+  return given + observed;
+}

@@ -8,7 +8,7 @@ import {
 } from '../statistics/funnel';
 import { kExpectations, kPredictionColumns } from '../model';
 import { fixed, number, plural } from '../view/format';
-import { runUsesGee, unfitColumns } from './estimating_equations';
+import { runUsesGee, unfitColumns, unfitExpectation } from './estimating_equations';
 import type { CalibrationColumn, HospitalFile, HospitalRow, PredictionColumn, Report } from '../model';
 
 export type Position = 'above998' | 'above95' | 'inside' | 'below95' | 'below998' | 'unknown';
@@ -59,9 +59,7 @@ export function defaultExpectation(report: Report): { column: PredictionColumn; 
   if (runUsesGee(report)) {
     return {
       column: 'E[Y|X,P=0]',
-      reason: 'The run used generalized estimating equations. The draws of the fifth block are then much too wide, ' +
-        'and the expectations made from them (E[Y|X,P=0]-MCMC) are off. So the fourth block, E[Y|X,P=0], is the ' +
-        `expectation here.${unfitColumns(report)?.observed ? ' The observed counts, E[Y|P=0], are wrong too where P is missing.' : ''}`,
+      reason: `${kUnfitBlock} So the fourth block, E[Y|X,P=0], is the expectation here.${unfitOf(report, pairOf('E[Y|X,P=0]'))}`,
     };
   }
   return {
@@ -69,6 +67,22 @@ export function defaultExpectation(report: Report): { column: PredictionColumn; 
     reason: 'E[Y|X,P=0]-MCMC has learned from all records, with missing values filled in; E[Y|X,P=0] has learned ' +
       'from the complete records alone and misleads when these are not like the others.',
   };
+}
+
+const kUnfitBlock = 'The run used generalized estimating equations. The fifth block and the expectation made from it, ' +
+  'E[Y|X,P=0]-MCMC, are then not fit for inference.';
+
+function unfitOf(report: Report, pair: CalibrationColumn): string {
+  const unfit = unfitColumns(report);
+  return unfit ? unfitExpectation(unfit, pair) : '';
+}
+
+/** Why an expectation is preset, or what is to be known about another one that the reader chose. */
+export function expectationNote(report: Report, column: PredictionColumn): string {
+  const preset = defaultExpectation(report);
+  if (column === preset.column) return preset.reason;
+  const reason = runUsesGee(report) ? `${kUnfitBlock}${unfitOf(report, pairOf(column))}` : preset.reason;
+  return `Chosen by hand; the default is ${preset.column}. ${reason}`;
 }
 
 export function judgeHospitals(file: HospitalFile, pair: CalibrationColumn, adjusted: boolean): HospitalJudgement {

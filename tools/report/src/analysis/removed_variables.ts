@@ -16,6 +16,9 @@ export const kRemovalReason: Record<RemovalStage, string> = {
 const kStages = Object.keys(kRemovalReason) as RemovalStage[];
 const kByZ: readonly RemovalStage[] = ['zeroZ', 'dependentZ'];
 
+/** How many variables were removed for their Z. */
+export const removedForZ = (log: LogDigest): number => log.removed.filter(({ stage }) => kByZ.includes(stage)).length;
+
 /** One sentence for each stage that removed something. */
 export function removalTexts(log: LogDigest): string[] {
   return kStages.flatMap((stage) => {

@@ -1,15 +1,19 @@
 // What the run says, in words. Each finding answers one question; the sections below show the evidence.
 import type { Calibration, Report } from '../model';
 import { missingCells, missingCellsTexts, kManyCells } from './missing_cells';
-import { removalTexts } from './removed_variables';
+import { removalTexts, removedForZ } from './removed_variables';
 import { count, fixed, list, number, percent, plural } from '../view/format';
 import {
   chainName, isKnown, kFewestDraws, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary, type Verdict,
 } from './diagnostics';
-import { hasUnfitDraws, kMadeFromDraws, kRemedy, kUnfitDraws, predictionsUseGee, unfitColumns } from './estimating_equations';
+import { hasUnfitDraws, kMadeFromDraws, kNoDraws, kRemedy, kUnfitDraws, predictionsUseGee, unfitColumns } from './estimating_equations';
+import { unevenMissingP } from './missing_by_hospital';
+import { contradictionsOf } from './contradictions';
 import { heterogeneityText, type HospitalJudgement, type HospitalRatio, type Position } from './hospital_ratios';
 
 /** good: nothing to do. look: worth a look. act: not to be relied on as it is. plain: a fact. */
+const kMostCheckWarnings = 3;
+
 export type Level = 'good' | 'look' | 'act' | 'plain' | 'wait';
 
 export interface Finding {
@@ -29,8 +33,8 @@ export function convergenceFinding(report: Report, groups: GroupDiagnostics[] | 
   const kept = groups.filter(({ group, draws }) => !group.gee || draws > 0);
   if (kept.length === 0) {
     return {
-      question, section: 'chains', level: 'plain', details: [kMadeFromDraws],
-      answer: 'There are none: no draws were kept, and with generalized estimating equations they would not be fit for inference.',
+      question, section: 'chains', level: 'plain', details: [],
+      answer: `${kNoDraws} With generalized estimating equations they would not be fit for inference.`,
     };
   }
   const findings = kept.map((group) => judgeGroup(report, group));
@@ -133,7 +137,7 @@ export function hospitalFinding(judgement: HospitalJudgement | null, report?: Re
   const found = judgement && ratioFinding(judgement);
   const unfit = report && unfitColumns(report);
   if (!found || !unfit) return found;
-  const wrong = judgement?.pair.observed === 'E[Y|P=0]' && (unfit.observed || judgement.pair.expected === 'E[Y|X,P=0]-MCMC');
+  const wrong = judgement !== null && judgement.pair.observed !== 'Y' && (unfit.observed || judgement.pair.expected === 'E[Y|X,P=0]-MCMC');
   return wrong
     ? { ...found, level: 'act', answer: `The ratios are not fit for inference. As they stand: ${found.answer}`, details: [unfit.text, kRemedy, ...found.details] }
     : { ...found, details: [...found.details, unfit.text] };
@@ -247,6 +251,8 @@ export function missingFinding(report: Report): Finding | null {
   if (log && log.completeFirst !== log.completeLast && !Number.isNaN(log.completeFirst)) {
     details.push(`${count(log.completeFirst)} records were complete as read; without the removed variables ${count(log.completeLast)} are.`);
   }
+  const uneven = unevenMissingP(report);
+  details.push(...uneven);
   const cells = missingCells(report, records, records - complete);
   details.unshift(...missingCellsTexts(cells));
   if (Number.isNaN(complete) && details.length === 0) return null;
@@ -256,7 +262,7 @@ export function missingFinding(report: Report): Finding | null {
     cells && cells.least > kManyCells && !predictionsUseGee(report) ? 'Many cells are missing: intervals of the fifth block come out too narrow.' : '',
   ].filter(Boolean);
   return {
-    question: 'How much was missing?', section: hospitals ? 'hospitals' : 'run', level: cells && cells.least > kManyCells ? 'look' : 'plain',
+    question: 'How much was missing?', section: hospitals ? 'hospitals' : 'run', level: (cells && cells.least > kManyCells) || uneven.length > 0 ? 'look' : 'plain',
     answer: answers.length > 0 ? answers.join(' ') : details.shift() ?? '',
     details,
   };
@@ -282,28 +288,44 @@ export function runFinding(report: Report): Finding | null {
   if (report.logs.length === 0) return null;
   const log = report.logs.find((candidate) => candidate.analysis) ?? report.logs[0];
   const unfinished = Math.max(...report.logs.map((candidate) => candidate.unfinishedFits));
-  const details: string[] = [];
-  details.push(...removalTexts(log));
-  if (log.contradictions > 0) {
-    details.push(`${plural(log.contradictions, 'record')} with an outcome that was present on admission and not found: P was taken as 0.`);
-  }
-  details.push(...recordedWarnings(report));
-  const warned = unfinished > 0;
+  const contradictions = contradictionsOf(report, log);
+  const forZ = removedForZ(log);
+  const checked = checkTexts(report);
   const unfit = hasUnfitDraws(report) || predictionsUseGee(report);
-  if (unfit) details.push(kMadeFromDraws, kRemedy);
-  if (unfit && !warned) {
-    return {
-      question: 'Did the run warn of anything?', section: 'run', level: 'act', details,
-      answer: 'The fits came to their end, but with generalized estimating equations the draws of the chain are not fit for inference.',
-    };
-  }
+  const act = [
+    unfinished > 0 && `${plural(unfinished, 'fit')} stopped at the largest number of iterations, so the estimates are not those of the model. ` +
+      'Raise MaxIterations, or PriorPrecision where a variable decides the outcome alone.',
+    contradictions.isMany && `${contradictions.text} ${contradictions.advice}`,
+    unfit && unfitText(report),
+  ].filter((text) => text !== false);
+  const look = [
+    forZ > 0 && `${plural(forZ, 'variable was', 'variables were')} removed for a Z that says nothing of its own, and the X with it.`,
+    checked.length > 0 && 'The check of the definition warned.',
+  ].filter((text) => text !== false);
+  const details = [
+    ...removalTexts(log), contradictions.isMany ? '' : contradictions.text, ...recordedWarnings(report), ...checked,
+    ...(unfit ? [kMadeFromDraws, kRemedy] : []),
+  ].filter(Boolean);
+  const ended = unfinished > 0 ? 'Yes:' : 'The fits came to their end, but:';
+  const plain = details.length > 0 ? 'The fits came to their end. The log tells of changes to the data.' : 'No.';
   return {
     question: 'Did the run warn of anything?', section: 'run',
-    level: warned ? 'act' : details.length > 0 ? 'plain' : 'good',
-    answer: warned
-      ? `Yes: ${plural(unfinished, 'fit')} stopped at the largest number of iterations, so the estimates are not those of the model. ` +
-        'Raise MaxIterations, or PriorPrecision where a variable decides the outcome alone.'
-      : details.length > 0 ? 'The fits came to their end. The log tells of changes to the data.' : 'No.',
+    level: act.length > 0 ? 'act' : look.length > 0 ? 'look' : details.length > 0 ? 'plain' : 'good',
+    answer: act.length + look.length > 0 ? [ended, ...act, ...look].join(' ') : plain,
     details,
   };
+}
+
+function unfitText(report: Report): string {
+  return hasUnfitDraws(report)
+    ? 'With generalized estimating equations the draws of the chain are not fit for inference.'
+    : 'The predictions use the fifth block of a run with generalized estimating equations, which is not fit for inference.';
+}
+
+/** What a saved `hovar --check --data` warned of. */
+function checkTexts(report: Report): string[] {
+  const warnings = [...new Set(report.descriptions.flatMap((description) => description.warnings))];
+  const shown = warnings.slice(0, kMostCheckWarnings).map((text, i) => `The check warned (${i + 1} of ${warnings.length}): ${text}`);
+  const rest = warnings.length - shown.length;
+  return rest > 0 ? [...shown, `${plural(rest, 'more warning of the check stands', 'more warnings of the check stand')} in its own file.`] : shown;
 }

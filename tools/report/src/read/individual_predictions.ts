@@ -60,9 +60,14 @@ export async function readIndividual(
     }
   }
   let missingP = 0;
-  for (const value of predictions.column('P')) if (Number.isNaN(value)) missingP++;
+  let withoutOutcomeKnownP = 0;
+  const y = predictions.column('Y');
+  predictions.column('P').forEach((p, record) => {
+    if (Number.isNaN(p)) missingP++;
+    else if (y[record] === 0) withoutOutcomeKnownP++;
+  });
   return {
-    origin, records: predictions.size, missingP,
+    origin, records: predictions.size, missingP, withoutOutcomeKnownP,
     calibrations: kExpectations.map((pair) => calibrate(pair, predictions)),
     hospitals: [...hospitals].map(([id, sums]) => hospitalRow(id, sums)),
   };
@@ -87,7 +92,7 @@ function addToHospital(hospitals: Map<string, HospitalSums>, id: string, predict
 function hospitalRow(id: string, hospital: HospitalSums): HospitalRow {
   const means = Array.from(hospital.sums, (sum, j) => sum / (j === kP ? hospital.knownP : hospital.records));
   return {
-    id, records: hospital.records, complete: NaN, completeP0: NaN,
+    id, records: hospital.records, complete: NaN, completeP0: NaN, missingP: hospital.records - hospital.knownP,
     means: means.map((mean) => numberCell(Number.isNaN(mean) ? '' : String(Number(mean.toPrecision(6))))),
   };
 }

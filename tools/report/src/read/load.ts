@@ -1,5 +1,5 @@
 // Reads all files of a report. Runs in a worker; a browser that refuses workers runs it in the page.
-import { emptyReport, type FileEntry, type Origin, type Report, type SourceFile } from '../model';
+import { emptyReport, type FileEntry, type HospitalFile, type IndividualDigest, type Origin, type Report, type SourceFile } from '../model';
 import { TableError } from './csv';
 import { identify } from './identify';
 import { readChain } from './chain_file';
@@ -58,10 +58,20 @@ async function readInto(report: Report, entry: FileEntry, blob: Blob, onBytes: O
   }
 }
 
-/** Tables of hospitals that can be made from individual predictions where there is no file of them. */
+/** The number of records without P of each hospital, where both files have the hospital with the same records. */
+function addMissingP(file: HospitalFile, digest: IndividualDigest): void {
+  const summed = new Map(digest.hospitals.map((row) => [row.id, row]));
+  for (const row of file.rows) {
+    const same = summed.get(row.id);
+    if (Number.isNaN(row.missingP) && same?.records === row.records) row.missingP = same.missingP;
+  }
+}
+
+/** What individual predictions say of hospitals: the missing P, and tables of hospitals that can be made from individual predictions where there is no file of them. */
 export function deriveHospitals(report: Report): void {
   for (const digest of report.individuals) {
     const beside = report.hospitals.some((file) => file.origin.folder === digest.origin.folder);
+    for (const file of report.hospitals) if (file.origin.folder === digest.origin.folder) addMissingP(file, digest);
     if (!beside) report.hospitals.push({ origin: digest.origin, derived: true, rows: digest.hospitals });
   }
 }

@@ -35,7 +35,7 @@ export async function readHospitals(blob: Blob, origin: Origin): Promise<Hospita
 function hospitalRow(row: string[]): HospitalRow {
   const [id, records, complete, completeP0, ...means] = row;
   return {
-    id, records: Number(records), complete: Number(complete), completeP0: Number(completeP0),
+    id, records: Number(records), complete: Number(complete), completeP0: Number(completeP0), missingP: NaN,
     means: means.map(numberCell),
   };
 }

@@ -66,14 +66,19 @@ function addCount(digest: LogDigest, name: string, value: number): void {
   }
 }
 
+/** Saved after a run, the output of the check names the run's own outputs, which a next run would overwrite. */
+const kCheckWarning = /^.+?:\d+:\d+: warning: (?!.* would be overwritten)(.+)$/;
+
 /**
  * The first description in what `hovar --check --data` prints. Shares are those of the printed percentages,
  * which have two decimals. A description without variables has none.
  */
 export async function readDescription(blob: Blob, origin: Origin): Promise<DataDescription> {
   const missing = new Map<string, number>();
-  const digest: DataDescription = { origin, records: NaN, missingP: NaN, missingX: [] };
+  const digest: DataDescription = { origin, records: NaN, missingP: NaN, missingX: [], warnings: [] };
   for (const line of (await textOf(blob)).split(/\r?\n/)) {
+    const warning = kCheckWarning.exec(line);
+    if (warning && Number.isNaN(digest.records)) digest.warnings.push(warning[1].slice(0, kLargestEntry));
     const records = /^".*": (\d+) records?, \d+ hospitals?, /.exec(line);
     if (records && !Number.isNaN(digest.records)) break;
     if (records) digest.records = Number(records[1]);

@@ -4,7 +4,7 @@ import { density } from '../statistics/density';
 import {
   chainName, columnDraws, kFewestDraws, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary,
 } from '../analysis/diagnostics';
-import { kMadeFromDraws, kUnfitDraws } from '../analysis/estimating_equations';
+import { kMadeFromDraws, kNoDraws, kUnfitDraws } from '../analysis/estimating_equations';
 import { repeatedText } from '../analysis/verdict';
 import { originText } from '../model';
 import type { Report, SummaryFile } from '../model';
@@ -48,6 +48,9 @@ export function chainSection(report: Report, diagnostics: GroupDiagnostics[] | n
 function groupParts(report: Report, diagnostics: GroupDiagnostics): Node[] {
   const { group, draws, summaries } = diagnostics;
   const names = group.chains.map((chain) => chainName(report, chain));
+  if (group.gee && draws === 0) {
+    return [h('p', { class: 'note' }, `${kNoDraws} There is nothing to judge in ${list(names, 12)}.`), ...summaryTables(report)];
+  }
   const parts: (Node | false)[] = [
     group.gee && h('p', { class: 'note strong' }, `${kUnfitDraws} ${kMadeFromDraws}`),
     h('p', { class: 'note' }, `${plural(group.chains.length, 'chain')} with ${plural(draws, 'kept draw')}${names.length > 1 ? ' each' : ''}: ${list(names, 12)}. ` +
@@ -132,7 +135,8 @@ function coefficientViewer(
     if (inner) inner.value = String(index);
     const s = summaries[index];
     summary.textContent = `${label()}: mean ${number(s.mean)}, standard deviation ${number(s.sd)}, R-hat ${fixed(s.rhat, 3)}, ` +
-      `ESS bulk ${fixed(s.essBulk, 0)}, tail ${fixed(s.essTail, 0)}. ${reaches(s) ? 'Reaches the thresholds.' : 'Does not reach the thresholds.'}`;
+      `ESS bulk ${fixed(s.essBulk, 0)}, tail ${fixed(s.essTail, 0)}. ${
+        group.gee ? 'Not fit for inference.' : reaches(s) ? 'Reaches the thresholds.' : 'Does not reach the thresholds.'}`;
     for (const item of charts) item.update();
     if (scroll) {
       element.scrollIntoView({ block: 'start' });

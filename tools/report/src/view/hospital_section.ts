@@ -1,6 +1,6 @@
 // Hospitals: funnel, caterpillar and table over one expectation.
 import {
-  defaultExpectation, funnelCurves, heterogeneityText, judgeHospitals, kPositionText, meanOf, pairOf,
+  defaultExpectation, expectationNote, funnelCurves, heterogeneityText, judgeHospitals, kPositionText, meanOf, pairOf,
   type HospitalJudgement, type HospitalRatio, type Position,
 } from '../analysis/hospital_ratios';
 import { kIntervalMethod, kLimitsMethod, kWideningMethod } from '../statistics/funnel';
@@ -15,6 +15,8 @@ import { dataTable, type Column } from './table';
 /** More hospitals than this are drawn without a symbol each, and their intervals as a band. */
 const kMostSymbols = 1200;
 const kMostLabels = 14;
+/** Above the drawings: the name of the axis, and below it the arrows at the edge. */
+const kTop = 36;
 
 const kColours: Record<Position, string> = {
   above998: 'var(--bad)', below998: 'var(--bad)', above95: 'var(--warn)', below95: 'var(--warn)',
@@ -68,8 +70,7 @@ export function hospitalSection(
   }
 
   function explain(): void {
-    reason.textContent = column === preset.column ? preset.reason
-      : `Chosen by hand; the default is ${preset.column}. ${preset.reason}`;
+    reason.textContent = expectationNote(report, column);
     spread.textContent = spreadText(judgement);
   }
 
@@ -135,7 +136,11 @@ function columnsOf(column: PredictionColumn, file: HospitalFile): Column<Hospita
   const complete: Column<HospitalRatio>[] = file.derived ? [] : [
     { head: 'Complete', hint: 'Records without a missing value', numeric: true, text: (r) => String(r.row.complete), order: (r) => r.row.complete },
   ];
-  return [...counts, ...complete,
+  const missing: Column<HospitalRatio>[] = file.rows.every((row) => Number.isNaN(row.missingP)) ? [] : [
+    { head: 'P missing', hint: 'Records without P', numeric: true,
+      text: (r) => (Number.isNaN(r.row.missingP) ? '' : String(r.row.missingP)), order: (r) => r.row.missingP },
+  ];
+  return [...counts, ...complete, ...missing,
     { head: 'Observed', hint: `Records x ${pair.observed}`, numeric: true, text: (r) => fixed(r.observed, 1), order: (r) => r.observed },
     { head: 'Expected', hint: `Records x ${pair.expected}`, numeric: true, text: (r) => fixed(r.expected, 1), order: (r) => r.expected },
     { head: 'O/E', hint: 'Observed over expected', numeric: true, text: (r) => fixed(r.ratio, 2), order: (r) => r.ratio },
@@ -217,9 +222,9 @@ function funnelChart(judgement: () => HospitalJudgement, searched: () => string)
     const rings = searched() === '' ? [] : matches(drawn, searched());
     const outside = drawn.filter((d) => d.position !== 'inside').length;
     const right = Math.max(1, ...curves.map((c) => c.expected));
-    const place = (d: Drawn): [number, number] => [(d.expected / right) * (width - 100), (1 - clip(d.ratio) / top) * 326];
+    const place = (d: Drawn): [number, number] => [(d.expected / right) * (width - 100), (1 - clip(d.ratio) / top) * (354 - kTop)];
     return plot(`Funnel plot of ${drawn.length} hospitals, ${outside} outside the 95 % limits${beyondText(beyond.length, 'ratio')}`, {
-      width, height: 400, marginLeft: 44, marginBottom: 46, marginRight: 56,
+      width, height: 400, marginTop: kTop, marginLeft: 44, marginBottom: 46, marginRight: 56,
       x: { label: 'Expected outcomes', labelAnchor: 'center', labelOffset: 36, labelArrow: 'none', domain: [0, right], ticks: width < 500 ? 5 : 8 },
       y: { label: 'Observed / expected', labelArrow: 'none', domain: [0, top], grid: true },
       marks: [
@@ -266,7 +271,8 @@ function caterpillarChart(judgement: () => HospitalJudgement, searched: () => st
   return chart({
     title: 'Caterpillar: ratios in order, with 95 % intervals', height: 400, half: true,
     caption: [`Intervals: ${kIntervalMethod}. ` + 'An interval that leaves out 1 says that the ratio differs from 1, ' +
-      'hospital by hospital; among many, some do so by chance. An arrow at the upper edge: the interval goes on beyond. Colours are those ' +
+      'hospital by hospital; among many, some do so by chance. The intervals are wider than the interpolated limits of the funnel, so ' +
+      'a hospital just outside the limits can have an interval that includes 1. An arrow at the upper edge: the interval goes on beyond. Colours are those ' +
       'of the funnel.'],
   }, (width) => {
     const drawn = drawable(judgement()).sort((a, b) => a.ratio - b.ratio);
@@ -278,7 +284,7 @@ function caterpillarChart(judgement: () => HospitalJudgement, searched: () => st
     const rings = searched() === '' ? [] : matches(ranked, searched());
     const wide = drawn.length > kMostSymbols;
     return plot(`Caterpillar plot: observed over expected of ${drawn.length} hospitals in order, with 95 % intervals${beyondText(beyond.length, 'interval')}`, {
-      width, height: 400, marginLeft: 44, marginBottom: 46, marginRight: 16,
+      width, height: 400, marginTop: kTop, marginLeft: 44, marginBottom: 46, marginRight: 16,
       x: { label: 'Hospitals by rank', labelAnchor: 'center', labelOffset: 36, labelArrow: 'none', domain: [0, Math.max(ranked.length, 1) + 1], ticks: Math.min(8, Math.max(ranked.length, 1)), tickFormat: (v: number) => (Number.isInteger(v) && v > 0 ? String(v) : '') },
       y: { label: 'Observed / expected', labelArrow: 'none', domain: [0, top], grid: true },
       marks: [

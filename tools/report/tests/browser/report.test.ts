@@ -82,15 +82,18 @@ test('the hospital table has the rates of the file and their multiples', async (
   const watched = await quickstart();
   await chooseIn(watched.page, 'hospitals', 'Expectation', 'E[Y|X,P=0]-MCMC');
   const [, ...file] = csvOf(kQuickstart, 'hospital.csv');
-  const [, ...shown] = await tableOf(watched.page, 'Hospitals with observed and expected outcomes');
+  const [header, ...shown] = await tableOf(watched.page, 'Hospitals with observed and expected outcomes');
+  const withoutP = csvOf(kQuickstart, 'individual.csv').filter((row) => row[8] === '').map((row) => row[1]);
+  assert.equal(header[3], 'P missing');
   assert.equal(shown.length, file.length);
   for (const [i, row] of file.entries()) {
     const [id, records, complete, , , , , observed, , expected] = row;
     const cells = shown[i];
-    assert.deepEqual([cells[0], cells[1], cells[2], cells[9], cells[10]], [id, records, complete, observed, expected]);
+    assert.deepEqual([cells[0], cells[1], cells[2], cells[10], cells[11]], [id, records, complete, observed, expected]);
+    assert.equal(Number(cells[3]), withoutP.filter((hospital) => hospital === id).length);
     const [o, e] = [Number(records) * Number(observed), Number(records) * Number(expected)];
-    assert.deepEqual([cells[3], cells[4], cells[5]], [o.toFixed(1), e.toFixed(1), (o / e).toFixed(2)]);
-    assert.ok(Number(cells[6]) <= o / e && o / e <= Number(cells[7]) + 0.005, `interval of ${id}`);
+    assert.deepEqual([cells[4], cells[5], cells[6]], [o.toFixed(1), e.toFixed(1), (o / e).toFixed(2)]);
+    assert.ok(Number(cells[7]) <= o / e && o / e <= Number(cells[8]) + 0.005, `interval of ${id}`);
   }
   assertClean(watched);
 });
@@ -99,9 +102,9 @@ test('another expectation shows its own columns', async () => {
   const watched = await quickstart();
   await chooseIn(watched.page, 'hospitals', 'Expectation', 'E[Y|Z]');
   const [header, ...shown] = await tableOf(watched.page, 'Hospitals with observed and expected outcomes');
-  assert.deepEqual(header.slice(9), ['Y', 'E[Y|Z]']);
+  assert.deepEqual(header.slice(10), ['Y', 'E[Y|Z]']);
   const [, ...file] = csvOf(kQuickstart, 'hospital.csv');
-  assert.deepEqual(shown.map((row) => row.slice(9)), file.map((row) => [row[4], row[5]]));
+  assert.deepEqual(shown.map((row) => row.slice(10)), file.map((row) => [row[4], row[5]]));
   assertClean(watched);
 });
 
@@ -164,7 +167,7 @@ test('with estimating equations the fourth block is the expectation, and the pag
   const watched = await dropped(kGee);
   const chosen = await watched.page.$eval('#hospitals select', (select) => (select as HTMLSelectElement).value);
   assert.equal(chosen, 'E[Y|X,P=0]');
-  assert.match(await textOf(watched.page, '#hospitals'), /draws of the fifth block are then much too wide/);
+  assert.match(await textOf(watched.page, '#hospitals'), /fifth block .* not fit for inference\. So the fourth block/);
   assert.match(await textOf(watched.page, '#coefficients'), /fifth block is not fit for inference/);
   await closeClean(watched);
 });
@@ -174,10 +177,11 @@ test('with estimating equations no label is Good, and no statement contradicts a
   const text = await textOf(watched.page, '#verdict');
   assert.match(text, /Not fit for inference: with generalized estimating equations/);
   assert.match(text, /The ratios are not fit for inference/);
-  assert.match(text, /neither are the observed counts, E\[Y\|P=0\]: P is missing in 24 records/);
+  assert.match(text, /P is missing in 24 records and was filled in by the fifth block, which is not fit, so neither are .* observed counts E\[Y\|P=0\]/);
   assert.doesNotMatch(text, /\bGood\b|rates agree\.|converged/);
   assert.equal(await watched.page.$$eval('.tile.good', (tiles) => tiles.length), 0);
-  assert.match(await textOf(watched.page, '#calibration'), /neither are the observed counts/);
+  assert.match(await textOf(watched.page, '#calibration'), /so neither are .* observed counts/);
+  assert.doesNotMatch(await textOf(watched.page, '#chains'), /Reaches the thresholds|Does not reach/);
   await closeClean(watched);
 });
 
@@ -326,8 +330,8 @@ test('individual predictions alone give the hospitals of the hospital file', asy
   const [, ...file] = csvOf(kQuickstart, 'hospital.csv');
   for (const [i, row] of shown.entries()) {
     assert.equal(row[0], file[i][0]);
-    assert.ok(Math.abs(Number(row[8]) - Number(file[i][7])) < 2e-6, row.join(' '));
-    assert.ok(Math.abs(Number(row[9]) - Number(file[i][9])) < 2e-6, row.join(' '));
+    assert.ok(Math.abs(Number(row[9]) - Number(file[i][7])) < 2e-6, row.join(' '));
+    assert.ok(Math.abs(Number(row[10]) - Number(file[i][9])) < 2e-6, row.join(' '));
   }
   await closeClean(watched);
 });
@@ -397,6 +401,14 @@ test('what leaves the drawing at the top has an arrow there', async () => {
     points: [...svg.querySelectorAll('g[aria-label="dot"] path')].length,
     above: [...svg.querySelectorAll('path, line')].filter((shape) => shape.getBoundingClientRect().bottom < svg.getBoundingClientRect().top).length,
   }));
+  for (const name of ['Funnel', 'Caterpillar']) {
+    const [title, arrows] = await page.$eval(`#hospitals svg[aria-label^="${name}"]`, (svg) => [
+      Math.max(...[...svg.querySelectorAll('text')].filter((text) => text.textContent?.includes('Observed / expected'))
+        .map((text) => text.getBoundingClientRect().bottom)),
+      Math.min(...[...svg.querySelectorAll('g.beyond text')].map((text) => text.getBoundingClientRect().top)),
+    ]);
+    assert.ok(title <= arrows, `${name}: the arrows begin at ${arrows}, the title of the axis ends at ${title}`);
+  }
   const table = (await tableOf(page, kHospitals)).slice(1);
   assert.deepEqual(table.filter((row) => Number(row[5]) > 4).map((row) => row[0]), ['Tiny', 'Smallest']);
   const [funnel, caterpillar] = [await drawing('Funnel'), await drawing('Caterpillar')];
