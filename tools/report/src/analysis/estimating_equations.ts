@@ -107,11 +107,13 @@ export function unfitColumns(report: Report): UnfitColumns | null {
 export const kMadeFromDraws = `Neither is what is made from them: the fifth block and E[Y|X,P=0]-MCMC; where P is missing, also ${kByP}; ` +
   `where an X is missing, also ${kByX}.`;
 
+const kGivenX = ['E[Y|X]', 'E[P|X]', 'E[Y|X,P=0]'];
+
 /** What is wrong with one expectation and what it is compared with; empty when nothing is. */
-export function unfitExpectation(unfit: UnfitColumns, pair: CalibrationColumn): string {
-  const observed = unfit.observed && (pair.observed === 'E[Y|P=0]' || pair.observed === 'E[P|YPXZ]')
-    ? ` The observed ${pair.observed} is not fit either where P is missing.` : '';
-  const given = unfit.byX && (pair.expected === 'E[Y|X]' || pair.expected === 'E[P|X]')
-    ? ` ${pair.expected} is not fit either where an X is missing.` : '';
-  return given + observed;
+export function unfitExpectation(unfit: UnfitColumns, { expected, observed }: CalibrationColumn): string {
+  const both = expected === 'E[Y|X,P=0]';  // it counts a record as far as its P is 0
+  const byP = unfit.observed && observed !== 'Y'
+    ? ` Where P is missing, ${both ? `${expected} and ` : ''}the observed ${observed} ${both ? 'are' : 'is'} not fit either.` : '';
+  const byX = unfit.byX && kGivenX.includes(expected) ? ` Where an X is missing, ${expected} is not fit either.` : '';
+  return byX + byP;
 }

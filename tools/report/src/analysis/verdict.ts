@@ -304,9 +304,9 @@ export function runFinding(report: Report): Finding | null {
   ].filter((text) => text !== false);
   const details = [
     ...removalTexts(log), contradictions.isMany ? '' : contradictions.text, ...recordedWarnings(report), ...checked,
-    ...(unfit ? [kMadeFromDraws, kRemedy] : []),
+    ...(hasUnfitDraws(report) ? [kMadeFromDraws] : []), ...(unfit ? [kRemedy] : []),
   ].filter(Boolean);
-  const ended = unfinished > 0 ? 'Yes:' : 'The fits came to their end, but:';
+  const ended = unfinished > 0 ? 'Yes:' : 'The fits came to their end.';
   const plain = details.length > 0 ? 'The fits came to their end. The log tells of changes to the data.' : 'No.';
   return {
     question: 'Did the run warn of anything?', section: 'run',
