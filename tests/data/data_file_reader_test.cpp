@@ -416,6 +416,7 @@ TEST(DataFileReaderTest, PresentOnAdmissionWithoutTheOutcomeBecomesZero) {
     const Reading reading = Read(header + "1,A," + c.cells + "\n", 2);
     EXPECT_EQ(Describe(reading.data), c.expected) << c.cells;
     EXPECT_EQ(reading.log.find(warning) != std::string::npos, c.isWarned) << c.cells;
+    EXPECT_EQ(reading.data.contradictionCount, c.isWarned ? 1 : 0) << c.cells;
   }
 }
 

@@ -53,7 +53,7 @@ std::optional<bool> HasClusteredDraws(const std::string& coefficientFile) {
 }
 
 std::string WhatIsUnfit(const std::optional<MissingRecords>& missing) {
-  const std::string made = "the fifth block, E[Y|X,P=0]-MCMC";
+  std::string made = "the fifth block, E[Y|X,P=0]-MCMC";
   if (!missing.has_value()) {
     return made +
            "; where P is missing, also E[P|YPXZ], the observed E[Y|P=0], and E[Y|X,P=0] with its "
