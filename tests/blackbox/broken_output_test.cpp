@@ -34,17 +34,6 @@ TEST(BrokenOutputTest, StandardErrorThatFailsStillGivesExitStatusOne) {
   }
 }
 
-TEST(BrokenOutputTest, BothOutputsThatFailStillGiveExitStatusOne) {
-  for (const char* definition : {"prediction.xml", "none.xml"}) {
-    const TinyStudy study;
-    Command command = HovarIn(study, {definition});
-    command.output = Output::kBroken;
-    command.error = Output::kBroken;
-    const ProcessResult result = RunProcess(command);
-    EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
-  }
-}
-
 // Nobody who could press a key has seen the prompt.
 TEST(BrokenOutputTest, WithoutAPromptNoKeyIsAwaited) {
   for (const Output output : {Output::kFull, Output::kClosed, Output::kBroken}) {

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(CheckAgreementTest, Devices) {
+TEST(CheckPathsTest, Devices) {
   const std::string null = Replaced(PredictionText(), "<Folder>out<", "<Folder>/dev<");
   ExpectRows({
       Changed(AnalysisText(), "<Folder>out<", "<Folder>/dev/null<", "d.xml:7:9"),
@@ -26,7 +26,7 @@ TEST(CheckAgreementTest, Devices) {
   });
 }
 
-TEST(CheckWarningTest, WhiteSpaceThatWindowsHasInNoName) {
+TEST(CheckPathsTest, WhiteSpaceThatWindowsHasInNoName) {
   const std::string words = "White space round the text";
   ExpectWarnings({
       Surprising(">fitted.csv<", ">\tfitted.csv<", "d.xml:8:25", words),
@@ -72,7 +72,7 @@ TEST(CheckAgreementTest, ASeedWithWhichAnAnalysisNeverEnds) {
 }
 
 // On Windows the nesting of a batch is limited by another stack.
-TEST(CheckAgreementTest, BatchesThatNameThemselves) {
+TEST(CheckBatchTest, BatchesThatNameThemselves) {
   const std::string again =
       " again within itself, until memory or open files run out. Remove it from the list.";
   const auto error = [&again](const std::string& place, const std::string& name) {
@@ -115,7 +115,7 @@ Command InFolder(const TinyStudy& study, const Command& command, const std::stri
   return shell;
 }
 
-TEST(CheckAgreementTest, ACurrentFolderWithoutAName) {
+TEST(CheckPathsTest, ACurrentFolderWithoutAName) {
   const TinyStudy study;
   const std::string definition = study.Write(
       "d.xml",

@@ -139,4 +139,10 @@ Warning Surprising(const std::string& from, const std::string& to, const std::st
   return {Replaced(QuietAnalysis(), from, to), {}, place, words};
 }
 
+Warning Records(const std::string& records, const std::string& place, const std::string& words) {
+  const Row row = Data("", "1", kHeader + records, "");
+  auto files = row.files;
+  return {row.definition, files, place, words};
+}
+
 }  // namespace Testing

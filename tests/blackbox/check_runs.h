@@ -78,4 +78,7 @@ void ExpectWarnings(const std::vector<Warning>& rows);
 Warning Surprising(const std::string& from, const std::string& to, const std::string& place,
                    const std::string& words);
 
+/// A Prediction of records with one variable.
+Warning Records(const std::string& records, const std::string& place, const std::string& words);
+
 }  // namespace Testing

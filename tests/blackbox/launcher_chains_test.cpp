@@ -78,18 +78,6 @@ TEST_F(ChainsTest, WithEstimatingEquationsNotFitForInferenceComesFirst) {
   EXPECT_TRUE(result.output.ends_with("\nout/report.html\n")) << result.output;
 }
 
-TEST_F(ChainsTest, AChainThatRepeatsAnotherIsNotJudged) {
-  for (const char* chain : {"1", "2", "3"}) {
-    ASSERT_EQ(Chains({"3", "analysis.xml", "--only", chain}).exitStatus, 0);
-  }
-  fs::copy_file(study_.File("out/chain-1/mcmc/Chain.csv"),
-                study_.File("out/chain-3/mcmc/Chain.csv"), fs::copy_options::overwrite_existing);
-  const ProcessResult result = Chains({"3", "analysis.xml", "--collect"});
-  EXPECT_EQ(result.exitStatus, 0) << result.error;
-  EXPECT_TRUE(result.output.starts_with("2 chains of 60 draws, 1 coefficient. ")) << result.output;
-  ExpectHolds(result.output, "\nNot judged: chain-3 holds the same draws as chain-1.\n");
-}
-
 TEST_F(ChainsTest, OnlyFolderAndSeedDifferInTheDefinitions) {
   ASSERT_EQ(Chains({"2", "analysis.xml"}).exitStatus, 0);
   const std::string own = study_.Read("analysis.xml");

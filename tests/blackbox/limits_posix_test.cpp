@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "limited_runs.h"
 #include "progress.h"
 #include "runs.h"
 #include "support/running_process.h"
@@ -9,21 +10,6 @@
 
 namespace Testing {
 namespace {
-
-/// A run under limits of the shell, as `ulimit -v 1000000`. The program is started by a link whose
-/// name holds the backslash.
-ProcessResult RunLimited(const ScratchFolder& folder, const std::string& limits,
-                         const std::string& definition) {
-  const std::string link = "C:\\hovar";
-  if (!folder.Has(link)) {
-    std::filesystem::create_symlink(HOVAR_PROGRAM, folder.Path() / link);
-  }
-  Command command = HovarIn(folder, {});
-  command.program = "/bin/sh";
-  command.arguments = {"sh", "-c",        limits + " && exec \"$1\" \"$2\"",
-                       "sh", "./" + link, definition};
-  return RunProcess(command);
-}
 
 const std::string kAnalysisProgress = std::string(kTinyReading) + kTinyElimination + kTinyFits;
 
@@ -35,24 +21,6 @@ TEST(IntegerLimitTest, TheLargestNumberOfPassesIsBegun) {
     Process process(HovarIn(study, {"d.xml"}));
     EXPECT_TRUE(process.WaitForOutput("\n0/2147483647\n1/2147483647\n2/2147483647\n"));
   }
-}
-
-#if HOVAR_IS_SANITIZED
-constexpr bool kIsSanitized = true;
-#else
-constexpr bool kIsSanitized = false;
-#endif
-
-/// A run that gets no block of a gigabyte. The address sanitizer needs more addresses than any
-/// limit of the shell could allow, but has a limit of its own; it writes a warning of its own then.
-ProcessResult RunWithLittleMemory(const ScratchFolder& folder, const std::string& definition) {
-  if (!kIsSanitized) {
-    return RunLimited(folder, "ulimit -v 1000000", definition);
-  }
-  Command command = HovarIn(folder, {definition});
-  command.environment = {
-      {"ASAN_OPTIONS", "max_allocation_size_mb=1000:allocator_may_return_null=1"}};
-  return RunProcess(command);
 }
 
 TEST(MemoryLimitTest, AChainThatNoMemoryHoldsIsRefusedBeforeItsFolderIsMade) {
@@ -77,7 +45,6 @@ TEST(MemoryLimitTest, ABatchThatNamesItselfEndsWithTheStack) {
   for (const char* definition : {"self.xml", "batch.xml"}) {
     ExpectError(RunLimited(study, "ulimit -s 1024", definition), "Out of memory");
   }
-  ExpectError(RunHovar(study, {"self.xml"}), "Out of memory");
   EXPECT_FALSE(study.Has("out"));
 }
 

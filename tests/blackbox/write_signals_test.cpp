@@ -78,18 +78,6 @@ TEST(BrokenPipeTest, StandardOutputThatIsNoLongerReadEndsTheRun) {
   }
 }
 
-TEST(BrokenPipeTest, StandardOutputThatIsNoLongerReadEndsARecordedRun) {
-  const TinyStudy study;
-  study.Write("long.xml", LongAnalysisText());
-  Process process(LauncherIn(study, {"--json", "run.json", "long.xml"}));
-  EXPECT_TRUE(process.WaitForOutput("\nBurnin: 1 "));
-  process.CloseOutput();
-  const ProcessResult result = process.Wait();
-  EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
-  EXPECT_EQ(result.error, "hovar: cannot write to standard output\n");
-  EXPECT_TRUE(study.Has("run.json"));
-}
-
 /// A run that writes more into one of its files than a pipe holds.
 struct LongWriting {
   const char* file;
@@ -239,21 +227,6 @@ TEST(FileSizeLimitTest, OfARunRecordIsAnError) {
   EXPECT_EQ(result.error, "hovar: cannot write run.json\n");
   EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
   EXPECT_EQ(study.Read("run.json"), record) << "an earlier record stays";
-}
-
-// The program is a child then, and writes its lines, the one about its error too, into a file.
-TEST(FileSizeLimitTest, OfTheLinesOfAWatchedRunIsAnError) {
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{"--json", "/dev/null", "prediction.xml"},
-        {"--progress", "prediction.xml"}}) {
-    SCOPED_TRACE(arguments[0]);
-    const TinyStudy study;
-    Command command = LauncherIn(study, arguments);
-    command.fileSizeLimit = 30;
-    const ProcessResult result = RunProcess(command);
-    ExpectHolds(result.error, "hovar: the program ended with status 1\n");
-    EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
-  }
 }
 
 TEST(FileSizeLimitTest, OfAReportIsAnError) {

@@ -148,20 +148,12 @@ TEST(CStatisticsTest, ASweepWithoutPairsEntersWithMinusOne) {
   EXPECT_EQ(mixed.values.yGivenXWithoutPMcmc, (kSteps - 2 * sweepsWithP) / kSteps);
 }
 
-// The averages against the pairwise count after every single sweep of a copy of the data.
-TEST(CStatisticsTest, TheAveragesAreThoseOverTheMeasuredSweeps) {
-  Testing::SeededRandom random(42);
-  SCOPED_TRACE(random.Text());
+constexpr std::int32_t kMixedRecords = 60;
+
+/// Records of one hospital with one variable; some P and X are missing.
+std::string MixedRecords(Testing::SeededRandom& random) {
   std::string text;
-  constexpr std::int32_t kRecords = 60;
-  const auto column = [&random] {
-    Vell::Vector values(kRecords);
-    for (double& value : values) {
-      value = random.Integer(0, 9) / 10.0;
-    }
-    return values;
-  };
-  for (std::int32_t i = 0; i < kRecords; ++i) {
+  for (std::int32_t i = 0; i < kMixedRecords; ++i) {
     const bool y = random.Bit();
     const int p = random.Integer(0, 3);
     text += std::string(y ? "A 1 " : "A 0 ") + (p == 0 ? "." : p == 1 && y ? "1" : "0");
@@ -169,11 +161,40 @@ TEST(CStatisticsTest, TheAveragesAreThoseOverTheMeasuredSweeps) {
     const int x = random.Integer(0, 4);
     text += x == 0 ? ".\n" : x <= 2 ? "0\n" : "1\n";
   }
+  return text;
+}
+
+/// A prediction of each of them, with ties.
+Vell::Vector MixedPredictions(Testing::SeededRandom& random) {
+  Vell::Vector values(kMixedRecords);
+  for (double& value : values) {
+    value = random.Integer(0, 9) / 10.0;
+  }
+  return values;
+}
+
+/// The statistic of the records whose P is 0 now, by counting pairs.
+double PairwiseWithoutP(const Hovar::DataSet& data, const Vell::Vector& predicted) {
+  std::vector<double> events;
+  std::vector<double> others;
+  for (std::int32_t i = 0; i < data.recordCount; ++i) {
+    if (!data.p.Value(i)) {
+      (data.y.Get(i) ? events : others).push_back(predicted[i]);
+    }
+  }
+  return Testing::PairwiseStatistic(events, others);
+}
+
+// The averages against the pairwise count after every single sweep of a copy of the data.
+TEST(CStatisticsTest, TheAveragesAreThoseOverTheMeasuredSweeps) {
+  Testing::SeededRandom random(42);
+  SCOPED_TRACE(random.Text());
+  const std::string text = MixedRecords(random);
   Hovar::IndividualPredictions predictions;
   predictions.yGivenZ = predictions.yGivenX = predictions.pGivenX = predictions.pGivenAll =
-      column();
-  predictions.yGivenXWithoutP = column();
-  predictions.yGivenXWithoutPMcmc = column();
+      MixedPredictions(random);
+  predictions.yGivenXWithoutP = MixedPredictions(random);
+  predictions.yGivenXWithoutPMcmc = MixedPredictions(random);
   const Testing::ModelValues values = {{0.2, -0.4}, {9, 9},      {9, 9},
                                        {9, 9},      {-0.5, 0.9}, {{0.3, 0.6}}};
   constexpr std::int32_t kBurnin = 3;
@@ -189,19 +210,9 @@ TEST(CStatisticsTest, TheAveragesAreThoseOverTheMeasuredSweeps) {
   double sumMcmc = 0;
   for (std::int32_t sweep = 0; sweep < kBurnin + kSteps; ++sweep) {
     Hovar::RunImputationSweep(copy, {y, p, prior});
-    const auto statistic = [&copy](const Vell::Vector& predicted) {
-      std::vector<double> events;
-      std::vector<double> others;
-      for (std::int32_t i = 0; i < kRecords; ++i) {
-        if (!copy.p.Value(i)) {
-          (copy.y.Get(i) ? events : others).push_back(predicted[i]);
-        }
-      }
-      return Testing::PairwiseStatistic(events, others);
-    };
     if (sweep >= kBurnin) {
-      sum += statistic(predictions.yGivenXWithoutP);
-      sumMcmc += statistic(predictions.yGivenXWithoutPMcmc);
+      sum += PairwiseWithoutP(copy, predictions.yGivenXWithoutP);
+      sumMcmc += PairwiseWithoutP(copy, predictions.yGivenXWithoutPMcmc);
     }
   }
 

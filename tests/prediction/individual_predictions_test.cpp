@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "foundation/random/random_generator.h"
 #include "models.h"
 #include "support/data_sets.h"
@@ -168,21 +170,15 @@ TEST(IndividualPredictionsTest, NoRecordsGiveNoPredictions) {
   EXPECT_EQ(predicted.output, kTitle);
 }
 
-// Averages over many passes against the exact distribution of the missing cells, which was
-// enumerated. An average of n = 100,000 passes of values in [0, 1] has a standard deviation of at
-// most 0.5 * sqrt(tau / n), where tau, the number of passes per independent one, is far below 10
-// for these records: 0.005. The bound 0.025 is five of these, and with 25 averages a correct
-// program misses it with a probability below 25 * 6e-7 = 1.5e-5. (The seed is fixed, so it either
-// always passes or never.)
-TEST(IndividualPredictionsTest, AveragesOverManyPassesApproachTheExactExpectations) {
+constexpr std::size_t kEnumeratedColumns = 5;
+
+/// The model of the enumerated records: Column, BetaY, BetaP, PriorZ0, PriorZ1.
+Testing::ModelValues EnumeratedModel() {
   const auto model = Testing::ReadCsv(Testing::ReferenceFile("imputation_model.csv"));
-  const auto records = Testing::ReadCsv(Testing::ReferenceFile("imputation_records.csv"));
-  const auto states = Testing::ReadCsv(Testing::ReferenceFile("imputation.csv"));
-  constexpr std::size_t kColumns = 5;
-  ASSERT_EQ(model.size(), kColumns + 1);
+  EXPECT_EQ(model.size(), kEnumeratedColumns + 1);
   Testing::ModelValues values;
-  for (std::size_t j = 0; j < kColumns; ++j) {
-    values.yGivenXWithoutPMcmc.push_back(std::stod(model[j + 1][1]));
+  for (std::size_t j = 0; j < kEnumeratedColumns; ++j) {
+    values.yGivenXWithoutPMcmc.push_back(std::stod(model.at(j + 1)[1]));
     values.pGivenX.push_back(std::stod(model[j + 1][2]));
     if (j > 0) {
       values.tables.push_back({std::stod(model[j + 1][3]), std::stod(model[j + 1][4])});
@@ -192,40 +188,44 @@ TEST(IndividualPredictionsTest, AveragesOverManyPassesApproachTheExactExpectatio
   values.yGivenZ = {0.1, 0.2, 0.3, 0.4, 0.5};
   values.yGivenX = {-0.3, 0.8, -1.2, 0.4, 1.6};
   values.yGivenXWithoutP = {0.7, -0.6, 0.5, 1.4, -0.9};
+  return values;
+}
 
+/// The text of a data set of the enumerated records: Record, Y, P, X1 .. X4, Z1 .. Z4.
+std::string EnumeratedRecords() {
   std::string text;
-  for (std::size_t r = 1; r < records.size(); ++r) {
-    const auto cell = [&](std::size_t column) {
-      return records[r][column].empty() ? "." : records[r][column];
-    };
-    text += "A " + cell(1) + " " + cell(2) + " ";
-    for (std::size_t j = 7; j <= 10; ++j) {
-      text += cell(j);
+  for (const auto& row : Testing::ReadCsv(Testing::ReferenceFile("imputation_records.csv"))) {
+    if (row[0] != "Record") {
+      const auto cell = [&row](std::size_t j) { return row[j].empty() ? "." : row[j]; };
+      text += "A " + cell(1) + " " + cell(2) + " " + row[7] + row[8] + row[9] + row[10] + " " +
+              cell(3) + cell(4) + cell(5) + cell(6) + "\n";
     }
-    text += " ";
-    for (std::size_t j = 3; j <= 6; ++j) {
-      text += cell(j);
-    }
-    text += "\n";
   }
-  Hovar::DataSet dataSet = MakeDataSet(text);
+  return text;
+}
 
-  struct Expectation {
-    double yGivenX = 0;
-    double yGivenXWithoutP = 0;
-    double mcmc = 0;
-    double pGivenX = 0;
-    double pGivenAll = 0;
-  };
-  std::vector<Expectation> expected(records.size() - 1);
-  for (std::size_t s = 1; s < states.size(); ++s) {
-    const auto& state = states[s];
-    Expectation& record = expected.at(std::stoul(state[0]));
+struct Expectation {
+  double yGivenX = 0;
+  double yGivenXWithoutP = 0;
+  double mcmc = 0;
+  double pGivenX = 0;
+  double pGivenAll = 0;
+};
+
+/// Of each enumerated record, over all states of its missing cells: Record, P, X1 .. X4,
+/// Probability.
+std::map<std::int32_t, Expectation> EnumeratedExpectations(const Testing::ModelValues& values) {
+  std::map<std::int32_t, Expectation> expected;
+  for (const auto& state : Testing::ReadCsv(Testing::ReferenceFile("imputation.csv"))) {
+    if (state[0] == "Record") {
+      continue;
+    }
+    Expectation& record = expected[std::stoi(state[0])];
     const double p = std::stod(state[1]);
     const double probability = std::stod(state[6]);
-    const auto predict = [&](const std::vector<double>& beta) {
+    const auto predict = [&state](const std::vector<double>& beta) {
       double sum = beta[0];
-      for (std::size_t j = 1; j < kColumns; ++j) {
+      for (std::size_t j = 1; j < kEnumeratedColumns; ++j) {
         sum += state[j + 1] == "1" ? beta[j] : 0;
       }
       return Logistic(sum);
@@ -236,18 +236,30 @@ TEST(IndividualPredictionsTest, AveragesOverManyPassesApproachTheExactExpectatio
     record.pGivenX += probability * predict(values.pGivenX);
     record.pGivenAll += probability * p;
   }
+  return expected;
+}
 
+// Averages over many passes against the exact distribution of the missing cells, which was
+// enumerated. An average of n = 100,000 passes of values in [0, 1] has a standard deviation of at
+// most 0.5 * sqrt(tau / n), where tau, the number of passes per independent one, is far below 10
+// for these records: 0.005. The bound 0.025 is five of these, and with 25 averages a correct
+// program misses it with a probability below 25 * 6e-7 = 1.5e-5. (The seed is fixed, so it either
+// always passes or never.)
+TEST(IndividualPredictionsTest, AveragesOverManyPassesApproachTheExactExpectations) {
+  const Testing::ModelValues values = EnumeratedModel();
+  const std::map<std::int32_t, Expectation> expected = EnumeratedExpectations(values);
+  Hovar::DataSet dataSet = MakeDataSet(EnumeratedRecords());
+  ASSERT_EQ(static_cast<std::size_t>(dataSet.recordCount), expected.size());
   Vell::RandomGenerator::Seed(362436069, 521288629);
   const Predicted predicted = Predict(dataSet, MakeResults(values), 100, 100'000);
   constexpr double kBound = 0.025;
-  for (std::size_t r = 0; r < expected.size(); ++r) {
-    SCOPED_TRACE("record " + std::to_string(r));
-    const auto i = static_cast<std::int32_t>(r);
-    EXPECT_NEAR(predicted.values.yGivenX[i], expected[r].yGivenX, kBound);
-    EXPECT_NEAR(predicted.values.yGivenXWithoutP[i], expected[r].yGivenXWithoutP, kBound);
-    EXPECT_NEAR(predicted.values.yGivenXWithoutPMcmc[i], expected[r].mcmc, kBound);
-    EXPECT_NEAR(predicted.values.pGivenX[i], expected[r].pGivenX, kBound);
-    EXPECT_NEAR(predicted.values.pGivenAll[i], expected[r].pGivenAll, kBound);
+  for (const auto& [i, record] : expected) {
+    SCOPED_TRACE("record " + std::to_string(i));
+    EXPECT_NEAR(predicted.values.yGivenX[i], record.yGivenX, kBound);
+    EXPECT_NEAR(predicted.values.yGivenXWithoutP[i], record.yGivenXWithoutP, kBound);
+    EXPECT_NEAR(predicted.values.yGivenXWithoutPMcmc[i], record.mcmc, kBound);
+    EXPECT_NEAR(predicted.values.pGivenX[i], record.pGivenX, kBound);
+    EXPECT_NEAR(predicted.values.pGivenAll[i], record.pGivenAll, kBound);
   }
 }
 

@@ -175,112 +175,152 @@ INSTANTIATE_TEST_SUITE_P(ReadWriteModes, TurnTest,
                                          Mode::kReadWriteCreate | Mode::kText,
                                          Mode::kReadAppend | Mode::kBinary));
 
+/// A file stream beside a text in memory. Each operation does the same with both and compares them.
+class StreamAndText {
+ public:
+  StreamAndText(const ScratchFolder& folder, std::uint32_t mode, SeededRandom& random)
+      : _folder(folder),
+        _random(random),
+        _isAppending((mode & 255) == Mode::kReadAppend),
+        _stream(String(std::string_view(
+                    folder.Write("f", PlacedBytes(kBlock + random.Integer(-3, 3))))),
+                mode),
+        _text(folder.Read("f")) {}  // empty where opening empties the file
+
+  /// One operation, chosen by chance.
+  void Step() {
+    const int previousByte = std::exchange(_lastByte, kEndOfStream);
+    switch (_random.Integer(0, 10)) {
+      case 0:
+      case 1:
+        return ReadByte();
+      case 2:
+        ASSERT_EQ(_stream.Peek(), ByteAt(_text, _place));
+        ASSERT_EQ(_stream.IsEof(), _place >= Size());
+        return;
+      case 3:
+        return Read(_random.Bit() ? _random.Integer(65530, 70000) : _random.Integer(0, 40));
+      case 4:
+        return Unget(previousByte);
+      case 5:
+        Change("#");
+        _random.Bit() ? _stream.WriteByte('#') : _stream.Put('#');
+        return;
+      case 6:
+        return Write(_random.Integer(0, 3) != 0 ? _random.Integer(0, 40)
+                                                : _random.Integer(65530, 70000));
+      case 7:
+        return Seek();
+      case 8:
+        return Flush();
+      case 9:
+        return TakeFromWindow();
+      default:
+        return _stream.Seek(0, 1);
+    }
+  }
+
+  void ExpectSamePlace() { ASSERT_EQ(_stream.Tell(), _place); }
+
+  void CloseAndCompare() {
+    _stream.Close();
+    EXPECT_TRUE(_folder.Read("f") == _text);
+  }
+
+ private:
+  [[nodiscard]] std::int64_t Size() const { return static_cast<std::int64_t>(_text.size()); }
+
+  void Change(std::string_view bytes) {
+    _place = _isAppending ? Size() : _place;
+    _text.resize(static_cast<std::size_t>(std::max(Size(), _place)));
+    _text.replace(static_cast<std::size_t>(_place), bytes.size(), bytes);
+    _place += static_cast<std::int64_t>(bytes.size());
+  }
+
+  void ReadByte() {
+    _lastByte = ByteAt(_text, _place);
+    ASSERT_EQ(_stream.ReadByte(), _lastByte);
+    _place += _lastByte != kEndOfStream ? 1 : 0;
+    ASSERT_EQ(_stream.IsEof(), _lastByte == kEndOfStream);
+  }
+
+  void Read(std::int32_t size) {
+    std::string buffer(static_cast<std::size_t>(size), '\0');
+    const std::size_t count = _stream.Read(buffer.data(), buffer.size());
+    const std::string expected =
+        _place < Size() ? _text.substr(static_cast<std::size_t>(_place), buffer.size()) : "";
+    ASSERT_TRUE(buffer.substr(0, count) == expected);
+    _place += static_cast<std::int64_t>(count);
+  }
+
+  void Unget(int byte) {
+    if (byte != kEndOfStream) {
+      _stream.Unget(byte);
+      --_place;
+    }
+  }
+
+  void Write(std::int32_t size) {
+    const std::string bytes(static_cast<std::size_t>(size),
+                            static_cast<char>(_random.Integer('A', 'Z')));
+    if (Size() < 4 * kBlock && !bytes.empty()) {
+      Change(bytes);
+      if (_random.Bit()) {
+        _stream.Write(bytes.data(), bytes.size());
+      } else {
+        _stream.Put(bytes);
+      }
+    }
+  }
+
+  /// Often near the end of a block or of the file, sometimes a little behind it.
+  void Seek() {
+    const std::int64_t anchors[] = {0, kBlock, 2 * kBlock, Size()};
+    const std::int64_t anchor = anchors[_random.Integer(0, 3)];
+    _place = std::clamp<std::int64_t>(anchor + _random.Integer(-40, 40), 0, Size() + 3);
+    _stream.Seek(_place);
+    ASSERT_FALSE(_stream.IsEof());
+  }
+
+  void Flush() {
+    _stream.Flush();
+    ASSERT_EQ(_stream.Length(), Size());
+    if (_random.Integer(0, 4) == 0) {
+      ASSERT_TRUE(_folder.Read("f") == _text);
+    }
+  }
+
+  void TakeFromWindow() {
+    const std::string_view window = _stream.Window();
+    ASSERT_EQ(window.empty(), _place >= Size());
+    ASSERT_TRUE(window.empty() ||
+                _text.compare(static_cast<std::size_t>(_place), window.size(), window) == 0);
+    const auto taken = _random.Integer(0, static_cast<std::int32_t>(window.size()));
+    _stream.TakeFromWindow(static_cast<std::size_t>(taken));
+    _place += taken;
+  }
+
+  const ScratchFolder& _folder;
+  SeededRandom& _random;
+  bool _isAppending;
+  FileStream _stream;
+  std::string _text;
+  std::int64_t _place = 0;
+  int _lastByte = kEndOfStream;
+};
+
 TEST_P(TurnTest, ReadingAndWritingInTurnEqualsATextInMemory) {
-  const bool isAppending = (GetParam() & 255) == Mode::kReadAppend;
   const ScratchFolder folder;
   for (std::uint64_t seed = 1; seed <= 3; ++seed) {
     SeededRandom random(seed);
     SCOPED_TRACE(random.Text());
-    const std::string file = folder.Write("f", PlacedBytes(kBlock + random.Integer(-3, 3)));
-    FileStream stream(String(std::string_view(file)), GetParam());
-    std::string text = folder.Read("f");  // empty where opening empties the file
-    std::int64_t place = 0;
-    int lastByte = kEndOfStream;
-    const auto size = [&text] { return static_cast<std::int64_t>(text.size()); };
-    const auto write = [&](std::string_view bytes) {
-      place = isAppending ? size() : place;
-      text.resize(static_cast<std::size_t>(std::max(size(), place)));
-      text.replace(static_cast<std::size_t>(place), bytes.size(), bytes);
-      place += static_cast<std::int64_t>(bytes.size());
-    };
+    StreamAndText both(folder, GetParam(), random);
     for (int step = 0; step < 1500; ++step) {
       SCOPED_TRACE("step " + std::to_string(step));
-      const int previousByte = std::exchange(lastByte, kEndOfStream);
-      switch (random.Integer(0, 10)) {
-        case 0:
-        case 1: {
-          lastByte = ByteAt(text, place);
-          ASSERT_EQ(stream.ReadByte(), lastByte);
-          place += lastByte != kEndOfStream ? 1 : 0;
-          ASSERT_EQ(stream.IsEof(), lastByte == kEndOfStream);
-          break;
-        }
-        case 2:
-          ASSERT_EQ(stream.Peek(), ByteAt(text, place));
-          ASSERT_EQ(stream.IsEof(), place >= size());
-          break;
-        case 3: {
-          std::string buffer(
-              static_cast<std::size_t>(random.Integer(0, 1) == 0 ? random.Integer(0, 40)
-                                                                 : random.Integer(65530, 70000)),
-              '\0');
-          const std::size_t count = stream.Read(buffer.data(), buffer.size());
-          const std::string expected =
-              place < size() ? text.substr(static_cast<std::size_t>(place), buffer.size()) : "";
-          ASSERT_TRUE(buffer.substr(0, count) == expected);
-          place += static_cast<std::int64_t>(count);
-          break;
-        }
-        case 4:
-          if (previousByte != kEndOfStream) {
-            stream.Unget(previousByte);
-            --place;
-          }
-          break;
-        case 5:
-          write("#");
-          random.Bit() ? stream.WriteByte('#') : stream.Put('#');
-          break;
-        case 6: {
-          const std::string bytes(
-              static_cast<std::size_t>(random.Integer(0, 3) != 0 ? random.Integer(0, 40)
-                                                                 : random.Integer(65530, 70000)),
-              static_cast<char>(random.Integer('A', 'Z')));
-          if (size() < 4 * kBlock && !bytes.empty()) {
-            write(bytes);
-            if (random.Bit()) {
-              stream.Write(bytes.data(), bytes.size());
-            } else {
-              stream.Put(bytes);
-            }
-          }
-          break;
-        }
-        case 7: {
-          // Often near the end of a block or of the file, sometimes a little behind it.
-          const std::int64_t anchors[] = {0, kBlock, 2 * kBlock, size()};
-          place = std::max<std::int64_t>(
-              0, std::min(anchors[random.Integer(0, 3)] + random.Integer(-40, 40), size() + 3));
-          stream.Seek(place);
-          ASSERT_FALSE(stream.IsEof());
-          break;
-        }
-        case 8:
-          stream.Flush();
-          ASSERT_EQ(stream.Length(), size());
-          if (step % 50 == 0) {
-            ASSERT_TRUE(folder.Read("f") == text);
-          }
-          break;
-        case 9: {
-          const std::string_view window = stream.Window();
-          ASSERT_EQ(window.empty(), place >= size());
-          ASSERT_TRUE(window.empty() ||
-                      text.compare(static_cast<std::size_t>(place), window.size(), window) == 0);
-          const auto taken =
-              static_cast<std::size_t>(random.Integer(0, static_cast<std::int32_t>(window.size())));
-          stream.TakeFromWindow(taken);
-          place += static_cast<std::int64_t>(taken);
-          break;
-        }
-        default:
-          stream.Seek(0, 1);
-          break;
-      }
-      ASSERT_EQ(stream.Tell(), place);
+      ASSERT_NO_FATAL_FAILURE(both.Step());
+      ASSERT_NO_FATAL_FAILURE(both.ExpectSamePlace());
     }
-    stream.Close();
-    EXPECT_TRUE(folder.Read("f") == text);
+    both.CloseAndCompare();
   }
 }
 

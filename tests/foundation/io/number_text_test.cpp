@@ -454,11 +454,4 @@ TEST(NumberTextLocaleTest, PointStaysAPoint) {
   EXPECT_EQ(used, 1u);
 }
 
-// The byte 0x10 differs from the digit 0 by the bit that tells small letters from capital ones.
-TEST(ParseRealTest, ControlCharacterIsNoDigit) {
-  std::size_t used = 9;
-  EXPECT_EQ(Vell::IO::ParseReal("\x10x1", &used), 0.0);
-  EXPECT_EQ(used, 0U);
-}
-
 }  // namespace

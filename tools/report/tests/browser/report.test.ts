@@ -151,6 +151,16 @@ test('C-statistics are those of the file, and the page finds the same from known
   assertClean(watched);
 });
 
+test('a statistic that is 1 by design is not put in words', async () => {
+  // E[P|YPXZ] of a known P is P itself.
+  const watched = await quickstart();
+  const [, ...shown] = await tableOf(watched.page, 'C-statistics');
+  const words = new Map(shown.map((row) => [row[0], row[row.length - 1]]));
+  assert.equal(words.get('E[P|YPXZ]'), '');
+  assert.notEqual(words.get('E[P|X]'), '');
+  assertClean(watched);
+});
+
 test('the calibration counts every record', async () => {
   const watched = await quickstart();
   await chooseIn(watched.page, 'calibration', 'Prediction', 'E[Y|X]');

@@ -1,4 +1,4 @@
-// The launcher's --json, --keep and --progress around whole runs.
+// `hovar --json` around whole runs: what the record of a run says.
 
 #include <gtest/gtest.h>
 
@@ -172,21 +172,6 @@ TEST(RunRecordTest, ARecordThatCannotBeWrittenStopsTheRunBeforeItBegins) {
   }
 }
 
-TEST(RunRecordTest, FilesOfTheRunAreNotOverwritten) {
-  const TinyStudy study;
-  study.Write("batch.xml", BatchText({"analysis.xml", "prediction.xml"}));
-  EXPECT_EQ(RunLauncher(study, {"batch.xml"}).exitStatus, 0);
-  for (const char* file : {"batch.xml", "./prediction.xml", "data.csv", "coefficients.csv",
-                           "out/fitted.csv", "out/mcmc/Chain.csv"}) {
-    const std::string before = study.Read(file);
-    const ProcessResult result = RunLauncher(study, {"--json", file, "batch.xml"});
-    EXPECT_EQ(result.exitStatus, 1);
-    EXPECT_EQ(result.error, "hovar: the record cannot be written to " + std::string(file) +
-                                ", a file of the run itself\n");
-    EXPECT_EQ(study.Read(file), before);
-  }
-}
-
 TEST(RunRecordTest, OutputThatCannotBeWrittenStopsTheProgram) {
   const TinyStudy study;
   study.Write("long.xml", LongAnalysisText());
@@ -213,25 +198,6 @@ TEST(RunRecordTest, AMissingProgramIsNamed) {
   EXPECT_FALSE(study.Has("r.json.part"));
 }
 
-TEST(KeepTest, EarlierOutputsGetTheFirstFreeNumber) {
-  const TinyStudy study;
-  EXPECT_EQ(RunLauncher(study, {"prediction.xml"}).exitStatus, 0);
-  study.Write("out/predicted.csv", "first");
-  study.Write("out/predicted.csv.1", "older");
-  study.Write("out/bystander.csv", "stays");
-  const ProcessResult result = RunLauncher(study, {"--keep", "prediction.xml"});
-  EXPECT_EQ(result.exitStatus, 0);
-  EXPECT_EQ(result.error, Shown("hovar: kept out\\prediction.log as out\\prediction.log.1\n"
-                                "hovar: kept out\\predicted.csv as out\\predicted.csv.2\n"
-                                "hovar: kept out\\hospital.csv as out\\hospital.csv.1\n"));
-  EXPECT_EQ(study.Read("out/predicted.csv.2"), "first");
-  EXPECT_EQ(study.Read("out/predicted.csv.1"), "older");
-  EXPECT_EQ(study.Read("out/bystander.csv"), "stays");
-  EXPECT_EQ(study.Read("out/hospital.csv"), study.Read("out/hospital.csv.1"));
-  EXPECT_EQ(RunLauncher(study, {"--keep", "prediction.xml"}).exitStatus, 0);
-  EXPECT_TRUE(study.Has("out/predicted.csv.3"));
-}
-
 TEST(RunRecordTest, AChainWithoutBurninWarnsInItsMainPhaseAlone) {
   const TinyStudy study;
   study.Write("analysis.xml", Replaced(WarningAnalysisText(), "<Burnin>2<", "<Burnin>0<"));
@@ -248,128 +214,6 @@ TEST(RunRecordTest, RecordsThatWereWarnedOfAreListed) {
               Replaced(Replaced(kTinyData, "c,A,0,0", "c,A,0,1"), "f,B,0,0", "f,B,0,1"));
   EXPECT_EQ(RunLauncher(study, {"--json", "run.json", "prediction.xml"}).exitStatus, 0);
   ExpectHolds(study.Read("run.json"), "\"count\": 2,\n          \"records\": [2, 5]");
-}
-
-TEST(KeepTest, WithoutEarlierOutputsNothingIsSaid) {
-  const TinyStudy study;
-  const ProcessResult plain = RunLauncher(study, {"validation.xml"});
-  fs::remove_all(study.Path() / "out");
-  const ProcessResult result = RunLauncher(study, {"--keep", "validation.xml"});
-  EXPECT_EQ(result.error, "");
-  EXPECT_EQ(result.output, plain.output);
-}
-
-TEST(KeepTest, ARecordAndTheOutputOfTheBarAreKeptToo) {
-  const TinyStudy study;
-  const std::vector<std::string> arguments{"--keep", "--json", "run.json", "--progress",
-                                           "analysis.xml"};
-  EXPECT_EQ(RunLauncher(study, arguments).exitStatus, 0);
-  const std::string record = study.Read("run.json");
-  EXPECT_EQ(RunLauncher(study, arguments).exitStatus, 0);
-  EXPECT_EQ(study.Read("run.json.1"), record);
-  EXPECT_TRUE(study.Has("out/analysis.log.output.txt.1"));
-  EXPECT_TRUE(study.Has("out/mcmc/Chain.csv.1"));
-}
-
-TEST(KeepTest, WhatABatchMakesForItselfMayBeThere) {
-  const TinyStudy study;
-  study.Write("prediction.xml",
-              Replaced(PredictionText(), ">coefficients.csv<", ">out/fitted.csv<"));
-  study.Write("batch.xml", BatchText({"analysis.xml", "prediction.xml"}));
-  EXPECT_EQ(RunLauncher(study, {"--keep", "batch.xml"}).exitStatus, 0);
-  EXPECT_EQ(RunLauncher(study, {"--keep", "batch.xml"}).exitStatus, 0);
-  EXPECT_TRUE(study.Has("out/fitted.csv.1"));
-}
-
-TEST(KeepTest, AnInputIsNotMovedAside) {
-  const TinyStudy study;
-  study.Write("analysis.xml",
-              Replaced(Replaced(AnalysisText(), ">out<", ">.<"), ">analysis.log<", ">data.csv<"));
-  const std::string data = study.Read("data.csv");
-  const ProcessResult result = RunLauncher(study, {"--keep", "analysis.xml"});
-  EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.output, "");
-  EXPECT_EQ(result.error,
-            "hovar: --keep would move data.csv aside, which is an input too; nothing "
-            "was run\n");
-  EXPECT_EQ(study.Read("data.csv"), data);
-}
-
-TEST(ProgressTest, TheBarReachesTheEndAndTheLinesAreInTheFile) {
-  const TinyStudy study;
-  study.Write("batch.xml", BatchText({"analysis.xml", "prediction.xml", "validation.xml"}));
-  const std::pair<const char*, const char*> rows[] = {{"analysis.xml", "analysis.log"},
-                                                      {"prediction.xml", "prediction.log"},
-                                                      {"validation.xml", "validation.log"},
-                                                      {"batch.xml", "analysis.log"}};
-  for (const auto& [definition, log] : rows) {
-    SCOPED_TRACE(definition);
-    fs::remove_all(study.Path() / "out");
-    const ProcessResult plain = RunLauncher(study, {definition});
-    std::map<std::string, std::string> files;
-    for (const std::string& file : FilesBelow(study)) {
-      files[file] = study.Read(file);
-    }
-    fs::remove_all(study.Path() / "out");
-    const ProcessResult result = RunLauncher(study, {"--progress", definition});
-    EXPECT_EQ(result.exitStatus, 0);
-    EXPECT_EQ(result.output, "");
-    const std::string capture = "out/" + std::string(log) + ".output.txt";
-    EXPECT_TRUE(
-        result.error.ends_with("[####################] 100 %\n"
-                               "hovar: done, 0 warnings; output in " +
-                               Shown("out\\") + std::string(log) + ".output.txt\n"))
-        << result.error;
-    EXPECT_EQ(WithoutSeconds(study.Read(capture)), WithoutSeconds(plain.output));
-    for (const auto& [file, content] : files) {
-      EXPECT_EQ(study.Read(file), content) << file;
-    }
-    EXPECT_EQ(FilesBelow(study).size(), files.size() + 1);
-  }
-}
-
-TEST(ProgressTest, WithoutAFileForTheLinesNothingIsRun) {
-  const TinyStudy study;
-  study.Write("out/analysis.log.output.txt/inside", "");
-  const ProcessResult result = RunLauncher(study, {"--progress", "analysis.xml"});
-  EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error, "hovar: cannot write " + Shown("out\\analysis.log.output.txt") + "\n");
-  EXPECT_FALSE(study.Has("out/fitted.csv"));
-}
-
-TEST(ProgressTest, AnErrorIsShown) {
-  const TinyStudy study;
-  fs::remove(study.Path() / "data.csv");
-  const ProcessResult result = RunLauncher(study, {"--progress", "analysis.xml"});
-  EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.output, "");
-  EXPECT_EQ(result.error, "Error: " + CannotOpen("data.csv") +
-                              "\nhovar: not done, 0 warnings; output in " +
-                              Shown("out\\analysis.log.output.txt") + "\n");
-  EXPECT_EQ(study.Read("out/analysis.log.output.txt"),
-            kBanner + ("Error: " + CannotOpen("data.csv")) + "\n" + kPrompt);
-}
-
-TEST(ProgressTest, WithoutALogTheLinesStandBesideTheDefinition) {
-  const TinyStudy study;
-  study.Write("broken.xml", "<Analysis>\n");
-  EXPECT_EQ(RunLauncher(study, {"--progress", "broken.xml"}).exitStatus, 1);
-  ExpectHolds(study.Read("broken.xml.output.txt"), "Error: ");
-  study.Write("deep.xml", Replaced(AnalysisText(), ">out<", ">none/out<"));
-  const ProcessResult result = RunLauncher(study, {"--progress", "deep.xml"});
-  EXPECT_EQ(result.exitStatus, 1);
-  ExpectHolds(result.error, "Error: " + CannotOpen("none/out\\analysis.log") + "\n");
-  EXPECT_TRUE(study.Has("deep.xml.output.txt"));
-}
-
-TEST(ProgressTest, ALongRunTellsItsTimeLeft) {
-  const TinyStudy study;
-  study.Write("analysis.xml", ChainedAnalysisText(20'000, 20'000));
-  const ProcessResult result = RunLauncher(study, {"--progress", "analysis.xml"});
-  EXPECT_EQ(result.exitStatus, 0);
-  ExpectHolds(result.error, " left  Analysis, ");
-  ExpectHolds(result.error, " of 20000\n");
-  ExpectLacks(result.error, "\x1b");  // no terminal, no control
 }
 
 }  // namespace
