@@ -1,5 +1,7 @@
 #include "data/column_elimination.h"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "foundation/exceptions/exceptions.h"
@@ -37,25 +39,127 @@ Vell::IndexVector FindColumnsSetNowhere(const Packed& matrix, Include include) {
   return columns;
 }
 
-void RemoveZeroColumns(DataSet& dataSet, const Vell::IndexVector& columns) {
-  if (!columns.IsEmpty()) {
-    RemoveColumns(dataSet, columns);
+/// The log line that a stage begins with.
+std::string_view HeadingOf(EliminationStage stage) noexcept {
+  switch (stage) {
+    case EliminationStage::kZeroZ:
+      return "Eliminating Z zero columns";
+    case EliminationStage::kZeroX:
+      return "Eliminating X zero columns";
+    case EliminationStage::kDependentZ:
+      return "Eliminating dependent Z columns";
+    case EliminationStage::kDependentX:
+      return "Eliminating dependent X columns P = 0";
   }
+  return "";
 }
 
-/// `count` gives the cross counts of the data set as it is when it is called.
-template <typename Count>
-void RemoveDependentColumns(DataSet& dataSet, double tolerance, Count count) {
-  const Vell::IndexVector columns = FindDependentColumns(count(dataSet), tolerance);
-  if (columns.IsEmpty()) {
-    return;
-  }
-  RemoveColumns(dataSet, columns);
-  Vell::IO::StandardOutput().WriteLine("Check rank");
-  if (!IsFullRank(count(dataSet), tolerance)) {
-    throw Exception("Rank is not maximal");
-  }
+/// Columns of 0 and 1 are equal when as many records have both as have each.
+bool AreEqualColumns(const Vell::Matrix& counts, std::int32_t a, std::int32_t b) noexcept {
+  return counts(a, b) == counts(a, a) && counts(a, b) == counts(b, b);
 }
+
+/// What the cross counts of a stage show of one column.
+struct Evidence {
+  EliminationReason reason = EliminationReason::kZero;
+  std::int32_t equalColumn = -1;
+};
+
+Evidence EvidenceAgainst(std::int32_t column, const Vell::Matrix& counts,
+                         const Vell::GrowableArray<bool>& isRemoved) noexcept {
+  if (counts(column, column) == 0) {
+    return {EliminationReason::kZero};
+  }
+  if (AreEqualColumns(counts, column, 0)) {
+    return {EliminationReason::kConstant};
+  }
+  for (std::int32_t other = 1; other < counts.Columns(); ++other) {
+    if (!isRemoved[other] && AreEqualColumns(counts, column, other)) {
+      return {EliminationReason::kEqual, other};
+    }
+  }
+  return {EliminationReason::kDependent};
+}
+
+/// Runs the stages on a data set, and records what they remove.
+class Eliminator {
+ public:
+  Eliminator(Vell::GrowableArray<EliminatedVariable>& eliminated, DataSet& dataSet,
+             double tolerance)
+      : eliminated_(eliminated),
+        data_(dataSet),
+        tolerance_(tolerance),
+        originalColumns_(dataSet.variableCount) {
+    for (std::int32_t j = 0; j < dataSet.variableCount; ++j) {
+      originalColumns_[j] = j;
+    }
+  }
+
+  /// `find` gives the columns to remove.
+  template <typename Find>
+  void RemoveZeroColumns(EliminationStage stage, Find find) {
+    Log().WriteLine(HeadingOf(stage));
+    const Vell::IndexVector columns = find(data_);
+    if (columns.IsEmpty()) {
+      return;
+    }
+    for (const std::int32_t column : columns) {
+      Record(stage, column, {});
+    }
+    Remove(columns);
+  }
+
+  /// `count` gives the cross counts of the data set as it is when it is called.
+  template <typename Count>
+  void RemoveDependentColumns(EliminationStage stage, Count count) {
+    Log().WriteLine(HeadingOf(stage));
+    const Vell::IndexVector columns = FindAndRecord(stage, count(data_));
+    if (columns.IsEmpty()) {
+      return;
+    }
+    Remove(columns);
+    Vell::IO::StandardOutput().WriteLine("Check rank");
+    if (!IsFullRank(count(data_), tolerance_)) {
+      throw Exception("Rank is not maximal");
+    }
+  }
+
+ private:
+  Vell::IndexVector FindAndRecord(EliminationStage stage, const Vell::Matrix& counts) {
+    Vell::IndexVector columns = FindDependentColumns(counts, tolerance_);
+    Vell::GrowableArray<bool> isRemoved(columns.IsEmpty() ? 0 : counts.Columns());
+    for (const std::int32_t column : columns) {
+      isRemoved[column] = true;
+    }
+    for (const std::int32_t column : columns) {
+      Record(stage, column, EvidenceAgainst(column, counts, isRemoved));
+    }
+    return columns;
+  }
+
+  void Record(EliminationStage stage, std::int32_t column, const Evidence& evidence) {
+    const std::int32_t equalColumn =
+        evidence.equalColumn < 0 ? -1 : originalColumns_[evidence.equalColumn];
+    eliminated_.Append({stage, evidence.reason, originalColumns_[column], equalColumn,
+                        data_.zNames[column], data_.xNames[column]});
+  }
+
+  void Remove(const Vell::IndexVector& columns) {
+    RemoveColumns(data_, columns);
+    constexpr std::int32_t kRemoved = -1;
+    for (const std::int32_t column : columns) {
+      originalColumns_[column] = kRemoved;
+    }
+    const std::int32_t* const end =
+        std::remove(originalColumns_.begin(), originalColumns_.end(), kRemoved);
+    originalColumns_.Truncate(static_cast<std::int32_t>(end - originalColumns_.begin()));
+  }
+
+  Vell::GrowableArray<EliminatedVariable>& eliminated_;
+  DataSet& data_;
+  double tolerance_;
+  Vell::IndexVector originalColumns_;  // of the columns that are left
+};
 
 Vell::SvdResult DecomposeWith(double tolerance, const Vell::Matrix& matrix) {
   Vell::SvdResult svd;
@@ -83,22 +187,26 @@ Vell::Matrix NullSpaceRows(const Vell::SvdResult& svd, std::int32_t dimension) {
 
 }  // namespace
 
-void EliminateColumns(DataSet& dataSet, double tolerance) {
-  Log().WriteLine("Eliminating Z zero columns");
-  RemoveZeroColumns(dataSet, FindZeroColumns(dataSet.z));
-
-  Log().WriteLine("Eliminating X zero columns");
-  RemoveZeroColumns(dataSet, FindZeroColumns(dataSet.x, dataSet.recordHasMissing));
-
-  Log().WriteLine("Eliminating dependent Z columns");
-  RemoveDependentColumns(dataSet, tolerance,
-                         [](const DataSet& data) { return Vell::CrossCounts(data.z); });
-
-  Log().WriteLine("Eliminating dependent X columns P = 0");
-  RemoveDependentColumns(dataSet, tolerance, [](const DataSet& data) {
+void EliminateColumns(Vell::GrowableArray<EliminatedVariable>& eliminated, DataSet& dataSet,
+                      double tolerance) {
+  eliminated.Clear();
+  Eliminator eliminator(eliminated, dataSet, tolerance);
+  eliminator.RemoveZeroColumns(EliminationStage::kZeroZ,
+                               [](const DataSet& data) { return FindZeroColumns(data.z); });
+  eliminator.RemoveZeroColumns(EliminationStage::kZeroX, [](const DataSet& data) {
+    return FindZeroColumns(data.x, data.recordHasMissing);
+  });
+  eliminator.RemoveDependentColumns(EliminationStage::kDependentZ,
+                                    [](const DataSet& data) { return Vell::CrossCounts(data.z); });
+  eliminator.RemoveDependentColumns(EliminationStage::kDependentX, [](const DataSet& data) {
     return Vell::CrossCounts(
         data.x, [&data](std::int32_t record) { return data.IsCompleteWithoutP(record); });
   });
+}
+
+void EliminateColumns(DataSet& dataSet, double tolerance) {
+  Vell::GrowableArray<EliminatedVariable> eliminated;
+  EliminateColumns(eliminated, dataSet, tolerance);
 }
 
 void RemoveColumns(DataSet& dataSet, const Vell::IndexVector& columns) {

@@ -13,18 +13,56 @@
 // as each other, and rounding decides between them; likewise for several dependencies at once. The
 // arithmetic is therefore fixed, operation by operation, so that every platform decides alike.
 
+#include <cstdint>
+
 #include "data/data_set.h"
+#include "foundation/growable_array.h"
+#include "foundation/string.h"
 #include "linalg/matrix.h"
 #include "linalg/vector.h"
 
 namespace Hovar {
 
+/// The stages of column elimination, in their order.
+enum class EliminationStage {
+  kZeroZ,       // Z is zero in all records
+  kZeroX,       // X is zero in all complete records
+  kDependentZ,  // Z is dependent
+  kDependentX,  // X is dependent among the complete records with P = 0
+};
+
+/// What is wrong with a column in the records of its stage: the first one that applies.
+enum class EliminationReason {
+  kZero,       // zero in all of them
+  kConstant,   // equal to column 0, the intercept
+  kEqual,      // equal to another column that the stage keeps
+  kDependent,  // none of these: a linear combination of kept columns, within the tolerance
+};
+
+/// A variable that column elimination removed.
+struct EliminatedVariable {
+  EliminationStage stage = EliminationStage::kZeroZ;
+  EliminationReason reason = EliminationReason::kZero;
+  /// Its column before the elimination; 0 is the intercept.
+  std::int32_t column = 0;
+  /// For kEqual the first column, numbered likewise, that it equals; otherwise -1.
+  std::int32_t equalColumn = -1;
+  Vell::String zName;
+  Vell::String xName;
+};
+
 /// Removes, in this order: zero columns of Z; columns of X that are zero in all complete records;
 /// dependent columns of Z; columns of X that are dependent among the complete records with P = 0,
 /// on which [Y|X,P=0] is fitted. A variable always goes with both its columns. Progress goes to the
 /// log, "Check rank" to standard output. `tolerance` is that of FindDependentColumns.
+/// Result: `eliminated` holds the removed variables in the order of their removal, which is that of
+///         the log. After an error it holds those that were found before it.
 /// Errors: Exception "Rank is not maximal" when removal left a dependency; "Error in eliminating
 ///         dependent columns"; those of the decomposition; "Out of memory".
+void EliminateColumns(Vell::GrowableArray<EliminatedVariable>& eliminated, DataSet& dataSet,
+                      double tolerance);
+
+/// The same for callers that need nothing but the data set.
 void EliminateColumns(DataSet& dataSet, double tolerance);
 
 /// Logs the names of the listed variables and removes them; counts the complete records again.

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -419,6 +421,129 @@ TEST(EliminateColumnsTest, KeptColumnsAreIndependentAndSpanWhatAllSpanned) {
       }
     }
   }
+}
+
+/// What column elimination gives back of each variable, as "stage reason column names", with the
+/// column that it equals after the reason.
+Names EliminatedVariables(DataSet& data, double tolerance = kTolerance) {
+  constexpr std::array kStages = {"zero Z", "zero X", "dependent Z", "dependent X"};
+  constexpr std::array kReasons = {"zero", "constant", "equal", "dependent"};
+  Vell::GrowableArray<Hovar::EliminatedVariable> eliminated;
+  Observe([&] { EliminateColumns(eliminated, data, tolerance); });
+  Names texts;
+  for (const Hovar::EliminatedVariable& variable : eliminated) {
+    std::string& text = texts.emplace_back(kStages.at(static_cast<std::size_t>(variable.stage)));
+    text += std::string(": ") + kReasons.at(static_cast<std::size_t>(variable.reason));
+    text += variable.equalColumn < 0 ? "" : " " + std::to_string(variable.equalColumn);
+    text += ": " + std::to_string(variable.column) + " ";
+    text.append(variable.zName.View()).append(" ").append(variable.xName.View());
+  }
+  return texts;
+}
+
+TEST(EliminatedVariablesTest, ColumnsAreThoseBeforeTheElimination) {
+  // Z2 is 0, X4 is 0, Z5 is 1 and X7 is 1 where P is 0; the others are independent.
+  DataSet data = MakeFromCells(
+      [](std::int32_t i) {
+        const std::string z = IndependentTriple(i);
+        const std::string x = IndependentTriple(7 - i);
+        return std::string("0 ") + z[0] + "0" + z[1] + z[0] + "1" + z[2] + z[2] + " " +  //
+               x[0] + x[1] + x[1] + "0" + x[0] + x[2] + "1";
+      },
+      8);
+  // Z7 repeats Z6. Either may go; with Z6 gone, X7 goes as constant later.
+  Names eliminated = EliminatedVariables(data);
+  ASSERT_EQ(eliminated.size(), data.variableCount == 3 ? 5U : 4U);
+  EXPECT_EQ(eliminated[0], "zero Z: zero: 2 Z2 X2");
+  EXPECT_EQ(eliminated[1], "zero X: zero: 4 Z4 X4");
+  const Names inZ(eliminated.begin() + 2, eliminated.begin() + 4);
+  const std::string constant = "dependent Z: constant: 5 Z5 X5";
+  EXPECT_EQ(std::count(inZ.begin(), inZ.end(), constant), 1);
+  if (data.variableCount == 3) {
+    EXPECT_EQ(std::count(inZ.begin(), inZ.end(), "dependent Z: equal 7: 6 Z6 X6"), 1);
+    EXPECT_EQ(eliminated[4], "dependent X: constant: 7 Z7 X7");
+  } else {
+    EXPECT_EQ(std::count(inZ.begin(), inZ.end(), "dependent Z: equal 6: 7 Z7 X7"), 1);
+  }
+}
+
+TEST(EliminatedVariablesTest, XIsJudgedInTheCompleteRecordsWithoutP) {
+  // X1 is 1 only where P is 1.
+  DataSet zero = MakeDataSet("A 1 0 00 01\nA 0 0 10 00\nA 1 0 01 01\nA 0 0 11 00\nA 1 1 11 11\n");
+  EXPECT_EQ(EliminatedVariables(zero), Names{"dependent X: zero: 1 Z1 X1"});
+  // X1 is 0 only where P is 1.
+  DataSet constant =
+      MakeDataSet("A 1 0 00 11\nA 0 0 10 10\nA 1 0 01 11\nA 0 0 11 10\nA 1 1 11 01\n");
+  EXPECT_EQ(EliminatedVariables(constant), Names{"dependent X: constant: 1 Z1 X1"});
+  // X2 = 1 - X1 but where a cell is missing, and either may go.
+  DataSet dependent =
+      MakeDataSet("A 1 0 00 01\nA 0 0 10 10\nA 1 0 01 01\nA 0 0 11 10\nA 1 0 11 1.\n");
+  const Names names = EliminatedVariables(dependent);
+  EXPECT_TRUE(names == Names{"dependent X: dependent: 1 Z1 X1"} ||
+              names == Names{"dependent X: dependent: 2 Z2 X2"})
+      << names.at(0);
+}
+
+TEST(EliminatedVariablesTest, TheInterceptIsColumn0) {
+  DataSet data = MakeDataSet("A 1 0 1 .\n");
+  EXPECT_EQ(EliminatedVariables(data).at(0), "zero X: zero: 0 ZIntercept XIntercept");
+}
+
+TEST(EliminatedVariablesTest, ThoseBeforeAnErrorAreKnown) {
+  DataSet data = MakeDataSet("A 1 0 0110 1100\nA 0 0 0010 0110\nA 1 0 0001 1011\n");
+  Vell::GrowableArray<Hovar::EliminatedVariable> eliminated;
+  ASSERT_NE(Observe([&] { EliminateColumns(eliminated, data, kInfinity); }).Failure(), "");
+  ASSERT_EQ(eliminated.Size(), 1);
+  EXPECT_EQ(eliminated[0].column, 1);
+  EXPECT_EQ(eliminated[0].stage, Hovar::EliminationStage::kZeroZ);
+}
+
+/// The values of a column of Z, or of X in the complete records without P.
+std::vector<bool> CellsOf(const DataSet& data, std::int32_t column, bool isX) {
+  std::vector<bool> cells;
+  for (std::int32_t i = 0; i < data.recordCount; ++i) {
+    if (!isX) {
+      cells.push_back(data.z.Get(i, column));
+    } else if (data.IsCompleteWithoutP(i)) {
+      cells.push_back(data.x.Value(i, column));
+    }
+  }
+  return cells;
+}
+
+TEST(EliminatedVariablesTest, ReasonsAreThoseOfTheCells) {
+  using Hovar::EliminationReason;
+  using Hovar::EliminationStage;
+  std::set<EliminationReason> seen;
+  for (const bool isPlantedInX : {false, true}) {
+    for (std::uint64_t seed = 1; seed <= 40; ++seed) {
+      Testing::SeededRandom random(seed);
+      SCOPED_TRACE(random.Text() + (isPlantedInX ? ", X" : ", Z"));
+      const DataSet before = MakePlanted(random, isPlantedInX);
+      DataSet data = before;
+      Vell::GrowableArray<Hovar::EliminatedVariable> eliminated;
+      ASSERT_EQ(Observe([&] { EliminateColumns(eliminated, data, kTolerance); }).Failure(), "");
+      ASSERT_EQ(eliminated.Size(), before.variableCount - data.variableCount);
+      for (const Hovar::EliminatedVariable& variable : eliminated) {
+        EXPECT_EQ(variable.zName.View(), "Z" + std::to_string(variable.column));
+        EXPECT_EQ(variable.xName.View(), "X" + std::to_string(variable.column));
+        const bool isX = variable.stage == EliminationStage::kDependentX;
+        const auto cells = CellsOf(before, variable.column, isX);
+        EXPECT_EQ(variable.reason == EliminationReason::kZero,
+                  std::count(cells.begin(), cells.end(), true) == 0);
+        EXPECT_EQ(variable.reason == EliminationReason::kConstant,
+                  std::count(cells.begin(), cells.end(), false) == 0);
+        EXPECT_EQ(variable.reason == EliminationReason::kEqual, variable.equalColumn > 0);
+        if (variable.equalColumn > 0) {
+          EXPECT_NE(variable.equalColumn, variable.column);
+          EXPECT_EQ(cells, CellsOf(before, variable.equalColumn, isX));
+        }
+        seen.insert(variable.reason);
+      }
+    }
+  }
+  EXPECT_TRUE(seen.count(EliminationReason::kEqual) == 1 &&
+              seen.count(EliminationReason::kDependent) == 1);
 }
 
 TEST(EliminateColumnsTest, EachFailingAllocationEndsInOutOfMemory) {

@@ -1,13 +1,9 @@
 #include "tools/check/columns.h"
 
 #include <algorithm>
-#include <array>
-#include <map>
 #include <optional>
 #include <utility>
 
-#include "data/column_elimination.h"
-#include "foundation/io/log.h"
 #include "linalg/kernels/set_columns.h"
 #include "tools/support/error_capture.h"
 
@@ -79,54 +75,15 @@ class VariableCounter {
   Vell::IndexVector scratch_;
 };
 
-/// Notes which variables are no longer in the data set, where the others stand in their order.
-void NoteRemoved(std::vector<VariableCounts>& variables, const DataSet& dataSet) {
-  std::int32_t next = 1;
-  for (VariableCounts& variable : variables) {
-    if (next < dataSet.variableCount && dataSet.xNames[next].View() == variable.xName &&
-        dataSet.zNames[next].View() == variable.zName) {
-      ++next;
-    } else {
-      variable.removal = Removal::kDependentX;
+/// Notes what was removed. `variables` may be empty.
+void NoteEliminated(std::vector<VariableCounts>& variables,
+                    const Vell::GrowableArray<EliminatedVariable>& eliminated) {
+  for (const EliminatedVariable& removed : eliminated) {
+    const std::size_t variable = static_cast<std::size_t>(removed.column) - 1;
+    if (removed.column > 0 && variable < variables.size()) {
+      variables[variable].eliminated = removed;
     }
   }
-}
-
-/// Takes the stage at which each of them was removed from the lines of the log.
-void NoteStages(std::vector<VariableCounts>& variables, std::string_view log) {
-  constexpr std::array<std::pair<std::string_view, Removal>, 4> kStages = {{
-      {"Eliminating Z zero columns", Removal::kZeroZ},
-      {"Eliminating X zero columns", Removal::kZeroX},
-      {"Eliminating dependent Z columns", Removal::kDependentZ},
-      {"Eliminating dependent X columns P = 0", Removal::kDependentX},
-  }};
-  std::map<std::string, Removal> stages;  // by the lines of the log
-  Removal stage = Removal::kNone;
-  while (!log.empty()) {
-    const std::string_view line = log.substr(0, log.find('\n'));
-    log.remove_prefix(std::min(line.size() + 1, log.size()));
-    for (const auto& [heading, itsStage] : kStages) {
-      stage = line == heading ? itsStage : stage;
-    }
-    stages.insert_or_assign(std::string(line), stage);
-  }
-  for (VariableCounts& variable : variables) {
-    const auto found = stages.find(variable.zName + ", " + variable.xName);
-    if (variable.removal != Removal::kNone && found != stages.end()) {
-      variable.removal = found->second;
-    }
-  }
-}
-
-/// Runs column elimination, keeps its log lines, and returns its error.
-std::optional<std::string> EliminateWithLog(DataSet& dataSet, double tolerance, std::string& log) {
-  using Vell::IO::TextSink;
-  const auto sink = Vell::MakeShared<TextSink>(TextSink::Use::kKeep);
-  Vell::IO::Log().Attach(Vell::MakeShared<Vell::IO::TextWriter>(sink));
-  std::optional<std::string> error = ErrorOf([&] { EliminateColumns(dataSet, tolerance); });
-  Vell::IO::Log().Clear();
-  log = sink->Text();
-  return error;
 }
 
 void AddEliminationError(Findings& findings, const DefinitionFile& definition,
@@ -186,11 +143,11 @@ std::vector<VariableCounts> CountVariables(const DataSet& dataSet, CountExtent e
 bool CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
                   std::vector<VariableCounts>& variables) {
   const std::int32_t completeP0Count = dataSet.completeP0Count;  // before cells are removed
-  std::string log;
-  const std::optional<std::string> error =
-      EliminateWithLog(dataSet, definition.analysis.linearDependenceTolerance, log);
-  NoteRemoved(variables, dataSet);
-  NoteStages(variables, log);
+  Vell::GrowableArray<EliminatedVariable> eliminated;
+  const std::optional<std::string> error = ErrorOf([&] {
+    EliminateColumns(eliminated, dataSet, definition.analysis.linearDependenceTolerance);
+  });
+  NoteEliminated(variables, eliminated);
   if (error.has_value() || dataSet.variableCount == 0) {
     AddEliminationError(findings, definition, completeP0Count, error.value_or("Invalid argument"));
     return false;

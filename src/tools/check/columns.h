@@ -4,17 +4,16 @@
 // fit: column elimination and the [X|Z] tables.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "data/column_elimination.h"
 #include "data/data_set.h"
 #include "tools/check/findings.h"
 #include "tools/plan/definition_file.h"
 
 namespace Hovar {
-
-/// The stage of column elimination that would remove a variable.
-enum class Removal { kNone, kZeroZ, kZeroX, kDependentZ, kDependentX };
 
 /// One variable of the data file, and what its columns hold.
 struct VariableCounts {
@@ -25,8 +24,8 @@ struct VariableCounts {
   std::int32_t xOnes = 0;  // among the known ones
   std::int32_t xMissing = 0;
   std::int32_t zOnesWithKnownX = 0;
-  std::int32_t xOnesWithZ = 0;  // known ones where Z is 1
-  Removal removal = Removal::kNone;
+  std::int32_t xOnesWithZ = 0;                   // known ones where Z is 1
+  std::optional<EliminatedVariable> eliminated;  // by CheckColumns
 
   /// True when no record has Z = 0 (or 1) and a known X.
   bool IsEmptyWithoutZ() const noexcept { return records - xMissing == zOnesWithKnownX; }

@@ -47,28 +47,26 @@ std::string Named(const VariableCounts& variable) {
 /// The share of X = 1 in a row of the [X|Z] table.
 std::string ShareOfOnes(const XzClass& xz) { return Percent(xz.ones, xz.known); }
 
-std::string_view ReasonOf(Removal removal) noexcept {
-  switch (removal) {
-    case Removal::kZeroZ:
+std::string_view ReasonOf(EliminationStage stage) noexcept {
+  switch (stage) {
+    case EliminationStage::kZeroZ:
       return "Z is 0 everywhere";
-    case Removal::kZeroX:
+    case EliminationStage::kZeroX:
       return "X is 0 in all complete records";
-    case Removal::kDependentZ:
+    case EliminationStage::kDependentZ:
       return "Z depends on other variables";
-    case Removal::kDependentX:
+    case EliminationStage::kDependentX:
       return "X is 0, or depends on other variables, in the complete records with P = 0";
-    case Removal::kNone:
-      break;
   }
-  return "";  // it stays
+  return "";
 }
 
 std::string RemovedVariables(const std::vector<VariableCounts>& variables) {
   std::string lines;
   for (const VariableCounts& variable : variables) {
-    const std::string_view reason = ReasonOf(variable.removal);
-    if (!reason.empty()) {
-      lines += "    " + Named(variable) + ": " + std::string(reason) + '\n';
+    if (variable.eliminated.has_value()) {
+      lines += "    " + Named(variable) + ": " + std::string(ReasonOf(variable.eliminated->stage)) +
+               '\n';
     }
   }
   return "  removed by column elimination:" + std::string(lines.empty() ? " none" : "") + '\n' +

@@ -42,14 +42,22 @@ ProxyFault ImputationFault(const VariableCounts& variable) noexcept {
 
 /// True when the column was still there after the elimination of Z, so that others depend on it.
 bool IsIndependent(const VariableCounts& variable) noexcept {
-  return variable.removal == Removal::kNone || variable.removal == Removal::kDependentX;
+  return !variable.eliminated.has_value() ||
+         variable.eliminated->stage == EliminationStage::kDependentX;
+}
+
+/// True when the variable was removed because of its Z although some known X is 1.
+bool IsLostWithZ(const VariableCounts& variable) noexcept {
+  const EliminationStage stage = variable.eliminated->stage;
+  return (stage == EliminationStage::kZeroZ || stage == EliminationStage::kDependentZ) &&
+         variable.xOnes > 0;
 }
 
 /// Finds out on what the removed columns of Z depend.
 class DependenceFinder {
  public:
   DependenceFinder(const Vell::BitMatrix& z, const std::vector<VariableCounts>& variables)
-      : variables_(variables), counts_(Vell::CrossCounts(z)), basis_(1, 0) {
+      : counts_(Vell::CrossCounts(z)), basis_(1, 0) {
     for (std::size_t j = 0; j < variables.size(); ++j) {
       if (IsIndependent(variables[j])) {
         basis_.push_back(ColumnOf(j));
@@ -62,29 +70,18 @@ class DependenceFinder {
         ofBasis(i, j) = counts_(Basis(i), Basis(j));
       }
     }
-    // Of variables with the same two names the wrong one can be noted as removed. The columns that
-    // stay may then be singular, and nothing is explained.
+    // A tolerance so small that it takes rounding for rank leaves columns without a factor, and
+    // nothing is explained.
     ErrorOf([&] { factor_ = Vell::Cholesky(ofBasis); });
   }
 
-  ProxyVerdict Judge(std::size_t variable) const {
-    const std::int32_t column = ColumnOf(variable);
-    for (std::size_t j = 0; j < variables_.size(); ++j) {
-      if (IsIndependent(variables_[j]) && AreEqual(column, ColumnOf(j))) {
-        return {ProxyFault::kEqual, {j}};
-      }
-    }
+  ProxyVerdict Judge(std::int32_t column) const {
     return factor_.has_value() ? Combination(column) : ProxyVerdict{};
   }
 
  private:
   std::int32_t Basis(std::int32_t index) const noexcept {
     return basis_[static_cast<std::size_t>(index)];
-  }
-
-  /// Columns of 0 and 1 are equal when as many records have both as have each.
-  bool AreEqual(std::int32_t a, std::int32_t b) const noexcept {
-    return counts_(a, b) == counts_(a, a) && counts_(a, b) == counts_(b, b);
   }
 
   /// Least squares of a column on those that stay.
@@ -108,11 +105,26 @@ class DependenceFinder {
     return verdict;
   }
 
-  const std::vector<VariableCounts>& variables_;
   Vell::Matrix counts_;
   std::vector<std::int32_t> basis_;  // columns that stay, the intercept first
   std::optional<Vell::SymmetricMatrix> factor_;
 };
+
+/// The verdict on a variable that was removed because of its Z. `finder` gives the finder, which is
+/// made when it is first needed.
+template <typename Finder>
+ProxyVerdict EliminationVerdict(const EliminatedVariable& eliminated, Finder finder) {
+  switch (eliminated.reason) {
+    case EliminationReason::kZero:
+    case EliminationReason::kConstant:
+      return {ProxyFault::kConstant, {}};
+    case EliminationReason::kEqual:
+      return {ProxyFault::kEqual, {static_cast<std::size_t>(eliminated.equalColumn) - 1}};
+    case EliminationReason::kDependent:
+      return finder().Judge(eliminated.column);
+  }
+  return {};
+}
 
 }  // namespace
 
@@ -131,23 +143,13 @@ std::vector<ProxyVerdict> JudgeProxies(const Vell::BitMatrix& z,
   std::optional<DependenceFinder> finder;
   for (std::size_t j = 0; j < variables.size(); ++j) {
     const VariableCounts& variable = variables[j];
-    if (variable.removal == Removal::kNone) {
+    if (!variable.eliminated.has_value()) {
       verdicts[j].fault = ImputationFault(variable);
-      continue;
+    } else if (IsLostWithZ(variable)) {
+      verdicts[j] = EliminationVerdict(*variable.eliminated, [&]() -> const DependenceFinder& {
+        return finder.has_value() ? *finder : finder.emplace(z, variables);
+      });
     }
-    const bool isForZ =
-        variable.removal == Removal::kZeroZ || variable.removal == Removal::kDependentZ;
-    if (!isForZ || variable.xOnes == 0) {
-      continue;
-    }
-    if (variable.zOnes == 0 || variable.zOnes == variable.records) {
-      verdicts[j].fault = ProxyFault::kConstant;
-      continue;
-    }
-    if (!finder.has_value()) {
-      finder.emplace(z, variables);
-    }
-    verdicts[j] = finder->Judge(j);
   }
   return verdicts;
 }

@@ -214,15 +214,22 @@ TEST(ProxyFaultTest, DependentWithinTheToleranceAlone) {
   EXPECT_EQ(Faults(text), (Texts{"none", "none"}));
 }
 
-TEST(ProxyFaultTest, VariablesOfTheSameTwoNamesAreNotExplained) {
-  // The first one goes, and its names are still found in the data.
+TEST(ProxyFaultTest, VariablesOfTheSameTwoNamesAreToldApartByTheirColumns) {
+  // The first one goes, for its Z is constant, and its names are still found in the data.
   Hovar::DataSet data =
       Testing::MakeDataSet("A 1 0 01 11\nA 0 0 00 01\nA 1 0 01 10\nA 0 0 00 00\n");
   data.zNames[2] = data.zNames[1];
   data.xNames[2] = data.xNames[1];
-  for (const ProxyVerdict& verdict : Judge(std::move(data))) {
-    EXPECT_EQ(verdict.fault, ProxyFault::kNone);
-  }
+  const std::vector<ProxyVerdict> verdicts = Judge(std::move(data));
+  EXPECT_EQ(verdicts.at(0).fault, ProxyFault::kConstant);
+  EXPECT_EQ(verdicts.at(1).fault, ProxyFault::kNone);
+}
+
+TEST(ProxyFaultTest, ANameWithALineBreakIsNoObstacle) {
+  Hovar::DataSet data =
+      Testing::MakeDataSet("A 1 0 01 11\nA 0 0 00 01\nA 1 0 01 10\nA 0 0 00 00\n");
+  data.zNames[1] = Vell::String("Z\n1");
+  EXPECT_EQ(Judge(std::move(data)).at(0).fault, ProxyFault::kConstant);
 }
 
 TEST(ProxyFaultTest, NoVariables) { EXPECT_TRUE(Faults("A 1 0 - -\nA 0 0 - -\n").empty()); }
