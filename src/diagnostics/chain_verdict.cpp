@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace Hovar {
 namespace {
@@ -16,7 +15,7 @@ bool HoldSameDraws(const ChainDraws& one, const ChainDraws& other) {
   const auto common = static_cast<std::ptrdiff_t>(std::min(one.DrawCount(), other.DrawCount()));
   return common > 0 &&
          std::equal(one.columns.begin(), one.columns.end(), other.columns.begin(),
-                    [common](const std::vector<double>& a, const std::vector<double>& b) {
+                    [common](const Draws& a, const Draws& b) {
                       return std::equal(a.begin(), a.begin() + common, b.begin(), IsSameDraw);
                     });
 }
@@ -38,12 +37,11 @@ std::size_t CountingChain(const std::vector<ChainDraws>& chains, std::size_t cha
 Convergence JudgeColumn(const std::vector<ChainDraws>& chains, const ChainJudgement& judgement,
                         std::size_t column) {
   if (judgement.draws < kFewestDraws) {
-    constexpr double kNotAvailable = std::numeric_limits<double>::quiet_NaN();
     return {kNotAvailable, kNotAvailable, kNotAvailable};
   }
-  std::vector<std::vector<double>> draws;
+  Chains draws;
   for (const std::size_t chain : judgement.judged) {
-    const std::vector<double>& all = chains[chain].columns[column];
+    const Draws& all = chains[chain].columns[column];
     draws.emplace_back(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(judgement.draws));
   }
   return JudgeConvergence(draws);

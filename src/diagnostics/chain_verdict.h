@@ -19,7 +19,7 @@ inline constexpr std::size_t kFewestDraws = 8;
 /// The draws of one chain: a column per coefficient, all of one length.
 struct ChainDraws {
   std::vector<std::string> names;
-  std::vector<std::vector<double>> columns;
+  std::vector<Draws> columns;
 
   std::size_t DrawCount() const noexcept { return columns.empty() ? 0 : columns.front().size(); }
 };

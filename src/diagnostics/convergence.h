@@ -1,7 +1,6 @@
 #pragma once
 
-// Have several chains of one quantity converged to the same distribution, and how many independent
-// draws are they worth?
+// Have several chains of one quantity converged to the same distribution?
 //
 // Each chain is split into halves, so that a chain that drifts disagrees with itself. The draws are
 // replaced by the normal scores of their ranks in all chains together, which makes the answers
@@ -11,11 +10,8 @@
 //     R-hat = sqrt((B / W + n - 1) / n).
 //
 // It is taken of the scores, and again of the scores of the distances from the median, which shows
-// halves of different spread; the larger one counts. The effective sample size divides the number
-// of draws by the integrated autocorrelation time, with the correlations of all halves combined and
-// cut off where the sums of neighbouring pairs, made to fall, are no longer positive (C. J. Geyer,
-// Statistical Science 7, 1992, pages 473-483). In the bulk it is that of the scores; in the tails
-// the smaller one of the indicators of the draws below the 5 % and the 95 % quantile.
+// halves of different spread; the larger one counts. The effective sample size in the bulk is that
+// of the scores; effective_sample_size.h has that in the tails.
 //
 // Source: A. Vehtari, A. Gelman, D. Simpson, B. Carpenter, P.-C. Buerkner, Rank-normalization,
 // folding, and localization: an improved R-hat for assessing convergence of MCMC, Bayesian Analysis
@@ -23,16 +19,15 @@
 // chains, both sample sizes above 400. The results are those of R's package posterior,
 // except that an infinite draw leaves nothing to judge.
 
-#include <span>
-#include <vector>
+#include "diagnostics/draws.h"
 
 namespace Hovar {
 
 inline constexpr double kLargestRhat = 1.01;
 inline constexpr double kSmallestSampleSize = 400;
 
-/// NaN stands for what cannot be told: fewer draws than needed, a draw that is not finite, or draws
-/// that are all the same.
+/// The measures of one quantity; NaN where the draws do not determine it: there are too few, one is
+/// not finite, or all are equal.
 struct Convergence {
   double rhat = 0;
   double bulkSampleSize = 0;
@@ -44,11 +39,11 @@ struct Convergence {
   bool IsGood() const noexcept;
 };
 
-/// Judges the draws of one quantity: one chain each, all of the same length.
-Convergence JudgeConvergence(const std::vector<std::vector<double>>& chains);
+/// R-hat of at least two chains, which are usually halves of chains, of at least 2 draws each.
+/// Result: not a number where AreDegenerate.
+double Rhat(const Chains& chains);
 
-/// The standard normal quantile of 0 < p < 1, to about 16 digits.
-/// Source: M. J. Wichura, Algorithm AS 241, Applied Statistics 37 (1988), pages 477-484 (PPND16).
-double NormalQuantile(double p) noexcept;
+/// Judges the draws of one quantity.
+Convergence JudgeConvergence(const Chains& chains);
 
 }  // namespace Hovar

@@ -13,8 +13,6 @@
 namespace Hovar {
 namespace {
 
-using Chains = std::vector<std::vector<double>>;
-
 std::map<std::string, Chains> StoredChains() {
   std::map<std::string, Chains> sets;
   const auto rows = Testing::ReadCsv(Testing::ReferenceFile("convergence_draws.csv"));
@@ -101,23 +99,14 @@ TEST(ConvergenceTest, TheThresholdsAreMetInclusively) {
   EXPECT_FALSE((Convergence{1.01, 400, 399.9}.IsGood()));
 }
 
-TEST(NormalQuantileTest, AgreesWithTheDistributionFunction) {
-  for (const double p : {1e-300, 1e-20, 1e-10, 0.001, 0.05, 0.0749, 0.0751, 0.3, 0.5, 0.7, 0.925}) {
-    const double q = NormalQuantile(p);
-    EXPECT_NEAR(std::erfc(-q / std::sqrt(2.0)) / 2 / p, 1, 1e-12) << p;
-  }
+TEST(RhatTest, AgreesWithThePackagePosterior) {
+  // R: posterior:::.rhat, and sqrt((B / W + 9) / 10) with var and colMeans.
+  EXPECT_NEAR(Rhat({{0.3, 1.2, -0.4, 0.9, 2.0, 1.1, 0.2, -0.6, 0.5, 1.6},
+                    {1.0, 0.1, -1.3, -0.2, 0.8, 0.4, 1.5, 0.7, -0.9, 0.6}}),
+              1.0080798265124351, 1e-14);
 }
 
-TEST(NormalQuantileTest, AgreesWithR) {
-  // R: qnorm(c(1e-20, 1e-10, 0.01, 0.075, 0.3, 0.5, 0.9, 0.999))
-  const std::vector<std::pair<double, double>> rows{
-      {1e-20, -9.26234008979840517}, {1e-10, -6.36134090240405570}, {0.01, -2.32634787404084076},
-      {0.075, -1.43953147093845568}, {0.3, -0.52440051270804067},   {0.5, 0},
-      {0.9, 1.28155156554460081},    {0.999, 3.09023230616781319}};
-  for (const auto& [p, q] : rows) {
-    EXPECT_NEAR(NormalQuantile(p), q, 1e-14 * std::fabs(q)) << p;
-  }
-}
+TEST(RhatTest, EqualDrawsHaveNone) { EXPECT_TRUE(std::isnan(Rhat({{2, 2, 2}, {2, 2, 2}}))); }
 
 }  // namespace
 }  // namespace Hovar
