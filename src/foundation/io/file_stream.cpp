@@ -1,7 +1,6 @@
 #include "foundation/io/file_stream.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/number_scanner.h"
@@ -46,8 +45,8 @@ void Require(bool succeeded) {
 FileStream::FileStream(const String& path, std::uint32_t mode, Platform::LineEnds textLineEnds)
     : Stream(mode, path),
       owns_(true),
-      dropsReturns_((mode & Mode::kText) != 0 &&
-                    textLineEnds == Platform::LineEnds::kWithCarriageReturns) {
+      returns_((mode & Mode::kText) != 0 &&
+               textLineEnds == Platform::LineEnds::kWithCarriageReturns) {
   const Platform::Access access = AccessOf(mode);
   constexpr std::size_t kSize = kPushBackRoom + kBlockSize;
   buffer_ = {AllocateArray<unsigned char>(kSize), kSize};
@@ -64,7 +63,8 @@ FileStream::FileStream(Platform::FileHandle file, std::uint32_t mode,
       file_(file),
       buffer_(buffer),
       position_(Platform::SeekFile(file, 0, Platform::Origin::kCurrent)),
-      isPositionAsked_(true) {}
+      isPositionAsked_(true),
+      returns_(false) {}
 
 FileStream::~FileStream() {
   TryFlush();
@@ -116,14 +116,13 @@ void FileStream::Flush() { Require(TryFlush()); }
 void FileStream::DropWindow() noexcept {
   next_ = end_ = Block();
   isBlockAltered_ = false;
-  holdsReturn_ = false;
-  droppedReturns_.Truncate(0);
+  returns_.Clear();
 }
 
 bool FileStream::FillWindow() {
   Require(CanRead() && file_ != Platform::kNoFile);
   Flush();
-  ForgetReturnsBefore(end_);
+  returns_.MoveToStart(PlaceOf(end_));
   next_ = end_ = Block();
   isBlockAltered_ = false;
   isEof_ = !ReadBehindWindow();
@@ -137,7 +136,7 @@ bool FileStream::WidenWindow() {
   if (next_ < Block() || file_ == Platform::kNoFile) {
     return false;
   }
-  ForgetReturnsBefore(next_);
+  returns_.MoveToStart(PlaceOf(next_));
   end_ = std::copy(next_, end_, Block());
   next_ = Block();
   return ReadBehindWindow();
@@ -148,7 +147,7 @@ bool FileStream::ReadBehindWindow() {
   std::int64_t count = 0;
   do {  // again when all that came is a carriage return, which is held
     const std::size_t room = BlockSize() - static_cast<std::size_t>(end_ - Block());
-    const std::size_t held = holdsReturn_ ? 1 : 0;
+    const std::size_t held = returns_.HeldCount();
     if (room <= held) {
       return false;
     }
@@ -158,53 +157,9 @@ bool FileStream::ReadBehindWindow() {
     if (position_ >= 0) {
       position_ += count;
     }
-    unsigned char* const newEnd = end_ + held + count;
-    holdsReturn_ = dropsReturns_ && count > 0 && newEnd[-1] == '\r';
-    end_ = dropsReturns_ ? DropReturns(end_, newEnd - (holdsReturn_ ? 1 : 0)) : newEnd;
+    end_ = returns_.Drop(Block(), end_, end_ + held + count);
   } while (end_ == before && count > 0);
   return end_ != before;
-}
-
-/// Removes the carriage returns that stand before line feeds from these bytes of the block, notes
-/// where they were, and returns the new end.
-unsigned char* FileStream::DropReturns(unsigned char* from, unsigned char* end) {
-  unsigned char* to = from;
-  while (from != end) {
-    auto* found =
-        static_cast<unsigned char*>(std::memchr(from, '\r', static_cast<std::size_t>(end - from)));
-    unsigned char* const stop = found != nullptr ? found : end;
-    to = std::copy(from, stop, to);
-    from = stop;
-    if (from != end) {
-      if (from + 1 != end && from[1] == '\n') {
-        droppedReturns_.Append(static_cast<std::int32_t>(to - Block()));
-      } else {
-        *to++ = '\r';
-      }
-      ++from;
-    }
-  }
-  return to;
-}
-
-/// Called before the bytes from `place` on move to the block's start. What is known of the byte
-/// before them is kept, because it may be put back.
-void FileStream::ForgetReturnsBefore(const unsigned char* place) noexcept {
-  std::int32_t kept = 0;
-  for (const std::int32_t index : droppedReturns_) {
-    const auto moved = static_cast<std::int32_t>(index - (place - Block()));
-    if (moved >= -1) {
-      droppedReturns_[kept++] = moved;
-    }
-  }
-  droppedReturns_.Truncate(kept);
-}
-
-/// The number of bytes of the file from this place of the block on that are not in the block.
-std::int64_t FileStream::ReturnsFrom(const unsigned char* place) const noexcept {
-  const auto* const first = std::lower_bound(droppedReturns_.begin(), droppedReturns_.end(),
-                                             place != nullptr ? place - Block() : 0);
-  return droppedReturns_.end() - first + (holdsReturn_ ? 1 : 0);
 }
 
 int FileStream::ReadByteOfNextBlock() { return FillWindow() ? *next_++ : kEndOfStream; }
@@ -302,7 +257,7 @@ bool FileStream::HasPosition() noexcept {
 }
 
 std::int64_t FileStream::TellOr(std::int64_t other) noexcept {
-  return HasPosition() ? position_ - (end_ - next_) - ReturnsFrom(next_) +
+  return HasPosition() ? position_ - (end_ - next_) - returns_.CountFrom(PlaceOf(next_)) +
                              static_cast<std::int64_t>(Pending())
                        : other;
 }
@@ -322,7 +277,7 @@ void FileStream::Seek(std::int64_t offset, int origin) {
   }
   Require(offset >= 0);
   const std::int64_t behind = position_ - offset;  // from the target to the window's end
-  const bool isBlockOfFile = !isBlockAltered_ && droppedReturns_.IsEmpty() && !holdsReturn_;
+  const bool isBlockOfFile = !isBlockAltered_ && returns_.IsEmpty();
   if (next_ != nullptr && isBlockOfFile && CanRead() && !CanWrite() && behind >= 0 &&
       behind <= end_ - Block()) {
     Require(HasPosition());

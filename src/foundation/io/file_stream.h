@@ -1,9 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
-#include "foundation/growable_array.h"
+#include "foundation/io/carriage_returns.h"
 #include "foundation/io/platform/platform.h"
 #include "foundation/io/stream.h"
 
@@ -64,9 +65,10 @@ class FileStream final : public Stream {
   bool CanWrite() const noexcept;
   bool FillWindow();
   bool ReadBehindWindow();
-  unsigned char* DropReturns(unsigned char* from, unsigned char* end);
-  void ForgetReturnsBefore(const unsigned char* place) noexcept;
-  std::int64_t ReturnsFrom(const unsigned char* place) const noexcept;
+  /// The index in the block of one of its bytes, or of the byte before it; 0 without a window.
+  std::ptrdiff_t PlaceOf(const unsigned char* byte) const noexcept {
+    return byte != nullptr ? byte - Block() : 0;
+  }
   void StartWriting();
   void DropWindow() noexcept;
   /// Moves the operating system's position and notes what it answers.
@@ -88,12 +90,7 @@ class FileStream final : public Stream {
   // until the system is asked for it, when it is needed first.
   std::int64_t position_ = 0;
   bool isPositionAsked_ = false;
-  bool dropsReturns_ = false;
-  // The last byte that was read is a carriage return that is not in the block: what follows
-  // decides.
-  bool holdsReturn_ = false;
-  // Indices in the block of the line feeds whose carriage return was dropped, ascending.
-  GrowableArray<std::int32_t> droppedReturns_;
+  CarriageReturns returns_;
 };
 
 }  // namespace Vell::IO

@@ -5,9 +5,8 @@
 #include <atomic>
 #include <bit>
 #include <csignal>
-#include <cwchar>
-#include <string_view>
 
+#include "foundation/io/platform/command_line_windows.h"
 #include "foundation/io/platform/processes.h"
 #include "foundation/io/platform/wide_text_windows.h"
 
@@ -29,75 +28,6 @@ int StatusOf(DWORD exitCode) noexcept {
          : exitCode >= kFirstError ? kSignalStatus + kAbort
                                    : static_cast<int>(exitCode);
 }
-
-/// The one text from which a new process makes its arguments, written by the rules by which the
-/// start-up code of C programs takes it apart: blanks separate, double quotes hold together, and a
-/// backslash has a meaning only in a row of them before a double quote.
-class CommandLine {
- public:
-  explicit CommandLine(const char* const* arguments) noexcept {
-    for (const char* const* argument = arguments; *argument != nullptr; ++argument) {
-      WideBuffer wide;
-      if (ToWide(*argument, wide.data(), kMostWideCharacters) == 0) {
-        fits_ = false;
-        return;
-      }
-      if (argument == arguments) {
-        AppendName(wide.data());
-      } else {
-        Append(L' ');
-        AppendArgument(wide.data());
-      }
-    }
-    Append(L'\0');
-  }
-  /// Null when it does not fit. The system may write to it.
-  wchar_t* Get() noexcept { return fits_ ? text_.data() : nullptr; }
-
- private:
-  void Append(wchar_t character) noexcept {
-    fits_ = fits_ && length_ < text_.size();
-    if (fits_) {
-      text_[length_++] = character;
-    }
-  }
-  void Append(std::size_t count, wchar_t character) noexcept {
-    for (; count > 0; --count) {
-      Append(character);
-    }
-  }
-
-  /// The program's name has rules of its own, which are not the same everywhere where a backslash
-  /// stands before a double quote. So there are quotes only where a blank asks for them; no file
-  /// has one in its name.
-  void AppendName(const wchar_t* name) noexcept {
-    const bool isQuoted = *name == L'\0' || std::wcspbrk(name, L" \t\r\n") != nullptr;
-    fits_ = fits_ && std::wcschr(name, L'"') == nullptr;
-    Append(isQuoted ? 1 : 0, L'"');
-    for (; *name != L'\0'; ++name) {
-      Append(*name);
-    }
-    Append(isQuoted ? 1 : 0, L'"');
-  }
-
-  void AppendArgument(const wchar_t* argument) noexcept {
-    Append(L'"');
-    std::size_t backslashes = 0;
-    for (; *argument != L'\0'; ++argument) {
-      if (*argument == L'"') {
-        Append(backslashes + 1, L'\\');
-      }
-      backslashes = *argument == L'\\' ? backslashes + 1 : 0;
-      Append(*argument);
-    }
-    Append(backslashes, L'\\');
-    Append(L'"');
-  }
-
-  WideBuffer text_;
-  std::size_t length_ = 0;
-  bool fits_ = true;
-};
 
 HANDLE StreamHandle(FileHandle file) noexcept {
   return file == kStandardInput    ? GetStdHandle(STD_INPUT_HANDLE)
