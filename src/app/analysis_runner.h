@@ -9,8 +9,9 @@ namespace Hovar {
 /// hierarchical model and writes the coefficient file.
 class AnalysisRunner final : public Runner {
  public:
-  /// Reads the definition behind the root's start tag, creates the output folder and attaches the
-  /// log file. Errors: those of ReadAnalysisDefinition; FileOpenException.
+  /// Reads the definition after the root's start tag, creates the output folder and attaches the
+  /// log file.
+  /// Errors: those of ReadAnalysisDefinition; FileOpenException.
   explicit AnalysisRunner(Vell::XmlReader& reader);
 
   void Run() override;

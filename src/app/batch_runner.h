@@ -10,7 +10,8 @@ namespace Hovar {
 /// written stays. A batch has no log file of its own, and the log files of its runs stay attached.
 class BatchRunner final : public Runner {
  public:
-  /// Reads the definition behind the root's start tag. Errors: those of ReadBatchDefinition.
+  /// Reads the definition after the root's start tag.
+  /// Errors: those of ReadBatchDefinition.
   explicit BatchRunner(Vell::XmlReader& reader);
 
   /// Errors: those of the runs; "Out of memory" when batches are nested so deeply that the stack is

@@ -9,8 +9,9 @@ namespace Hovar {
 /// predictions.
 class PredictionRunner final : public Runner {
  public:
-  /// Reads the definition behind the root's start tag, creates the output folder and attaches the
-  /// log file. Errors: those of ReadPredictionDefinition; FileOpenException.
+  /// Reads the definition after the root's start tag, creates the output folder and attaches the
+  /// log file.
+  /// Errors: those of ReadPredictionDefinition; FileOpenException.
   explicit PredictionRunner(Vell::XmlReader& reader);
 
   void Run() override;

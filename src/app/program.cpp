@@ -54,8 +54,8 @@ void EndAfterError() {
 /// is why it is noexcept: the runtime would answer an exception that leaves it with an abort.
 [[noreturn]] void EndWithoutException() noexcept {
   if (!std::exchange(isEnding, true)) {
-    if (std::current_exception() == nullptr) {  // otherwise its line stands on standard error
-      // The line is wanted, nothing can be thrown:
+    if (std::current_exception() == nullptr) {  // otherwise its line is on standard error
+      // The line is required, and nothing can be thrown:
       // NOLINTNEXTLINE(bugprone-throw-keyword-missing)
       static_cast<void>(Vell::Exceptions::OutOfMemoryException("Out of memory"));
     }
@@ -78,7 +78,7 @@ int RunProgram(int argumentCount, const char* const* arguments) {
       EndAfterError();
     }
   } catch (const Exception&) {
-    // The prompt could not be written: nobody is there to press a key.
+    // The prompt could not be written, so there is no one to press a key.
   }
   return kFailure;
 }

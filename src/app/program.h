@@ -7,15 +7,15 @@ namespace Hovar {
 /// The program: prints the banner, takes the one argument, a definition file, and runs it.
 ///
 /// Result: 0 after a run whose output has all reached the operating system. After any error 1: its
-/// line stands on standard error already, so only a prompt is written and one key awaited.
-/// The first argument is the program's own path. It must hold a backslash, on every platform; what
-/// stands before the last one is the start-up directory.
-/// Errors, each ending as said: "Wrong number of parameters in command line"; "Invalid argument"
-///         for a path that is missing or holds no backslash; "Cannot determine startup directory"
-///         when nothing stands before it; those of the run.
+/// line is on standard error already, so only a prompt is written and one key awaited.
+/// The first argument is the program's own path. It must hold a backslash, on every platform; the
+/// part before the last one is the start-up directory.
+/// Errors: "Wrong number of parameters in command line"; "Invalid argument" for a path that is
+///         missing or holds no backslash; "Cannot determine startup directory" when that part is
+///         empty; those of the run. Each ends as described.
 int RunProgram(int argumentCount, const char* const* arguments);
 
-/// The folder of the program's own path: what stands before the last backslash, trimmed.
+/// The folder of the program's own path: the part before the last backslash, trimmed.
 /// Errors: as RunProgram.
 Vell::String StartupDirectoryOf(const Vell::String& programPath);
 

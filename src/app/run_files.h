@@ -14,7 +14,8 @@ namespace Hovar {
 /// Errors: FileOpenException for the log file, also when the folder could not be created.
 void OpenRun(const Vell::String& folder, const Vell::String& logFile);
 
-/// Opens a data file and reads it. Errors: FileOpenException; those of ReadDataFile.
+/// Opens a data file and reads it.
+/// Errors: FileOpenException; those of ReadDataFile.
 void ReadDataFileAt(DataSet& dataSet, const Vell::String& path, std::int32_t poaCount,
                     KeyUse keyUse = KeyUse::kDrop);
 
@@ -23,7 +24,8 @@ void ReadDataFileAt(DataSet& dataSet, const Vell::String& path, std::int32_t poa
 void ReadCoefficientsFor(DataSet& dataSet, RegressionResults& results, const Vell::String& path);
 
 /// Creates an output file, lets write(writer) fill it and closes it, so that it is complete when
-/// this returns. Errors: FileOpenException; "IO Exception".
+/// this returns.
+/// Errors: FileOpenException; "IO Exception".
 template <typename Write>
 void WriteOutputFile(const Vell::String& path, Write write);
 

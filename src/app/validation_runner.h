@@ -9,8 +9,9 @@ namespace Hovar {
 /// and writes the C-statistics.
 class ValidationRunner final : public Runner {
  public:
-  /// Reads the definition behind the root's start tag, creates the output folder and attaches the
-  /// log file. Errors: those of ReadValidationDefinition; FileOpenException.
+  /// Reads the definition after the root's start tag, creates the output folder and attaches the
+  /// log file.
+  /// Errors: those of ReadValidationDefinition; FileOpenException.
   explicit ValidationRunner(Vell::XmlReader& reader);
 
   void Run() override;

@@ -66,7 +66,8 @@ void EliminateColumns(Vell::GrowableArray<EliminatedVariable>& eliminated, DataS
 void EliminateColumns(DataSet& dataSet, double tolerance);
 
 /// Logs the names of the listed variables and removes them; counts the complete records again.
-/// `columns` are distinct. Errors: "Index out of range"; "Out of memory".
+/// `columns` are distinct.
+/// Errors: "Index out of range"; "Out of memory".
 void RemoveColumns(DataSet& dataSet, const Vell::IndexVector& columns);
 
 /// The columns, ascending, that are set in no record, or in no record without a missing value.

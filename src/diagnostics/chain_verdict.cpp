@@ -10,7 +10,7 @@ bool IsSameDraw(double one, double other) noexcept {
   return one == other || (std::isnan(one) && std::isnan(other));
 }
 
-/// True when the chains hold the same draws as far as the shorter one goes.
+/// True when the chains have the same draws, up to the end of the shorter one.
 bool HoldSameDraws(const ChainDraws& one, const ChainDraws& other) {
   const auto common = static_cast<std::ptrdiff_t>(std::min(one.DrawCount(), other.DrawCount()));
   return common > 0 &&
@@ -20,7 +20,8 @@ bool HoldSameDraws(const ChainDraws& one, const ChainDraws& other) {
                     });
 }
 
-/// The chain that counts for this one: the longest of those with the same draws, often itself.
+/// The chain that counts in place of this one: the longest of those with the same draws, often
+/// itself.
 std::size_t CountingChain(const std::vector<ChainDraws>& chains, std::size_t chain) {
   std::size_t longest = chain;
   for (std::size_t other = 0; other < chains.size(); ++other) {
@@ -61,7 +62,7 @@ Verdict VerdictOf(const std::vector<Convergence>& coefficients, std::size_t chai
     return Verdict::kNotConverged;
   }
   if (coefficients.empty() || any([](const Convergence& c) { return !c.IsKnown(); })) {
-    return Verdict::kCannotBeTold;
+    return Verdict::kUndetermined;
   }
   if (any([](const Convergence& c) { return !c.IsGood(); })) {
     return Verdict::kTooFewDraws;

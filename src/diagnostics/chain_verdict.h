@@ -13,7 +13,7 @@
 
 namespace Hovar {
 
-/// Fewer kept draws per chain say nothing: each half of a chain needs some autocorrelations.
+/// Fewer kept draws per chain are not judged: each half of a chain needs some autocorrelations.
 inline constexpr std::size_t kFewestDraws = 8;
 
 /// The draws of one chain: a column per coefficient, all of one length.
@@ -24,30 +24,31 @@ struct ChainDraws {
   std::size_t DrawCount() const noexcept { return columns.empty() ? 0 : columns.front().size(); }
 };
 
-/// How the fits take the records of one hospital.
+/// How the fits treat the records of one hospital.
 enum class Estimation { kIndependent, kEstimatingEquations };
 
 /// The first one that applies, in this order.
 enum class Verdict {
   kNotFitForInference,  // estimating equations, whatever the figures are
   kNotConverged,        // the R-hat of a coefficient is above kLargestRhat
-  kCannotBeTold,        // fewer than kFewestDraws draws, or a coefficient without figures, or none
+  kUndetermined,        // fewer than kFewestDraws draws, or a coefficient without figures, or none
   kTooFewDraws,         // an effective sample size is below kSmallestSampleSize
   kNoSignAgainst,       // all pass, but there is one chain only
   kConverged,           // all pass in several chains
 };
 
 struct ChainJudgement {
-  Verdict verdict = Verdict::kCannotBeTold;
+  Verdict verdict = Verdict::kUndetermined;
   /// Indices of the chains that count, in their order.
   std::vector<std::size_t> judged;
-  /// Chains that were left out, each behind the judged one whose draws it repeats.
+  /// Chains that were left out: pairs of the judged chain whose draws are repeated and the chain
+  /// that repeats them.
   std::vector<std::pair<std::size_t, std::size_t>> repeated;
   /// Draws of each chain that were judged: those of the shortest one.
   std::size_t draws = 0;
   /// True when a longer chain was cut.
   bool isCut = false;
-  /// One per coefficient; not a number where there is nothing to tell.
+  /// One per coefficient; NaN where the draws do not determine a measure.
   std::vector<Convergence> coefficients;
 };
 
@@ -57,7 +58,7 @@ Verdict VerdictOf(const std::vector<Convergence>& coefficients, std::size_t chai
 
 /// Judges at least one chain; all have the same number of columns. Of chains that hold the same
 /// draws as far as the shorter one goes, only the longest counts (the first of several): the same
-/// seed would seem to agree with itself and to tell twice as much.
+/// seed would seem to agree with itself and to count twice.
 ChainJudgement JudgeChains(const std::vector<ChainDraws>& chains, Estimation estimation);
 
 }  // namespace Hovar

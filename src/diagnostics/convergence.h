@@ -3,9 +3,9 @@
 // Have several chains of one quantity converged to the same distribution?
 //
 // Each chain is split into halves, so that a chain that drifts disagrees with itself. The draws are
-// replaced by the normal scores of their ranks in all chains together, which makes the answers
-// exist for any distribution. With n draws in each of m halves, W the mean of the halves' variances
-// and B n times the variance of their means,
+// replaced by the normal scores of their ranks in all chains together, so that the measures exist
+// for any distribution. With n draws in each of m halves, W the mean of the halves' variances and B
+// n times the variance of their means,
 //
 //     R-hat = sqrt((B / W + n - 1) / n).
 //

@@ -1,5 +1,5 @@
-// The command that users type. The program itself wants to be started with a path of its own that
-// holds a backslash, which nobody types on a system with other separators; the launcher finds the
+// The command that users type. The program itself has to be started with a path that holds a
+// backslash, which users of a system with other separators do not type; the launcher finds the
 // program beside itself and starts it with such a path. The program takes the launcher's place, so
 // its arguments, exit status and signals are the launcher's. Only a command line that begins with
 // one of the launcher's own options is answered by the launcher, with one of the tools.
@@ -73,7 +73,7 @@ int main(int argumentCount, char** argumentVector) {
     }
     return Hovar::IsLauncherOption(first) ? RunTask(arguments) : Hovar::ExecuteProgram(arguments);
   } catch (const Vell::Exceptions::Exception&) {
-    return kFailure;  // its line stands on standard error
+    return kFailure;  // its line is on standard error
   } catch (const std::bad_alloc&) {
     return FailForMemory();
   }

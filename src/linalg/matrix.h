@@ -38,7 +38,8 @@ class Matrix {
   std::span<double> Row(std::int32_t row) noexcept;
   std::span<const double> Row(std::int32_t row) const noexcept;
 
-  /// A copy of one column, top to bottom. Errors: "Out of memory".
+  /// A copy of one column, top to bottom.
+  /// Errors: "Out of memory".
   Vector Column(std::int32_t column) const;
 
   /// Sets every cell.

@@ -107,15 +107,16 @@ class PackedMatrix {
   /// The packed cells, for filling them in their order.
   std::span<std::uint8_t> Bytes() noexcept { return cells_.Bytes(); }
 
-  /// Truncates, or adds rows, as PackedVector::ChangeSize does with cells. Errors: those of
-  /// construction.
+  /// Truncates, or adds rows, as PackedVector::ChangeSize does with cells.
+  /// Errors: those of construction.
   void ChangeRowCount(std::int32_t rows) {
     cells_.ChangeSize(PackedCellCount(rows, columns_));
     rows_ = rows;
   }
 
   /// Removes the listed columns, which are distinct, in place and without reallocation; the rest
-  /// keep their order. Errors: "Index out of range"; "Out of memory".
+  /// keep their order.
+  /// Errors: "Index out of range"; "Out of memory".
   void RemoveColumns(const IndexVector& columns) {
     RemovePackedColumns(cells_.Bytes(), rows_, columns_, Cells::kBitsPerCell, columns);
     columns_ -= columns.Size();

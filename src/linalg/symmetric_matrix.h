@@ -25,7 +25,8 @@ std::int32_t PackedTriangleSize(std::int32_t order);
 class SymmetricMatrix {
  public:
   SymmetricMatrix() = default;
-  /// Zero-filled. Errors: as PackedTriangleSize; "Out of memory".
+  /// Zero-filled.
+  /// Errors: as PackedTriangleSize; "Out of memory".
   explicit SymmetricMatrix(std::int32_t order);
 
   std::int32_t Order() const noexcept { return order_; }
@@ -55,7 +56,8 @@ class SymmetricMatrix {
   std::int32_t order_ = 0;
 };
 
-/// The order x order matrix with both triangles filled. Errors: those of Matrix.
+/// The order x order matrix with both triangles filled.
+/// Errors: those of Matrix.
 Matrix ToFullMatrix(const SymmetricMatrix& packed);
 
 }  // namespace Vell

@@ -17,7 +17,8 @@ class ChainFile {
   using Variables = std::span<McmcVariable* const>;
 
   /// Creates the folder (one level; whether that worked shows when the files are opened), then both
-  /// files, empty. Errors: FileOpenException; "Out of memory".
+  /// files, empty.
+  /// Errors: FileOpenException; "Out of memory".
   explicit ChainFile(const String& folder);
 
   void WriteChainHeader(Variables variables);
@@ -25,7 +26,8 @@ class ChainFile {
   void WriteChainRow(Variables variables, std::int32_t row, std::int32_t step);
   void WriteSummary(Variables variables);
 
-  /// Closes both files. Errors: "IO Exception" if something that was written may be lost.
+  /// Closes both files.
+  /// Errors: "IO Exception" if something that was written may be lost.
   void Close();
 
  private:

@@ -30,7 +30,8 @@ class HBModel final : public Vell::Mcmc::McmcModel {
   HBModel(DataSet& dataSet, const Vell::Vector& pGivenX, const Vell::Vector& priorTable,
           const HBModelSettings& settings);
 
-  /// Runs the sampler with a progress line after every iteration. Errors: those of McmcModel::Run.
+  /// Runs the sampler with a progress line after every iteration.
+  /// Errors: those of McmcModel::Run.
   void Run();
 
   /// Posterior means and standard errors; see BetaYX::ResultTable.

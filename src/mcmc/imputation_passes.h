@@ -24,7 +24,8 @@ class ImputationPasses {
   /// Number of passes that count; can be 0 or less.
   std::int32_t Steps() const noexcept { return steps_; }
 
-  /// Runs the sweeps that are thrown away. Each prints its progress line. Errors: as Run.
+  /// Runs the sweeps that are thrown away. Each prints its progress line.
+  /// Errors: as Run.
   void RunBurnin();
 
   /// Prints the progress line "pass/steps", `pass` from 0, on standard output and runs one sweep.

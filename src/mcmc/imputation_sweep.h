@@ -40,8 +40,9 @@ struct ImputationModel {
 void PrepareImputation(DataSet& dataSet);
 
 /// Draws every missing cell of columns 1 and up and of P anew. A prior of exactly 0 or 1 decides
-/// without a draw. Errors: "Out of memory". A record with P = 1 and Y = 0, which no reader lets in,
-/// ends the process.
+/// without a draw. No record has P = 1 and Y = 0, as every reader makes sure; one would end the
+/// process.
+/// Errors: "Out of memory".
 void RunImputationSweep(DataSet& dataSet, const ImputationModel& model);
 
 /// 1 / (e^-t + 1)

@@ -24,7 +24,8 @@ class McmcScalar : public McmcVariable {
   virtual double Propose() = 0;
   /// Called before an accepted proposal becomes the value.
   virtual void OnAccept(double /*proposal*/) {}
-  /// The name in both files. Errors: "Out of memory".
+  /// The name in both files.
+  /// Errors: "Out of memory".
   virtual String GetName() const = 0;
 
  protected:

@@ -26,7 +26,8 @@ class McmcVector : public McmcVariable {
   virtual void Propose(Vector& proposal) = 0;
   /// Called before an accepted proposal becomes the value.
   virtual void OnAccept(const Vector& /*proposal*/) {}
-  /// The name of a component (from 0) in both files. Errors: "Out of memory".
+  /// The name of a component (from 0) in both files.
+  /// Errors: "Out of memory".
   virtual String GetName(std::int32_t component) const = 0;
 
  protected:

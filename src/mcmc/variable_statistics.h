@@ -17,8 +17,8 @@ struct VariableStatistics {
   Vector chain;
   bool hasChain = false;
 
-  /// Gives the value a chain buffer of `rows` rows. Errors: "Invalid argument" for a negative
-  /// number; "Out of memory".
+  /// Gives the value a chain buffer of `rows` rows.
+  /// Errors: "Invalid argument" for a negative number; "Out of memory".
   void AllocateChain(std::int32_t rows);
 
   /// Sums and count become 0; the buffer stays.

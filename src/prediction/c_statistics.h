@@ -28,7 +28,8 @@ void ComputeCStatistics(CStatisticValues& result, DataSet& dataSet,
                         const RegressionResults& results, const IndividualPredictions& predictions,
                         const McmcSettings& settings);
 
-/// Writes a header and one line for each of the six. Errors: "IO Exception".
+/// Writes a header and one line for each of the six.
+/// Errors: "IO Exception".
 void WriteCStatistics(const CStatisticValues& result, Vell::IO::TextWriter& writer);
 
 }  // namespace Hovar

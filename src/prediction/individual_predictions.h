@@ -26,8 +26,8 @@ struct IndividualPredictions {
   Vell::Vector pGivenX;              // E[P|X]
   Vell::Vector pGivenAll;            // E[P|YPXZ]: the share of passes in which P is 1
 
-  /// Gives every vector `records` zeros. Errors: "Invalid argument" for a negative number; "Out of
-  /// memory".
+  /// Gives every vector `records` zeros.
+  /// Errors: "Invalid argument" for a negative number; "Out of memory".
   void Resize(std::int32_t records);
 };
 

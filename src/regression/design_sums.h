@@ -27,7 +27,8 @@ class TriangleSums {
   static constexpr std::int32_t kGroup = 8;
 
   TriangleSums() = default;
-  /// Zero-filled. Errors: "Integer overflow" for 2^31 elements and more; "Out of memory".
+  /// Zero-filled.
+  /// Errors: "Integer overflow" for 2^31 elements and more; "Out of memory".
   explicit TriangleSums(std::int32_t order);
 
   std::int32_t Order() const noexcept { return order_; }

@@ -41,7 +41,8 @@ class ExchangeableScore {
   /// Errors: "Integer overflow" when hospitals * columns exceeds 2^31 - 1; "Out of memory".
   ExchangeableScore(FitState& state, const FitRows& rows);
 
-  /// See FitNewton. Errors: "Out of memory".
+  /// See FitNewton.
+  /// Errors: "Out of memory".
   void SumPass(NormalEquations& equations, RecordBlock& block, const Vell::Vector& beta);
 
  private:

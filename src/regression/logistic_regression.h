@@ -23,7 +23,8 @@ struct LogisticRegression {
   const Vell::IndexVector& hospitalSize;  // of the data set, whose records stand by hospital
   FitSettings settings;
 
-  /// Fits one model. Errors: as FitCoefficients.
+  /// Fits one model.
+  /// Errors: as FitCoefficients.
   template <RowSource Rows>
   CoefficientEstimates Fit(const Rows& rows) const {
     FitState state(settings);

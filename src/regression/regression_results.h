@@ -36,12 +36,14 @@ struct RegressionResults {
   }
 };
 
-/// The estimates of a block alone, one per variable. Errors: "Out of memory".
+/// The estimates of a block alone, one per variable.
+/// Errors: "Out of memory".
 Vell::Vector EstimateVector(const CoefficientEstimates& block);
 
 /// The prior probabilities that the imputation of X draws with: entry 2 * (j - 1) + b is the
 /// probability that X_j = 1 for a record whose Z_j is b, for j = 1 .. variableCount - 1, which must
-/// all have a table. Errors: "Out of memory".
+/// all have a table.
+/// Errors: "Out of memory".
 Vell::Vector PriorTable(const RegressionResults& results, std::int32_t variableCount);
 
 }  // namespace Hovar

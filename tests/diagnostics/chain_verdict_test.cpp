@@ -43,7 +43,7 @@ std::string NameOf(Verdict verdict) {
   const std::map<Verdict, std::string> names{
       {Verdict::kNotFitForInference, "not_fit_for_inference"},
       {Verdict::kNotConverged, "not_converged"},
-      {Verdict::kCannotBeTold, "cannot_be_told"},
+      {Verdict::kUndetermined, "cannot_be_told"},
       {Verdict::kTooFewDraws, "too_few_draws"},
       {Verdict::kNoSignAgainst, "no_sign_against"},
       {Verdict::kConverged, "converged"}};
@@ -91,14 +91,14 @@ TEST(ChainVerdictTest, TheThresholdsAreMetInclusively) {
   EXPECT_EQ(verdict(1.01, 399.9, 400), Verdict::kTooFewDraws);
   EXPECT_EQ(verdict(1.01, 400, 399.9), Verdict::kTooFewDraws);
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  EXPECT_EQ(verdict(nan, 400, 400), Verdict::kCannotBeTold);
-  EXPECT_EQ(verdict(1, 400, nan), Verdict::kCannotBeTold);
+  EXPECT_EQ(verdict(nan, 400, 400), Verdict::kUndetermined);
+  EXPECT_EQ(verdict(1, 400, nan), Verdict::kUndetermined);
   EXPECT_EQ(verdict(1.5, 400, nan), Verdict::kNotConverged);
 }
 
 TEST(ChainVerdictTest, WithoutCoefficientsNothingCanBeTold) {
   EXPECT_EQ(JudgeChains(std::vector<ChainDraws>(2), Estimation::kIndependent).verdict,
-            Verdict::kCannotBeTold);
+            Verdict::kUndetermined);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 namespace Hovar {
 
-/// What the root element of a definition stands for.
+/// The kinds of runs, each with a root element of its own.
 enum class RunKind { kAnalysis, kPrediction, kValidation, kBatch };
 
 /// The name of the root element.
@@ -16,7 +16,7 @@ std::string_view NameOf(RunKind kind) noexcept;
 /// Errors: those of the reader.
 Vell::XmlTag ReadRootTag(Vell::XmlReader& reader);
 
-/// The run that a root element of this name stands for.
+/// The kind of run that a root element of this name defines.
 /// Errors: Exception "Invalid definition file".
 RunKind RunKindOf(const Vell::XmlTag& root);
 

@@ -27,8 +27,8 @@ class LogWriterList {
     }
   }
 
-  /// Closes all log files and detaches every writer. Errors: "IO Exception" if a file's last bytes
-  /// may be lost.
+  /// Closes all log files and detaches every writer.
+  /// Errors: "IO Exception" if a file's last bytes may be lost.
   void Close();
 
   /// Detaches every writer without asking how closing went: for the end after an error. Each line

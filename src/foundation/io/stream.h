@@ -40,21 +40,26 @@ class Stream {
   std::uint32_t OpenMode() const noexcept { return mode_; }
   std::string_view Name() const noexcept { return name_; }
 
-  /// Hands everything written so far to the operating system. Errors: "IO Exception".
+  /// Hands everything written so far to the operating system.
+  /// Errors: "IO Exception".
   virtual void Flush() = 0;
 
-  /// Flushes and closes. Errors: "IO Exception" if something that was written may be lost. A stream
-  /// that is dropped without it closes too, but nobody learns of a failure.
+  /// Flushes and closes. A stream that is dropped without it closes too, but cannot report a
+  /// failure.
+  /// Errors: "IO Exception" if something that was written may be lost.
   virtual void Close() = 0;
 
-  /// The next byte without taking it, or kEndOfStream. Errors: "IO Exception".
+  /// The next byte without taking it, or kEndOfStream.
+  /// Errors: "IO Exception".
   virtual int Peek() = 0;
 
   /// Puts one byte back, to be read next. At least the byte read last can be put back; a second one
-  /// only where the stream has room. Errors: "IO Exception" without room or for kEndOfStream.
+  /// only where the stream has room.
+  /// Errors: "IO Exception" without room or for kEndOfStream.
   virtual void Unget(int byte) = 0;
 
-  /// The next byte (0 .. 255) or kEndOfStream. Errors: "IO Exception".
+  /// The next byte (0 .. 255) or kEndOfStream.
+  /// Errors: "IO Exception".
   int ReadByte() { return next_ != end_ ? *next_++ : ReadByteOfNextBlock(); }
 
   /// The bytes that were read ahead: those that ReadByte would give next without asking the medium.
@@ -74,10 +79,12 @@ class Stream {
   /// Errors: "IO Exception".
   virtual void WriteByte(char byte) = 0;
 
-  /// Reads up to `count` bytes and returns how many; fewer only at the end. Errors: "IO Exception".
+  /// Reads up to `count` bytes and returns how many; fewer only at the end.
+  /// Errors: "IO Exception".
   virtual std::size_t Read(void* buffer, std::size_t count) = 0;
 
-  /// Writes all `count` bytes. Errors: "IO Exception".
+  /// Writes all `count` bytes.
+  /// Errors: "IO Exception".
   virtual void Write(const void* buffer, std::size_t count) = 0;
 
   /// As Write and WriteByte, at no more cost than a copy where the block has room.
@@ -127,17 +134,20 @@ class Stream {
   /// True when a read has met the end since the last push-back or seek.
   virtual bool IsEof() const noexcept = 0;
 
-  /// Length in bytes. Errors: "IO Exception".
+  /// Length in bytes.
+  /// Errors: "IO Exception".
   virtual std::int64_t Length() = 0;
 
-  /// Position in bytes from the start. Errors: "IO Exception", always where there is none, as in a
-  /// pipe.
+  /// Position in bytes from the start.
+  /// Errors: "IO Exception", always where there is none, as in a pipe.
   virtual std::int64_t Tell() = 0;
 
-  /// Moves to an absolute position. Errors: "IO Exception", as of Tell.
+  /// Moves to an absolute position.
+  /// Errors: "IO Exception", as of Tell.
   void Seek(std::int64_t position) { Seek(position, 0); }
   /// Moves by `offset` from the start (origin 0), the current position (1) or the end (2); any
-  /// other origin counts as 0. Errors: "IO Exception".
+  /// other origin counts as 0.
+  /// Errors: "IO Exception".
   virtual void Seek(std::int64_t offset, int origin) = 0;
 
  protected:

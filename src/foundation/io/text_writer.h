@@ -53,7 +53,8 @@ class TextWriter {
 };
 
 /// Creates or empties a text file and returns a writer on it. The file is complete only when its
-/// stream has been closed. Errors: FileOpenException; "Out of memory".
+/// stream has been closed.
+/// Errors: FileOpenException; "Out of memory".
 TextWriter CreateTextFile(const String& path);
 
 }  // namespace Vell::IO

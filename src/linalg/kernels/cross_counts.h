@@ -22,7 +22,8 @@ class CrossCounter {
   /// have 32 bits: at most 2^31 - 1 records.
   void Add(std::span<const std::int32_t> setColumns) noexcept;
 
-  /// The counts as a symmetric columns x columns matrix. Errors: "Out of memory".
+  /// The counts as a symmetric columns x columns matrix.
+  /// Errors: "Out of memory".
   Matrix ToMatrix() const;
 
   /// Room for the set columns of one record, which belongs to the counter.

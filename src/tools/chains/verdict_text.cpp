@@ -24,7 +24,7 @@ struct NamedFigures {
   }
 };
 
-/// A finite number with so many digits behind the point, at most 6.
+/// A finite number with so many digits after the point, at most 6.
 std::string Fixed(double value, std::size_t digits) {
   const double scale = std::pow(10.0, static_cast<double>(digits));
   const std::string text(Vell::IO::NumberText::OfFixed(std::round(value * scale) / scale).View());
@@ -147,7 +147,7 @@ std::string VerdictSentences(const ChainJudgement& judgement,
              " means that the chains, or the halves of a chain, do not draw from the\n"
              "same distribution yet. Raise Burnin and Steps, to twice as many at least, and run "
              "again.\n";
-    case Verdict::kCannotBeTold:
+    case Verdict::kUndetermined:
       return "Whether the chains have converged cannot be told: " + share + " do not pass.\n" +
              RowsOf(missed) + "A coefficient cannot be judged when fewer than " +
              Counted(kFewestDraws, "draw") +

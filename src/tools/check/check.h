@@ -12,7 +12,7 @@ struct CheckSettings {
   Describe describe = Describe::kNothing;
 };
 
-/// The command `hovar --check [--strict] [--data] DEFINITION`: tells on standard output what the
+/// The command `hovar --check [--strict] [--data] DEFINITION`: reports on standard output what the
 /// program would reject in a definition and the files that it names, and what would surprise,
 /// without running anything. docs/checking.md describes it.
 /// Result: the exit status: 0, or 1 after an error (when strict after a warning too) and when

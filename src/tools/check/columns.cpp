@@ -130,8 +130,8 @@ std::vector<VariableCounts> CountVariables(const DataSet& dataSet, CountExtent e
   VariableCounter counter(dataSet);
   std::int32_t record = 0;
   for (; record < dataSet.recordCount; ++record) {
-    constexpr std::int32_t kRecordsBetweenLooks = 4096;
-    if (extent == CountExtent::kUntilNoClassIsEmpty && record % kRecordsBetweenLooks == 0 &&
+    constexpr std::int32_t kRecordsBetweenChecks = 4096;
+    if (extent == CountExtent::kUntilNoClassIsEmpty && record % kRecordsBetweenChecks == 0 &&
         counter.HasNoEmptyClass(record)) {
       break;
     }

@@ -39,8 +39,10 @@ enum class CountExtent { kAllRecords, kUntilNoClassIsEmpty };
 std::vector<VariableCounts> CountVariables(const DataSet& dataSet, CountExtent extent);
 
 /// Removes columns from the data set as the Analysis of the definition does, notes which ones in
-/// `variables` (all of them, or none when nobody asks), and adds an error for what the program ends
-/// in before it fits. Answers whether column elimination came to its end.
+/// `variables` (all of them, or empty when they are not needed), and adds an error for one in which
+/// the program would end before its first fit.
+/// Result: true when column elimination would succeed.
+/// Errors: "Out of memory".
 bool CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet& dataSet,
                   std::vector<VariableCounts>& variables);
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// A second, careful look at comma-separated text, for places and counts. Here quotes are taken as
-// the files are meant: a comma or a line feed within a pair of them separates nothing.
+// A second, careful look at comma-separated text, for places and counts. Quotes are interpreted as
+// they are meant: a comma or a line feed within a pair of them separates nothing.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,29 +14,31 @@
 
 namespace Hovar {
 
-/// Whether commas within quotes separate: for fields that the program passes over they do.
+/// Whether commas within quotes separate: in fields that the program skips they do.
 enum class QuoteUse { kHonour, kIgnore };
 
 /// The offsets of the first bytes of a record's fields.
 std::vector<std::size_t> FieldStarts(std::string_view record, QuoteUse quotes);
 
-/// The field at an index, as it stands between its commas; empty where there is none.
+/// The field at an index, as written between its commas; empty where there is none.
 std::string_view FieldOf(std::string_view record, std::size_t index, QuoteUse quotes);
 
-/// A field as the program's readers take it: one that begins with a double quote without its
+/// A field as the program's readers decode it: one that begins with a double quote without its
 /// quotes, and with each doubled one once.
 std::string DecodedField(std::string_view field);
 
 /// Walks through the records of a file.
 class RecordWalker {
  public:
+  /// Opens the file.
+  /// Errors: FileOpenException; "Out of memory".
   explicit RecordWalker(const std::string& path);
 
   /// The next record without its line feed, or nothing at the end. A last one without a line feed
   /// is a record too.
   bool Next();
   const std::string& Record() const noexcept { return record_; }
-  /// Of the record's first byte.
+  /// The offset of the record's first byte in the file.
   std::int64_t Offset() const noexcept { return offset_; }
   bool HasLineFeed() const noexcept { return hasLineFeed_; }
 
@@ -48,7 +50,7 @@ class RecordWalker {
   bool hasLineFeed_ = false;
 };
 
-/// The first record of a file, or an empty text.
+/// The first record of a file; empty when the file cannot be read.
 std::string HeaderOf(const std::string& path);
 
 /// A double quote that breaks the rules of the program's reader.

@@ -13,10 +13,10 @@ namespace Hovar {
 /// Fields of a line before the indicators: key, hospital and outcome.
 inline constexpr std::int32_t kLeadingFields = 3;
 
-/// What the field at an index is, with its name from the header: " (Z, "ZAge80")".
+/// What the field at an index, from 0, is, with its name from the header: " (Z, "ZAge80")".
 std::string RoleOf(const DefinitionFile& definition, const std::string& header, std::size_t field);
 
-/// True when RoleOf tells of a field that may be missing.
+/// True when RoleOf describes a field that may be missing.
 bool MayBeMissing(const std::string& role);
 
 /// True when RoleOf tells of a Z.

@@ -13,8 +13,8 @@
 namespace Hovar {
 namespace {
 
-/// Finds a field that the program passes over without a look at its quotes, and in which a comma or
-/// a line feed therefore separates: the key of a record, and the fields of the header before the
+/// Finds a field that the program skips regardless of its quotes, and in which a comma or a line
+/// feed therefore separates: the key of a record, and the fields of the header before the
 /// variables. Behind it cells are taken from wrong places.
 bool AddPassedOverError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
   RecordWalker walker(definition.data);
@@ -193,7 +193,7 @@ bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet
   if (stop.has_value()) {
     AddDataError(findings, definition, *stop);
   } else {
-    // A file that is gone or cannot be read any longer has nothing more to tell.
+    // A file that is gone or can no longer be read has no other cause to report.
     ErrorOf([&] {
       WarnOfCells(findings, definition);
       WarnOfHospitals(findings, definition, dataSet);

@@ -8,7 +8,8 @@ namespace Hovar {
 
 /// Reads the data file of a definition, which exists, with the program's own reader. Its error
 /// becomes a finding at the first cell, line or hospital that is wrong, and what would surprise a
-/// warning; the answer is whether there was no error.
+/// warning.
+/// Result: true when there was no error.
 bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet& dataSet);
 
 }  // namespace Hovar

@@ -14,9 +14,9 @@
 namespace Hovar {
 namespace {
 
-/// Where the fields behind the hospital ID begin, as the program passes over the first two: the key
-/// up to the next comma, the ID by the rules of quotes.
-std::size_t BehindHospital(std::string_view record) noexcept {
+/// Where the fields after the hospital ID begin, as the program skips the first two: the key up to
+/// the next comma, the ID by the rules of quotes.
+std::size_t HospitalEnd(std::string_view record) noexcept {
   const std::size_t id = std::min(record.find(','), record.size() - 1) + 1;
   bool isQuoted = false;
   for (std::size_t i = id; i < record.size(); ++i) {
@@ -32,7 +32,7 @@ std::size_t BehindHospital(std::string_view record) noexcept {
 /// Finds the odd cells of a record. Nearly all cells are a digit and a comma, or a comma alone.
 void FindOddCells(OddCells& odd, std::string_view record, std::int64_t offset) {
   std::size_t field = kLeadingFields - 1;
-  for (std::size_t start = BehindHospital(record); start < record.size(); ++field) {
+  for (std::size_t start = HospitalEnd(record); start < record.size(); ++field) {
     const char c = record[start];
     if ((c == '0' || c == '1') && start + 1 < record.size() && record[start + 1] == ',') {
       start += 2;

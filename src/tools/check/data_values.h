@@ -1,6 +1,6 @@
 #pragma once
 
-// What the program reads of a data file without a word, and a user may have meant otherwise.
+// What the program silently reads of a data file otherwise than a user may have meant it.
 
 #include <cstdint>
 
@@ -10,7 +10,7 @@
 
 namespace Hovar {
 
-// All look at a data file that the program's reader has taken.
+// All examine a data file that the program's reader has accepted.
 
 /// Warns of cells that are read otherwise than they are written.
 void WarnOfCells(Findings& findings, const DefinitionFile& definition);

@@ -222,7 +222,7 @@ void DefinitionChecker::CheckAnalysisData(const DefinitionFile& definition, Data
   if (isDescribed) {
     description_ += DescribeDataSet(definition, dataSet);
   }
-  // Elimination takes columns away, and the warnings tell on which of them the others depend.
+  // Elimination removes columns, and the warnings name those on which others depend.
   const Vell::BitMatrix z = areProxiesJudged ? dataSet.z : Vell::BitMatrix();
   if (isAnalysis && CheckColumns(findings_, definition, dataSet, variables) && areProxiesJudged) {
     WarnOfProxies(findings_, definition, z, variables);

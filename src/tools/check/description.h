@@ -12,7 +12,7 @@ namespace Hovar {
 /// The description that --data gives of a data set as it was read.
 std::string DescribeDataSet(const DefinitionFile& definition, const DataSet& dataSet);
 
-/// The part of it on variables, behind CheckColumns for an Analysis.
+/// The part of it on variables; for an Analysis after CheckColumns.
 std::string DescribeVariables(const DefinitionFile& definition,
                               const std::vector<VariableCounts>& variables);
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// What a check has found, and the text in which it is told: one line for each finding, in the form
-// that compilers use, so that editors find the place.
+// What a check has found, and the text that reports it: one line for each finding, in the form of
+// compilers, so that editors find the place.
 
 #include <cstdint>
 #include <string>
@@ -19,7 +19,7 @@ enum class Severity { kError, kWarning };
 /// How much a warning weighs; the heavier ones are printed first.
 enum class Weight {
   kResults,   // results are, or may be, others than those that are meant
-  kFiles,     // files are lost, or are not where they are looked for
+  kFiles,     // files are lost, or are not where they are expected
   kHarmless,  // surprising; the results are right and complete
 };
 
@@ -33,7 +33,7 @@ struct Finding {
 
 class Findings {
  public:
-  /// Adds a finding; one that is there already is not added again.
+  /// Adds a finding unless it has been added before.
   void Add(Finding finding);
   void AddError(std::string_view file, Place place, std::string text);
   void AddWarning(std::string_view file, Place place, std::string text,

@@ -12,7 +12,7 @@
 namespace Hovar {
 namespace {
 
-constexpr std::int64_t kContext = 4096;  // bytes behind the stop that are looked at
+constexpr std::int64_t kContext = 4096;  // bytes after the stop that are examined
 
 constexpr std::array<std::string_view, 6> kWholeNumbers = {
     "NumberOfPoaIndicators", "MaxIterations", "Thinning", "Burnin", "Steps", "Element"};
@@ -49,7 +49,7 @@ std::string EndTag(std::string_view name) { return "</" + std::string(name) + '>
 /// Of a byte of Surroundings, which begin where the file does.
 std::int64_t Offset(std::size_t index) { return static_cast<std::int64_t>(index); }
 
-/// The bytes up to the place where the reader stopped, and some behind it.
+/// The bytes up to the place where the reader stopped, and some after it.
 class Surroundings {
  public:
   Surroundings(const std::string& path, std::int64_t stop)
@@ -63,14 +63,14 @@ class Surroundings {
   std::size_t Stop() const { return stop_; }
   bool IsAtEnd() const { return stop_ == bytes_.size(); }
 
-  /// The last '<' before an index, behind which a tag was read.
+  /// The last '<' before an index, after which a tag was read.
   std::size_t TagStart(std::size_t index) const {
     return std::min(Before(index).rfind('<'), index);
   }
-  /// The byte behind the last '>' before an index, or the first byte.
+  /// The byte after the last '>' before an index, or the first byte.
   std::size_t BehindTag(std::size_t index) const { return Before(index).rfind('>') + 1; }
 
-  /// What stands at an index, up to white space or the end of a tag.
+  /// The text at an index, up to white space or the end of a tag.
   std::string_view NameAt(std::size_t index) const {
     return All().substr(index, All().find_first_of(" \t\r\n>", index) - index);
   }

@@ -31,7 +31,7 @@ std::string NumberError(std::size_t field, std::string_view name, std::string_vi
 
 /// The first line before the stop that lets a reader go astray: it has a comma within quotes that
 /// mean nothing, or too few fields, or it has to end with a number and ends with nothing, so that
-/// the next line is taken for the number.
+/// the next line is read as the number.
 bool AddLineError(Findings& findings, const std::string& path, std::int64_t stop,
                   const ModelForm& form) {
   const std::size_t last = form.fields - 1;
@@ -110,7 +110,7 @@ std::string MissingVariables(const DataSet& dataSet, const RegressionResults& re
   return count > kMost ? names + " and " + std::to_string(count - kMost) + " more" : names;
 }
 
-/// Warns when the variables, which are matched by position, do not stand in the same order.
+/// Warns when the variables, which are matched by position, are not in the same order.
 void WarnOfOrder(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet,
                  const RegressionResults& results) {
   for (std::int32_t j = 0; j < dataSet.variableCount; ++j) {

@@ -11,7 +11,7 @@
 namespace Hovar {
 
 // Each reads a file of the definition, which exists, with the program's own reader. An error of the
-// reader becomes a finding, and what would surprise in the file a warning; the answer is whether
+// reader becomes a finding, and what would surprise in the file a warning; the result is true when
 // there was no error.
 
 bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,

@@ -9,7 +9,7 @@
 namespace Hovar {
 namespace {
 
-/// The first two fields of a record with the comma behind them, as they stand: key and hospital.
+/// The first two fields of a record as written, with the comma after them: key and hospital.
 std::string_view KeyAndHospital(std::string_view record) noexcept {
   int commas = 0;
   bool isQuoted = false;

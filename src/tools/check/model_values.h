@@ -1,7 +1,7 @@
 #pragma once
 
-// What the program reads of coefficient files and individual predictions without a word, and a user
-// may have meant otherwise.
+// What the program silently reads of coefficient files and individual predictions otherwise than a
+// user may have meant it.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,11 +14,11 @@
 
 namespace Hovar {
 
-/// One of these files: how its reader takes it, and how many fields its lines have.
+/// One of these files: how its reader interprets it, and how many fields its lines have.
 struct ModelForm {
   TableForm table;
   std::size_t fields;
-  std::uint32_t skippedOfFirst;  // a bit for each field that is passed over in the first record
+  std::uint32_t skippedOfFirst;  // a bit for each field that is skipped in the first record
 };
 
 inline constexpr std::string_view kQuotedComma =
@@ -31,7 +31,7 @@ bool HasQuotedComma(std::string_view record);
 /// The first field with such a comma, in the record where the walker stands.
 Place PlaceOfQuotedComma(const std::string& path, const RecordWalker& walker);
 
-// Each looks at a file that the program's reader has taken.
+// Each examines a file that the program's reader has accepted.
 
 /// Warns of numbers that are read otherwise than they are written, and of lines with another number
 /// of fields, after which values are taken from wrong columns.
@@ -41,7 +41,7 @@ void WarnOfValues(Findings& findings, const std::string& path, const ModelForm& 
 void WarnOfQuotedCommas(Findings& findings, const std::string& path);
 
 /// Warns of the first line of the individual predictions whose key or hospital is not that of the
-/// record at the same place of the data file. Says nothing behind a comma within quotes.
+/// record at the same place of the data file. Says nothing after a comma within quotes.
 void WarnOfOtherRecords(Findings& findings, const DefinitionFile& definition);
 
 }  // namespace Hovar

@@ -56,24 +56,24 @@ void OddCells::Add(std::size_t field, std::int64_t offset, std::string_view cell
 
 void OddCells::Warn(
     Findings& findings, const std::string& path,
-    const std::function<std::string(std::size_t field, std::string_view cell)>& tell,
+    const std::function<std::string(std::size_t field, std::string_view cell)>& describe,
     std::string_view advice) const {
   constexpr std::size_t kMostColumns = 10;
   const std::string end = ". " + std::string(advice);
-  std::size_t told = 0;
+  std::size_t reported = 0;
   Column rest;
   for (const auto& [field, column] : columns_) {
-    if (told == kMostColumns) {
+    if (reported == kMostColumns) {
       if (rest.count == 0 || column.offset < rest.offset) {
         rest.offset = column.offset;
       }
       rest.count += column.count;
       continue;
     }
-    ++told;
+    ++reported;
     const std::int64_t others = column.count - 1;
     findings.AddWarning(path, PlaceOf(path, column.offset),
-                        tell(field, column.cell) +
+                        describe(field, column.cell) +
                             (others == 0 ? std::string()
                                          : "; " + OthersAre(others, "of this column") +
                                                " read otherwise than written") +
@@ -82,7 +82,7 @@ void OddCells::Warn(
   if (rest.count > 0) {
     findings.AddWarning(
         path, PlaceOf(path, rest.offset),
-        OthersAre(rest.count, "of " + Counted(static_cast<std::int64_t>(columns_.size() - told),
+        OthersAre(rest.count, "of " + Counted(static_cast<std::int64_t>(columns_.size() - reported),
                                               "other column")) +
             " read otherwise than written, the first one here" + end);
   }

@@ -1,7 +1,7 @@
 #pragma once
 
 // Cells that the program accepts and reads otherwise than they are written: "0.7" as 0, "1.5abc" as
-// 1.5. What a cell is read as stays the program's matter; here such cells are found and told.
+// 1.5. The program decides how a cell is read; here such cells are found and reported.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,8 +14,8 @@
 
 namespace Hovar {
 
-/// What the program reads of a cell that holds a whole number: the digits behind blanks and a sign,
-/// and nothing behind them.
+/// What the program reads of a cell that holds a whole number: the digits after blanks and a sign,
+/// and nothing after them.
 std::int32_t IntegerOf(std::string_view cell) noexcept;
 
 /// True when a cell of 0 and 1 that the program accepts is the number that is read of it: nothing
@@ -34,9 +34,10 @@ class OddCells {
   void Add(std::size_t field, std::int64_t offset, std::string_view cell);
 
   /// Warns of the first ones of up to ten columns, and of those of the other columns together.
-  /// `tell` gives the sentence about a cell, without its full stop, and `advice` the last sentence.
+  /// `describe` gives the sentence about a cell, without its full stop, and `advice` the last
+  /// sentence.
   void Warn(Findings& findings, const std::string& path,
-            const std::function<std::string(std::size_t field, std::string_view cell)>& tell,
+            const std::function<std::string(std::size_t field, std::string_view cell)>& describe,
             std::string_view advice) const;
 
  private:

@@ -175,8 +175,8 @@ bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
 }
 
 /// Names that meet those of earlier outputs, of this run or of others.
-void OutputCheck::WarnOfMeeting(Findings& findings, const DefinitionFile& definition,
-                                const PlannedOutput& output) {
+void OutputCheck::WarnOfCollision(Findings& findings, const DefinitionFile& definition,
+                                  const PlannedOutput& output) {
   const Place place = definition.PlaceOfValue(output.element);
   if (const WrittenFile* const earlier = Written(output.path)) {
     const bool isLog = earlier->what == "log file";
@@ -243,7 +243,7 @@ void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
     return;
   }
   WarnOfInputs(findings, definition, output);
-  WarnOfMeeting(findings, definition, output);
+  WarnOfCollision(findings, definition, output);
   const std::string normal = NormalPath(output.path);
   files_.insert_or_assign(normal, WrittenFile{output.path, output.what, definition.path, run_});
   spellings_.emplace(SmallLetters(normal), normal);

@@ -1,7 +1,7 @@
 #pragma once
 
 // What runs write: whether their folders and files could be made, what would be overwritten, and
-// which names meet. Nothing is made; what the runs of a batch would have made by then is kept in
+// which names collide. Nothing is made; what the runs of a batch would have made by then is kept in
 // memory beside what the disk shows.
 
 #include <cstddef>
@@ -49,8 +49,8 @@ class OutputCheck {
   void MakeFile(Findings& findings, const DefinitionFile& definition, const PlannedOutput& output);
   bool CanMake(Findings& findings, const DefinitionFile& definition,
                const PlannedOutput& output) const;
-  void WarnOfMeeting(Findings& findings, const DefinitionFile& definition,
-                     const PlannedOutput& output);
+  void WarnOfCollision(Findings& findings, const DefinitionFile& definition,
+                       const PlannedOutput& output);
 
   /// A file on disk that a run would overwrite.
   struct Overwritten {

@@ -17,8 +17,8 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-/// In what the names of a pair differ: what stands in them between their common beginning and
-/// their common end.
+/// How the names of a pair differ: what is in them between their common beginning and their common
+/// end.
 struct Difference {
   std::string_view z;
   std::string_view x;

@@ -70,8 +70,8 @@ class DependenceFinder {
         ofBasis(i, j) = counts_(Basis(i), Basis(j));
       }
     }
-    // A tolerance so small that it takes rounding for rank leaves columns without a factor, and
-    // nothing is explained.
+    // With a tolerance below the rounding errors, dependent columns can stay. They have no factor,
+    // and nothing is explained.
     ErrorOf([&] { factor_ = Vell::Cholesky(ofBasis); });
   }
 

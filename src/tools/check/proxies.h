@@ -1,8 +1,8 @@
 #pragma once
 
-// What is wrong with the Z of a variable. Z is all that imputation takes from the file for a
-// missing X besides Y and P, and a variable whose Z says nothing new is removed with its X. Here
-// are the facts; proxy_warnings.h has the sentences.
+// What is wrong with the Z of a variable. Besides Y and P, imputation uses nothing but Z for a
+// missing X, and a variable whose Z has no information of its own is removed with its X. Here are
+// the facts; proxy_warnings.h has the sentences.
 
 #include <cstddef>
 #include <cstdint>
@@ -45,8 +45,8 @@ struct ProxyVerdict {
 
 /// One verdict for each variable: its strongest fault. Faults of imputation are found in variables
 /// that stay in the model, those of removal in variables that are removed for their Z although some
-/// known X is 1. `z` has all columns of the file behind the intercept, in the order of `variables`,
-/// in which CheckColumns has noted the removals.
+/// known X is 1. `z` has the intercept and then all columns of the file, in the order of
+/// `variables`, in which CheckColumns has noted the removals.
 /// Cost: nothing but arithmetic on the counts, unless a Z was removed as dependent; then one pass
 /// over `z` for the cross counts of its V columns, V^3 / 6 multiplications and V^2 for each such Z.
 /// Errors: "Out of memory".

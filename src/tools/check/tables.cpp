@@ -10,7 +10,7 @@ namespace Hovar {
 namespace {
 
 /// True for a text that begins like "nan", "inf" or "infinity" and is none of them. Reading such a
-/// word, as the C library reads it, also takes the first byte that is wrong, the comma behind the
+/// word, as the C library reads it, also consumes the first byte that is wrong, the comma after the
 /// cell perhaps.
 bool IsBrokenWord(std::string_view cell) {
   cell.remove_prefix(std::min(cell.find_first_not_of(Vell::kWhitespace), cell.size()));

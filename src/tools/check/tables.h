@@ -1,7 +1,7 @@
 #pragma once
 
 // What the checks of all comma-separated files share. The program's readers decide that something
-// is wrong; here is found where and in which cell they stopped.
+// is wrong; here the place and the cell in which they stopped are found.
 
 #include <cstddef>
 #include <cstdint>
@@ -50,7 +50,7 @@ struct Cell {
   std::string text;
 };
 
-/// How a reader takes the fields of a record.
+/// How a reader interprets the fields of a record.
 struct TableForm {
   QuoteUse quotes = QuoteUse::kHonour;
   std::size_t firstNumber = 0;   // the first field in which it can stop
@@ -63,13 +63,13 @@ struct TableForm {
 
 /// Finds the cell. Reading a number passes over line ends before it, so a reader that stopped in
 /// the fields before the first number looked for the last field of the record before. Reading a
-/// word such as "nan" can take the comma behind it, so then the field before may be meant.
+/// word such as "nan" can consume the comma after it, so then the field before may be meant.
 Cell CellAt(const std::string& path, std::int64_t offset, const TableForm& form);
 
 /// "Field 5".
 std::string FieldNumber(std::size_t field);
 
-/// A field as it stands between its commas, for a sentence: decoded, and quoted once.
+/// A field as written between its commas, for a sentence: decoded, and quoted once.
 std::string QuotedField(std::string_view field);
 
 /// " is empty", " holds "x"", or " holds "x" in double quotes".

@@ -1,6 +1,6 @@
 #pragma once
 
-// One rule, told by the check, the verdict on chains and the run record: with generalized
+// One rule, reported by the check, the verdict on chains and the run record: with generalized
 // estimating equations the draws of the chain have the inverse of the covariance that they should
 // have, so they and what is made from them are not fit for inference. docs/limits.md gives the
 // reason.

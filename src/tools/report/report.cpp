@@ -23,7 +23,7 @@ constexpr std::string_view kPlaceForFiles = "<!-- hovar:files -->";
 constexpr std::string_view kReportName = "report.html";
 constexpr int kLevels = 4;
 
-/// The page of the installation, or of the build tree that the launcher stands in.
+/// The page of the installation, or of the build tree to which the launcher belongs.
 std::string PageFile() {
   return std::string(InstallationFolder().View()) + "/share/hovar/report.html";
 }
@@ -152,7 +152,7 @@ bool AddFolders(OutputFile& report, const std::vector<std::string>& folders) {
   return true;
 }
 
-/// The place of the line on which only the mark for the files stands.
+/// The place of the line that holds nothing but the mark for the files.
 std::size_t FindPlace(std::string_view page) {
   std::size_t place = page.find(kPlaceForFiles);
   while (place != std::string_view::npos) {

@@ -1,7 +1,7 @@
 #pragma once
 
 // The report: the page of the installation with the files of finished runs inlined, so that it can
-// be mailed and opened anywhere. docs/chains.md tells how the files stand in it.
+// be mailed and opened anywhere. docs/chains.md describes how it holds the files.
 
 #include <string>
 #include <vector>

@@ -13,8 +13,8 @@ namespace Hovar {
 
 namespace Platform = Vell::IO::Platform;
 
-ChildRun::ChildRun(std::string captureFile, LineTaker takeLine)
-    : captureFile_(std::move(captureFile)), takeLine_(std::move(takeLine)) {}
+ChildRun::ChildRun(std::string captureFile, LineHandler handleLine)
+    : captureFile_(std::move(captureFile)), handleLine_(std::move(handleLine)) {}
 
 ChildRun::~ChildRun() {
   if (process_ != Platform::kNoProcess && !HasEnded()) {
@@ -46,11 +46,11 @@ bool ChildRun::Start(const std::string& definition) {
 }
 
 bool ChildRun::Advance() {
-  // In this order: what the program wrote before its end is there when the end is known.
+  // In this order, so that once the end is known all that the program wrote can be read.
   exitStatus_ = Platform::PollProcess(process_);
   ReadNew();
   if (HasEnded()) {
-    TakeRest();
+    HandleRest();
   }
   return !HasEnded();
 }
@@ -60,7 +60,7 @@ void ChildRun::Stop() {
     Platform::StopProcess(process_);
     exitStatus_ = Platform::WaitForProcess(process_);
     ReadNew();
-    TakeRest();
+    HandleRest();
   }
 }
 
@@ -72,8 +72,8 @@ void ChildRun::ReadNew() {
       partialLine_.append(text.substr(0, end + 1));
       text.remove_prefix(end + 1);
       lines_.Take(std::string_view(partialLine_).substr(0, partialLine_.size() - 1));
-      if (takeLine_) {
-        takeLine_(partialLine_);
+      if (handleLine_) {
+        handleLine_(partialLine_);
       }
       partialLine_.clear();
     }
@@ -81,11 +81,11 @@ void ChildRun::ReadNew() {
   }
 }
 
-void ChildRun::TakeRest() {
+void ChildRun::HandleRest() {
   if (!partialLine_.empty()) {
     lines_.Take(partialLine_);
-    if (takeLine_) {
-      takeLine_(partialLine_);
+    if (handleLine_) {
+      handleLine_(partialLine_);
     }
     partialLine_.clear();
   }

@@ -18,11 +18,11 @@ namespace Hovar {
 
 class ChildRun {
  public:
-  /// Called with each line and the line feed behind it, which the last one may lack.
-  using LineTaker = std::function<void(std::string_view line)>;
+  /// Called with each line and its line feed, which the last one may lack.
+  using LineHandler = std::function<void(std::string_view line)>;
 
   /// `captureFile` is created or emptied by Start.
-  explicit ChildRun(std::string captureFile, LineTaker takeLine = {});
+  explicit ChildRun(std::string captureFile, LineHandler handleLine = {});
   /// Stops the program if it still runs.
   ~ChildRun();
   ChildRun(const ChildRun&) = delete;
@@ -31,7 +31,7 @@ class ChildRun {
   /// Starts the program with a definition. When that fails a line on standard error says why.
   bool Start(const std::string& definition);
 
-  /// Reads what is new. True while the program runs; not to be called after its end.
+  /// Reads new output. True while the program runs; not to be called after its end.
   bool Advance();
   /// Asks the program to end, waits for it and reads the rest.
   void Stop();
@@ -44,10 +44,10 @@ class ChildRun {
 
  private:
   void ReadNew();
-  void TakeRest();
+  void HandleRest();
 
   std::string captureFile_;
-  LineTaker takeLine_;
+  LineHandler handleLine_;
   std::unique_ptr<InputFile> capture_;
   Vell::IO::Platform::ProcessHandle process_ = Vell::IO::Platform::kNoProcess;
   std::optional<int> exitStatus_;
@@ -55,10 +55,10 @@ class ChildRun {
   RunLines lines_;
 };
 
-/// Seconds on a clock that never goes back.
+/// Seconds on a monotonic clock, from an arbitrary start.
 double SteadySeconds();
 
-/// Sleeps between two looks at a running program: short at first, so that a short run costs no
+/// Sleeps between two polls of a running program: short at first, so that a short run costs no
 /// time, then a tenth of a second.
 class PollPause {
  public:

@@ -7,10 +7,10 @@
 
 namespace Hovar {
 
-/// Moves every file that the planned runs (and `further`) would write, and that is there, aside: to
-/// NAME.1 or the first number that is free. A line on standard error tells each. False, with a
-/// line, when that cannot be done; nothing is moved when a file that a run reads is among them,
-/// unless an earlier run of the batch writes it.
+/// Moves every existing file that the planned runs (and `further`) would write aside: to NAME.1 or
+/// the first number that is free. A line on standard error names each. False, with a line, when
+/// that cannot be done; nothing is moved when a file that a run reads is among them, unless an
+/// earlier run of the batch writes it.
 bool KeepOutputs(const RunPlan& plan, const std::vector<std::string>& further);
 
 }  // namespace Hovar

@@ -57,7 +57,7 @@ double Progress::WeightOf(const Part& part) {
 }
 
 void Progress::UpdatePasses(const ObservedRun& run, double now) {
-  // A pass of imputation is announced before it is made, an iteration reported behind it.
+  // A pass of imputation is announced before it is made, an iteration reported after it.
   const std::int64_t done =
       std::max(std::max<std::int64_t>(run.passesBegun - 1, 0),
                run.mcmcDone > 0 ? parts_[current_].burnin + run.mcmcDone : run.burninDone);

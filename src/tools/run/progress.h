@@ -21,15 +21,15 @@ class Progress {
   /// `start` is the time in seconds, on any clock, at which the program was started.
   Progress(const RunPlan& plan, double start);
 
-  /// Takes what the lines tell at the time `now`.
+  /// Updates the progress from the lines read by the time `now`.
   void Update(const RunLines& lines, double now);
 
   /// The share of the work that is done, from 0 to 1; never falls, and is 1 only at the end.
   double Share() const noexcept { return share_; }
-  /// Called when the program has ended well.
+  /// Called when the program has ended with success.
   void Complete() noexcept { share_ = 1; }
 
-  /// Seconds left at the time `now`, or -1 while they cannot be told.
+  /// Seconds left at the time `now`, or -1 while they are unknown.
   double SecondsLeft(double now) const;
 
   /// What the program is doing, for example "2 of 3: Prediction, pass 4 of 20".

@@ -41,14 +41,14 @@ void ProgressDisplay::Show(const std::vector<ProgressItem>& items, double now) {
     return;
   }
   constexpr double kStep = 0.1;
-  constexpr double kPatience = 30;
+  constexpr double kLongestSilence = 30;
   for (const ProgressItem& item : items) {
-    const auto [place, isNew] = told_.try_emplace(item.name, Told{0, now});
-    Told& told = place->second;
-    const bool isEnd = item.share >= 1 && told.share < 1;
-    if (isEnd || item.share >= told.share + kStep || now >= told.time + kPatience) {
+    const auto [place, isNew] = reported_.try_emplace(item.name, Reported{0, now});
+    Reported& reported = place->second;
+    const bool isEnd = item.share >= 1 && reported.share < 1;
+    if (isEnd || item.share >= reported.share + kStep || now >= reported.time + kLongestSilence) {
       WriteError(item.text + "\n");
-      told = {item.share, now};
+      reported = {item.share, now};
     }
   }
 }

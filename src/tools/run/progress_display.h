@@ -9,14 +9,14 @@
 
 namespace Hovar {
 
-/// A line of progress and the share of the work that it tells.
+/// A line of progress and the share of the work, from 0 to 1, that it reports.
 struct ProgressItem {
-  std::string name;  // tells the lines apart; not shown
+  std::string name;  // identifies the line; not shown
   std::string text;
   double share = 0;
 };
 
-/// Shows lines of progress on standard error. On a terminal they stand at the bottom and change in
+/// Shows lines of progress on standard error. On a terminal they are at the bottom and change in
 /// place; anywhere else a line is written now and then: for each tenth of the work, and when half a
 /// minute has passed.
 class ProgressDisplay {
@@ -29,11 +29,11 @@ class ProgressDisplay {
   void Show(const std::vector<ProgressItem>& items, double now);
   /// Writes a line that stays, above the changing ones.
   void Print(std::string_view line);
-  /// Takes the changing lines away.
+  /// Removes the changing lines.
   void Clear();
 
  private:
-  struct Told {
+  struct Reported {
     double share = 0;
     double time = 0;
   };
@@ -43,7 +43,7 @@ class ProgressDisplay {
   bool changesInPlace_;
   int columns_;
   std::size_t shown_ = 0;
-  std::map<std::string, Told, std::less<>> told_;
+  std::map<std::string, Reported, std::less<>> reported_;
 };
 
 }  // namespace Hovar

@@ -49,7 +49,7 @@ class RunLines {
  public:
   /// Takes one line, without its line feed.
   void Take(std::string_view line);
-  /// To be called behind the last line.
+  /// To be called after the last line.
   void End();
 
   const std::vector<ObservedRun>& Runs() const noexcept { return runs_; }

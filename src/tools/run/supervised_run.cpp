@@ -26,9 +26,9 @@ namespace {
 
 namespace Platform = Vell::IO::Platform;
 
-// Behind the name of the log, or of the run record for a file that goes when the program has ended.
+// What follows the name of the log; for a temporary file, the name of the run record.
 constexpr std::string_view kCaptureSuffix = ".output.txt";
-constexpr std::string_view kPassingSuffix = ".output.part";
+constexpr std::string_view kTemporarySuffix = ".output.part";
 
 /// The file for the program's lines: beside the log of the first run. Its folder is made as the
 /// program would make it. Without a log to be beside, the file is beside the definition.
@@ -48,11 +48,11 @@ std::string CaptureFileFor(const RunSettings& settings, const RunPlan& plan) {
     return PathBesideLog(plan, kCaptureSuffix);
   }
   const bool isDevice = Platform::KindOf(settings.recordFile.c_str()) == Platform::PathKind::kOther;
-  return isDevice ? PathBesideLog(plan, kPassingSuffix)
-                  : settings.recordFile + std::string(kPassingSuffix);
+  return isDevice ? PathBesideLog(plan, kTemporarySuffix)
+                  : settings.recordFile + std::string(kTemporarySuffix);
 }
 
-/// What a watched run writes besides the program's own outputs.
+/// What a supervised run writes besides the program's own outputs.
 std::vector<std::string> FurtherOutputs(const RunSettings& settings,
                                         const std::string& captureFile) {
   std::vector<std::string> files;
@@ -120,8 +120,8 @@ class Bar {
   bool isShown_;
 };
 
-/// Watches the program to its end and returns the exit status.
-int Watch(ChildRun& run, Bar& bar, const LineEcho& echo) {
+/// Supervises the program to its end and returns the exit status.
+int Supervise(ChildRun& run, Bar& bar, const LineEcho& echo) {
   PollPause pause;
   while (run.Advance() && Platform::StopRequest() == 0 && echo.IsGood()) {
     bar.Update(run.Lines());
@@ -172,8 +172,8 @@ bool BelongsToRun(const std::string& path, const RunPlan& plan) {
   });
 }
 
-/// Runs and, if a record is wanted, writes it; its file is opened first, so that nobody finds out
-/// after a long run that it cannot be written.
+/// Runs and, if a record is wanted, writes it; its file is opened first, so that a failure to write
+/// it shows before a long run.
 int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
                 const LineEcho& echo) {
   std::optional<OutputFile> recordFile;
@@ -189,7 +189,7 @@ int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
     return kFailure;
   }
   Bar bar(plan, settings.showProgress);
-  const int status = Watch(run, bar, echo);
+  const int status = Supervise(run, bar, echo);
   if (record) {
     recordFile->Write(record->Text(run.Lines(), status));
     if (!recordFile->Complete()) {
@@ -208,22 +208,22 @@ int RunSupervised(const RunSettings& settings) {
     Say("the record cannot be written to " + settings.recordFile + ", a file of the run itself");
     return kFailure;
   }
-  const bool isWatched = settings.showProgress || !settings.recordFile.empty();
-  const std::string captureFile = isWatched ? CaptureFileFor(settings, plan) : std::string();
+  const bool isSupervised = settings.showProgress || !settings.recordFile.empty();
+  const std::string captureFile = isSupervised ? CaptureFileFor(settings, plan) : std::string();
   if (settings.keepOutputs && !KeepOutputs(plan, FurtherOutputs(settings, captureFile))) {
     return kFailure;
   }
-  if (!isWatched) {
+  if (!isSupervised) {
     const char* const argument = settings.definition.c_str();
     return ExecuteProgram({&argument, 1});
   }
   Platform::DetachStandardInput();
   Platform::RememberStopRequests();
-  const TemporaryFile passing(settings.showProgress ? std::string() : captureFile);
+  const TemporaryFile temporary(settings.showProgress ? std::string() : captureFile);
   LineEcho echo;
   ChildRun run(
       captureFile,
-      settings.showProgress ? ChildRun::LineTaker() : [&echo](auto line) { echo.Take(line); });
+      settings.showProgress ? ChildRun::LineHandler() : [&echo](auto line) { echo.Take(line); });
   const int status = RunRecorded(settings, plan, run, echo);
   if (settings.showProgress && run.HasEnded()) {
     Say((status == kSuccess ? "done, " : "not done, ") +

@@ -1,7 +1,7 @@
 #pragma once
 
 // The program's own readers give the verdicts of a check, so that check and program cannot drift
-// apart. This is how they are called: what they print and log is not shown, and the error that ends
+// apart. This is how they are called: what they print and log is dropped, and the error that ends
 // them is a result.
 
 #include <cstddef>
@@ -30,7 +30,7 @@ class ErrorLineSink final : public Vell::IO::TextSink {
   bool isLost_ = false;
 };
 
-/// The two writers that a reader sees, and the error line that it left.
+/// Stands in for standard output and standard error while it exists, and keeps the error line.
 class CapturedWriters {
  public:
   CapturedWriters();
@@ -45,7 +45,8 @@ class CapturedWriters {
   Vell::IO::StandardWritersRedirection redirection_;
 };
 
-/// Runs a reader. Result: the text of the error that it ended in, or nothing.
+/// Runs a reader.
+/// Result: the text of the error that ended it, or nothing.
 /// Errors: OutOfMemoryException and std::bad_alloc, which say nothing about the file.
 template <typename Call>
 std::optional<std::string> ErrorOf(Call call) {
@@ -60,7 +61,7 @@ std::optional<std::string> ErrorOf(Call call) {
   return std::nullopt;
 }
 
-/// An error line that tells what was required and what stood there.
+/// What an error line says was required, and what was found.
 struct Mismatch {
   std::string expected;
   std::string current;

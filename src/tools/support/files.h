@@ -14,7 +14,7 @@
 
 namespace Hovar {
 
-/// A file that is open for reading, if it could be opened.
+/// A file opened for reading, which the object closes; IsOpen says whether that succeeded.
 class InputFile {
  public:
   explicit InputFile(const std::string& path);
@@ -24,8 +24,8 @@ class InputFile {
 
   bool IsOpen() const noexcept { return file_ != Vell::IO::Platform::kNoFile; }
 
-  /// Reads until the buffer is full or the file ends. Returns the bytes read, or -1 on failure.
-  /// Reading on behind the end finds what was written there in the meantime.
+  /// Reads until the buffer is full or the file ends. Returns the bytes read, or -1 on failure. A
+  /// later call finds what has been written after the former end in the meantime.
   std::int64_t Read(std::span<char> buffer) const noexcept;
 
  private:
@@ -65,7 +65,7 @@ class OutputFile {
   std::string block_;
 };
 
-/// As OutputFile for a text that stands in memory.
+/// As OutputFile, for a text in memory; false when any step failed.
 bool WriteWholeFile(const std::string& path, std::string_view text);
 
 /// `folder`, a backslash, `name`, as the program joins its output paths.

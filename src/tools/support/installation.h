@@ -1,6 +1,6 @@
 #pragma once
 
-// Where the parts of the system lie, as seen from the launcher's own file: the launcher is
+// Where the parts of the system are, as seen from the launcher's own file: the launcher is
 // ROOT/bin/hovar in an installed or built tree and ROOT/hovar in an archive that was unpacked
 // somewhere; ROOT/libexec/hovar/hovar is the program, ROOT/share/hovar holds the rest.
 
@@ -9,7 +9,7 @@
 namespace Hovar {
 
 /// ROOT: the launcher's own folder if the program is found there, else the one above; the empty
-/// text when it cannot be told.
+/// text when it cannot be determined.
 Vell::String InstallationFolder();
 
 /// The program's file below ROOT.

@@ -10,7 +10,7 @@
 namespace Hovar {
 
 /// A text as a JSON string, with its quotes. Control characters are escaped, and so is '<', so that
-/// the text may stand in a page. Bytes that are not UTF-8 become U+FFFD, one each.
+/// the text can be part of a page. Bytes that are not UTF-8 become U+FFFD, one each.
 std::string JsonString(std::string_view text);
 
 /// True when the bytes are well-formed UTF-8 (Unicode, table 3-7).

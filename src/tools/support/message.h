@@ -4,7 +4,7 @@
 
 namespace Hovar {
 
-/// Writes the line "hovar: " + `text` on standard error. That it cannot be written is not told.
+/// Writes the line "hovar: " + `text` on standard error. A failure to write it is ignored.
 void Say(std::string_view text);
 
 /// Writes a text on standard output. False when that fails, which a line on standard error says.

@@ -11,7 +11,7 @@ constexpr char kSlash = '/';
 
 bool IsSlashSystem() noexcept { return Vell::IO::Platform::FolderSeparator() == kSlash; }
 
-/// True for bytes that stand for themselves in the command lines of all systems.
+/// True for bytes without a special meaning in the command lines of all systems.
 bool IsPlain(char c) noexcept {
   constexpr std::string_view kPlain = "/\\._-+,:@%=";
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||

@@ -1,7 +1,7 @@
 #pragma once
 
 // Paths as the launcher shows them. The program joins folder and name with a backslash on every
-// system and takes one for a separator; other programs of a system may not.
+// system and accepts one as a separator; other programs of a system may not.
 
 #include <string>
 #include <string_view>
@@ -13,7 +13,7 @@ namespace Hovar {
 std::string ShownPath(std::string_view path);
 
 /// The same as one word of a command line, to be pasted into a shell: in quotes where it holds
-/// anything that means something there.
+/// anything with a special meaning there.
 std::string PastablePath(std::string_view path);
 
 }  // namespace Hovar

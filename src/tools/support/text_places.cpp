@@ -15,7 +15,7 @@ using Vell::IO::FileStream;
 constexpr std::uint32_t kReadBytes = Vell::IO::Mode::kRead | Vell::IO::Mode::kBinary;
 constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 
-/// Hands the bytes of a file from `offset` on to `take`, block by block, until it answers false.
+/// Passes the bytes of a file from `offset` on to `take`, block by block, until it returns false.
 template <typename Take>
 void ReadBlocks(const std::string& path, std::int64_t offset, Take take) {
   ErrorOf([&] {
@@ -30,10 +30,10 @@ void ReadBlocks(const std::string& path, std::int64_t offset, Take take) {
   });
 }
 
-/// True for the bytes of a UTF-8 character behind its first one.
+/// True for the bytes of a UTF-8 character after its first one.
 bool IsContinuation(char c) noexcept { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
 
-std::int64_t ColumnBehind(std::string_view text) noexcept {
+std::int64_t ColumnAfter(std::string_view text) noexcept {
   return 1 + std::count_if(text.begin(), text.end(), [](char c) { return !IsContinuation(c); });
 }
 
@@ -67,7 +67,7 @@ LineAt LineOf(const std::string& path, std::int64_t offset) {
   });
   line.text = LineText(path, line.offset);
   const auto within = static_cast<std::size_t>(std::max<std::int64_t>(offset - line.offset, 0));
-  line.place.column = ColumnBehind(std::string_view(line.text).substr(0, within));
+  line.place.column = ColumnAfter(std::string_view(line.text).substr(0, within));
   return line;
 }
 

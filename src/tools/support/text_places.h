@@ -1,10 +1,10 @@
 #pragma once
 
-// A second, careful look at a text file: where a byte stands, what stands around it, and what the
-// whole file is like. The program's readers stop at a byte; users look for lines and columns.
+// A second, careful look at a text file: the line and column of a byte, the bytes around it, and
+// traits of the whole file. The program's readers stop at a byte; users look for lines and columns.
 //
-// All functions open the file anew and answer with what they could read: a file that is gone or
-// cannot be read gives the first place and empty texts.
+// Every function opens the file anew and returns what it could read: a file that is gone or cannot
+// be read gives the first place and empty texts.
 
 #include <cstddef>
 #include <cstdint>
@@ -27,7 +27,7 @@ struct LineAt {
   std::string text;         // the line without its line feed, 1 MiB at most
 };
 
-/// The place of the byte at `offset`; behind the end of the file, the place behind its last byte.
+/// The place of the byte at `offset`; beyond the end of the file, the place after its last byte.
 Place PlaceOf(const std::string& path, std::int64_t offset);
 
 /// The line that holds the byte at `offset`.
