@@ -18,13 +18,13 @@ import numpy as np
 import statsmodels.api as sm
 from scipy.optimize import root
 
-from fits_logistic import ridge
 from program import PX, YX, YX_P0, YZ
 from real_data import fetch, models, prepare, with_intercept
 from report import REFERENCE, begin, half_unit, rscript, six, units_off
 
 sys.path.insert(0, REFERENCE)
 from gee import cluster_terms  # noqa: E402  (dense cluster matrices of the test references)
+from ridge import ridge  # noqa: E402
 
 LABELS = {"[P|X]": PX, "[Y|Z]": YZ, "[Y|X]": YX, "[Y|X;P=0]": YX_P0}
 LIMIT = 0.501

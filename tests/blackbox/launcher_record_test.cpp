@@ -172,6 +172,17 @@ TEST(RunRecordTest, ARecordThatCannotBeWrittenStopsTheRunBeforeItBegins) {
   }
 }
 
+TEST(RunRecordTest, FilesThatTheRunWillWriteAreKnownByEverySpelling) {
+  const TinyStudy study;
+  for (const char* file : {"out/analysis.log", "./out\\analysis.log", "out/../out/analysis.log"}) {
+    const ProcessResult result = RunLauncher(study, {"--json", file, "analysis.xml"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.error, "hovar: the record cannot be written to " + std::string(file) +
+                                ", a file of the run itself\n");
+    EXPECT_FALSE(study.Has("out/analysis.log"));
+  }
+}
+
 TEST(RunRecordTest, OutputThatCannotBeWrittenStopsTheProgram) {
   const TinyStudy study;
   study.Write("long.xml", LongAnalysisText());

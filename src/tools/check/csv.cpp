@@ -2,14 +2,17 @@
 
 #include <algorithm>
 
+#include "foundation/io/csv_rules.h"
 #include "tools/support/error_capture.h"
 
 namespace Hovar {
+
 namespace {
 
-constexpr char kQuote = '"';
+using Vell::IO::kQuote;
+using Vell::IO::kSeparator;
 
-bool EndsField(int c) noexcept { return c == ',' || c == '\n'; }
+bool EndsField(int c) noexcept { return c == kSeparator || c == '\n'; }
 
 /// Walks through the fields by the rules of the program's reader, up to the first one that breaks
 /// them.
@@ -55,11 +58,23 @@ std::vector<std::size_t> FieldStarts(std::string_view record, QuoteUse quotes) {
   for (std::size_t i = 0; i < record.size(); ++i) {
     if (record[i] == kQuote && quotes == QuoteUse::kHonour) {
       isQuoted = !isQuoted;  // a doubled quote turns twice
-    } else if (record[i] == ',' && !isQuoted) {
+    } else if (record[i] == kSeparator && !isQuoted) {
       starts.push_back(i + 1);
     }
   }
   return starts;
+}
+
+std::size_t FieldsEnd(std::string_view record, std::size_t start, int count) noexcept {
+  bool isQuoted = false;
+  for (std::size_t i = start; i < record.size(); ++i) {
+    if (record[i] == kQuote) {
+      isQuoted = !isQuoted;
+    } else if (record[i] == kSeparator && !isQuoted && --count == 0) {
+      return i + 1;
+    }
+  }
+  return record.size();
 }
 
 std::string_view FieldOf(std::string_view record, std::size_t index, QuoteUse quotes) {

@@ -20,6 +20,10 @@ enum class QuoteUse { kHonour, kIgnore };
 /// The offsets of the first bytes of a record's fields.
 std::vector<std::size_t> FieldStarts(std::string_view record, QuoteUse quotes);
 
+/// The offset after `count` > 0 fields from the offset `start` of a field on, with the comma after
+/// the last one; the end of the record when it has no such comma. Quotes are honoured.
+std::size_t FieldsEnd(std::string_view record, std::size_t start, int count) noexcept;
+
 /// The field at an index, as written between its commas; empty where there is none.
 std::string_view FieldOf(std::string_view record, std::size_t index, QuoteUse quotes);
 

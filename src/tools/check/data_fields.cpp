@@ -1,5 +1,6 @@
 #include "tools/check/data_fields.h"
 
+#include "data/data_file_reader.h"
 #include "tools/check/tables.h"
 
 namespace Hovar {
@@ -7,13 +8,13 @@ namespace Hovar {
 std::string RoleOf(const DefinitionFile& definition, const std::string& header, std::size_t field) {
   const auto index = static_cast<std::int64_t>(field);
   const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
-  const std::int64_t variables = (fields - kLeadingFields - definition.poaCount) / 2;
+  const std::int64_t variables = (fields - kFieldsBeforeIndicators - definition.poaCount) / 2;
   std::string role = "X";
-  if (index < kLeadingFields) {
+  if (index < kFieldsBeforeIndicators) {
     role = "Y";  // key and hospital ID may hold anything
-  } else if (index < kLeadingFields + definition.poaCount) {
+  } else if (index < kFieldsBeforeIndicators + definition.poaCount) {
     role = "POA indicator";
-  } else if (index < kLeadingFields + definition.poaCount + variables) {
+  } else if (index < kFieldsBeforeIndicators + definition.poaCount + variables) {
     role = "Z";
   }
   const std::string_view name = FieldOf(header, field, QuoteUse::kHonour);

@@ -18,7 +18,8 @@ namespace {
 /// variables. Behind it cells are taken from wrong places.
 bool AddPassedOverError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
   RecordWalker walker(definition.data);
-  std::int64_t passedOver = std::int64_t{kLeadingFields} + definition.poaCount;  // of the header
+  std::int64_t passedOver =
+      std::int64_t{kFieldsBeforeIndicators} + definition.poaCount;  // of the header
   while (walker.Next() && walker.Offset() <= stop.offset) {
     std::vector<std::size_t> starts = FieldStarts(walker.Record(), QuoteUse::kHonour);
     starts.push_back(walker.Record().size() + 1);
@@ -43,7 +44,8 @@ bool AddPassedOverError(Findings& findings, const DefinitionFile& definition, co
 }
 
 void AddCellError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
-  const Cell cell = CellAt(definition.data, stop.offset, {QuoteUse::kHonour, kLeadingFields - 1});
+  const Cell cell =
+      CellAt(definition.data, stop.offset, {QuoteUse::kHonour, kFieldsBeforeIndicators - 1});
   const std::string role = RoleOf(definition, HeaderOf(definition.data), cell.field);
   std::string cure = ". Write 0 or 1; it may not be missing.";
   if (MayBeMissing(role)) {
@@ -91,7 +93,7 @@ void AddIndicatorError(Findings& findings, const DefinitionFile& definition) {
                     "The lines of " + Quoted(definition.data) + " have " +
                         Counted(fields, "field") + "; behind key, hospital, Y and " +
                         Counted(definition.poaCount, "POA indicator") + " that leaves " +
-                        std::to_string(fields - kLeadingFields - definition.poaCount) +
+                        std::to_string(fields - kFieldsBeforeIndicators - definition.poaCount) +
                         " for Z and X, which come in pairs. Correct the number of indicators.");
 }
 
@@ -104,7 +106,8 @@ bool AddSizeError(Findings& findings, const DefinitionFile& definition) {
     findings.AddError(definition.data, {}, "The data file is empty. Give it a header and records.");
     return true;
   }
-  if (definition.poaCount < 0 || fields < std::int64_t{kLeadingFields} + definition.poaCount) {
+  if (definition.poaCount < 0 ||
+      fields < std::int64_t{kFieldsBeforeIndicators} + definition.poaCount) {
     AddIndicatorError(findings, definition);
     return true;
   }

@@ -6,10 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "data/data_file_reader.h"
 #include "tools/check/data_fields.h"
 #include "tools/check/odd_cells.h"
-#include "tools/check/paths.h"
 #include "tools/check/tables.h"
+#include "tools/support/text.h"
 
 namespace Hovar {
 namespace {
@@ -18,20 +19,12 @@ namespace {
 /// the next comma, the ID by the rules of quotes.
 std::size_t HospitalEnd(std::string_view record) noexcept {
   const std::size_t id = std::min(record.find(','), record.size() - 1) + 1;
-  bool isQuoted = false;
-  for (std::size_t i = id; i < record.size(); ++i) {
-    if (record[i] == '"') {
-      isQuoted = !isQuoted;  // a doubled quote turns twice
-    } else if (record[i] == ',' && !isQuoted) {
-      return i + 1;
-    }
-  }
-  return record.size();
+  return FieldsEnd(record, id, 1);
 }
 
 /// Finds the odd cells of a record. Nearly all cells are a digit and a comma, or a comma alone.
 void FindOddCells(OddCells& odd, std::string_view record, std::int64_t offset) {
-  std::size_t field = kLeadingFields - 1;
+  std::size_t field = kFieldsBeforeIndicators - 1;
   for (std::size_t start = HospitalEnd(record); start < record.size(); ++field) {
     const char c = record[start];
     if ((c == '0' || c == '1') && start + 1 < record.size() && record[start + 1] == ',') {
@@ -64,11 +57,9 @@ void WarnAtRecord(Findings& findings, const std::string& path, std::int64_t reco
 
 /// A hospital ID without what people write in more than one way.
 std::string BareId(std::string_view id) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  id.remove_prefix(std::min(id.find_first_not_of(kBlanks), id.size()));
-  id = id.substr(0, id.find_last_not_of(kBlanks) + 1);
+  id = Trimmed(id);
   id.remove_prefix(std::min(id.find_first_not_of('0'), std::max<std::size_t>(id.size(), 1) - 1));
-  return SmallLetters(std::string(id));
+  return LowerCase(id);
 }
 
 void WarnOfSimilarHospitals(Findings& findings, const std::string& path, const DataSet& dataSet) {
@@ -151,7 +142,7 @@ void WarnOfContradictions(Findings& findings, const DefinitionFile& definition,
     return;
   }
   const std::vector<std::size_t> fields = FieldStarts(HeaderOf(definition.data), QuoteUse::kHonour);
-  const auto firstIndicator = static_cast<std::size_t>(kLeadingFields);
+  const auto firstIndicator = static_cast<std::size_t>(kFieldsBeforeIndicators);
   const Place place =
       firstIndicator < fields.size()
           ? PlaceOf(definition.data, static_cast<std::int64_t>(fields[firstIndicator]))

@@ -9,13 +9,13 @@
 #include "tools/check/description.h"
 #include "tools/check/grammar.h"
 #include "tools/check/model_files.h"
-#include "tools/check/paths.h"
 #include "tools/check/proxy_warnings.h"
 #include "tools/check/seed.h"
 #include "tools/check/values.h"
 #include "tools/plan/estimating_equations.h"
 #include "tools/support/error_capture.h"
 #include "tools/support/files.h"
+#include "tools/support/paths.h"
 #include "tools/support/text_places.h"
 
 namespace Hovar {
@@ -135,10 +135,8 @@ void DefinitionChecker::CheckDefinition(const std::string& path, std::string_vie
 }
 
 bool DefinitionChecker::IsBeingChecked(const std::string& path) const {
-  return std::any_of(batches_.begin(), batches_.end(), [&path](const std::string& batch) {
-    return NormalPath(batch) == NormalPath(path) ||
-           Vell::IO::Platform::SameFile(batch.c_str(), path.c_str());
-  });
+  return std::any_of(batches_.begin(), batches_.end(),
+                     [&path](const std::string& batch) { return IsSameFile(batch, path); });
 }
 
 void DefinitionChecker::CheckBatch(const DefinitionFile& definition) {

@@ -7,6 +7,7 @@
 #include "foundation/string.h"
 #include "tools/check/findings.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/text.h"
 #include "tools/support/text_places.h"
 
 namespace Hovar {
@@ -24,24 +25,6 @@ bool Contains(const Names& names, std::string_view name) {
 }
 
 bool IsBlank(char c) noexcept { return Vell::kWhitespace.find(c) != std::string_view::npos; }
-
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) {
-    text.remove_prefix(1);
-  }
-  while (!text.empty() && IsBlank(text.back())) {
-    text.remove_suffix(1);
-  }
-  return text;
-}
-
-std::string Lower(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return lower;
-}
 
 std::string Tag(std::string_view name) { return '<' + std::string(name) + '>'; }
 std::string EndTag(std::string_view name) { return "</" + std::string(name) + '>'; }
@@ -111,7 +94,7 @@ GrammarError WrongName(const Surroundings& around, const Mismatch& mismatch) {
                      due + " is due here, but " + Quoted(Tag(found)) + " stands here. "};
   if (found.empty()) {
     error.text = due + " is due here, but the file ends. Complete the file.";
-  } else if (Lower(found) == Lower(due.substr(1, due.size() - 2))) {
+  } else if (LowerCase(found) == LowerCase(due.substr(1, due.size() - 2))) {
     error.text += "Names are compared letter by letter, capitals included.";
   } else if (isEnd) {
     error.text += "Close the element before the next one begins.";

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/io/csv_rules.h"
 #include "foundation/io/number_text.h"
 #include "tools/check/odd_cells.h"
 
@@ -11,16 +12,7 @@ namespace {
 
 /// The first two fields of a record as written, with the comma after them: key and hospital.
 std::string_view KeyAndHospital(std::string_view record) noexcept {
-  int commas = 0;
-  bool isQuoted = false;
-  for (std::size_t i = 0; i < record.size(); ++i) {
-    if (record[i] == '"') {
-      isQuoted = !isQuoted;  // a doubled quote turns twice
-    } else if (record[i] == ',' && !isQuoted && ++commas == 2) {
-      return record.substr(0, i + 1);
-    }
-  }
-  return record;
+  return record.substr(0, FieldsEnd(record, 0, 2));
 }
 
 std::string KeyIn(std::string_view keyAndHospital) {
@@ -60,7 +52,7 @@ void WarnOfWrongLines(Findings& findings, const std::string& path, const WrongLi
 }  // namespace
 
 bool HasQuotedComma(std::string_view record) {
-  return record.find('"') != std::string_view::npos &&
+  return record.find(Vell::IO::kQuote) != std::string_view::npos &&
          FieldStarts(record, QuoteUse::kIgnore).size() !=
              FieldStarts(record, QuoteUse::kHonour).size();
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "foundation/io/number_text.h"
+#include "tools/support/text.h"
 #include "tools/support/text_places.h"
 
 namespace Hovar {
@@ -11,10 +12,7 @@ namespace {
 /// What reading a number passes over: more than the white space round a text of a definition.
 constexpr std::string_view kBlanks = " \t\r\n\v\f";
 
-std::string_view WithoutBlanks(std::string_view cell) noexcept {
-  cell.remove_prefix(std::min(cell.find_first_not_of(kBlanks), cell.size()));
-  return cell.substr(0, cell.find_last_not_of(kBlanks) + 1);
-}
+std::string_view WithoutBlanks(std::string_view cell) noexcept { return Trimmed(cell, kBlanks); }
 
 /// "1 more cell of this column is", "2 more cells of this column are".
 std::string OthersAre(std::int64_t count, std::string_view where) {

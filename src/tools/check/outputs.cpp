@@ -4,8 +4,9 @@
 #include <vector>
 
 #include "foundation/io/platform/platform.h"
-#include "tools/check/paths.h"
+#include "tools/support/paths.h"
 #include "tools/support/shown_path.h"
+#include "tools/support/text.h"
 
 namespace Hovar {
 namespace {
@@ -194,7 +195,7 @@ void OutputCheck::WarnOfCollision(Findings& findings, const DefinitionFile& defi
     overwritten_.push_back({output, definition.folder, definition.path, place});
   }
   // Its own spelling is not there yet, or it would be an earlier output.
-  if (const auto other = spellings_.find(SmallLetters(NormalPath(output.path)));
+  if (const auto other = spellings_.find(LowerCase(NormalPath(output.path)));
       other != spellings_.end()) {
     findings.AddWarning(definition.path, place,
                         Subject(output) + " differs from " +
@@ -246,7 +247,7 @@ void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
   WarnOfCollision(findings, definition, output);
   const std::string normal = NormalPath(output.path);
   files_.insert_or_assign(normal, WrittenFile{output.path, output.what, definition.path, run_});
-  spellings_.emplace(SmallLetters(normal), normal);
+  spellings_.emplace(LowerCase(normal), normal);
 }
 
 void OutputCheck::Check(Findings& findings, const DefinitionFile& definition) {

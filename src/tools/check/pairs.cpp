@@ -8,8 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "data/data_file_reader.h"
 #include "tools/check/data_fields.h"
-#include "tools/check/paths.h"
+#include "tools/support/text.h"
 #include "tools/check/tables.h"
 
 namespace Hovar {
@@ -65,7 +66,7 @@ enum class Digits {
 /// Names are compared without regard to capital letters; see SmallNames.
 Pairing PairingOf(const Names& names, std::int64_t indicators, Digits digits) {
   Pairing pairing;
-  pairing.firstZ = static_cast<std::size_t>(kLeadingFields + indicators);
+  pairing.firstZ = static_cast<std::size_t>(kFieldsBeforeIndicators + indicators);
   pairing.pairs = (names.size() - pairing.firstZ) / 2;
   struct Group {
     std::size_t first = 0;
@@ -110,7 +111,7 @@ Names NamesOf(const std::string& path) {
 /// People write ZAge and xage, which go together.
 Names SmallNames(Names names) {
   for (std::string& name : names) {
-    name = SmallLetters(std::move(name));
+    name = LowerCase(name);
   }
   return names;
 }
@@ -126,7 +127,7 @@ std::optional<std::int64_t> FittingCount(const Names& names, std::int64_t given)
   for (std::int64_t distance = 2; distance <= kFarthest; distance += 2) {
     for (const std::int64_t count : {given - distance, given + distance}) {
       const bool isPossible =
-          count >= 0 && kLeadingFields + count < static_cast<std::int64_t>(names.size());
+          count >= 0 && kFieldsBeforeIndicators + count < static_cast<std::int64_t>(names.size());
       if (isPossible && HasPattern(PairingOf(names, count, Digits::kDoNotCount))) {
         return count;
       }
@@ -140,7 +141,7 @@ std::optional<std::int64_t> FittingCount(const Names& names, std::int64_t given)
 void WarnOfPairs(Findings& findings, const DefinitionFile& definition) {
   const Names names = NamesOf(definition.data);
   const std::int64_t given = definition.poaCount;
-  const auto fields = static_cast<std::int64_t>(names.size()) - kLeadingFields - given;
+  const auto fields = static_cast<std::int64_t>(names.size()) - kFieldsBeforeIndicators - given;
   if (given < 0 || fields < 2 || fields % 2 != 0) {
     return;  // an error, or no pairs
   }

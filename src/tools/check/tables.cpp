@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "foundation/string.h"
-#include "tools/check/paths.h"
+#include "tools/support/text.h"
 
 namespace Hovar {
 namespace {
@@ -17,7 +17,7 @@ bool IsBrokenWord(std::string_view cell) {
   if (cell.starts_with('-') || cell.starts_with('+')) {
     cell.remove_prefix(1);
   }
-  const std::string word = SmallLetters(std::string(cell));
+  const std::string word = LowerCase(cell);
   if (word.starts_with('n')) {
     return !word.starts_with("nan");
   }

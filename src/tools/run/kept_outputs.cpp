@@ -4,6 +4,7 @@
 
 #include "foundation/io/platform/folders.h"
 #include "tools/support/message.h"
+#include "tools/support/paths.h"
 #include "tools/support/shown_path.h"
 
 namespace Hovar {
@@ -12,9 +13,8 @@ namespace {
 namespace Platform = Vell::IO::Platform;
 
 bool IsAmong(const std::string& path, const std::vector<std::string>& paths) {
-  return std::any_of(paths.begin(), paths.end(), [&path](const std::string& other) {
-    return path == other || Platform::SameFile(path.c_str(), other.c_str());
-  });
+  return std::any_of(paths.begin(), paths.end(),
+                     [&path](const std::string& other) { return IsSameFile(path, other); });
 }
 
 /// An input of a run that would be gone when the run starts, or the empty text.

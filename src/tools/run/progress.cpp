@@ -11,14 +11,8 @@ namespace {
 /// Bytes of a data file; a file that is not there yet weighs like a small one.
 double DataSize(const std::string& path) {
   constexpr double kSmall = 1e5;
-  const Vell::IO::Platform::FileHandle file =
-      Vell::IO::Platform::OpenFile(path.c_str(), Vell::IO::Platform::Access::kRead);
-  if (file == Vell::IO::Platform::kNoFile) {
-    return kSmall;
-  }
-  const auto length = static_cast<double>(Vell::IO::Platform::FileLength(file));
-  Vell::IO::Platform::CloseFile(file);
-  return std::max(length, 1.0);
+  const std::optional<std::int64_t> size = FileSize(path);
+  return size ? std::max(static_cast<double>(*size), 1.0) : kSmall;
 }
 
 /// The cost of a pass per byte of data, relative to an imputation sweep: an iteration of the chain

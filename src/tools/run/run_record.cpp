@@ -97,13 +97,7 @@ void WriteProgram(JsonWriter& json) {
 }  // namespace
 
 RunRecord::InputFacts RunRecord::FactsOf(const std::string& path) {
-  InputFacts facts{path, Sha256OfFile(path).value_or(std::string()), 0};
-  const Platform::FileHandle file = Platform::OpenFile(path.c_str(), Platform::Access::kRead);
-  if (file != Platform::kNoFile) {
-    facts.size = Platform::FileLength(file);
-    Platform::CloseFile(file);
-  }
-  return facts;
+  return {path, Sha256OfFile(path).value_or(std::string()), FileSize(path).value_or(0)};
 }
 
 RunRecord::RunRecord(const RunPlan& plan) : plan_(plan), start_(Platform::CalendarSeconds()) {

@@ -18,6 +18,7 @@
 #include "tools/run/run_record.h"
 #include "tools/support/files.h"
 #include "tools/support/message.h"
+#include "tools/support/paths.h"
 #include "tools/support/sentence_parts.h"
 #include "tools/support/shown_path.h"
 
@@ -167,9 +168,8 @@ bool BelongsToRun(const std::string& path, const RunPlan& plan) {
     files.insert(files.end(), run.inputs.begin(), run.inputs.end());
     files.insert(files.end(), run.outputs.begin(), run.outputs.end());
   }
-  return std::any_of(files.begin(), files.end(), [&path](const std::string& file) {
-    return file == path || Platform::SameFile(file.c_str(), path.c_str());
-  });
+  return std::any_of(files.begin(), files.end(),
+                     [&path](const std::string& file) { return IsSameFile(file, path); });
 }
 
 /// Runs and, if a record is wanted, writes it; its file is opened first, so that a failure to write

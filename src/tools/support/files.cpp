@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "foundation/io/platform/folders.h"
+#include "foundation/string.h"
 
 namespace Hovar {
 
@@ -31,6 +32,11 @@ std::int64_t InputFile::Read(std::span<char> buffer) const noexcept {
     size += static_cast<std::size_t>(count);
   }
   return static_cast<std::int64_t>(size);
+}
+
+std::optional<std::int64_t> FileSize(const std::string& path) {
+  const InputFile file(path);
+  return file.IsOpen() ? std::optional(file.Length()) : std::nullopt;
 }
 
 std::optional<std::string> ReadSmallFile(const std::string& path) {
@@ -119,10 +125,7 @@ bool WriteWholeFile(const std::string& path, std::string_view text) {
 }
 
 std::string JoinPath(std::string_view folder, std::string_view name) {
-  std::string path(folder);
-  path.push_back('\\');
-  path.append(name);
-  return path;
+  return std::string(Vell::JoinPath(folder, name).View());
 }
 
 }  // namespace Hovar

@@ -28,9 +28,15 @@ class InputFile {
   /// later call finds what has been written after the former end in the meantime.
   std::int64_t Read(std::span<char> buffer) const noexcept;
 
+  /// The length in bytes; -1 when it has none, as a pipe.
+  std::int64_t Length() const noexcept { return Vell::IO::Platform::FileLength(file_); }
+
  private:
   Vell::IO::Platform::FileHandle file_;
 };
+
+/// The length of a file in bytes, -1 when it has none, as a pipe; nothing when it cannot be opened.
+std::optional<std::int64_t> FileSize(const std::string& path);
 
 /// The bytes of a regular file of up to 16 MiB; nothing when there is no such file, it is larger or
 /// cannot be read.
@@ -68,7 +74,7 @@ class OutputFile {
 /// As OutputFile, for a text in memory; false when any step failed.
 bool WriteWholeFile(const std::string& path, std::string_view text);
 
-/// `folder`, a backslash, `name`, as the program joins its output paths.
+/// As Vell::JoinPath, by which the program makes its output paths.
 std::string JoinPath(std::string_view folder, std::string_view name);
 
 }  // namespace Hovar

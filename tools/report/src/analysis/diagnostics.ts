@@ -5,6 +5,7 @@
 // Thresholds: A. Vehtari, A. Gelman, D. Simpson, B. Carpenter, P.-C. Buerkner, Rank-normalization,
 // folding, and localization: An improved R-hat for assessing convergence of MCMC, Bayesian Analysis
 // 16 (2021), 667-718.
+import type { ChainSummary } from '../statistics/convergence';
 import { summarise } from '../statistics/convergence';
 import type { ChainFile, Report } from '../model';
 import type { ChainGroup } from './chain_groups';
@@ -14,17 +15,8 @@ export const kSmallestEss = 400;
 /** Fewer draws in a chain say nothing: halves of a chain need some autocorrelations each. */
 export const kFewestDraws = 8;
 
-export interface Summary {
-  mean: number;
-  sd: number;
-  q025: number;
-  median: number;
-  q975: number;
-  rhat: number;
-  essBulk: number;
-  essTail: number;
-  mcseMean: number;
-}
+/** The figures of one coefficient. */
+export type Summary = ChainSummary;
 
 /** The first one that applies, in this order. */
 export type Verdict =

@@ -1,4 +1,4 @@
-#include "tools/check/paths.h"
+#include "tools/support/paths.h"
 
 #include <algorithm>
 #include <array>
@@ -6,6 +6,7 @@
 
 #include "foundation/io/platform/folders.h"
 #include "foundation/io/platform/platform.h"
+#include "tools/support/text.h"
 
 namespace Hovar {
 namespace {
@@ -64,13 +65,6 @@ std::string_view LastName(std::string_view path) {
   return path.substr(path.find_last_of("/\\") + 1);
 }
 
-std::string SmallLetters(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return text;
-}
-
 bool IsSameFile(const std::string& one, const std::string& other) {
   return NormalPath(one) == NormalPath(other) || Platform::SameFile(one.c_str(), other.c_str());
 }
@@ -78,7 +72,7 @@ bool IsSameFile(const std::string& one, const std::string& other) {
 bool DiffersInCaseOnly(const std::string& one, const std::string& other) {
   const std::string a = NormalPath(one);
   const std::string b = NormalPath(other);
-  return a != b && SmallLetters(a) == SmallLetters(b);
+  return a != b && LowerCase(a) == LowerCase(b);
 }
 
 }  // namespace Hovar

@@ -1,14 +1,16 @@
-#include "tools/check/paths.h"
+#include "tools/support/paths.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
+#include "tools/support/text.h"
+
 namespace {
 
 using Hovar::NormalPath;
 
-TEST(CheckOutputsTest, OnePathForAllSpellings) {
+TEST(PathsTest, OnePathForAllSpellings) {
   for (const char* path :
        {"/a/b", "\\a\\b", "/a//b", "/a/./b/", "/a/c/../b", "/../a/b", "\\a/b\\"}) {
     EXPECT_EQ(NormalPath(path), "/a/b") << path;
@@ -20,12 +22,22 @@ TEST(CheckOutputsTest, OnePathForAllSpellings) {
   EXPECT_NE(NormalPath("/a/B"), NormalPath("/a/b"));
 }
 
-TEST(CheckOutputsTest, RelativePathsBeginInTheCurrentFolder) {
+TEST(PathsTest, RelativePathsBeginInTheCurrentFolder) {
   const std::string here = NormalPath(std::filesystem::current_path().string());
   EXPECT_EQ(NormalPath("."), here);
   EXPECT_EQ(NormalPath(""), here);
   EXPECT_EQ(NormalPath("a\\b"), here + "/a/b");
   EXPECT_EQ(NormalPath("a/../b"), here + "/b");
+}
+
+TEST(PathsTest, OneFileIsTheSameByEverySpelling) {
+  EXPECT_TRUE(Hovar::IsSameFile("none/a", "none/a"));
+  EXPECT_TRUE(Hovar::IsSameFile("none/a", ".\\none\\b\\..\\a")) << "there is no such file";
+  EXPECT_FALSE(Hovar::IsSameFile("none/a", "none/b"));
+}
+
+TEST(PathsTest, OnlyCapitalsOfAsciiBecomeSmall) {
+  EXPECT_EQ(Hovar::LowerCase("AZaz09[@`{\xC3\x84"), "azaz09[@`{\xC3\x84");
 }
 
 }  // namespace

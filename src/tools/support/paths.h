@@ -10,20 +10,19 @@ namespace Hovar {
 constexpr bool IsSeparator(char c) noexcept { return c == '/' || c == '\\'; }
 
 /// A path as one text for all its spellings: absolute, '/' between folders, without "." and "..".
-/// Symbolic links are not looked at.
+/// Symbolic links are not resolved.
 std::string NormalPath(std::string_view path);
 
-/// What stands before the last name of a path, which must have one: "." where nothing does.
+/// The part of a path before its last name, which is required: "." when there is none.
 std::string ParentOf(std::string_view path);
 
+/// The part of a path after its last separator.
 std::string_view LastName(std::string_view path);
-
-/// The text with the capital letters of ASCII as small ones.
-std::string SmallLetters(std::string text);
 
 /// True for two spellings of one path, and for two paths that lead to one file.
 bool IsSameFile(const std::string& one, const std::string& other);
 
+/// True for two paths that differ in nothing but the case of ASCII letters.
 bool DiffersInCaseOnly(const std::string& one, const std::string& other);
 
 }  // namespace Hovar
