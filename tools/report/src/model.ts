@@ -81,6 +81,9 @@ export const kPredictionColumns = [
 ] as const;
 export type PredictionColumn = (typeof kPredictionColumns)[number];
 
+/** The program counts records in 32 bits with a sign. */
+export const kMostRecords = 2 ** 31 - 1;
+
 export interface HospitalRow {
   id: string;
   records: number;

@@ -4,7 +4,7 @@ import { test } from 'node:test';
 import { groupChains } from '../src/analysis/chain_groups';
 import { diagnose } from '../src/analysis/diagnostics';
 import { usesGee } from '../src/analysis/estimating_equations';
-import { defaultExpectation, heterogeneityText, judgeHospitals, pairOf } from '../src/analysis/hospital_ratios';
+import { defaultExpectation, funnelCurves, heterogeneityText, judgeHospitals, pairOf } from '../src/analysis/hospital_ratios';
 import { convergenceFinding, fitFinding, hospitalFinding, missingFinding, runFinding } from '../src/analysis/verdict';
 import type { Report, SourceFile } from '../src/model';
 import { loadReport } from '../src/read/load';
@@ -22,11 +22,16 @@ function chain(folder: number, shape: Partial<ChainShape> = {}, path = 'mcmc/Cha
   return source(folder, path, chainText({ draws: 500, coefficients: 3, seed: folder + 1, ...shape }));
 }
 
+/** The coefficient file that the run of a chain writes. */
+const ofChain = async (chainFile: SourceFile, path: string, names = kNames, gee = false): Promise<SourceFile> =>
+  source(chainFile.folder, path, coefficientText(names, gee, await chainFile.blob.text()));
+
 const judged = async (report: Report) =>
   Promise.all(groupChains(report).map((group) => diagnose(report, group, () => {})));
 
 test('chains of several folders with the same variables are judged together', async () => {
-  const report = await load(...[0, 1, 2].flatMap((folder) => [chain(folder), source(folder, 'coefficients.csv', coefficientText(kNames))]));
+  const chains = [0, 1, 2].map((folder) => chain(folder));
+  const report = await load(...chains, ...await Promise.all(chains.map((one) => ofChain(one, 'coefficients.csv'))));
   const groups = groupChains(report);
   assert.equal(groups.length, 1);
   assert.deepEqual(groups[0].chains, [0, 1, 2]);
@@ -35,8 +40,8 @@ test('chains of several folders with the same variables are judged together', as
 });
 
 test('chains of different variables are judged apart', async () => {
-  const report = await load(chain(0), source(0, 'coefficients.csv', coefficientText(kNames)),
-    chain(1), source(1, 'coefficients.csv', coefficientText(['XIntercept', 'XA', 'XOther'])));
+  const report = await load(chain(0), await ofChain(chain(0), 'coefficients.csv'),
+    chain(1), await ofChain(chain(1), 'coefficients.csv', ['XIntercept', 'XA', 'XOther']));
   assert.equal(groupChains(report).length, 2);
 });
 
@@ -49,26 +54,70 @@ test('with different counts the columns get no names, and the note says why', as
 
 test('a chain takes its names from the nearest folder above', async () => {
   const report = await load(
-    source(0, 'coefficients.csv', coefficientText(['X0', 'X1', 'X2'])), source(0, 'deep/c.csv', coefficientText(kNames)), chain(0, {}, 'deep/mcmc/Chain.csv'));
+    await ofChain(chain(0), 'coefficients.csv', ['X0', 'X1', 'X2']), await ofChain(chain(0), 'deep/c.csv'), chain(0, {}, 'deep/mcmc/Chain.csv'));
   assert.deepEqual(groupChains(report)[0].names, kNames);
 });
 
 test('a chain without a coefficient file joins the only group of its width', async () => {
-  const report = await load(chain(0), source(0, 'c.csv', coefficientText(kNames)), source(1, 'c.csv', coefficientText([...kNames, 'XC'])),
-    chain(2), chain(1, { coefficients: 4 }));
+  const report = await load(chain(0), await ofChain(chain(0), 'c.csv'),
+    await ofChain(chain(1, { coefficients: 4 }), 'c.csv', [...kNames, 'XC']), chain(2), chain(1, { coefficients: 4 }));
   assert.deepEqual(groupChains(report).map((group) => group.columns.length), [3, 4]);
   assert.equal(groupChains(report)[0].chains.length, 2);
 });
 
+/** The definition of an Analysis as far as it concerns its chain. */
+const definitionText = (folder: string, chains: string, gee: boolean): string =>
+  `<Analysis>\n<Output>\n<Folder>${folder}</Folder>\n<McmcSubFolder>${chains}</McmcSubFolder>\n</Output>\n<Regression>\n` +
+  `<UseGeneralizedEstimatingEquations>${gee}</UseGeneralizedEstimatingEquations>\n</Regression>\n</Analysis>\n`;
+
+const [kSound, kUnsound] = [chain(0, {}, 'mf/Chain.csv'), chain(0, { seed: 8 }, 'mt/Chain.csv')];
+
+test('two runs in one folder: each chain is joined to the file that holds its means', async () => {
+  for (const [sound, unsound] of [['a_coef.csv', 'b_coef.csv'], ['b_coef.csv', 'a_coef.csv']]) {
+    const groups = groupChains(await load(kSound, kUnsound, await ofChain(kSound, sound), await ofChain(kUnsound, unsound, kNames, true)));
+    assert.deepEqual(groups.map((group) => [group.chains, group.gee, group.names, group.note]),
+      [[[0], false, kNames, ''], [[1], true, kNames, '']]);
+  }
+});
+
+test('means and block agree to the six digits written, whatever the size of the draws', async () => {
+  // The mean of the draws as written is 1.25e-6. Of the draws before they were rounded, 0.3000004 and
+  // -0.3 + 0.0000025 for example, it can be 0.5e-6 more, and not a thousandth.
+  const draws = 'Step,BetaYX[0]\n1,0.3\n2,-0.2999975\n';
+  const namesWith = async (estimate: string) => groupChains(await load(source(0, 'mcmc/Chain.csv', draws),
+    source(0, 'c.csv', coefficientText(['XIntercept'], false, `Step,BetaYX[0]\n1,${estimate}\n`))))[0].names;
+  for (const estimate of ['1.25e-06', '1.7e-06', '8e-07']) assert.deepEqual(await namesWith(estimate), ['XIntercept'], estimate);
+  for (const estimate of ['0.001', '-2e-06', 'nan']) assert.deepEqual(await namesWith(estimate), [], estimate);
+});
+
+test('a coefficient file of another run than the chain gives no names, and the note says so', async () => {
+  const [group] = groupChains(await load(kSound, await ofChain(kUnsound, 'coefficients.csv')));
+  assert.deepEqual(group.names, []);
+  assert.match(group.note, /^The means of the draws of run0\/mf\/Chain\.csv are not the fifth block of run0\/coefficients\.csv/);
+  const [ofTwo] = groupChains(await load(kSound, await ofChain(kUnsound, 'a.csv'), await ofChain(kUnsound, 'b.csv', kNames, true)));
+  assert.match(ofTwo.note, /not the fifth block of any of 2 coefficient files/);
+  assert.equal(ofTwo.gee, true);
+});
+
+test('a chain is unfit too where the definition that names its folder has the flag', async () => {
+  const geeWith = async (definition: string) => groupChains(await load(kSound, await ofChain(kSound, 'c.csv'),
+    source(0, 'a.xml', definition)))[0].gee;
+  assert.equal(await geeWith(definitionText('run0', 'mf', true)), true);
+  assert.equal(await geeWith(definitionText('.\\out\\run0\\', 'mf', true)), true);
+  assert.equal(await geeWith(definitionText('run0', 'mf', false)), false);
+  assert.equal(await geeWith(definitionText('run0', 'mt', true)), false);
+  assert.equal(await geeWith(definitionText('run1', 'mf', true)), false);
+});
+
 test('four independent chains have converged', async () => {
-  const report = await load(...[0, 1, 2, 3].map((folder) => chain(folder)), source(0, 'c.csv', coefficientText(kNames)));
+  const report = await load(...[0, 1, 2, 3].map((folder) => chain(folder)), await ofChain(chain(0), 'c.csv'));
   const finding = convergenceFinding(report, await judged(report));
   assert.equal(finding?.level, 'good');
   assert.match(finding?.answer ?? '', /^Yes\. In 4 chains all 3 coefficients/);
 });
 
 test('a chain that stays apart is named with what to do', async () => {
-  const report = await load(...[0, 1, 2].map((folder) => chain(folder)), chain(3, { shift: 0.5 }), source(0, 'c.csv', coefficientText(kNames)));
+  const report = await load(...[0, 1, 2].map((folder) => chain(folder)), chain(3, { shift: 0.5 }), await ofChain(chain(0), 'c.csv'));
   const finding = convergenceFinding(report, await judged(report));
   assert.equal(finding?.level, 'act');
   assert.match(finding?.answer ?? '', /1 of 3 coefficients have R-hat above 1\.01/);
@@ -185,6 +234,34 @@ test('a wide spread of the true ratios is not put down to chance', async () => {
 test('a hospital without expectation is not placed', async () => {
   const report = await load(source(0, 'h', `${kHospitalHeader}\nA,20,1,1,0,0,0,0,0,0,,0,0\n`));
   assert.equal(judgeHospitals(report.hospitals[0], pairOf('E[Y|X]'), false).ratios[0].position, 'unknown');
+});
+
+const kTiny = 'T,20,20,20,0,0,0,0,5e-324,5e-324,0,0,0';
+
+test('an expectation so small that Q is not finite leaves the question open', async () => {
+  const rows = [...kFiveRates.map(hospitalRow), kTiny.replace('20,0,0,0,0', '20,0.1,0,0,0.1')];
+  const report = await load(source(0, 'h', [kHospitalHeader, ...rows, ''].join('\n')));
+  const [chance, wider] = [false, true].map((widen) => judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), widen));
+  assert.match(heterogeneityText(chance), /^Whether the hospitals differ by more than chance cannot be told/);
+  assert.equal(wider.adjusted, false);
+  assert.deepEqual(wider.ratios, chance.ratios);
+});
+
+test('a number of records that no run writes gives no limits, and the file a remark', async () => {
+  const many = '1e12,900,900,0.1,0.1,0.1,0.1,0.1,0.1,0,0,0';
+  const rows = [...kFiveRates.map(hospitalRow), ...Array.from({ length: 25 }, (_, i) => `m${i},${many}`), `n,${many.replace('1e12', '1e15')}`];
+  const report = await load(source(0, 'h', [kHospitalHeader, ...rows, ''].join('\n')));
+  const started = performance.now();
+  const judgement = judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), true);
+  funnelCurves(judgement);
+  assert.ok(performance.now() - started < 500);
+  assert.ok(judgement.ratios.slice(5).every(({ position }) => position === 'unknown'));
+  // Q is that of the five others.
+  assert.match(heterogeneityText(judgement), /Q = 49\.4 on 4 degrees of freedom/);
+  assert.match(report.files[0].note, /number of records that no run writes/);
+  const largest = await load(source(0, 'h', `${kHospitalHeader}\nA,2147483647,9,9,0.1,0.1,0.1,0.1,0.1,0.1,0,0,0\n`));
+  assert.equal(largest.files[0].note, '');
+  assert.equal(judgeHospitals(largest.hospitals[0], pairOf('E[Y|X,P=0]-MCMC'), false).ratios[0].position, 'inside');
 });
 
 test('C-statistics are put in words, and -1 is none', async () => {

@@ -31,9 +31,8 @@ const judged = async (report: Report) =>
 async function caseReport(name: string, chains: number, gee: boolean): Promise<Report> {
   return load(...Array.from({ length: chains }, (_, k) => {
     const lines = kDraws.filter(([of, chain]) => of === name && Number(chain) === k + 1).map(([, , a, b], i) => `${i + 1},${a},${b}\n`);
-    return [
-      source(k, 'mcmc/Chain.csv', `Step,BetaYX[0],BetaYX[1]\n${lines.join('')}`), source(k, 'coefficients.csv', coefficientText(kNames, gee)),
-    ];
+    const text = `Step,BetaYX[0],BetaYX[1]\n${lines.join('')}`;
+    return [source(k, 'mcmc/Chain.csv', text), source(k, 'coefficients.csv', coefficientText(kNames, gee, text))];
   }).flat());
 }
 
@@ -108,7 +107,10 @@ function predictions({ missingP, missingX }: Study): SourceFile[] {
 
 /** All findings of a study of several good chains, with the log of a run without warnings. */
 async function findingsOf(study: Study): Promise<Finding[]> {
-  const chains = [0, 1, 2, 3].map((k) => source(0, `chain-${k}/Chain.csv`, chainText({ draws: study.draws ?? 500, coefficients: 2, seed: k + 1 })));
+  const chains = [0, 1, 2, 3].flatMap((k) => {
+    const text = chainText({ draws: study.draws ?? 500, coefficients: 2, seed: k + 1 });
+    return [source(0, `chain-${k}/Chain.csv`, text), source(0, `chain-${k}/coefficients.csv`, coefficientText(kNames, study.gee, text))];
+  });
   const report = await load(source(0, 'coefficients.csv', coefficientText(kNames, study.gee)), ...chains, ...predictions(study),
     source(0, 'analysis.log', 'Number of records: 400\nEliminating Z zero columns\n'),
     ...study.described ? [source(0, 'data.txt', kDescription)] : []);
@@ -226,8 +228,8 @@ test('a saved check shows how many warnings it gave, and the first of them', asy
 const kWithoutDraws = coefficientText(kNames, true).replace(/,,[^,\n]*\n/g, ',,0\n').replace(/^(Variables.*),,0$/m, '$1');
 
 test('both runs in one folder: each file is judged by its own coefficients', async () => {
-  const report = await load(source(0, 'coefficients.csv', coefficientText(kNames)),
-    source(0, 'mcmc/Chain.csv', chainText({ draws: 800, coefficients: 2, seed: 1 })),
+  const text = chainText({ draws: 800, coefficients: 2, seed: 1 });
+  const report = await load(source(0, 'coefficients.csv', coefficientText(kNames, false, text)), source(0, 'mcmc/Chain.csv', text),
     source(0, 'clustered/coefficients.csv', kWithoutDraws), source(0, 'clustered/mcmc/Chain.csv', 'Step,BetaYX[0],BetaYX[1]\n'),
     source(0, 'analysis.log', 'Number of records: 400\nEliminating Z zero columns\n'),
     ...predictions({ gee: false, missingP: true, missingX: false }));
@@ -240,8 +242,9 @@ test('both runs in one folder: each file is judged by its own coefficients', asy
 });
 
 test('chains with and without estimating equations are not judged together, and the unfit ones come first', async () => {
-  const report = await load(source(0, 'coefficients.csv', coefficientText(kNames)), source(1, 'coefficients.csv', coefficientText(kNames, true)),
-    ...[0, 1].map((folder) => source(folder, 'mcmc/Chain.csv', chainText({ draws: 800, coefficients: 2, seed: folder + 1 }))));
+  const texts = [1, 2].map((seed) => chainText({ draws: 800, coefficients: 2, seed }));
+  const report = await load(...texts.flatMap((text, folder) =>
+    [source(folder, 'coefficients.csv', coefficientText(kNames, folder === 1, text)), source(folder, 'mcmc/Chain.csv', text)]));
   const groups = await judged(report);
   assert.equal(groups.length, 2);
   const found = convergenceFinding(report, groups);

@@ -2,9 +2,8 @@
 //
 // Chains belong together when they have the same number of coefficients with the same names, and both
 // or neither come from generalized estimating equations, which draw from another distribution. Columns
-// get their names from the rows of a coefficient file by position: Chain.csv numbers them only. The
-// coefficient file of a chain is the one in the nearest folder above it.
-import { coefficientsBeside, madeWithGee } from './estimating_equations';
+// get their names from the rows of the chain's coefficient file by position: Chain.csv numbers them only.
+import { coefficientsOf } from './chain_coefficients';
 import type { Report } from '../model';
 import { originText } from '../model';
 
@@ -50,11 +49,8 @@ export function groupChains(report: Report): ChainGroup[] {
 
 function joinNames(report: Report, index: number): Joined {
   const chain = report.chains[index];
-  const file = coefficientsBeside(chain.origin, report.coefficients);
-  const gee = madeWithGee(report, chain.origin);
-  if (!file) {
-    return { chain: index, gee, names: [], note: 'There is no coefficient file beside the chain, so its columns have no names.' };
-  }
+  const { file, note, gee } = coefficientsOf(chain, report);
+  if (!file) return { chain: index, gee, names: [], note };
   if (file.xNames.length !== chain.columns.length) {
     return {
       chain: index, gee, names: [],

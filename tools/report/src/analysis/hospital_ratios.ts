@@ -6,7 +6,7 @@
 import {
   adjustedLimits, funnelLimits, heterogeneity, observedToExpectedInterval, type Heterogeneity,
 } from '../statistics/funnel';
-import { kExpectations, kPredictionColumns } from '../model';
+import { kExpectations, kMostRecords, kPredictionColumns } from '../model';
 import { fixed, number, plural } from '../view/format';
 import { runUsesGee, unfitColumns, unfitExpectation } from './estimating_equations';
 import type { CalibrationColumn, HospitalFile, HospitalRow, PredictionColumn, Report } from '../model';
@@ -85,11 +85,12 @@ export function expectationNote(report: Report, column: PredictionColumn): strin
   return `Chosen by hand; the default is ${preset.column}. ${reason}`;
 }
 
-export function judgeHospitals(file: HospitalFile, pair: CalibrationColumn, adjusted: boolean): HospitalJudgement {
+export function judgeHospitals(file: HospitalFile, pair: CalibrationColumn, widen: boolean): HospitalJudgement {
   const counted = file.rows.map((row) => countsOf(row, pair));
-  const between = heterogeneity(counted);
+  const between = heterogeneity(counted.filter(isCountable));
+  const adjusted = widen && (between === null || isTold(between));
   const ratios = counted.map((counts) => {
-    if (!(counts.expected > 0)) return unknown(counts);
+    if (!(counts.expected > 0) || !isCountable(counts)) return unknown(counts);
     const limits = (level: 0.95 | 0.998) => adjusted && between
       ? adjustedLimits(counts.cases, counts.expected, level, between)
       : funnelLimits(counts.cases, counts.expected, level);
@@ -104,12 +105,21 @@ export function judgeHospitals(file: HospitalFile, pair: CalibrationColumn, adju
   return { pair, ratios, heterogeneity: between, adjusted };
 }
 
+/** No run writes more records, and the limits of so many cases would take minutes. */
+const isCountable = ({ cases }: Counts): boolean => !(cases > kMostRecords);
+
+/** False where an expectation so near 0 that its reciprocal is infinite leaves no Q. */
+export const isTold = ({ q, tau2 }: Heterogeneity): boolean => Number.isFinite(q) && Number.isFinite(tau2);
+
 /**
  * Whether the hospitals differ by more than chance, in words. A Q that is not large is no proof that they
  * do not differ, and the text does not say so.
  */
 export function heterogeneityText({ heterogeneity: between }: HospitalJudgement): string {
   if (!between) return '';
+  if (!isTold(between)) {
+    return 'Whether the hospitals differ by more than chance cannot be told: a hospital expects so little that Cochran’s Q is not finite.';
+  }
   const { q, degrees, pValue, tau2 } = between;
   const test = `Cochran’s Q = ${number(q)} on ${plural(degrees, 'degree')} of freedom, ` +
     `p ${pValue < 0.001 ? '< 0.001' : `= ${fixed(pValue, pValue < 0.1 ? 3 : 2)}`}`;
@@ -161,7 +171,7 @@ export interface FunnelCurve {
  * A hospital is judged by its own limits, which differ a little from these when its risk does.
  */
 export function funnelCurves(judgement: HospitalJudgement, points = 120): FunnelCurve[] {
-  const known = judgement.ratios.filter((ratio) => ratio.expected > 0);
+  const known = judgement.ratios.filter((ratio) => ratio.position !== 'unknown');
   if (known.length === 0) return [];
   const sum = (value: (ratio: HospitalRatio) => number) => known.reduce((total, ratio) => total + value(ratio), 0);
   const risk = sum((ratio) => ratio.expected) / Math.max(sum((ratio) => ratio.cases), 1);

@@ -1,5 +1,5 @@
 // Reads all files of a report. Runs in a worker; a browser that refuses workers runs it in the page.
-import { emptyReport, type FileEntry, type HospitalFile, type IndividualDigest, type Origin, type Report, type SourceFile } from '../model';
+import { emptyReport, kMostRecords, type FileEntry, type HospitalFile, type IndividualDigest, type Origin, type Report, type SourceFile } from '../model';
 import { TableError } from './csv';
 import { identify } from './identify';
 import { readChain } from './chain_file';
@@ -48,7 +48,14 @@ async function readInto(report: Report, entry: FileEntry, blob: Blob, onBytes: O
     case 'chain': report.chains.push(await readChain(blob, origin, onBytes)); break;
     case 'summary': report.summaries.push(await readSummary(blob, origin)); break;
     case 'individual': report.individuals.push(await readIndividual(blob, origin, onBytes)); break;
-    case 'hospitals': report.hospitals.push(await readHospitals(blob, origin)); break;
+    case 'hospitals': {
+      const file = await readHospitals(blob, origin);
+      report.hospitals.push(file);
+      if (file.rows.some((row) => row.records > kMostRecords)) {
+        entry.note = 'holds a number of records that no run writes; hospitals with so many are not judged';
+      }
+      break;
+    }
     case 'cStatistics': report.cStatistics.push(await readCStatistics(blob, origin)); break;
     case 'log': report.logs.push(await readLog(blob, origin)); break;
     case 'definition': report.definitions.push(await readDefinition(blob, origin)); break;

@@ -1,6 +1,6 @@
 // Hospitals: funnel, caterpillar and table over one expectation.
 import {
-  defaultExpectation, expectationNote, funnelCurves, heterogeneityText, judgeHospitals, kPositionText, meanOf, pairOf,
+  defaultExpectation, expectationNote, funnelCurves, heterogeneityText, isTold, judgeHospitals, kPositionText, meanOf, pairOf,
   type HospitalJudgement, type HospitalRatio, type Position,
 } from '../analysis/hospital_ratios';
 import { kIntervalMethod, kLimitsMethod, kWideningMethod } from '../statistics/funnel';
@@ -118,6 +118,7 @@ const matches = (ratios: HospitalRatio[], text: string): HospitalRatio[] =>
 
 function spreadText(judgement: HospitalJudgement): string {
   if (!judgement.heterogeneity) return '';
+  if (!isTold(judgement.heterogeneity)) return heterogeneityText(judgement);
   const limits = judgement.heterogeneity.tau2 === 0
     ? 'With tau = 0 the box that widens the limits leaves them as they are.'
     : judgement.adjusted

@@ -21,8 +21,9 @@ const kAttacks = [
 
 function writeAttacks(folder: string): void {
   const rows = '0,0.1,0.1,0,0.1,0.1,0,0.1,0';
-  write(folder, 'coefficients.csv', coefficientText(['XIntercept', ...kAttacks]));
-  write(folder, 'mcmc/Chain.csv', chainText({ draws: 200, coefficients: kAttacks.length + 1, seed: 1 }));
+  const chain = chainText({ draws: 200, coefficients: kAttacks.length + 1, seed: 1 });
+  write(folder, 'coefficients.csv', coefficientText(['XIntercept', ...kAttacks], false, chain));
+  write(folder, 'mcmc/Chain.csv', chain);
   write(folder, 'mcmc/Summary.csv', `Variable,Mean,Variance,Acceptance\n${kAttacks.map((a) => `${field(a)},${field(a)},1,${field(a)}`).join('\n')}\n`);
   write(folder, 'hospital.csv', hospitalText(kAttacks));
   write(folder, 'individual.csv', `${kIndividualHeader}\n${kAttacks.map((a) => `${field(a)},${field(a)},${rows}`).join('\n')}\n`);
@@ -127,8 +128,9 @@ const kNames = (count: number) => ['XIntercept', ...Array.from({ length: count -
 test('four chains, one of which stays apart, are judged together with their names', async () => {
   const folders = [1, 2, 3, 4].map((chain) => {
     const folder = freshFolder(join(kScratch, `chains/chain${chain}`));
-    write(folder, 'coefficients.csv', coefficientText(kNames(8)));
-    write(folder, 'mcmc/Chain.csv', chainText({ draws: 1000, coefficients: 8, seed: chain, shift: chain === 4 ? 0.1 : 0, memory: 0.3 }));
+    const text = chainText({ draws: 1000, coefficients: 8, seed: chain, shift: chain === 4 ? 0.1 : 0, memory: 0.3 });
+    write(folder, 'coefficients.csv', coefficientText(kNames(8), false, text));
+    write(folder, 'mcmc/Chain.csv', text);
     write(folder, 'mcmc/Summary.csv', summaryText(8));
     return folder;
   });
@@ -175,7 +177,9 @@ test('a million records, 5,000 hospitals and chains of 4 x 10,000 x 60 do not fr
   write(folder, 'coefficients.csv', coefficientText(kNames(60)));
   write(folder, 'cstatistics.csv', kStatisticsText);
   for (const chain of [1, 2, 3, 4]) {
-    write(folder, `chain${chain}/Chain.csv`, chainText({ draws: 10_000, coefficients: 60, seed: chain, memory: 0.2 }));
+    const text = chainText({ draws: 10_000, coefficients: 60, seed: chain, memory: 0.2 });
+    write(folder, `chain${chain}/Chain.csv`, text);
+    write(folder, `chain${chain}/coefficients.csv`, coefficientText(kNames(60), false, text));
   }
   await withBrowser(async (browser) => {
     const watched = await openPage(browser);

@@ -62,15 +62,26 @@ export function summaryText(coefficients: number): string {
 
 export const kCoefficientHeader = 'Variables Names,,[X|Z],,,,[P|X],mse,ese,[Y|Z],mse,ese,[Y|X],mse,ese,"[Y|X,P=0]",mse,ese,"[Y|X,P=0,MCMC]",mse,ese';
 
-/** With `gee`, standard errors stand as a run with generalized estimating equations writes them. */
-export function coefficientText(names: string[], gee = false, seed = 5): string {
+/** The means of the draws of a Chain.csv, six digits each. */
+function meansOf(chain: string): string[] {
+  const rows = chain.trimEnd().split('\n').slice(1).map((line) => line.split(',').slice(1).map(Number));
+  return (rows[0] ?? []).map((_, j) => six(rows.reduce((sum, row) => sum + row[j], 0) / rows.length));
+}
+
+/**
+ * With `gee`, standard errors stand as a run with generalized estimating equations writes them; with a
+ * `chain`, the text of a Chain.csv, the fifth block is that of its run.
+ */
+export function coefficientText(names: string[], gee = false, chain = '', seed = 5): string {
   const normal = normalNumbers(seed);
+  const means = meansOf(chain);
   const rows = names.map((name, i) => {
     const table = i === 0 ? ['', '', '', ''] : ['0.98', '0.02', '0.3', '0.7'];
     const blocks = Array.from({ length: 5 }, (_, b) => {
       const error = six(0.05 + Math.abs(normal()) / 10);
       const errors = !gee ? [error, ''] : b === 4 ? ['', error] : [error, six(Number(error) * 1.1)];
-      return [six(normal()), ...errors];
+      const estimate = six(normal());
+      return [b === 4 ? means[i] ?? estimate : estimate, ...errors];
     });
     return [field(name), field(`Z of ${name}`), ...table, ...blocks.flat()].join(',');
   });

@@ -1,0 +1,92 @@
+// Which coefficient file was written with a chain.
+//
+// The fifth block of the file holds the means of the chain's kept draws. Both are written with six
+// significant digits, so the means of the draws as written agree with the block but for what rounding
+// does: one unit in the sixth digit of the estimate, and half a unit of the largest draw.
+import { usesGee } from './estimating_equations';
+import type { ChainFile, CoefficientFile, DefinitionDigest, Origin, Report } from '../model';
+import { originText } from '../model';
+
+export interface ChainCoefficients {
+  /** The file that the chain belongs to; undefined when there is none, or none agrees. */
+  file?: CoefficientFile;
+  /** Why there are no names; empty with a file. */
+  note: string;
+  /** Whether the chain comes from generalized estimating equations, by any of the files that can tell. */
+  gee: boolean;
+}
+
+const folderOf = (path: string) => path.slice(0, path.lastIndexOf('/') + 1);
+
+/** One unit in the sixth significant digit of a number. */
+const unitOf = (value: number) => (value === 0 ? 0 : 10 ** (Math.floor(Math.log10(Math.abs(value))) - 5));
+
+function agrees(chain: ChainFile, file: CoefficientFile): boolean {
+  const estimates = file.blocks[file.blocks.length - 1].estimate;
+  return estimates.length === chain.columns.length && estimates.every(({ value }, j) => {
+    let [sum, largest] = [0, 0];
+    for (const draw of chain.draws[j]) {
+      sum += draw;
+      largest = Math.max(largest, Math.abs(draw));
+    }
+    const mean = sum / chain.draws[j].length;
+    // A draw that is no finite number leaves no mean, in the file either.
+    if (!Number.isFinite(mean) || !Number.isFinite(value)) return Number.isFinite(mean) === Number.isFinite(value);
+    return Math.abs(mean - value) <= (unitOf(value) + unitOf(largest) / 2) * (1 + 1e-9);
+  });
+}
+
+/** The files that can be the chain's: of the folders above it, the nearest first; else the only one of its folder. */
+function candidates(origin: Origin, files: CoefficientFile[]): CoefficientFile[] {
+  const length = (file: CoefficientFile) => folderOf(file.origin.path).length;
+  const same = files.filter((file) => file.origin.folder === origin.folder);
+  const above = same.filter((file) => folderOf(origin.path).startsWith(folderOf(file.origin.path)));
+  if (above.length > 0) return above.sort((a, b) => length(b) - length(a));
+  return same.length === 1 ? same : [];
+}
+
+/** The folder names of a path, whichever way its separators lean. */
+const namesOf = (path: string) => path.split(/[\\/]/).filter((name) => name !== '' && name !== '.');
+
+/** Whether one path ends with all the names of the other, as paths from two starting folders do. */
+function meet(one: string[], other: string[]): boolean {
+  const length = Math.min(one.length, other.length);
+  return length > 0 && one.slice(-length).join('/') === other.slice(-length).join('/');
+}
+
+/** Whether the definition has the flag true and names the folder of the chain as its own. */
+function definesWithGee({ entries }: DefinitionDigest, { folderName, path }: Origin): boolean {
+  const valueOf = (name: string) => entries.find(([element]) => element.endsWith(name))?.[1] ?? '';
+  const chainFolder = [...namesOf(valueOf('Output / Folder')), ...namesOf(valueOf('McmcSubFolder'))];
+  return valueOf('UseGeneralizedEstimatingEquations') === 'true' &&
+    meet(chainFolder, [...namesOf(folderName), ...namesOf(folderOf(path))]);
+}
+
+export function coefficientsOf(chain: ChainFile, report: Report): ChainCoefficients {
+  const defined = report.definitions.some((definition) =>
+    definition.origin.folder === chain.origin.folder && definesWithGee(definition, chain.origin));
+  const near = candidates(chain.origin, report.coefficients);
+  if (near.length === 0) return withoutOwn(report, defined);
+  const wide = near.filter((file) => file.xNames.length === chain.columns.length);
+  // A chain without draws has no means to compare.
+  const file = chain.steps.length === 0 ? near[0] : wide.find((one) => agrees(chain, one)) ?? (wide.length === 0 ? near[0] : undefined);
+  if (file) return { file, note: '', gee: defined || usesGee(file) };
+  const names = near.length === 1 ? originText(near[0].origin) : `any of ${near.length} coefficient files`;
+  return {
+    note: `The means of the draws of ${originText(chain.origin)} are not the fifth block of ${names}, ` +
+      'as after one of the two was written anew by another run. So the columns get no names.',
+    gee: defined || near.some(usesGee),
+  };
+}
+
+/** Of a chain whose own coefficient file is not there: the only one of all gives the names. */
+function withoutOwn(report: Report, defined: boolean): ChainCoefficients {
+  const file = report.coefficients.length === 1 ? report.coefficients[0] : undefined;
+  const flagged = report.definitions.some(({ entries }) => entries.some(([path, text]) =>
+    path.endsWith('UseGeneralizedEstimatingEquations') && text === 'true'));
+  return {
+    file,
+    note: file ? '' : 'There is no coefficient file beside the chain, so its columns have no names.',
+    gee: defined || (report.coefficients.length > 0 ? report.coefficients.some(usesGee) : flagged),
+  };
+}
