@@ -31,11 +31,15 @@ void Findings::Add(Finding finding) {
   if (std::any_of(findings_.begin(), findings_.end(), isSame)) {
     return;
   }
-  if (std::find(files_.begin(), files_.end(), finding.file) == files_.end()) {
-    files_.push_back(finding.file);
-  }
+  NoteFile(finding.file);
   ++(finding.severity == Severity::kError ? errors_ : warnings_);
   findings_.push_back(std::move(finding));
+}
+
+void Findings::NoteFile(std::string_view file) {
+  if (std::find(files_.begin(), files_.end(), file) == files_.end()) {
+    files_.emplace_back(file);
+  }
 }
 
 void Findings::AddError(std::string_view file, Place place, std::string text) {

@@ -39,6 +39,9 @@ class Findings {
   void AddWarning(std::string_view file, Place place, std::string text,
                   Weight weight = Weight::kResults);
 
+  /// Gives a file its place in the order of the files, for a finding that is added later.
+  void NoteFile(std::string_view file);
+
   int Errors() const noexcept { return errors_; }
   int Warnings() const noexcept { return warnings_; }
 

@@ -44,13 +44,26 @@ std::string Subject(const PlannedOutput& output) {
   return "The " + output.what + ' ' + Quoted(ShownPath(output.path));
 }
 
-/// Outputs that are or would on Windows be one of the run's own inputs.
-void WarnOfInputs(Findings& findings, const DefinitionFile& definition,
+void WarnOfPipe(Findings& findings, const DefinitionFile& definition, const PlannedOutput& output) {
+  if (Platform::IsNamedPipe(output.path.c_str())) {
+    findings.AddWarning(definition.path, definition.PlaceOfValue(output.element),
+                        Subject(output) +
+                            " is a named pipe: the run waits there until another program reads it. "
+                            "Start that one too, or name a regular file.",
+                        Weight::kFiles);
+  }
+}
+
+/// Warns of outputs that are or would on Windows be one of the run's own inputs. Answers whether
+/// this one is.
+bool WarnOfInputs(Findings& findings, const DefinitionFile& definition,
                   const PlannedOutput& output) {
   const bool isLog = &output == &definition.outputs.front();
+  bool isInput = false;
   for (const Input& input : InputsOf(definition)) {
     const Place place = definition.PlaceOfValue(output.element);
     if (IsSameFile(output.path, input.path)) {
+      isInput = true;
       const std::string text = Subject(output) + " is the " + input.what + " of this run";
       if (isLog && input.path != definition.path) {
         findings.AddError(definition.path, place,
@@ -68,6 +81,7 @@ void WarnOfInputs(Findings& findings, const DefinitionFile& definition,
                           Weight::kHarmless);
     }
   }
+  return isInput;
 }
 
 }  // namespace
@@ -81,7 +95,27 @@ bool OutputCheck::LogEmpties(const DefinitionFile& definition, const std::string
   return IsSameFile(definition.outputs.front().path, input);
 }
 
+/// True where ".." follows a folder that is not there by then, which ends the system's way. Windows
+/// takes it back in the text.
+bool OutputCheck::LeadsThroughNothing(const std::string& path) const {
+  if (Platform::FolderSeparator() != '/') {
+    return false;
+  }
+  const std::string_view text = path;
+  for (std::size_t i = text.find(".."); i != std::string_view::npos; i = text.find("..", i + 1)) {
+    const std::string before(WithoutEnd(text.substr(0, i)));
+    const bool isName = i + 2 == text.size() || IsSeparator(text[i + 2]);
+    if (isName && !before.empty() && before.size() < i && KindOf(before) != PathKind::kFolder) {
+      return true;
+    }
+  }
+  return false;
+}
+
 PathKind OutputCheck::KindOf(const std::string& path) const {
+  if (LeadsThroughNothing(path)) {
+    return PathKind::kMissing;
+  }
   const std::string normal = NormalPath(path);
   if (files_.contains(normal)) {
     return PathKind::kFile;
@@ -119,14 +153,17 @@ bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definitio
                       "The folder " + Quoted(name) + text);
     return false;
   };
-  switch (KindOf(path)) {
-    case PathKind::kFolder:
-      return true;
-    case PathKind::kFile:
-    case PathKind::kOther:
-      return addError(" is a file. Give the folder another name.");
-    case PathKind::kMissing:
-      break;
+  const PathKind kind = KindOf(path);
+  if (kind == PathKind::kFolder) {
+    return true;
+  }
+  // A file with a separator behind its name is missing for the system.
+  const std::string bare(WithoutEnd(path));
+  if (kind != PathKind::kMissing || KindOf(bare) != PathKind::kMissing) {
+    return addError(" is a file. Give the folder another name.");
+  }
+  if (BehindLinks(bare) != bare) {
+    return addError(" is a symbolic link that leads nowhere. Remove the link, or make its target.");
   }
   const std::string parent = ParentOf(path);
   if (KindOf(parent) != PathKind::kFolder) {
@@ -151,17 +188,32 @@ bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
                       Subject(output) + text);
     return false;
   };
-  switch (KindOf(output.path)) {
+  const PathKind kind = KindOf(output.path);
+  if (kind != PathKind::kFolder && IsSeparator(output.path.back())) {
+    return addError(" ends with a separator of folders. Give the file a name.");
+  }
+  switch (kind) {
     case PathKind::kFolder:
       return addError(" is a folder. Give the file a name of its own.");
     case PathKind::kFile:
       return files_.contains(NormalPath(output.path)) || IsWritable(OnDisk(output.path)) ||
              addError(" cannot be written. Ask for the right to write it.");
     case PathKind::kOther:
+      WarnOfPipe(findings, definition, output);
       return true;
     case PathKind::kMissing:
       break;
   }
+  return CanMakeMissing(findings, definition, output);
+}
+
+bool OutputCheck::CanMakeMissing(Findings& findings, const DefinitionFile& definition,
+                                 const PlannedOutput& output) const {
+  const auto addError = [&](const std::string& text) {
+    findings.AddError(definition.path, definition.PlaceOfValue(output.element),
+                      Subject(output) + text);
+    return false;
+  };
   const std::string parent = ParentOf(output.path);
   if (KindOf(parent) != PathKind::kFolder) {
     return addError(" cannot be made: " + Quoted(ShownPath(parent)) +
@@ -171,13 +223,19 @@ bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
     return addError(" cannot be made: nothing may be written in " + Quoted(ShownPath(parent)) +
                     ". Choose another folder.");
   }
-  return LastName(output.path).size() <= kLongestName ||
-         addError(" has too long a name. Shorten it.");
+  if (LastName(output.path).size() > kLongestName) {
+    return addError(" has too long a name. Shorten it.");
+  }
+  const std::string target = BehindLinks(output.path);
+  return target == output.path ||
+         (!target.empty() && KindOf(ParentOf(target)) == PathKind::kFolder &&
+          MayWriteIn(ParentOf(target))) ||
+         addError(" is a symbolic link to a file that cannot be made. Remove the link.");
 }
 
 /// Names that meet those of earlier outputs, of this run or of others.
 void OutputCheck::WarnOfCollision(Findings& findings, const DefinitionFile& definition,
-                                  const PlannedOutput& output) {
+                                  const PlannedOutput& output, bool isInput) {
   const Place place = definition.PlaceOfValue(output.element);
   if (const WrittenFile* const earlier = Written(output.path)) {
     const bool isLog = earlier->what == "log file";
@@ -191,7 +249,9 @@ void OutputCheck::WarnOfCollision(Findings& findings, const DefinitionFile& defi
         Weight::kFiles);
     return;
   }
-  if (Platform::KindOf(OnDisk(output.path).c_str()) == PathKind::kFile) {
+  // Of an input all is said, and --keep refuses to move it.
+  if (!isInput && Platform::KindOf(OnDisk(output.path).c_str()) == PathKind::kFile) {
+    findings.NoteFile(definition.path);
     overwritten_.push_back({output, definition.folder, definition.path, place});
   }
   // Its own spelling is not there yet, or it would be an earlier output.
@@ -243,8 +303,8 @@ void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
   if (!CanMake(findings, definition, output)) {
     return;
   }
-  WarnOfInputs(findings, definition, output);
-  WarnOfCollision(findings, definition, output);
+  const bool isInput = WarnOfInputs(findings, definition, output);
+  WarnOfCollision(findings, definition, output, isInput);
   const std::string normal = NormalPath(output.path);
   files_.insert_or_assign(normal, WrittenFile{output.path, output.what, definition.path, run_});
   spellings_.emplace(LowerCase(normal), normal);

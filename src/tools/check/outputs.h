@@ -42,6 +42,9 @@ class OutputCheck {
   using PathKind = Vell::IO::Platform::PathKind;
 
   PathKind KindOf(const std::string& path) const;
+  bool LeadsThroughNothing(const std::string& path) const;
+  bool CanMakeMissing(Findings& findings, const DefinitionFile& definition,
+                      const PlannedOutput& output) const;
   std::string OnDisk(const std::string& path) const;
   bool MayWriteIn(const std::string& folder) const;
   bool MakeFolder(Findings& findings, const DefinitionFile& definition, const std::string& path,
@@ -50,7 +53,7 @@ class OutputCheck {
   bool CanMake(Findings& findings, const DefinitionFile& definition,
                const PlannedOutput& output) const;
   void WarnOfCollision(Findings& findings, const DefinitionFile& definition,
-                       const PlannedOutput& output);
+                       const PlannedOutput& output, bool isInput);
 
   /// A file on disk that a run would overwrite.
   struct Overwritten {

@@ -52,8 +52,25 @@ std::string NormalPath(std::string_view path) {
   return normal.empty() ? "/" : normal;
 }
 
+std::string_view WithoutEnd(std::string_view path) {
+  return path.substr(0, path.find_last_not_of("/\\") + 1);
+}
+
+std::string BehindLinks(const std::string& path) {
+  constexpr int kMostLinks = 40;  // more are a circle, for the system too
+  std::string place = path;
+  std::array<char, 4096> target;
+  for (int i = 0; i < kMostLinks; ++i) {
+    if (!Platform::LinkTarget(place.c_str(), target.data(), target.size())) {
+      return place;
+    }
+    place = IsAbsolute(target.data()) ? target.data() : ParentOf(place) + '/' + target.data();
+  }
+  return "";
+}
+
 std::string ParentOf(std::string_view path) {
-  path = path.substr(0, path.find_last_not_of("/\\") + 1);
+  path = WithoutEnd(path);
   const std::size_t separator = path.find_last_of("/\\");
   if (separator == std::string_view::npos) {
     return ".";

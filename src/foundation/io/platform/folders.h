@@ -15,6 +15,13 @@ enum class PathKind { kMissing, kFile, kFolder, kOther };
 /// What a path leads to, symbolic links followed.
 PathKind KindOf(const char* path) noexcept;
 
+/// True for a named pipe, which whoever opens it for writing waits at until somebody reads it.
+bool IsNamedPipe(const char* path) noexcept;
+
+/// What a symbolic link holds, zero-terminated; false when the path is none or it does not fit.
+/// Always false on Windows, where links are not followed in the text.
+bool LinkTarget(const char* path, char* target, std::size_t size) noexcept;
+
 /// True when both paths lead to one existing file or folder.
 bool SameFile(const char* one, const char* other) noexcept;
 

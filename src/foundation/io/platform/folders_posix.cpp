@@ -30,6 +30,21 @@ PathKind KindOf(const char* path) noexcept {
                                    : PathKind::kOther;
 }
 
+bool IsNamedPipe(const char* path) noexcept {
+  struct stat status {};
+  return Status(path, status) && S_ISFIFO(status.st_mode);
+}
+
+bool LinkTarget(const char* path, char* target, std::size_t size) noexcept {
+  const NativePath native(path);
+  const ssize_t length = native.Get() == nullptr ? -1 : readlink(native.Get(), target, size);
+  if (length < 0 || static_cast<std::size_t>(length) >= size) {
+    return false;
+  }
+  target[length] = '\0';
+  return true;
+}
+
 bool SameFile(const char* one, const char* other) noexcept {
   struct stat first {};
   struct stat second {};
