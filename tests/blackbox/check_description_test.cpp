@@ -185,5 +185,27 @@ TEST(CheckDescriptionTest, AMissingIndicatorThatHidesAKnownOneIsCounted) {
       << output;
 }
 
+TEST(CheckDescriptionTest, AtMostTwentyHospitalsWithoutACompleteRecordAreNamed) {
+  for (const int count : {20, 21, 1000}) {
+    const TinyStudy study;
+    std::string records = "k,complete,1,0,1,1\nl,complete,0,0,0,0\n";
+    for (int h = 1; h <= count; ++h) {
+      records += "m,H" + std::to_string(h) + ",0,0,1,\n";
+    }
+    WriteFiles(study, Records(records, "", ""));
+    const std::string output = CheckDefinition(study, {"--data", "d.xml"}).output;
+    const std::string more = count == 20
+                                 ? ""
+                                 : "    and " + std::to_string(count - 20) +
+                                       (count == 21 ? " more hospital\n" : " more hospitals\n");
+    EXPECT_NE(output.find("  hospitals without a complete record: " + std::to_string(count) +
+                          "\n    \"H1\", 1 record\n"),
+              std::string::npos)
+        << output;
+    EXPECT_NE(output.find("    \"H20\", 1 record\n" + more + "  variables"), std::string::npos)
+        << output;
+  }
+}
+
 }  // namespace
 }  // namespace Testing

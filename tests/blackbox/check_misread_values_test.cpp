@@ -60,6 +60,12 @@ TEST(CheckMisreadValuesTest, HospitalIds) {
   const TinyStudy study;
   WriteFiles(study, Records("a,0,1,0,1,1\nb,10,1,0,1,1\nc,100,1,0,1,1\n", "", ""));
   EXPECT_EQ(CheckDefinition(study).output, "0 errors, 0 warnings\n");
+  WriteFiles(study, Records("a, ,1,0,1,1\nb,,1,0,1,1\nc,,0,0,1,1\nd,   ,1,0,1,1\n", "", ""));
+  const std::string empty = CheckDefinition(study).output;
+  EXPECT_NE(empty.find("data.csv:2:3: warning: The hospital ID is empty; the 4 records without one "
+                       "would count as 3 hospitals. Give"),
+            std::string::npos)
+      << empty;
 }
 
 TEST(CheckMisreadValuesTest, NumbersOfCoefficientFiles) {

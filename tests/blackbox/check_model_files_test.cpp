@@ -188,7 +188,11 @@ TEST(CheckModelFilesTest, CarriageReturnsWhereTheProgramKeepsThem) {
       {PredictionText(),
        {{"data.csv", Replaced(kTinyData, "POA\n", "POA\r\n")}},
        "data.csv:1:19",
-       "carriage return"},
+       "on Linux the last name of the header keeps the carriage return"},
+      {PredictionText(),
+       {{"data.csv", Replaced(kTinyData, "c,A,0,0\n", "c,A,0,0\r\n")}},
+       "data.csv:4:8",
+       "on Linux the last field of the line keeps the carriage return"},
   };
   if (Platform::TextLineEnds() == Platform::LineEnds::kLineFeeds) {
     ExpectWarnings(rows);
@@ -200,6 +204,56 @@ TEST(CheckModelFilesTest, CarriageReturnsWhereTheProgramKeepsThem) {
     EXPECT_EQ(CheckDefinition(study, {"--strict", "d.xml"}).output, "0 errors, 0 warnings\n");
     EXPECT_EQ(RunHovar(study, {"d.xml"}).exitStatus, 0);
   }
+}
+
+TEST(CheckModelFilesTest, IdsWithLineFeedsInPredictions) {
+  // The line breaks within the ID; the reader takes the two halves for records.
+  const std::string words =
+      "A key or hospital ID holds a line feed, which separates here in spite of the quotes: values "
+      "would be taken from wrong columns. Use IDs without line feeds.";
+  const std::string last = "f,B,0,0.3,0.75,0,0.3,0.3,0,0.5,0\n";
+  const std::string text = std::string(kIndividualHeader) + kIndividualRows;
+  const std::string values = ",0,0.3,0.75,0,0.3,0.3,0,0.5,0\n";
+  ExpectRows({{"in the middle",
+               ValidationText(),
+               {{"individual.csv", Replaced(text, "c,A,0,0.6", "\"c\nx\",\"A\n1\",0,0.6")}},
+               "individual.csv:4:1: error: " + words}});
+  const TinyStudy study;
+  study.Write("data.csv", Replaced(kTinyData, "f,B,0,0\n", "f,\"C\n1\",0,0\n"));
+  study.Write("individual.csv", Replaced(text, last, "f,\"C\n1\"" + values));
+  study.Write("d.xml", ValidationText());
+  EXPECT_EQ(ExpectAgreement(study),
+            "individual.csv:7:1: warning: " + words + "\n0 errors, 1 warning\n");
+}
+
+TEST(CheckModelFilesTest, VariablesAreCountedWithoutTheInterceptAlone) {
+  const auto lines = [](const std::string& rows) {
+    const TinyStudy study;
+    study.Write("data.csv", "Key,Hospital,Y,POA,Za,Xa\na,A,1,0,1,1\n");
+    study.Write("coefficients.csv", std::string(kCoefficientHeader) + rows);
+    study.Write("d.xml", PredictionText());
+    return CheckDefinition(study).output;
+  };
+  const std::string model = kModelRow;
+  const std::string row = ",0.5,0.5,0.5,0.5,0,,,0,,,0,,,0,,,0,,\n";
+  const std::string cure = ". Use the coefficient file of an Analysis of the same variables.\n";
+  EXPECT_EQ(lines(Replaced(model, "XIntercept", "X0")),
+            "coefficients.csv:1:1: error: The data have 0 variables of the 1 in the coefficient "
+            "file; missing: \"X0\"" +
+                cure + "1 error, 0 warnings\n");
+  EXPECT_EQ(lines("Xa,Za" + row + "Xb,Zb" + row),
+            "coefficients.csv:1:1: error: The data have 1 variable of the 2 in the coefficient "
+            "file; missing: \"Xb\"" +
+                cure + "1 error, 0 warnings\n");
+  EXPECT_EQ(lines(model + "Xb,Zb" + row),
+            "coefficients.csv:1:1: error: The data have 0 variables of the 1 in the coefficient "
+            "file; missing: \"Xb\"" +
+                cure + "1 error, 0 warnings\n");
+  // Its row at another place.
+  EXPECT_EQ(lines("Xa,Za" + row + Replaced(model, ",,,,,-", ",0,0,0,0,-")),
+            "coefficients.csv:2:1: warning: The coefficients of \"Xa\" would serve for "
+            "\"XIntercept\" of the data: variables are matched by position. Use the file as the "
+            "program wrote it.\n0 errors, 1 warning\n");
 }
 
 }  // namespace

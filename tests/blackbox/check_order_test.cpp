@@ -73,5 +73,15 @@ TEST(CheckOrderTest, ErrorsThenWarningsByWeight) {
   EXPECT_EQ(rest, "2 errors, 3 warnings\n");
 }
 
+TEST(CheckOrderTest, EarlierResultsComeAtTheirPlaceInABatch) {
+  const TinyStudy study;
+  study.Write("d.xml", BatchText({"prediction.xml", "v.xml"}));
+  study.Write("v.xml", Replaced(ValidationText(), "validation.log", "prediction.log"));
+  study.Write("out/predicted.csv", "");
+  const std::string output = CheckDefinition(study).output;
+  EXPECT_TRUE(output.starts_with("prediction.xml:9:24: warning: The file of individual")) << output;
+  EXPECT_NE(output.find("\nv.xml:11:10: warning: The log file "), std::string::npos) << output;
+}
+
 }  // namespace
 }  // namespace Testing

@@ -142,7 +142,6 @@ TEST(CheckPathsTest, NamesThatMeet) {
   const bool ignoresCase = fs::exists(TinyStudy().Path() / "DATA.CSV");
   const std::string relation = ignoresCase ? "is the data file of this run"
                                            : "differs from the data file in capital letters alone";
-  // Those that exist are told as that too.
   for (const auto& [name, words] : std::map<std::string, std::string>{
            {"data.csv",
             Shown("d.xml:8:25: warning: The coefficient file \".\\data.csv\" is the data file "
@@ -156,6 +155,8 @@ TEST(CheckPathsTest, NamesThatMeet) {
     const ProcessResult check = CheckDefinition(study);
     EXPECT_EQ(check.exitStatus, 0);
     EXPECT_NE(check.output.find(words), std::string::npos) << check.output;
+    // That would be refused.
+    EXPECT_EQ(check.output.find("--keep"), std::string::npos) << check.output;
   }
   const TinyStudy study;
   fs::create_hard_link(study.File("data.csv"), study.File("linked.csv"));

@@ -124,6 +124,25 @@ TEST(CheckProxiesTest, AZThatIsDependentWithinTheTolerance) {
   EXPECT_EQ(Warnings(data, Replaced(QuietAnalysis(), tolerance + "1e-9", tolerance + "0.10")), "");
 }
 
+TEST(CheckProxiesTest, EqualZOfWhichTheToleranceLeavesNone) {
+  // Z is 1 in one of 8 records, as above, and there twice: both columns are removed.
+  std::string data = "Key,Hospital,Y,POA,ZA,ZB,XA,XB\n";
+  for (int i = 0; i < 8; ++i) {
+    data += std::string("k,A,") + (i % 2 == 0 ? "1" : "0") + ",0," + (i == 3 ? "1,1," : "0,0,") +
+            (i % 3 == 0 ? "1," : "0,") + (i % 4 == 3 ? "1\n" : "0\n");
+  }
+  const std::string tolerance = "<LinearDependence>\n<Tolerance>";
+  const std::string output =
+      Warnings(data, Replaced(QuietAnalysis(), tolerance + "1e-9", tolerance + "0.3"));
+  EXPECT_NE(output.find("data.csv:1:23: warning: \"ZB\" equals \"ZA\" in all 8 records, so it is "
+                        "removed together with \"XB\", which is 1 in 2 of 8 known values. "),
+            std::string::npos)
+      << output;
+  EXPECT_NE(output.find("data.csv:1:20: warning: \"ZA\" counts as dependent on other Z columns"),
+            std::string::npos)
+      << output;
+}
+
 /// Variables whose Z is 0 everywhere, behind one that stays.
 std::string ConstantColumns(int count) {
   std::string names[2];

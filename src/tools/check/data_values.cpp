@@ -106,16 +106,24 @@ void WarnOfCells(Findings& findings, const DefinitionFile& definition) {
 void WarnOfHospitals(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet) {
   WarnOfSimilarHospitals(findings, definition.data, dataSet);
   std::int32_t empty = -1;
+  std::int32_t emptyIds = 0;
+  std::int64_t emptyRecords = 0;
   std::int32_t separated = -1;
   for (std::int32_t h = dataSet.hospitalCount - 1; h >= 0; --h) {
     const std::string_view id = dataSet.hospitalIds[h].View();
-    empty = id.find_first_not_of(" \t\r") == std::string_view::npos ? h : empty;
+    if (id.find_first_not_of(" \t\r") == std::string_view::npos) {
+      empty = h;
+      ++emptyIds;
+      emptyRecords += dataSet.hospitalSize[h];
+    }
     separated = id.find_first_of(",\n") != std::string_view::npos ? h : separated;
   }
   if (empty >= 0) {
     WarnAtRecord(findings, definition.data, dataSet.hospitalStart[empty],
-                 "The hospital ID is empty; the " + Counted(dataSet.hospitalSize[empty], "record") +
-                     " without one would count as one hospital. Give each record its hospital.");
+                 "The hospital ID is empty; the " + Counted(emptyRecords, "record") +
+                     " without one would count as " +
+                     (emptyIds == 1 ? "one hospital" : std::to_string(emptyIds) + " hospitals") +
+                     ". Give each record its hospital.");
   }
   if (separated >= 0 && definition.kind == RunKind::kPrediction) {
     WarnAtRecord(findings, definition.data, dataSet.hospitalStart[separated],

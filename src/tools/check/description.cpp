@@ -29,13 +29,16 @@ std::string Contradictions(const DataSet& dataSet) {
 
 std::string HospitalsWithoutCompleteRecords(const DataSet& dataSet) {
   std::string lines;
+  constexpr std::int32_t kMostLines = 20;
   std::int32_t count = 0;
   for (std::int32_t h = 0; h < dataSet.hospitalCount; ++h) {
-    if (dataSet.hospitalComplete[h] == 0) {
-      ++count;
+    if (dataSet.hospitalComplete[h] == 0 && ++count <= kMostLines) {
       lines += "    " + Quoted(dataSet.hospitalIds[h].View()) + ", " +
                Counted(dataSet.hospitalSize[h], "record") + '\n';
     }
+  }
+  if (count > kMostLines) {
+    lines += "    and " + Counted(count - kMostLines, "more hospital") + '\n';
   }
   return "  hospitals without a complete record: " + std::to_string(count) + '\n' + lines;
 }

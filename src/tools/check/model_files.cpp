@@ -42,6 +42,10 @@ bool AddLineError(Findings& findings, const std::string& path, std::int64_t stop
       findings.AddError(path, PlaceOfQuotedComma(path, walker), std::string(kQuotedComma));
       return true;
     }
+    if (form.table.quotes == QuoteUse::kIgnore && HasQuotedLineFeed(walker.Record())) {
+      findings.AddError(path, PlaceOf(path, walker.Offset()), std::string(kQuotedLineFeed));
+      return true;
+    }
     const std::size_t fields = FieldStarts(walker.Record(), QuoteUse::kHonour).size();
     if (fields < form.fields) {
       const auto length = static_cast<std::int64_t>(walker.Record().size());
@@ -110,6 +114,19 @@ std::string MissingVariables(const DataSet& dataSet, const RegressionResults& re
   return count > kMost ? names + " and " + std::to_string(count - kMost) + " more" : names;
 }
 
+/// True where the first variable is the intercept, which no one counts.
+template <typename Variables>
+bool BeginsWithIntercept(const Variables& variables, std::int32_t count) {
+  return count > 0 && variables.xNames[0].View() == "XIntercept" &&
+         variables.zNames[0].View() == "ZIntercept";
+}
+
+/// How many variables there are, the intercept apart.
+template <typename Variables>
+std::int32_t CountOf(const Variables& variables, std::int32_t count) {
+  return BeginsWithIntercept(variables, count) ? count - 1 : count;
+}
+
 /// Warns when the variables, which are matched by position, are not in the same order.
 void WarnOfOrder(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet,
                  const RegressionResults& results) {
@@ -118,11 +135,14 @@ void WarnOfOrder(Findings& findings, const DefinitionFile& definition, const Dat
     const std::string_view ofData = (isOtherX ? dataSet.xNames : dataSet.zNames)[j].View();
     const std::string_view ofFile = (isOtherX ? results.xNames : results.zNames)[j].View();
     if (ofData != ofFile) {
-      findings.AddWarning(
-          definition.coefficients, {j + 2, 1},
-          "The coefficients of " + Quoted(ofFile) + " would serve for " + Quoted(ofData) +
-              " of the data: variables are matched by position. Bring the columns of the data "
-              "into the order of the coefficient file.");
+      // The data always begin with it, so their columns cannot be brought into that order.
+      const bool isIntercept = j == 0 && BeginsWithIntercept(dataSet, dataSet.variableCount);
+      findings.AddWarning(definition.coefficients, {j + 2, 1},
+                          "The coefficients of " + Quoted(ofFile) + " would serve for " +
+                              Quoted(ofData) + " of the data: variables are matched by position. " +
+                              (isIntercept ? "Use the file as the program wrote it."
+                                           : "Bring the columns of the data into the order of the "
+                                             "coefficient file."));
       return;
     }
   }
@@ -131,8 +151,7 @@ void WarnOfOrder(Findings& findings, const DefinitionFile& definition, const Dat
 /// Warns when the data lost their intercept, because the coefficient file does not have its row.
 void WarnOfMissingIntercept(Findings& findings, const DefinitionFile& definition,
                             const DataSet& dataSet) {
-  if (dataSet.variableCount > 0 &&
-      (dataSet.xNames[0].View() != "XIntercept" || dataSet.zNames[0].View() != "ZIntercept")) {
+  if (dataSet.variableCount > 0 && !BeginsWithIntercept(dataSet, dataSet.variableCount)) {
     findings.AddWarning(definition.coefficients, {2, 1},
                         "The row of the intercept is missing, so all models would predict without "
                         "an intercept, and missing values of " +
@@ -185,8 +204,9 @@ bool CheckVariables(Findings& findings, const DefinitionFile& definition, DataSe
   if (ErrorOf([&] { ReconcileVariables(dataSet, results); }).has_value()) {
     const std::string missing = MissingVariables(dataSet, results);
     findings.AddError(definition.coefficients, {},
-                      "The data have " + Counted(dataSet.variableCount - 1, "variable") +
-                          " of the " + std::to_string(results.VariableCount() - 1) +
+                      "The data have " +
+                          Counted(CountOf(dataSet, dataSet.variableCount), "variable") +
+                          " of the " + std::to_string(CountOf(results, results.VariableCount())) +
                           " in the coefficient file" +
                           (missing.empty() ? std::string() : "; missing: " + missing) +
                           ". Use the coefficient file of an Analysis of the same variables.");

@@ -51,6 +51,10 @@ void WarnOfWrongLines(Findings& findings, const std::string& path, const WrongLi
 
 }  // namespace
 
+bool HasQuotedLineFeed(std::string_view record) {
+  return record.find('\n') != std::string_view::npos;  // none ends a record here
+}
+
 bool HasQuotedComma(std::string_view record) {
   return record.find(Vell::IO::kQuote) != std::string_view::npos &&
          FieldStarts(record, QuoteUse::kIgnore).size() !=
@@ -114,6 +118,10 @@ void WarnOfQuotedCommas(Findings& findings, const std::string& path) {
       findings.AddWarning(path, PlaceOfQuotedComma(path, walker), std::string(kQuotedComma));
       return;
     }
+    if (HasQuotedLineFeed(walker.Record())) {
+      findings.AddWarning(path, PlaceOf(path, walker.Offset()), std::string(kQuotedLineFeed));
+      return;
+    }
   }
 }
 
@@ -124,7 +132,7 @@ void WarnOfOtherRecords(Findings& findings, const DefinitionFile& definition) {
   predictions.Next();
   data.Next();
   while (predictions.Next() && data.Next()) {
-    if (HasQuotedComma(predictions.Record())) {
+    if (HasQuotedComma(predictions.Record()) || HasQuotedLineFeed(predictions.Record())) {
       return;
     }
     const std::string_view predicted = KeyAndHospital(predictions.Record());

@@ -24,6 +24,12 @@ struct ModelForm {
 inline constexpr std::string_view kQuotedComma =
     "A key or hospital ID holds a comma, which separates here in spite of the quotes: values would "
     "be taken from wrong columns. Use IDs without commas.";
+inline constexpr std::string_view kQuotedLineFeed =
+    "A key or hospital ID holds a line feed, which separates here in spite of the quotes: values "
+    "would be taken from wrong columns. Use IDs without line feeds.";
+
+/// Whether a line feed stands within quotes of a record.
+bool HasQuotedLineFeed(std::string_view record);
 
 /// Whether a comma stands within quotes of a record.
 bool HasQuotedComma(std::string_view record);
@@ -37,11 +43,12 @@ Place PlaceOfQuotedComma(const std::string& path, const RecordWalker& walker);
 /// of fields, after which values are taken from wrong columns.
 void WarnOfValues(Findings& findings, const std::string& path, const ModelForm& form);
 
-/// Warns of commas within quotes, which separate for the reader of individual predictions.
+/// Warns of commas and line feeds within quotes, which separate for the reader of individual predictions.
 void WarnOfQuotedCommas(Findings& findings, const std::string& path);
 
 /// Warns of the first line of the individual predictions whose key or hospital is not that of the
-/// record at the same place of the data file. Says nothing after a comma within quotes.
+/// record at the same place of the data file. Says nothing after a comma or a line feed within
+/// quotes.
 void WarnOfOtherRecords(Findings& findings, const DefinitionFile& definition);
 
 }  // namespace Hovar

@@ -124,10 +124,12 @@ void WarnOfByteOrderMark(Findings& findings, const std::string& path, const File
 
 void WarnOfCarriageReturn(Findings& findings, const std::string& path, const FileTraits& traits) {
   if (traits.firstCarriageReturnLineFeed >= 0 && KeepsCarriageReturns()) {
+    const bool isHeader = HeaderOf(path).ends_with('\r');
     findings.AddWarning(path, PlaceOf(path, traits.firstCarriageReturnLineFeed),
-                        "The line ends with a carriage return and a line feed. End lines with line "
-                        "feeds alone: on Linux the last name of the header keeps the carriage "
-                        "return.",
+                        std::string("The line ends with a carriage return and a line feed. End "
+                                    "lines with line feeds alone: on Linux ") +
+                            (isHeader ? "the last name of the header keeps the carriage return."
+                                      : "the last field of the line keeps the carriage return."),
                         Weight::kHarmless);
   }
 }
