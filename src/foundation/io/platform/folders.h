@@ -19,7 +19,7 @@ PathKind KindOf(const char* path) noexcept;
 bool IsNamedPipe(const char* path) noexcept;
 
 /// What a symbolic link holds, zero-terminated; false when the path is none or it does not fit.
-/// Always false on Windows, where links are not followed in the text.
+/// Always false on Windows.
 bool LinkTarget(const char* path, char* target, std::size_t size) noexcept;
 
 /// True when both paths lead to one existing file or folder.
