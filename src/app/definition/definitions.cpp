@@ -1,7 +1,12 @@
 #include "app/definition/definitions.h"
 
-#include <utility>
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <variant>
 
+#include "app/definition/element_table.h"
+#include "app/definition/root_element.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/random/random_generator.h"
 
@@ -10,8 +15,102 @@ namespace {
 
 using Vell::Exceptions::Exception;
 
-WorkingCorrelation ReadWorkingCorrelation(Vell::XmlReader& reader) {
-  const Vell::String text = reader.ReadTextElement("UseGeneralizedEstimatingEquations");
+/// Where the value of an element goes.
+using Field =
+    std::variant<std::monostate, Vell::String*, std::int32_t*, double*, WorkingCorrelation*>;
+
+Field FieldOf(McmcSettings& settings, Element element) {
+  switch (element) {
+    case Element::kThinning:
+      return &settings.thinning;
+    case Element::kBurnin:
+      return &settings.burnin;
+    case Element::kSteps:
+      return &settings.steps;
+    default:
+      return {};
+  }
+}
+
+Field FieldOf(AnalysisDefinition& definition, Element element) {
+  switch (element) {
+    case Element::kData:
+      return &definition.data;
+    case Element::kNumberOfPoaIndicators:
+      return &definition.numberOfPoaIndicators;
+    case Element::kFolder:
+      return &definition.folder;
+    case Element::kRegressionCoefficients:
+      return &definition.regressionCoefficients;
+    case Element::kMcmcSubFolder:
+      return &definition.mcmcSubFolder;
+    case Element::kLogFile:
+      return &definition.logFile;
+    case Element::kUseGeneralizedEstimatingEquations:
+      return &definition.useGeneralizedEstimatingEquations;
+    case Element::kLinearDependenceTolerance:
+      return &definition.linearDependenceTolerance;
+    case Element::kParametersTolerance:
+      return &definition.parameters.tolerance;
+    case Element::kParametersMaxIterations:
+      return &definition.parameters.maxIterations;
+    case Element::kParametersPriorPrecision:
+      return &definition.parameters.priorPrecision;
+    case Element::kParametersMcmcTolerance:
+      return &definition.parametersMcmc.tolerance;
+    case Element::kParametersMcmcMaxIterations:
+      return &definition.parametersMcmc.maxIterations;
+    case Element::kParametersMcmcPriorPrecision:
+      return &definition.parametersMcmc.priorPrecision;
+    default:
+      return FieldOf(definition.mcmc, element);
+  }
+}
+
+Field FieldOf(PredictionDefinition& definition, Element element) {
+  switch (element) {
+    case Element::kData:
+      return &definition.data;
+    case Element::kNumberOfPoaIndicators:
+      return &definition.numberOfPoaIndicators;
+    case Element::kInputRegressionCoefficients:
+      return &definition.regressionCoefficients;
+    case Element::kFolder:
+      return &definition.folder;
+    case Element::kIndividualPredictions:
+      return &definition.individualPredictions;
+    case Element::kHospitalPredictions:
+      return &definition.hospitalPredictions;
+    case Element::kLogFile:
+      return &definition.logFile;
+    default:
+      return FieldOf(definition.mcmc, element);
+  }
+}
+
+Field FieldOf(ValidationDefinition& definition, Element element) {
+  switch (element) {
+    case Element::kData:
+      return &definition.data;
+    case Element::kNumberOfPoaIndicators:
+      return &definition.numberOfPoaIndicators;
+    case Element::kInputRegressionCoefficients:
+      return &definition.regressionCoefficients;
+    case Element::kInputIndividualPredictions:
+      return &definition.individualPredictions;
+    case Element::kFolder:
+      return &definition.folder;
+    case Element::kCStatistics:
+      return &definition.cStatistics;
+    case Element::kLogFile:
+      return &definition.logFile;
+    default:
+      return FieldOf(definition.mcmc, element);
+  }
+}
+
+WorkingCorrelation ReadWorkingCorrelation(Vell::XmlReader& reader, std::string_view name) {
+  const Vell::String text = reader.ReadTextElement(name);
   if (text.View() == "true") {
     return WorkingCorrelation::kExchangeable;
   }
@@ -21,96 +120,103 @@ WorkingCorrelation ReadWorkingCorrelation(Vell::XmlReader& reader) {
   throw Exception("Invalid value in \"UseGeneralizedEstimatingEquations\" tag");
 }
 
-RegressionParameters ReadRegressionParameters(Vell::XmlReader& reader, std::string_view name) {
-  RegressionParameters parameters;
-  reader.ReadStartTag(name);
-  parameters.tolerance = reader.ReadRealElement("Tolerance");
-  parameters.maxIterations = reader.ReadIntegerElement("MaxIterations");
-  parameters.priorPrecision = reader.ReadRealElement("PriorPrecision");
-  reader.ReadEndTag(name);
-  return parameters;
+/// Reads one element that holds a value. The field has the type that the table says, or no
+/// definition could be read.
+void ReadValue(Vell::XmlReader& reader, const ElementEntry& entry, const Field& field) {
+  switch (ValueKindOf(entry.type)) {
+    case ValueKind::kText:
+      *std::get<Vell::String*>(field) = reader.ReadTextElement(entry.Name());
+      break;
+    case ValueKind::kFlag:
+      *std::get<WorkingCorrelation*>(field) = ReadWorkingCorrelation(reader, entry.Name());
+      break;
+    case ValueKind::kWholeNumber:
+      *std::get<std::int32_t*>(field) = reader.ReadIntegerElement(entry.Name());
+      break;
+    case ValueKind::kReal:
+      *std::get<double*>(field) = reader.ReadRealElement(entry.Name());
+      break;
+    case ValueKind::kElements:
+      break;
+  }
 }
 
-McmcSettings ReadMcmcSettings(Vell::XmlReader& reader) {
-  McmcSettings settings;
-  reader.ReadStartTag("Mcmc");
-  Vell::RandomGenerator::ReadXml(reader);
-  settings.thinning = reader.ReadIntegerElement("Thinning");
-  settings.burnin = reader.ReadIntegerElement("Burnin");
-  settings.steps = reader.ReadIntegerElement("Steps");
-  reader.ReadEndTag("Mcmc");
-  return settings;
+/// The groups that have begun, outermost first.
+class OpenGroups {
+ public:
+  explicit OpenGroups(Vell::XmlReader& reader) : reader_(reader) {}
+
+  void Begin(const ElementEntry& group) {
+    reader_.ReadStartTag(group.Name());
+    names_[count_++] = group.Name();
+  }
+  /// Ends groups until so many are left.
+  void EndTo(std::size_t count) {
+    while (count_ > count) {
+      reader_.ReadEndTag(names_[--count_]);
+    }
+  }
+
+ private:
+  static constexpr std::size_t kDeepest =
+      std::max_element(
+          kElements.begin(), kElements.end(),
+          [](const ElementEntry& a, const ElementEntry& b) { return a.Depth() < b.Depth(); })
+          ->Depth();
+
+  Vell::XmlReader& reader_;
+  std::array<std::string_view, kDeepest> names_;
+  std::size_t count_ = 0;
+};
+
+/// Reads the elements of a kind of run in the order of the table. The content of the Seed element
+/// belongs to the random generator.
+template <typename Definition>
+Definition ReadElements(Vell::XmlReader& reader, RunKind kind) {
+  Definition definition;
+  OpenGroups groups(reader);
+  for (const ElementEntry& entry : kElements) {
+    if (!entry.kinds.Contains(kind) || entry.IsWithin(EntryOf(Element::kSeed))) {
+      continue;
+    }
+    groups.EndTo(entry.Depth());
+    if (entry.element == Element::kSeed) {
+      Vell::RandomGenerator::ReadXml(reader);
+    } else if (ValueKindOf(entry.type) == ValueKind::kElements) {
+      groups.Begin(entry);
+    } else {
+      ReadValue(reader, entry, FieldOf(definition, entry.element));
+    }
+  }
+  groups.EndTo(0);
+  return definition;
 }
 
 }  // namespace
 
 AnalysisDefinition ReadAnalysisDefinition(Vell::XmlReader& reader) {
-  AnalysisDefinition definition;
-  reader.ReadStartTag("Input");
-  definition.data = reader.ReadTextElement("Data");
-  definition.numberOfPoaIndicators = reader.ReadIntegerElement("NumberOfPoaIndicators");
-  reader.ReadEndTag("Input");
-  reader.ReadStartTag("Output");
-  definition.folder = reader.ReadTextElement("Folder");
-  definition.regressionCoefficients = reader.ReadTextElement("RegressionCoefficients");
-  definition.mcmcSubFolder = reader.ReadTextElement("McmcSubFolder");
-  definition.logFile = reader.ReadTextElement("LogFile");
-  reader.ReadEndTag("Output");
-  reader.ReadStartTag("Regression");
-  definition.useGeneralizedEstimatingEquations = ReadWorkingCorrelation(reader);
-  reader.ReadStartTag("LinearDependence");
-  definition.linearDependenceTolerance = reader.ReadRealElement("Tolerance");
-  reader.ReadEndTag("LinearDependence");
-  definition.parameters = ReadRegressionParameters(reader, "Parameters");
-  definition.parametersMcmc = ReadRegressionParameters(reader, "ParametersMcmc");
-  reader.ReadEndTag("Regression");
-  definition.mcmc = ReadMcmcSettings(reader);
-  return definition;
+  return ReadElements<AnalysisDefinition>(reader, RunKind::kAnalysis);
 }
 
 PredictionDefinition ReadPredictionDefinition(Vell::XmlReader& reader) {
-  PredictionDefinition definition;
-  reader.ReadStartTag("Input");
-  definition.data = reader.ReadTextElement("Data");
-  definition.numberOfPoaIndicators = reader.ReadIntegerElement("NumberOfPoaIndicators");
-  definition.regressionCoefficients = reader.ReadTextElement("RegressionCoefficients");
-  reader.ReadEndTag("Input");
-  reader.ReadStartTag("Output");
-  definition.folder = reader.ReadTextElement("Folder");
-  definition.individualPredictions = reader.ReadTextElement("IndividualPredictions");
-  definition.hospitalPredictions = reader.ReadTextElement("HospitalPredictions");
-  definition.logFile = reader.ReadTextElement("LogFile");
-  reader.ReadEndTag("Output");
-  definition.mcmc = ReadMcmcSettings(reader);
-  return definition;
+  return ReadElements<PredictionDefinition>(reader, RunKind::kPrediction);
 }
 
 ValidationDefinition ReadValidationDefinition(Vell::XmlReader& reader) {
-  ValidationDefinition definition;
-  reader.ReadStartTag("Input");
-  definition.data = reader.ReadTextElement("Data");
-  definition.numberOfPoaIndicators = reader.ReadIntegerElement("NumberOfPoaIndicators");
-  definition.regressionCoefficients = reader.ReadTextElement("RegressionCoefficients");
-  definition.individualPredictions = reader.ReadTextElement("IndividualPredictions");
-  reader.ReadEndTag("Input");
-  reader.ReadStartTag("Output");
-  definition.folder = reader.ReadTextElement("Folder");
-  definition.cStatistics = reader.ReadTextElement("CStatistics");
-  definition.logFile = reader.ReadTextElement("LogFile");
-  reader.ReadEndTag("Output");
-  definition.mcmc = ReadMcmcSettings(reader);
-  return definition;
+  return ReadElements<ValidationDefinition>(reader, RunKind::kValidation);
 }
 
 BatchDefinition ReadBatchDefinition(Vell::XmlReader& reader) {
+  constexpr std::string_view kList = EntryOf(Element::kSimulations).Name();
+  constexpr std::string_view kEntry = EntryOf(Element::kSimulation).Name();
   BatchDefinition definition;
-  reader.ReadStartTag("Simulations");
-  for (Vell::XmlTag tag = reader.ReadTag(); !tag.IsEnd("Simulations"); tag = reader.ReadTag()) {
-    if (!tag.IsStart("Simulation") || tag.isEmpty) {
+  reader.ReadStartTag(kList);
+  for (Vell::XmlTag tag = reader.ReadTag(); !tag.IsEnd(kList); tag = reader.ReadTag()) {
+    if (!tag.IsStart(kEntry) || tag.isEmpty) {
       throw Exception("Invalid XML simulation");
     }
     definition.Append(reader.ReadText());
-    reader.ReadEndTag("Simulation");
+    reader.ReadEndTag(kEntry);
   }
   return definition;
 }

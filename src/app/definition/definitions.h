@@ -1,9 +1,9 @@
 #pragma once
 
 // Definition files describe a run entirely. The grammar is strict and positional: every element is
-// required, in this order, without attributes (but for the root's, which mean nothing, and Seed's).
-// docs/definitions.md describes the elements; here are the records into which they are read. Input
-// paths are used as written; output names lie in the output folder.
+// required, in the order of element_table.h, without attributes (but for the root's, which mean
+// nothing, and Seed's). Here are the records into which they are read. Input paths are used
+// as written; output names lie in the output folder.
 
 #include <cstdint>
 

@@ -1,21 +1,16 @@
 #include "app/definition/root_element.h"
 
+#include <algorithm>
+
+#include "app/definition/element_table.h"
 #include "foundation/exceptions/exceptions.h"
 
 namespace Hovar {
 
 std::string_view NameOf(RunKind kind) noexcept {
-  switch (kind) {
-    case RunKind::kAnalysis:
-      return "Analysis";
-    case RunKind::kPrediction:
-      return "Prediction";
-    case RunKind::kValidation:
-      return "Validation";
-    case RunKind::kBatch:
-      break;
-  }
-  return "Batch";
+  return std::find_if(kRoots.begin(), kRoots.end(),
+                      [kind](const RootEntry& root) { return root.kind == kind; })
+      ->name;
 }
 
 Vell::XmlTag ReadRootTag(Vell::XmlReader& reader) {
@@ -27,10 +22,9 @@ Vell::XmlTag ReadRootTag(Vell::XmlReader& reader) {
 }
 
 RunKind RunKindOf(const Vell::XmlTag& root) {
-  for (const RunKind kind :
-       {RunKind::kAnalysis, RunKind::kPrediction, RunKind::kValidation, RunKind::kBatch}) {
-    if (root.name.View() == NameOf(kind)) {
-      return kind;
+  for (const RootEntry& entry : kRoots) {
+    if (root.name.View() == entry.name) {
+      return entry.kind;
     }
   }
   throw Vell::Exceptions::Exception("Invalid definition file");

@@ -2,12 +2,10 @@
 
 #include <string_view>
 
+#include "app/definition/elements.h"
 #include "foundation/xml/xml_reader.h"
 
 namespace Hovar {
-
-/// The kinds of runs, each with a root element of its own.
-enum class RunKind { kAnalysis, kPrediction, kValidation, kBatch };
 
 /// The name of the root element.
 std::string_view NameOf(RunKind kind) noexcept;
