@@ -46,10 +46,10 @@ ChainDefinition MakeChain(const DefinitionFile& definition, std::string_view byt
   chain.folder = JoinPath(definition.folder, chain.name);
   chain.file = JoinPath(chain.folder, chain.name + ".xml");
   chain.chainFile =
-      JoinPath(JoinPath(chain.folder, definition.Value("Output/McmcSubFolder").text), "Chain.csv");
+      JoinPath(JoinPath(chain.folder, definition.TextOf(Element::kMcmcSubFolder)), "Chain.csv");
   chain.coefficientFile =
-      JoinPath(chain.folder, definition.Value("Output/RegressionCoefficients").text);
-  chain.text = WithValues(bytes, {{&definition.Value("Output/Folder"), chain.folder},
+      JoinPath(chain.folder, definition.TextOf(Element::kRegressionCoefficients));
+  chain.text = WithValues(bytes, {{definition.Find(Element::kFolder), chain.folder},
                                   {words[0], std::to_string(seed.z)},
                                   {words[1], std::to_string(seed.w)}});
   return chain;
@@ -99,7 +99,7 @@ std::optional<ChainSet> MakeChainSet(const std::string& path, int count) {
   if (!definition) {
     return std::nullopt;
   }
-  const std::optional<std::string> bytes = ReadSmallFile(path);
+  const std::optional<std::string>& bytes = definition->text.Bytes();
   if (!bytes) {
     Say("cannot read " + path);
     return std::nullopt;

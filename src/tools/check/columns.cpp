@@ -89,7 +89,7 @@ void NoteEliminated(std::vector<VariableCounts>& variables,
 void AddEliminationError(Findings& findings, const DefinitionFile& definition,
                          std::int32_t completeP0Count, const std::string& error) {
   const double tolerance = definition.analysis.linearDependenceTolerance;
-  const std::string element = "Regression/LinearDependence/Tolerance";
+  constexpr Element element = Element::kLinearDependenceTolerance;
   if (completeP0Count == 0) {
     findings.AddError(definition.data, {},
                       "No record without missing values has P = 0, and an Analysis fits such "

@@ -80,7 +80,7 @@ void AddShapeError(Findings& findings, const std::string& path) {
 
 /// What fields the definition's number of indicators leaves for X and Z.
 void AddIndicatorError(Findings& findings, const DefinitionFile& definition) {
-  const Place place = definition.PlaceOfValue("Input/NumberOfPoaIndicators");
+  const Place place = definition.PlaceOfValue(Element::kNumberOfPoaIndicators);
   if (definition.poaCount < 0) {
     findings.AddError(definition.path, place,
                       "The number of POA indicators is " + std::to_string(definition.poaCount) +

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/definition/element_table.h"
 #include "foundation/io/file_stream.h"
 #include "foundation/io/platform/folders.h"
 #include "tools/check/columns.h"
@@ -13,6 +14,7 @@
 #include "tools/check/seed.h"
 #include "tools/check/values.h"
 #include "tools/plan/estimating_equations.h"
+#include "tools/plan/file_nouns.h"
 #include "tools/support/error_capture.h"
 #include "tools/support/files.h"
 #include "tools/support/paths.h"
@@ -21,14 +23,12 @@
 namespace Hovar {
 namespace {
 
-constexpr std::string_view kDefinitionFile = "definition file";
-
 /// Adds an error for an input file that is missing, a folder, or not readable, and answers whether
-/// there was none. `what` is the noun for the file.
-bool CheckInputFile(Findings& findings, const std::string& path, std::string_view what,
+/// there was none.
+bool CheckInputFile(Findings& findings, const std::string& path, FileRole role,
                     std::string_view file, Place place) {
   using Vell::IO::Platform::PathKind;
-  const std::string subject = "The " + std::string(what) + ' ' + Quoted(path);
+  const std::string subject = "The " + std::string(NounOf(role)) + ' ' + Quoted(path);
   switch (Vell::IO::Platform::KindOf(path.c_str())) {
     case PathKind::kMissing: {
       const bool hasBlanks = !path.empty() && (path.front() <= ' ' || path.back() <= ' ');
@@ -44,7 +44,7 @@ bool CheckInputFile(Findings& findings, const std::string& path, std::string_vie
       return false;
     case PathKind::kOther:
       findings.AddError(file, place,
-                        subject + (what == kDefinitionFile
+                        subject + (role == FileRole::kDefinition
                                        ? " is no regular file. Name one: the program moves "
                                          "back in it while it reads, which a pipe does not allow."
                                        : " is no regular file. Name one: the program reads its "
@@ -75,7 +75,7 @@ void WarnOfUnfitDraws(Findings& findings, const DefinitionFile& definition,
     const std::optional<MissingRecords> missing =
         dataSet != nullptr ? std::optional(CountMissing(*dataSet)) : std::nullopt;
     findings.AddWarning(
-        definition.path, definition.PlaceOfValue("Regression/UseGeneralizedEstimatingEquations"),
+        definition.path, definition.PlaceOfValue(Element::kUseGeneralizedEstimatingEquations),
         "With generalized estimating equations the draws of the chain are not fit for inference, "
         "nor is what is made from them: " +
             WhatIsUnfit(missing) + ". " + std::string(kEquationsRemedy));
@@ -87,11 +87,11 @@ void WarnOfUnfitCoefficients(Findings& findings, const DefinitionFile& definitio
                              const DataSet* dataSet) {
   const std::optional<MissingRecords> missing =
       dataSet != nullptr ? std::optional(CountMissing(*dataSet)) : std::nullopt;
-  findings.AddWarning(definition.path, definition.PlaceOfValue("Input/RegressionCoefficients"),
-                      "The coefficients come from generalized estimating equations. Not fit for "
-                      "inference are then " +
-                          WhatIsUnfit(missing) +
-                          ". Name the coefficient file of an Analysis with false.");
+  findings.AddWarning(
+      definition.path, definition.PlaceOfValue(Element::kInputRegressionCoefficients),
+      "The coefficients come from generalized estimating equations. Not fit for "
+      "inference are then " +
+          WhatIsUnfit(missing) + ". Name the coefficient file of an Analysis with false.");
 }
 
 }  // namespace
@@ -113,17 +113,17 @@ void DefinitionChecker::CheckDefinition(const std::string& path, std::string_vie
   if (const WrittenFile* const written = outputs_.Written(path)) {
     findings_.AddError(namedIn, place,
                        "The definition file " + Quoted(path) + " would be overwritten before by " +
-                           Quoted(written->definition) + ", whose " + written->what +
-                           " it is. Give that another name.");
+                           Quoted(written->definition) + ", whose " +
+                           std::string(NounOf(written->role)) + " it is. Give that another name.");
     return;
   }
-  if (!CheckInputFile(findings_, path, kDefinitionFile, namedIn, place)) {
+  if (!CheckInputFile(findings_, path, FileRole::kDefinition, namedIn, place)) {
     return;
   }
   const DefinitionReading reading = ReadDefinitionFile(path);
   if (!reading.definition.has_value()) {
-    const GrammarError explained = ExplainGrammarError(path, reading.stop, reading.error);
-    findings_.AddError(path, PlaceOf(path, explained.offset), explained.text);
+    const GrammarError explained = ExplainGrammarError(reading.text, reading.stop, reading.error);
+    findings_.AddError(path, PlaceOf(reading.text, explained.offset), explained.text);
     return;
   }
   CheckDefinitionText(findings_, *reading.definition);
@@ -142,10 +142,10 @@ bool DefinitionChecker::IsBeingChecked(const std::string& path) const {
 void DefinitionChecker::CheckBatch(const DefinitionFile& definition) {
   batches_.push_back(definition.path);
   for (const DefinedValue& value : definition.values) {
-    if (value.element != "Simulations/Simulation") {
+    if (value.element != Element::kSimulation) {
       continue;
     }
-    const Place place = PlaceOf(definition.path, value.offset);
+    const Place place = definition.PlaceOfValue(value);
     if (IsBeingChecked(value.text)) {
       findings_.AddError(definition.path, place,
                          "The batch would start " + Quoted(value.text) +
@@ -164,37 +164,39 @@ void DefinitionChecker::CheckSingleRun(const DefinitionFile& definition) {
   outputs_.Check(findings_, definition);
   if (definition.kind == RunKind::kAnalysis) {
     const std::string& coefficients =
-        JoinPath(definition.folder, definition.Value("Output/RegressionCoefficients").text);
+        JoinPath(definition.folder, definition.TextOf(Element::kRegressionCoefficients));
     hasClusteredDraws_[NormalPath(coefficients)] = UsesEstimatingEquations(definition.analysis);
   }
 }
 
 /// True when an input is there and its contents are what the run will read. What an earlier run of
 /// a batch writes is neither missing nor can it be looked at.
-bool DefinitionChecker::IsReadable(const DefinitionFile& definition, const std::string& path,
-                                   std::string_view what, std::string_view element) {
+bool DefinitionChecker::IsReadable(const DefinitionFile& definition, Element element) {
+  const FileRole role = EntryOf(element).role;
+  const std::string path = definition.TextOf(element);
   const Place place = definition.PlaceOfValue(element);
   if (const WrittenFile* const written = outputs_.Written(path)) {
-    const std::string subject = "The " + std::string(what) + ' ' + Quoted(path);
-    if (written->what == "log file") {
+    const std::string subject = "The " + std::string(NounOf(role)) + ' ' + Quoted(path);
+    if (written->role == FileRole::kLog) {
       findings_.AddError(definition.path, place,
                          subject + " is the log file of " + Quoted(written->definition) +
                              ", which runs before. Give one of the two another name.");
-    } else if (written->what != what) {
+    } else if (written->role != role) {
       findings_.AddWarning(definition.path, place,
                            subject + " is written before by " + Quoted(written->definition) +
-                               " as its " + written->what + ". Check that this is meant.");
+                               " as its " + std::string(NounOf(written->role)) +
+                               ". Check that this is meant.");
     }
     return false;
   }
-  return CheckInputFile(findings_, path, what, definition.path, place) &&
+  return CheckInputFile(findings_, path, role, definition.path, place) &&
          !OutputCheck::LogEmpties(definition, path);
 }
 
 void DefinitionChecker::CheckInputs(const DefinitionFile& definition) {
   DataSet dataSet;
-  const bool isRead = IsReadable(definition, definition.data, "data file", "Input/Data") &&
-                      CheckDataFile(findings_, definition, dataSet);
+  const bool isRead =
+      IsReadable(definition, Element::kData) && CheckDataFile(findings_, definition, dataSet);
   WarnOfUnfitDraws(findings_, definition, isRead ? &dataSet : nullptr);
   if (isRead) {
     CheckAnalysisData(definition, dataSet);
@@ -234,8 +236,7 @@ void DefinitionChecker::CheckAnalysisData(const DefinitionFile& definition, Data
 void DefinitionChecker::CheckModelInputs(const DefinitionFile& definition, DataSet* dataSet) {
   RegressionResults results;
   const auto planned = hasClusteredDraws_.find(NormalPath(definition.coefficients));
-  const bool isRead = IsReadable(definition, definition.coefficients, "coefficient file",
-                                 "Input/RegressionCoefficients") &&
+  const bool isRead = IsReadable(definition, Element::kInputRegressionCoefficients) &&
                       CheckCoefficientFile(findings_, definition, results);
   const bool isPlanned = planned != hasClusteredDraws_.end();
   if (isPlanned ? planned->second : isRead && HasClusteredDraws(results)) {
@@ -246,8 +247,7 @@ void DefinitionChecker::CheckModelInputs(const DefinitionFile& definition, DataS
   }
   IndividualPredictions predictions;
   if (definition.kind != RunKind::kValidation ||
-      !IsReadable(definition, definition.individualPredictions, "file of individual predictions",
-                  "Input/IndividualPredictions") ||
+      !IsReadable(definition, Element::kInputIndividualPredictions) ||
       !CheckIndividualPredictions(findings_, definition, predictions) || dataSet == nullptr) {
     return;
   }

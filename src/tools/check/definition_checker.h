@@ -36,8 +36,7 @@ class DefinitionChecker {
   void CheckInputs(const DefinitionFile& definition);
   void CheckAnalysisData(const DefinitionFile& definition, DataSet& dataSet);
   void CheckModelInputs(const DefinitionFile& definition, DataSet* dataSet);
-  bool IsReadable(const DefinitionFile& definition, const std::string& path, std::string_view what,
-                  std::string_view element);
+  bool IsReadable(const DefinitionFile& definition, Element element);
   bool IsBeingChecked(const std::string& path) const;
 
   Describe describe_;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 
+#include "app/definition/element_table.h"
 #include "foundation/string.h"
 #include "tools/check/findings.h"
 #include "tools/support/error_capture.h"
@@ -15,13 +16,11 @@ namespace {
 
 constexpr std::int64_t kContext = 4096;  // bytes after the stop that are examined
 
-constexpr std::array<std::string_view, 6> kWholeNumbers = {
-    "NumberOfPoaIndicators", "MaxIterations", "Thinning", "Burnin", "Steps", "Element"};
-constexpr std::array<std::string_view, 2> kReals = {"Tolerance", "PriorPrecision"};
-
-template <typename Names>
-bool Contains(const Names& names, std::string_view name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
+/// True for the name of an element that holds such a value.
+bool Holds(std::string_view name, ValueKind kind) {
+  return std::any_of(kElements.begin(), kElements.end(), [=](const ElementEntry& entry) {
+    return entry.Name() == name && ValueKindOf(entry.type) == kind;
+  });
 }
 
 bool IsBlank(char c) noexcept { return Vell::kWhitespace.find(c) != std::string_view::npos; }
@@ -35,8 +34,8 @@ std::int64_t Offset(std::size_t index) { return static_cast<std::int64_t>(index)
 /// The bytes up to the place where the reader stopped, and some after it.
 class Surroundings {
  public:
-  Surroundings(const std::string& path, std::int64_t stop)
-      : bytes_(BytesAt(path, 0, static_cast<std::size_t>(stop + kContext))),
+  Surroundings(const TextSource& text, std::int64_t stop)
+      : bytes_(BytesAt(text, 0, static_cast<std::size_t>(stop + kContext))),
         stop_(std::min(static_cast<std::size_t>(stop), bytes_.size())) {}
 
   std::string_view All() const { return bytes_; }
@@ -70,7 +69,7 @@ class Surroundings {
 
 std::string NotANumber(std::string_view element, std::string_view value) {
   const std::string subject = "The value " + Quoted(Trimmed(value)) + " of " + Tag(element);
-  return Contains(kReals, element)
+  return Holds(element, ValueKind::kReal)
              ? subject + " is no number. Write a number with a decimal point, such as 1e-8."
              : subject + " is no whole number. Write digits alone.";
 }
@@ -145,7 +144,7 @@ GrammarError WrongText(const Surroundings& around) {
     return {Offset(wrong),
             "The file does not begin with a tag. Name a definition file, which is XML."};
   }
-  if (Contains(kWholeNumbers, last) || Contains(kReals, last)) {
+  if (Holds(last, ValueKind::kWholeNumber) || Holds(last, ValueKind::kReal)) {
     return WrongNumber(around, wrong);
   }
   return {Offset(wrong),
@@ -220,7 +219,7 @@ GrammarError NulByte(const Surroundings& around) {
 
 }  // namespace
 
-GrammarError ExplainGrammarError(const std::string& path, std::int64_t stop,
+GrammarError ExplainGrammarError(const TextSource& text, std::int64_t stop,
                                  std::string_view error) {
   struct Explanation {
     std::string_view error;
@@ -239,8 +238,8 @@ GrammarError ExplainGrammarError(const std::string& path, std::int64_t stop,
       {"Invalid input string", NulByte},
       {"Invalid argument", NulByte},
   }};
-  const Surroundings around(path, stop);
-  if (const std::optional<Mismatch> mismatch = MismatchIn(error, path)) {
+  const Surroundings around(text, stop);
+  if (const std::optional<Mismatch> mismatch = MismatchIn(error, text.Path())) {
     return mismatch->expected.size() == 1 ? WrongByte(around, *mismatch)
                                           : WrongName(around, *mismatch);
   }

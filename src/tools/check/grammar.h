@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "tools/support/text_places.h"
+
 namespace Hovar {
 
 struct GrammarError {
@@ -15,7 +17,6 @@ struct GrammarError {
 };
 
 /// Explains the error line `error` of a reader that stopped with the byte at `stop` next.
-GrammarError ExplainGrammarError(const std::string& path, std::int64_t stop,
-                                 std::string_view error);
+GrammarError ExplainGrammarError(const TextSource& text, std::int64_t stop, std::string_view error);
 
 }  // namespace Hovar

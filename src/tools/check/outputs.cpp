@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "foundation/io/platform/platform.h"
+#include "tools/plan/file_nouns.h"
 #include "tools/support/paths.h"
 #include "tools/support/shown_path.h"
 #include "tools/support/text.h"
@@ -23,28 +24,27 @@ bool IsWritable(const std::string& path) {
   return file != Platform::kNoFile && Platform::CloseFile(file);
 }
 
-struct Input {
-  std::string what;
-  const std::string& path;
-};
-
-std::vector<Input> InputsOf(const DefinitionFile& definition) {
-  std::vector<Input> inputs = {{"data file", definition.data},
-                               {"definition file", definition.path}};
-  if (!definition.coefficients.empty()) {
-    inputs.push_back({"coefficient file", definition.coefficients});
-  }
-  if (!definition.individualPredictions.empty()) {
-    inputs.push_back({"file of individual predictions", definition.individualPredictions});
+/// What a run reads, its definition among it.
+std::vector<PlannedFile> InputsOf(const DefinitionFile& definition) {
+  std::vector<PlannedFile> inputs;
+  for (const PlannedFile& input : definition.inputs) {
+    if (input.role == FileRole::kData) {
+      inputs.push_back(input);
+      inputs.push_back({input.element, FileRole::kDefinition, definition.path});
+    } else if (!input.path.empty()) {
+      inputs.push_back(input);
+    }
   }
   return inputs;
 }
 
-std::string Subject(const PlannedOutput& output) {
-  return "The " + output.what + ' ' + Quoted(ShownPath(output.path));
+std::string Noun(const PlannedFile& file) { return std::string(NounOf(file.role)); }
+
+std::string Subject(const PlannedFile& output) {
+  return "The " + Noun(output) + ' ' + Quoted(ShownPath(output.path));
 }
 
-void WarnOfPipe(Findings& findings, const DefinitionFile& definition, const PlannedOutput& output) {
+void WarnOfPipe(Findings& findings, const DefinitionFile& definition, const PlannedFile& output) {
   if (Platform::IsNamedPipe(output.path.c_str())) {
     findings.AddWarning(definition.path, definition.PlaceOfValue(output.element),
                         Subject(output) +
@@ -56,15 +56,14 @@ void WarnOfPipe(Findings& findings, const DefinitionFile& definition, const Plan
 
 /// Warns of outputs that are or would on Windows be one of the run's own inputs. Answers whether
 /// this one is.
-bool WarnOfInputs(Findings& findings, const DefinitionFile& definition,
-                  const PlannedOutput& output) {
+bool WarnOfInputs(Findings& findings, const DefinitionFile& definition, const PlannedFile& output) {
   const bool isLog = &output == &definition.outputs.front();
   bool isInput = false;
-  for (const Input& input : InputsOf(definition)) {
+  for (const PlannedFile& input : InputsOf(definition)) {
     const Place place = definition.PlaceOfValue(output.element);
     if (IsSameFile(output.path, input.path)) {
       isInput = true;
-      const std::string text = Subject(output) + " is the " + input.what + " of this run";
+      const std::string text = Subject(output) + " is the " + Noun(input) + " of this run";
       if (isLog && input.path != definition.path) {
         findings.AddError(definition.path, place,
                           text + ", which is emptied before it is read. Give it another name.");
@@ -75,7 +74,7 @@ bool WarnOfInputs(Findings& findings, const DefinitionFile& definition,
       }
     } else if (DiffersInCaseOnly(output.path, input.path)) {
       findings.AddWarning(definition.path, place,
-                          Subject(output) + " differs from the " + input.what +
+                          Subject(output) + " differs from the " + Noun(input) +
                               " in capital letters alone: on Windows they are one file. Give it "
                               "another name.",
                           Weight::kHarmless);
@@ -146,8 +145,8 @@ bool OutputCheck::MayWriteIn(const std::string& folder) const {
 /// Makes a folder in memory; false when that gives an error. A folder that cannot be made is none
 /// where it exists as something else: then opening a file in it shows the fault.
 bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definition,
-                             const std::string& path, std::string_view element) {
-  const std::string name = element == "Output/Folder" ? path : ShownPath(path);  // put together
+                             const std::string& path, Element element) {
+  const std::string name = element == Element::kFolder ? path : ShownPath(path);  // put together
   const auto addError = [&](const std::string& text) {
     findings.AddError(definition.path, definition.PlaceOfValue(element),
                       "The folder " + Quoted(name) + text);
@@ -182,7 +181,7 @@ bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definitio
 }
 
 bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
-                          const PlannedOutput& output) const {
+                          const PlannedFile& output) const {
   const auto addError = [&](const std::string& text) {
     findings.AddError(definition.path, definition.PlaceOfValue(output.element),
                       Subject(output) + text);
@@ -235,13 +234,13 @@ bool OutputCheck::CanMakeMissing(Findings& findings, const DefinitionFile& defin
 
 /// Names that meet those of earlier outputs, of this run or of others.
 void OutputCheck::WarnOfCollision(Findings& findings, const DefinitionFile& definition,
-                                  const PlannedOutput& output, bool isInput) {
+                                  const PlannedFile& output, bool isInput) {
   const Place place = definition.PlaceOfValue(output.element);
   if (const WrittenFile* const earlier = Written(output.path)) {
-    const bool isLog = earlier->what == "log file";
+    const bool isLog = earlier->role == FileRole::kLog;
     findings.AddWarning(
         definition.path, place,
-        Subject(output) + " is also the " + earlier->what + " of " +
+        Subject(output) + " is also the " + std::string(NounOf(earlier->role)) + " of " +
             (earlier->run == run_ ? std::string("this run") : Quoted(earlier->definition)) +
             (isLog ? ", which goes on writing at its old place in it"
                    : ", which would be overwritten") +
@@ -299,14 +298,14 @@ void OutputCheck::WarnOfOverwriting(Findings& findings) const {
 }
 
 void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
-                           const PlannedOutput& output) {
+                           const PlannedFile& output) {
   if (!CanMake(findings, definition, output)) {
     return;
   }
   const bool isInput = WarnOfInputs(findings, definition, output);
   WarnOfCollision(findings, definition, output, isInput);
   const std::string normal = NormalPath(output.path);
-  files_.insert_or_assign(normal, WrittenFile{output.path, output.what, definition.path, run_});
+  files_.insert_or_assign(normal, WrittenFile{output.path, output.role, definition.path, run_});
   spellings_.emplace(LowerCase(normal), normal);
 }
 
@@ -314,17 +313,17 @@ void OutputCheck::Check(Findings& findings, const DefinitionFile& definition) {
   ++run_;
   if (definition.folder.empty()) {
     findings.AddWarning(
-        definition.path, definition.PlaceOfValue("Output/Folder"),
+        definition.path, definition.PlaceOfValue(Element::kFolder),
         "The output folder is empty, which means the root of the file system. Write "
         "a point for the folder that you start in.",
         Weight::kFiles);
-  } else if (!MakeFolder(findings, definition, definition.folder, "Output/Folder")) {
+  } else if (!MakeFolder(findings, definition, definition.folder, Element::kFolder)) {
     return;
   }
   bool hasChainFolder = false;
   bool isMade = true;
-  for (const PlannedOutput& output : definition.outputs) {
-    const bool isInChainFolder = output.element == "Output/McmcSubFolder";
+  for (const PlannedFile& output : definition.outputs) {
+    const bool isInChainFolder = output.element == Element::kMcmcSubFolder;
     if (isInChainFolder && !hasChainFolder) {
       hasChainFolder = true;
       isMade = MakeFolder(findings, definition, definition.chainFolder, output.element);

@@ -18,8 +18,8 @@ namespace Hovar {
 
 /// A file that a run would have written.
 struct WrittenFile {
-  std::string path;        // as written
-  std::string what;        // "log file"
+  std::string path;  // as written
+  FileRole role = FileRole::kNone;
   std::string definition;  // of the run
   int run = 0;             // its number
 };
@@ -48,16 +48,16 @@ class OutputCheck {
   std::string OnDisk(const std::string& path) const;
   bool MayWriteIn(const std::string& folder) const;
   bool MakeFolder(Findings& findings, const DefinitionFile& definition, const std::string& path,
-                  std::string_view element);
-  void MakeFile(Findings& findings, const DefinitionFile& definition, const PlannedOutput& output);
+                  Element element);
+  void MakeFile(Findings& findings, const DefinitionFile& definition, const PlannedFile& output);
   bool CanMake(Findings& findings, const DefinitionFile& definition,
-               const PlannedOutput& output) const;
+               const PlannedFile& output) const;
   void WarnOfCollision(Findings& findings, const DefinitionFile& definition,
-                       const PlannedOutput& output, bool isInput);
+                       const PlannedFile& output, bool isInput);
 
   /// A file on disk that a run would overwrite.
   struct Overwritten {
-    PlannedOutput output;
+    PlannedFile output;
     std::string folder;      // of the run
     std::string definition;  // that names it, at
     Place place;

@@ -154,7 +154,7 @@ void WarnOfPairs(Findings& findings, const DefinitionFile& definition) {
   }
   const Pairing better = PairingOf(small, *fitting, Digits::kDoNotCount);
   findings.AddWarning(
-      definition.path, definition.PlaceOfValue("Input/NumberOfPoaIndicators"),
+      definition.path, definition.PlaceOfValue(Element::kNumberOfPoaIndicators),
       "With " + Counted(given, "POA indicator") + " the first pair of Z and X is " +
           PairText(names, pairing, 0) + ", and the names of the pairs do not go together. With " +
           std::to_string(*fitting) + " they do, as in " +

@@ -1,9 +1,9 @@
 #include "tools/check/values.h"
 
-#include <array>
 #include <cmath>
 #include <cstdlib>
 
+#include "app/definition/element_table.h"
 #include "foundation/io/number_text.h"
 #include "mcmc/mcmc_model.h"
 #include "tools/check/odd_cells.h"
@@ -12,27 +12,40 @@
 namespace Hovar {
 namespace {
 
+/// The elements of a group of fit settings.
+struct FitElements {
+  Element tolerance;
+  Element maxIterations;
+  Element priorPrecision;
+};
+
+constexpr FitElements kFit = {Element::kParametersTolerance, Element::kParametersMaxIterations,
+                              Element::kParametersPriorPrecision};
+constexpr FitElements kFitMcmc = {Element::kParametersMcmcTolerance,
+                                  Element::kParametersMcmcMaxIterations,
+                                  Element::kParametersMcmcPriorPrecision};
+
 class ValueCheck {
  public:
   ValueCheck(Findings& findings, const DefinitionFile& definition)
       : findings_(findings), definition_(definition) {}
 
-  void Error(std::string_view element, std::string text) {
+  void Error(Element element, std::string text) {
     findings_.AddError(definition_.path, definition_.PlaceOfValue(element), std::move(text));
   }
-  void Warning(std::string_view element, std::string text, Weight weight = Weight::kResults) {
+  void Warning(Element element, std::string text, Weight weight = Weight::kResults) {
     findings_.AddWarning(definition_.path, definition_.PlaceOfValue(element), std::move(text),
                          weight);
   }
 
-  void Count(std::string_view element, std::int32_t value) {
+  void Count(Element element, std::int32_t value) {
     if (value < 0) {
       Warning(element, "The count " + std::to_string(value) +
                            " is negative and does the same as none. Write 0 or more.");
     }
   }
 
-  void Tolerance(std::string_view element, double value) {
+  void Tolerance(Element element, double value) {
     if (!(value > 0) || std::isinf(value)) {
       Warning(element,
               "A tolerance is above 0 and finite; with this one the test does not work "
@@ -40,14 +53,14 @@ class ValueCheck {
     }
   }
 
-  void Fit(const std::string& element, const RegressionParameters& parameters) {
-    Tolerance(element + "/Tolerance", parameters.tolerance);
+  void Fit(const FitElements& elements, const RegressionParameters& parameters) {
+    Tolerance(elements.tolerance, parameters.tolerance);
     if (parameters.maxIterations < 1) {
-      Warning(element + "/MaxIterations",
+      Warning(elements.maxIterations,
               "The first step is always made, so this does the same as 1. Write 1 or more.");
     }
     if (!(parameters.priorPrecision >= 0) || std::isinf(parameters.priorPrecision)) {
-      Warning(element + "/PriorPrecision",
+      Warning(elements.priorPrecision,
               "A precision is 0 or more and finite. Write 0 for no prior.");
     }
   }
@@ -69,22 +82,19 @@ bool HasEntity(std::string_view text) noexcept {
 
 /// Paths and names, which are taken as they stand.
 void CheckTexts(ValueCheck& check, const DefinitionFile& definition) {
-  constexpr std::array<std::string_view, 10> kTexts = {
-      "Input/Data",        "Input/RegressionCoefficients",  "Input/IndividualPredictions",
-      "Output/Folder",     "Output/RegressionCoefficients", "Output/McmcSubFolder",
-      "Output/LogFile",    "Output/IndividualPredictions",  "Output/HospitalPredictions",
-      "Output/CStatistics"};
-  for (const std::string_view element : kTexts) {
-    const std::string& text = definition.Value(element).text;
-    const bool isOutput = element.starts_with("Output/");  // an input of this name is missing
-    if (isOutput && IsSpaced(text)) {
-      check.Warning(element,
+  for (const DefinedValue& value : definition.values) {
+    const ElementEntry& entry = EntryOf(value.element);
+    if (ValueKindOf(entry.type) != ValueKind::kText) {
+      continue;
+    }
+    if (entry.IsOutput() && IsSpaced(value.text)) {  // an input of this name is missing
+      check.Warning(value.element,
                     "White space round the text belongs to the name. Write the name "
                     "directly between the tags.",
                     Weight::kFiles);
     }
-    if (HasEntity(text)) {
-      check.Warning(element,
+    if (HasEntity(value.text)) {
+      check.Warning(value.element,
                     "Entities such as &amp; are not decoded but belong to the name. "
                     "Rename the file.",
                     Weight::kFiles);
@@ -94,23 +104,17 @@ void CheckTexts(ValueCheck& check, const DefinitionFile& definition) {
 
 /// Whole numbers of which only the low 32 bits are kept, without a message.
 void CheckWholeNumbers(Findings& findings, const DefinitionFile& definition) {
-  constexpr std::array<std::string_view, 6> kNames = {
-      "NumberOfPoaIndicators", "MaxIterations", "Thinning", "Burnin", "Steps", "Element"};
   for (const DefinedValue& value : definition.values) {
-    const std::string_view name =
-        std::string_view(value.element).substr(value.element.find_last_of('/') + 1);
-    const bool isWord = name == "Element";
-    bool isWhole = false;
-    for (const std::string_view whole : kNames) {
-      isWhole = isWhole || name == whole;
-    }
+    const ElementType type = EntryOf(value.element).type;
+    const bool isWord = type == ElementType::kSeedWord;
+    const bool isWhole = ValueKindOf(type) == ValueKind::kWholeNumber;
     // Of a number that is too long for any type the nearest one, which is outside as well.
     const long long number = isWhole ? std::strtoll(value.text.c_str(), nullptr, 10) : 0;
     const bool isOutside =
         isWord ? number < 0 || number > UINT32_MAX : number < INT32_MIN || number > INT32_MAX;
     if (isOutside) {
       findings.AddWarning(
-          definition.path, PlaceOf(definition.path, value.offset),
+          definition.path, definition.PlaceOfValue(value),
           "The number is outside its range and would be read as another one. "
           "Write one from " +
               std::string(isWord ? "0 to 4294967295." : "-2147483648 to 2147483647."));
@@ -122,11 +126,10 @@ void CheckWholeNumbers(Findings& findings, const DefinitionFile& definition) {
 /// it is passed over.
 void CheckRealNumbers(Findings& findings, const DefinitionFile& definition) {
   for (const DefinedValue& value : definition.values) {
-    const std::string_view element = value.element;
-    const bool isReal = element.ends_with("/Tolerance") || element.ends_with("/PriorPrecision");
+    const bool isReal = ValueKindOf(EntryOf(value.element).type) == ValueKind::kReal;
     if (isReal && !IsWholeReal(value.text)) {
       const double read = Vell::IO::ParseReal(value.text);
-      findings.AddWarning(definition.path, PlaceOf(definition.path, value.offset),
+      findings.AddWarning(definition.path, definition.PlaceOfValue(value),
                           "The text " + Quoted(value.text) + " is read as " +
                               std::string(Vell::IO::NumberText::OfReal(read).View()) +
                               ". Write a number, such as 1e-8.");
@@ -143,15 +146,16 @@ void CheckChain(ValueCheck& check, const AnalysisDefinition& analysis) {
   parameters.burnin = mcmc.burnin;
   parameters.steps = mcmc.steps;
   if (mcmc.thinning == 0) {
-    check.Error("Mcmc/Thinning", "Every 0th step cannot be kept. Write 1 or more.");
+    check.Error(Element::kThinning, "Every 0th step cannot be kept. Write 1 or more.");
   } else if (Vell::Mcmc::LongestChain(parameters) < 0) {
-    check.Error(mcmc.thinning < 0 ? "Mcmc/Thinning" : "Mcmc/Steps",
+    check.Error(mcmc.thinning < 0 ? Element::kThinning : Element::kSteps,
                 "The chain would have a negative size. Write 1 or more for Thinning, 0 or more for "
                 "Burnin and Steps.");
   } else if (needsDraws && mcmc.thinning > 0 && mcmc.steps >= 0 && mcmc.steps / mcmc.thinning < 2) {
-    check.Warning("Mcmc/Steps", "The chain keeps " + Counted(mcmc.steps / mcmc.thinning, "draw") +
-                                    ", too few for standard errors of the fifth block. Write "
-                                    "at least twice the Thinning.");
+    check.Warning(Element::kSteps, "The chain keeps " +
+                                       Counted(mcmc.steps / mcmc.thinning, "draw") +
+                                       ", too few for standard errors of the fifth block. Write "
+                                       "at least twice the Thinning.");
   }
 }
 
@@ -162,32 +166,32 @@ void CheckValues(Findings& findings, const DefinitionFile& definition) {
   CheckTexts(check, definition);
   CheckWholeNumbers(findings, definition);
   CheckRealNumbers(findings, definition);
-  check.Count("Mcmc/Burnin", definition.mcmc.burnin);
-  check.Count("Mcmc/Steps", definition.mcmc.steps);
+  check.Count(Element::kBurnin, definition.mcmc.burnin);
+  check.Count(Element::kSteps, definition.mcmc.steps);
   if (definition.mcmc.thinning < 0) {
-    check.Warning("Mcmc/Thinning", "The thinning " + std::to_string(definition.mcmc.thinning) +
-                                       " is negative and has no meaning. Write 1 or more.");
+    check.Warning(Element::kThinning, "The thinning " + std::to_string(definition.mcmc.thinning) +
+                                          " is negative and has no meaning. Write 1 or more.");
   }
-  if (definition.Value("Mcmc/Seed/Seed").element.empty()) {
-    findings.AddWarning(definition.path, definition.PlaceOfTag("Mcmc/Seed"),
+  if (definition.Find(Element::kSeedVector) == nullptr) {
+    findings.AddWarning(definition.path, definition.PlaceOfTag(Element::kSeed),
                         "The seed is taken from the clock, so the run cannot be repeated. Write a "
                         "Seed of the type Vector with two numbers.",
                         Weight::kHarmless);
   }
   if (definition.kind == RunKind::kAnalysis) {
-    check.Tolerance("Regression/LinearDependence/Tolerance",
+    check.Tolerance(Element::kLinearDependenceTolerance,
                     definition.analysis.linearDependenceTolerance);
-    check.Fit("Regression/Parameters", definition.analysis.parameters);
-    check.Fit("Regression/ParametersMcmc", definition.analysis.parametersMcmc);
+    check.Fit(kFit, definition.analysis.parameters);
+    check.Fit(kFitMcmc, definition.analysis.parametersMcmc);
     CheckChain(check, definition.analysis);
   }
 }
 
 void CheckDefinitionText(Findings& findings, const DefinitionFile& definition) {
-  const FileTraits traits = TraitsOf(definition.path);
+  const FileTraits traits = TraitsOf(definition.text);
   if (traits.firstCarriageReturnLineFeed >= 0 && KeepsCarriageReturns()) {
     findings.AddWarning(
-        definition.path, PlaceOf(definition.path, traits.firstCarriageReturnLineFeed),
+        definition.path, PlaceOf(definition.text, traits.firstCarriageReturnLineFeed),
         "The line ends with a carriage return and a line feed. Between tags that does no harm; in "
         "a path or a name it would belong to it. End lines with line feeds alone.",
         Weight::kHarmless);

@@ -1,6 +1,6 @@
 #pragma once
 
-// A definition file as the launcher's tools look at it, read by the program's own reader: what the
+// A definition file as the command's tools look at it, read by the program's own reader: what the
 // run reads and writes, and where in the file each value stands.
 
 #include <cstdint>
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/definition/definitions.h"
+#include "app/definition/elements.h"
 #include "app/definition/root_element.h"
 #include "tools/support/text_places.h"
 
@@ -17,22 +18,23 @@ namespace Hovar {
 
 /// An element and what stands behind its start tag, up to the next tag.
 struct DefinedValue {
-  std::string element;      // below the root: "Output/LogFile"
+  Element element = Element::kInput;
   std::int64_t offset = 0;  // of the text
   std::string text;         // as it stands
   std::string type;         // the attribute xsi:type, or empty
 };
 
-/// What a run writes: its elements name it, its path is what the program opens.
-struct PlannedOutput {
-  std::string element;  // that names it
-  std::string what;     // "log file"
-  std::string path;
+/// A file that a run reads or writes.
+struct PlannedFile {
+  Element element = Element::kInput;  // that names it, or the folder that it lies in
+  FileRole role = FileRole::kNone;
+  std::string path;  // as the program opens it
 };
 
 /// A definition file that follows the grammar, as one record for all kinds of run.
 struct DefinitionFile {
   std::string path;  // of the file, as written
+  TextSource text;   // the bytes from which all the rest was read
   RunKind kind = RunKind::kBatch;
   std::vector<DefinedValue> values;  // of all elements, in file order
 
@@ -42,31 +44,42 @@ struct DefinitionFile {
   std::string coefficients;           // read
   std::string individualPredictions;  // read
   std::string folder;
-  std::string chainFolder;             // of an Analysis, within the output folder
-  std::vector<PlannedOutput> outputs;  // in the order in which they are opened, the log first
+  std::string chainFolder;           // of an Analysis, within the output folder
+  std::vector<PlannedFile> inputs;   // the data file first
+  std::vector<PlannedFile> outputs;  // in the order in which they are opened, the log first
   McmcSettings mcmc;
   AnalysisDefinition analysis;
 
   // Batches.
   std::vector<std::string> simulations;
 
-  /// The first element of this name, or the definition's start where there is none.
-  const DefinedValue& Value(std::string_view element) const;
-  Place PlaceOfValue(std::string_view element) const;
+  /// The first such element, or null where there is none.
+  const DefinedValue* Find(Element element) const;
+  /// The text of the first such element, or an empty one.
+  std::string TextOf(Element element) const;
+  /// The place of its text, or the definition's start.
+  Place PlaceOfValue(Element element) const;
+  Place PlaceOfValue(const DefinedValue& value) const;
   /// The place of the element's tag.
-  Place PlaceOfTag(std::string_view element) const;
+  Place PlaceOfTag(Element element) const;
 };
 
 /// What reading a definition file gave.
 struct DefinitionReading {
   std::optional<DefinitionFile> definition;
-  // Without a definition: the text of the error that the program would end in, and the offset of
-  // the byte that it would have read next.
+  // Without a definition: the text of the error that the program would end in, the offset of the
+  // byte that it would have read next, and the file.
   std::string error;
   std::int64_t stop = 0;
+  TextSource text;
 };
 
-/// Reads a definition file as the program does, without a word on the standard streams.
+/// Reads a definition as the program does, without a word on the standard streams. A text without
+/// bytes is the file itself: one that no tool keeps in memory (ReadSmallFile), such as a pipe.
+/// Errors: OutOfMemoryException.
+DefinitionReading ReadDefinition(TextSource text);
+
+/// Reads a definition file, once if it can be kept in memory.
 /// Errors: OutOfMemoryException.
 DefinitionReading ReadDefinitionFile(const std::string& path);
 

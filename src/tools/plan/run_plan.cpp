@@ -16,19 +16,19 @@ constexpr std::size_t kDeepestNesting = 64;
 
 void AddSeed(PlannedRun& run, const DefinitionFile& definition) {
   for (const DefinedValue& value : definition.values) {
-    if (value.element == "Mcmc/Seed") {
+    if (value.element == Element::kSeed) {
       run.seedType = value.type;
-    } else if (value.element == "Mcmc/Seed/Seed/Element") {
+    } else if (value.element == Element::kSeedWord) {
       run.seedWords.push_back(value.text);
     }
   }
 }
 
-PlannedRun PlanOf(const DefinitionFile& definition, std::string bytes) {
+PlannedRun PlanOf(const DefinitionFile& definition) {
   PlannedRun run;
   run.kind = definition.kind;
   run.definition = definition.path;
-  run.definitionBytes = std::move(bytes);
+  run.definitionBytes = *definition.text.Bytes();
   run.data = definition.data;
   run.coefficients = definition.coefficients;
   run.usesEstimatingEquations = UsesEstimatingEquations(definition.analysis);
@@ -37,13 +37,12 @@ PlannedRun PlanOf(const DefinitionFile& definition, std::string bytes) {
   run.steps = std::max(definition.mcmc.steps, 0);
   run.folder = definition.folder;
   run.logFile = definition.outputs.front().path;
-  for (const std::string& input :
-       {definition.data, definition.coefficients, definition.individualPredictions}) {
-    if (!input.empty()) {
-      run.inputs.push_back(input);
+  for (const PlannedFile& input : definition.inputs) {
+    if (!input.path.empty()) {
+      run.inputs.push_back(input.path);
     }
   }
-  for (const PlannedOutput& output : definition.outputs) {
+  for (const PlannedFile& output : definition.outputs) {
     run.outputs.push_back(output.path);
   }
   AddSeed(run, definition);
@@ -72,15 +71,16 @@ void Follow(RunPlan& plan, const std::string& path, std::vector<std::string>& ba
   if (!bytes) {
     return;
   }
-  const std::optional<DefinitionFile> definition = ReadDefinitionFile(path).definition;
+  const DefinitionReading reading = ReadDefinition({path, std::move(bytes)});
+  const std::optional<DefinitionFile>& definition = reading.definition;
   if (batches.empty()) {
     plan.kind = definition ? std::optional(definition->kind) : std::nullopt;
-    plan.definitionBytes = *bytes;
+    plan.definitionBytes = *(definition ? definition->text : reading.text).Bytes();
   }
   if (definition && definition->kind == RunKind::kBatch) {
     FollowBatch(plan, *definition, batches);
   } else if (definition) {
-    plan.runs.push_back(PlanOf(*definition, std::move(*bytes)));
+    plan.runs.push_back(PlanOf(*definition));
   }
 }
 

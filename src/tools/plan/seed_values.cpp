@@ -10,7 +10,7 @@ namespace Hovar {
 std::optional<std::array<const DefinedValue*, 2>> SeedValuesOf(const DefinitionFile& definition) {
   std::vector<const DefinedValue*> found;
   for (const DefinedValue& value : definition.values) {
-    if (value.element == "Mcmc/Seed/Seed/Element") {
+    if (value.element == Element::kSeedWord) {
       found.push_back(&value);
     }
   }

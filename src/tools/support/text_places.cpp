@@ -15,11 +15,17 @@ using Vell::IO::FileStream;
 constexpr std::uint32_t kReadBytes = Vell::IO::Mode::kRead | Vell::IO::Mode::kBinary;
 constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 
-/// Passes the bytes of a file from `offset` on to `take`, block by block, until it returns false.
+/// Passes the bytes of a text from `offset` on to `take`, block by block, until it returns false.
 template <typename Take>
-void ReadBlocks(const std::string& path, std::int64_t offset, Take take) {
+void ReadBlocks(const TextSource& text, std::int64_t offset, Take take) {
+  if (const std::optional<std::string>& bytes = text.Bytes(); bytes.has_value()) {
+    if (const auto start = static_cast<std::size_t>(offset); start < bytes->size()) {
+      take(std::string_view(*bytes).substr(start));
+    }
+    return;
+  }
   ErrorOf([&] {
-    FileStream stream(Vell::String(std::string_view(path)), kReadBytes);
+    FileStream stream(Vell::String(std::string_view(text.Path())), kReadBytes);
     stream.Seek(offset);
     for (std::string_view block = stream.Window(); !block.empty(); block = stream.Window()) {
       if (!take(block)) {
@@ -38,24 +44,24 @@ std::int64_t ColumnAfter(std::string_view text) noexcept {
 }
 
 /// The bytes of the line at `start`, up to its line feed.
-std::string LineText(const std::string& path, std::int64_t start) {
-  std::string text;
-  ReadBlocks(path, start, [&text](std::string_view block) {
+std::string LineText(const TextSource& text, std::int64_t start) {
+  std::string line;
+  ReadBlocks(text, start, [&line](std::string_view block) {
     const std::size_t end = block.find('\n');
-    text += block.substr(0, end);
-    return end == std::string_view::npos && text.size() < kLongestLine;
+    line += block.substr(0, end);
+    return end == std::string_view::npos && line.size() < kLongestLine;
   });
-  return text.substr(0, kLongestLine);
+  return line.substr(0, kLongestLine);
 }
 
 }  // namespace
 
-Place PlaceOf(const std::string& path, std::int64_t offset) { return LineOf(path, offset).place; }
+Place PlaceOf(const TextSource& text, std::int64_t offset) { return LineOf(text, offset).place; }
 
-LineAt LineOf(const std::string& path, std::int64_t offset) {
+LineAt LineOf(const TextSource& text, std::int64_t offset) {
   LineAt line;
   std::int64_t position = 0;
-  ReadBlocks(path, 0, [&](std::string_view block) {
+  ReadBlocks(text, 0, [&](std::string_view block) {
     const auto wanted = static_cast<std::size_t>(std::max<std::int64_t>(offset - position, 0));
     const std::string_view before = block.substr(0, wanted);
     line.place.line += std::count(before.begin(), before.end(), '\n');
@@ -65,32 +71,32 @@ LineAt LineOf(const std::string& path, std::int64_t offset) {
     position += static_cast<std::int64_t>(block.size());
     return position < offset;
   });
-  line.text = LineText(path, line.offset);
+  line.text = LineText(text, line.offset);
   const auto within = static_cast<std::size_t>(std::max<std::int64_t>(offset - line.offset, 0));
   line.place.column = ColumnAfter(std::string_view(line.text).substr(0, within));
   return line;
 }
 
-std::string BytesAt(const std::string& path, std::int64_t offset, std::size_t size) {
+std::string BytesAt(const TextSource& text, std::int64_t offset, std::size_t size) {
   std::string bytes;
-  ReadBlocks(path, offset, [&](std::string_view block) {
+  ReadBlocks(text, offset, [&](std::string_view block) {
     bytes += block.substr(0, size - bytes.size());
     return bytes.size() < size;
   });
   return bytes;
 }
 
-std::int64_t TagBefore(const std::string& path, std::int64_t offset) {
+std::int64_t TagBefore(const TextSource& text, std::int64_t offset) {
   constexpr std::int64_t kLongestTag = 1 << 16;
   const std::int64_t start = std::max<std::int64_t>(offset - kLongestTag, 0);
-  const std::size_t tag = BytesAt(path, start, static_cast<std::size_t>(offset - start)).rfind('<');
+  const std::size_t tag = BytesAt(text, start, static_cast<std::size_t>(offset - start)).rfind('<');
   return tag != std::string::npos ? start + static_cast<std::int64_t>(tag) : offset;
 }
 
-FileTraits TraitsOf(const std::string& path) {
+FileTraits TraitsOf(const TextSource& text) {
   FileTraits traits;
   char last = '\n';
-  ReadBlocks(path, 0, [&](std::string_view block) {
+  ReadBlocks(text, 0, [&](std::string_view block) {
     traits.hasByteOrderMark =
         traits.hasByteOrderMark || (traits.length == 0 && block.starts_with(kByteOrderMark));
     if (traits.firstCarriageReturnLineFeed < 0) {

@@ -2,16 +2,35 @@
 
 // A second, careful look at a text file: the line and column of a byte, the bytes around it, and
 // traits of the whole file. The program's readers stop at a byte; users look for lines and columns.
-//
-// Every function opens the file anew and returns what it could read: a file that is gone or cannot
-// be read gives the first place and empty texts.
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace Hovar {
+
+/// The text that is looked at: the bytes of a file that was read before, or a file, which each look
+/// opens anew. A look answers with what it could read: a file that is gone or cannot be read gives
+/// the first place and empty texts.
+class TextSource {
+ public:
+  TextSource() = default;
+  TextSource(const char* path) : path_(path) {}
+  TextSource(std::string path) : path_(std::move(path)) {}
+  /// Without bytes, a file.
+  TextSource(std::string path, std::optional<std::string> bytes)
+      : path_(std::move(path)), bytes_(std::move(bytes)) {}
+
+  const std::string& Path() const noexcept { return path_; }
+  const std::optional<std::string>& Bytes() const noexcept { return bytes_; }
+
+ private:
+  std::string path_;
+  std::optional<std::string> bytes_;
+};
 
 /// A place in a text file: line and column, both from 1. A column is one character of UTF-8; bytes
 /// that are not UTF-8 count one each.
@@ -28,16 +47,16 @@ struct LineAt {
 };
 
 /// The place of the byte at `offset`; beyond the end of the file, the place after its last byte.
-Place PlaceOf(const std::string& path, std::int64_t offset);
+Place PlaceOf(const TextSource& text, std::int64_t offset);
 
 /// The line that holds the byte at `offset`.
-LineAt LineOf(const std::string& path, std::int64_t offset);
+LineAt LineOf(const TextSource& text, std::int64_t offset);
 
 /// The offset of the last '<' before `offset`, or `offset` when there is none near.
-std::int64_t TagBefore(const std::string& path, std::int64_t offset);
+std::int64_t TagBefore(const TextSource& text, std::int64_t offset);
 
 /// Up to `size` bytes from `offset` on.
-std::string BytesAt(const std::string& path, std::int64_t offset, std::size_t size);
+std::string BytesAt(const TextSource& text, std::int64_t offset, std::size_t size);
 
 struct FileTraits {
   bool hasByteOrderMark = false;
@@ -46,7 +65,7 @@ struct FileTraits {
   std::int64_t firstCarriageReturnLineFeed = -1;  // offset of the first CR LF, or -1
 };
 
-FileTraits TraitsOf(const std::string& path);
+FileTraits TraitsOf(const TextSource& text);
 
 /// True when the program reads a carriage return before a line feed as a byte of the line; on
 /// Windows it belongs to the line's end.

@@ -13,7 +13,7 @@ std::string Lines(const std::string& names, int indicators) {
   definition.path = "d.xml";
   definition.data = folder.Write("data.csv", "Key,Hospital,Y," + names + "\n");
   definition.poaCount = indicators;
-  definition.values.push_back({"Input/NumberOfPoaIndicators", 0, "", ""});
+  definition.values.push_back({Hovar::Element::kNumberOfPoaIndicators, 0, "", ""});
   Hovar::Findings findings;
   WarnOfPairs(findings, definition);
   return findings.Lines();
