@@ -114,6 +114,46 @@ TEST(RunRecordTest, ARequestToEndEndsTheProgramAndIsRecorded) {
   }
 }
 
+TEST(RunRecordTest, FilesThatAreChangedWhileTheRunIsGoingAreNamed) {
+  const TinyStudy study;
+  study.Write("long.xml", LongAnalysisText());
+  study.Write("batch.xml", BatchText({"long.xml"}));
+  const std::string change = "\"changedDuringRun\": true";
+  const std::string line = " changed during the run; the record has its hash from before\n";
+  {
+    Process process(LauncherIn(study, {"--json", "run.json", "long.xml"}));
+    EXPECT_TRUE(process.WaitForOutput("\nBurnin: 1 "));
+    study.Write("long.xml", AnalysisText());
+    study.Write("data.csv", std::string(kTinyData) + "\n");
+    process.CloseOutput();  // ends the run
+    const ProcessResult result = process.Wait();
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.error, "hovar: cannot write to standard output\nhovar: long.xml" + line +
+                                "hovar: data.csv" + line);
+    const std::string record = study.Read("run.json");
+    // The definition of the command line, the same as that of the run, and its data.
+    std::size_t count = 0;
+    for (std::size_t at = record.find(change); at != std::string::npos;
+         at = record.find(change, at + 1)) {
+      ++count;
+    }
+    EXPECT_EQ(count, 3U);
+    study.Write("before.xml", LongAnalysisText());
+    ExpectHolds(record, "\"sha256\": \"" + DigestOf(study, "before.xml") + "\"");
+  }
+  // One that is removed. A request to end does not wait for data to be hashed.
+  study.Write("data.csv", kTinyData);
+  study.Write("long.xml", LongAnalysisText());
+  Process process(LauncherIn(study, {"--json", "run.json", "batch.xml"}));
+  EXPECT_TRUE(process.WaitForOutput("\nBurnin: 1 "));
+  fs::remove(study.Path() / "long.xml");
+  study.Write("data.csv", std::string(kTinyData) + "\n");
+  process.Signal(SIGTERM);
+  const ProcessResult result = process.Wait();
+  EXPECT_EQ(result.exitStatus, 128 + SIGTERM);
+  EXPECT_EQ(result.error, "hovar: long.xml" + line);
+}
+
 TEST(RunRecordTest, OnATerminalNoKeyIsWaitedFor) {
   const TinyStudy study;
   Command command = LauncherIn(study, {"--json", "run.json", "none.xml"});

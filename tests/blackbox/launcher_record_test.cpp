@@ -127,6 +127,48 @@ TEST(RunRecordTest, WarningsStandWithTheirFitAndIterations) {
               "            \"firstMain\": 1\n");
 }
 
+constexpr const char* kChanged = " changed during the run; the record has its hash from before\n";
+
+TEST(RunRecordTest, FilesThatStayAreNotSaidToHaveChanged) {
+  const TinyStudy study;
+  study.Write("batch.xml", BatchText({"analysis.xml", "prediction.xml"}));
+  const ProcessResult result = RunLauncher(study, {"--json", "run.json", "batch.xml"});
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_EQ(result.error, "");
+  EXPECT_EQ(study.Read("run.json").find("changed"), std::string::npos);
+}
+
+// Two runs change files by themselves: their logs have the names of a definition and of data.
+TEST(RunRecordTest, TellsWhichFilesHaveChanged) {
+  const TinyStudy study;
+  study.Write("other.csv", kTinyData);
+  study.Write("first.xml", Replaced(AnalysisText(), ">analysis.log<", ">../first.xml<"));
+  study.Write("second.xml",
+              Replaced(Replaced(PredictionText(), ">prediction.log<", ">../other.csv<"),
+                       ">data.csv<", ">other.csv<"));
+  study.Write("third.xml", Replaced(AnalysisText(), ">analysis.log<", ">third.log<"));
+  study.Write("batch.xml", BatchText({"third.xml", "first.xml", "second.xml"}));
+  const ProcessResult result = RunLauncher(study, {"--json", "run.json", "batch.xml"});
+  EXPECT_EQ(result.exitStatus, 1);  // the second one reads its own log
+  EXPECT_TRUE(result.error.ends_with(std::string("hovar: first.xml") + kChanged +
+                                     "hovar: other.csv" + kChanged))
+      << result.error;
+  const std::string record = study.Read("run.json");
+  const auto entry = [&record](const std::string& path) {
+    const std::size_t start = record.find("\"path\": \"" + path + '"');
+    return record.substr(start, record.find('}', start) - start);
+  };
+  const std::string change = ",\n        \"changedDuringRun\": true\n";
+  ExpectHolds(entry("first.xml"), change);
+  ExpectHolds(entry("other.csv"), change);
+  for (const char* path : {"batch.xml", "third.xml", "second.xml", "data.csv"}) {
+    EXPECT_EQ(entry(path).find("changed"), std::string::npos) << entry(path);
+  }
+  // sha256sum data.csv, which other.csv was a copy of
+  ExpectHolds(entry("other.csv"),
+              "\"04b8c93ce8e0a6429c98d0ed50cf883d4b1b78e407442221df90bbe13c5a5efd\"");
+}
+
 TEST(RunRecordTest, ABatchListsItsDefinitions) {
   const TinyStudy study;
   study.Write("batch.xml", BatchText({"analysis.xml", "prediction.xml"}));

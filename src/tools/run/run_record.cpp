@@ -1,15 +1,16 @@
 #include "tools/run/run_record.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <map>
+#include <set>
 
 #include "build_info.h"
 #include "foundation/io/platform/folders.h"
 #include "foundation/io/platform/processes.h"
 #include "tools/plan/estimating_equations.h"
 #include "tools/support/files.h"
-#include "tools/support/json_text.h"
 #include "tools/support/sha256.h"
 
 namespace Hovar {
@@ -19,15 +20,6 @@ namespace Platform = Vell::IO::Platform;
 
 void WriteText(JsonWriter& json, std::string_view name, std::string_view value) {
   value.empty() ? json.Null(name) : json.Text(name, value);
-}
-
-void WriteFile(JsonWriter& json, std::string_view name, std::string_view path,
-               std::string_view sha256, std::int64_t size) {
-  json.BeginObject(name);
-  json.Bytes("path", path);
-  WriteText(json, "sha256", sha256);
-  sha256.empty() ? json.Null("bytes") : json.Number("bytes", size);
-  json.EndObject();
 }
 
 void WriteSeed(JsonWriter& json, const PlannedRun& run) {
@@ -100,13 +92,57 @@ RunRecord::InputFacts RunRecord::FactsOf(const std::string& path) {
   return {path, Sha256OfFile(path).value_or(std::string()), FileSize(path).value_or(0)};
 }
 
-RunRecord::RunRecord(const RunPlan& plan) : plan_(plan), start_(Platform::CalendarSeconds()) {
+/// Of a definition, of which no bytes are known when it could not be read.
+RunRecord::InputFacts RunRecord::FactsOf(const std::string& path, const std::string& bytes) {
+  return {path, bytes.empty() ? std::string() : Sha256Of(bytes),
+          static_cast<std::int64_t>(bytes.size())};
+}
+
+RunRecord::RunRecord(const RunPlan& plan)
+    : plan_(plan), start_(Platform::CalendarSeconds()), end_(start_) {
   std::map<std::string, InputFacts> known;  // definitions of a batch often share their data
   for (const PlannedRun& run : plan.runs) {
     const auto place = known.find(run.data);
     data_.push_back(place != known.end() ? place->second : FactsOf(run.data));
     known.emplace(run.data, data_.back());
   }
+}
+
+void RunRecord::AddChanged(const std::string& path) {
+  if (std::find(changed_.begin(), changed_.end(), path) == changed_.end()) {
+    changed_.push_back(path);
+  }
+}
+
+void RunRecord::NoteEnd(bool withData) {
+  end_ = Platform::CalendarSeconds();
+  const auto lookAt = [this](const std::string& path, const std::string& bytes) {
+    if (!bytes.empty() && ReadSmallFile(path) != bytes) {
+      AddChanged(path);
+    }
+  };
+  lookAt(plan_.definition, plan_.definitionBytes);
+  for (const PlannedRun& run : plan_.runs) {
+    lookAt(run.definition, run.definitionBytes);
+  }
+  std::set<std::string> known;
+  for (const InputFacts& data : data_) {
+    if (withData && !data.sha256.empty() && known.insert(data.path).second &&
+        Sha256OfFile(data.path) != data.sha256) {
+      AddChanged(data.path);
+    }
+  }
+}
+
+void RunRecord::WriteFile(JsonWriter& json, std::string_view name, const InputFacts& facts) const {
+  json.BeginObject(name);
+  json.Bytes("path", facts.path);
+  WriteText(json, "sha256", facts.sha256);
+  facts.sha256.empty() ? json.Null("bytes") : json.Number("bytes", facts.size);
+  if (std::find(changed_.begin(), changed_.end(), facts.path) != changed_.end()) {
+    json.Boolean("changedDuringRun", true);
+  }
+  json.EndObject();
 }
 
 std::string RunRecord::Text(const RunLines& lines, int exitStatus) const {
@@ -118,22 +154,18 @@ std::string RunRecord::Text(const RunLines& lines, int exitStatus) const {
   WriteText(json, "host", Host());
   json.Bytes("folder", WorkingFolder());
   json.Text("start", UtcText(start_));
-  json.Text("end", UtcText(Platform::CalendarSeconds()));
+  json.Text("end", UtcText(end_));
   json.Number("exitStatus", exitStatus);
   lines.Error().empty() ? json.Null("error") : json.Bytes("error", lines.Error());
-  const bool isRead = !plan_.definitionBytes.empty();
-  WriteFile(json, "definition", plan_.definition,
-            isRead ? Sha256Of(plan_.definitionBytes) : std::string(),
-            static_cast<std::int64_t>(plan_.definitionBytes.size()));
+  WriteFile(json, "definition", FactsOf(plan_.definition, plan_.definitionBytes));
   plan_.kind ? json.Text("kind", NameOf(*plan_.kind)) : json.Null("kind");
   json.BeginArray("runs");
   for (std::size_t i = 0; i < plan_.runs.size(); ++i) {
     const PlannedRun& run = plan_.runs[i];
     json.BeginObject();
-    WriteFile(json, "definition", run.definition, Sha256Of(run.definitionBytes),
-              static_cast<std::int64_t>(run.definitionBytes.size()));
+    WriteFile(json, "definition", FactsOf(run.definition, run.definitionBytes));
     json.Text("kind", NameOf(run.kind));
-    WriteFile(json, "data", data_[i].path, data_[i].sha256, data_[i].size);
+    WriteFile(json, "data", data_[i]);
     WriteSeed(json, run);
     WriteEstimatingEquations(json, run);
     json.BeginArray("warnings");

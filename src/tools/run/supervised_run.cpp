@@ -191,6 +191,11 @@ int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
   Bar bar(plan, settings.showProgress);
   const int status = Supervise(run, bar, echo);
   if (record) {
+    // Whoever has asked for the end does not wait for large files to be hashed.
+    record->NoteEnd(Platform::StopRequest() == 0);
+    for (const std::string& file : record->ChangedFiles()) {
+      Say(PastablePath(file) + " changed during the run; the record has its hash from before");
+    }
     recordFile->Write(record->Text(run.Lines(), status));
     if (!recordFile->Complete()) {
       Say("cannot write " + settings.recordFile);
