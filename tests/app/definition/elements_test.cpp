@@ -115,6 +115,50 @@ Strings DocumentedLines(RunKind kind) {
   return lines;
 }
 
+// The blocks of the manual page hovar-definition(5), where indentation shows which element stands in
+// which.
+
+/// The lines of the block in a section of the manual page.
+Strings BlockOf(const std::string& heading) {
+  Strings block;
+  bool isInSection = false;
+  bool isInBlock = false;
+  for (const std::string& line :
+       Split(Testing::ReadFile(HOVAR_DOCS "/man/hovar-definition.5.in"), '\n')) {
+    if (line.starts_with(".S")) {
+      isInSection = line == heading;
+    } else if (line == ".EX" || line == ".EE") {
+      isInBlock = isInSection && line == ".EX";
+    } else if (isInBlock && line.find("...") == std::string::npos) {
+      block.push_back(line);
+    }
+  }
+  return block;
+}
+
+/// The elements of a kind of run as "1 Data".
+Strings ManualLines(RunKind kind) {
+  const std::map<std::string, Strings> groups = {
+      {"\\fIfit settings\\fP", BlockOf(".SS Fit settings")},
+      {"\\fIsampling\\fP", BlockOf(".SS Sampling")}};
+  std::string heading(NameOf(kind));
+  std::transform(heading.begin(), heading.end(), heading.begin(),
+                 [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+  Strings lines;
+  for (const std::string& line : BlockOf(".SH " + heading)) {
+    const std::size_t depth = line.find_first_not_of(' ') / 2;
+    const std::string element = Trimmed(line);
+    lines.push_back(std::to_string(depth) + ' ' + element.substr(0, element.find(' ')));
+    const std::string type = Trimmed(element.substr(std::min(element.find(' '), element.size())));
+    if (const auto group = groups.find(type); group != groups.end()) {
+      for (const std::string& inner : group->second) {
+        lines.push_back(std::to_string(depth + 1) + ' ' + inner.substr(0, inner.find(' ')));
+      }
+    }
+  }
+  return lines;
+}
+
 std::string TypeInWords(ElementType type) {
   switch (type) {
     case ElementType::kGroup:
@@ -146,6 +190,18 @@ TEST(ElementTableTest, ThePageOnDefinitionsHasTheSameElements) {
       }
     }
     EXPECT_EQ(lines, DocumentedLines(kind)) << NameOf(kind);
+  }
+}
+
+TEST(ElementTableTest, TheManualPageHasTheSameElements) {
+  for (const RunKind kind : kKinds) {
+    Strings lines;
+    for (const ElementEntry* entry : EntriesOf(kind)) {
+      if (!entry->IsWithin(EntryOf(Element::kSeed))) {
+        lines.push_back(std::to_string(entry->Depth()) + ' ' + std::string(entry->Name()));
+      }
+    }
+    EXPECT_EQ(lines, ManualLines(kind)) << NameOf(kind);
   }
 }
 
