@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "app/definition/element_table.h"
-#include "app/definition/root_element.h"
 #include "schema_text.h"
 
 namespace Hovar {
@@ -169,7 +168,7 @@ void Writer::WriteSeedForm(const SeedForm& form, const ElementEntry* words) {
 }
 
 void Writer::WriteSeeds() {
-  text_.Section("Seeds: the attribute xsi:type says what stands in a Seed element.");
+  text_.Section("Seeds: the attribute xsi:type says what a Seed element contains.");
   text_.Line("");
   text_.Begin("xs:complexType",
               Attribute("name", NameOf(ElementType::kSeedSource)) + R"( abstract="true")");

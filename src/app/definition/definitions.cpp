@@ -6,7 +6,6 @@
 #include <variant>
 
 #include "app/definition/element_table.h"
-#include "app/definition/root_element.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/random/random_generator.h"
 
