@@ -68,7 +68,7 @@ void WarnOfUnfitDraws(Findings& findings, const DefinitionFile& definition,
                       const DataSet* dataSet) {
   if (DrawsInBurninAlone(definition)) {
     findings.AddWarning(
-        definition.path, definition.PlaceOfValue("Mcmc/Burnin"),
+        definition.path, definition.PlaceOfValue(Element::kBurnin),
         "With Steps 0 the fifth block is made from the draws of the burn-in, which are not fit for "
         "inference with generalized estimating equations. Also write Burnin 0.");
   } else if (DrawsWithEstimatingEquations(definition)) {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "foundation/io/platform/platform.h"
+#include "tools/check/output_inputs.h"
 #include "tools/plan/file_nouns.h"
 #include "tools/support/paths.h"
 #include "tools/support/shown_path.h"
@@ -24,26 +25,6 @@ bool IsWritable(const std::string& path) {
   return file != Platform::kNoFile && Platform::CloseFile(file);
 }
 
-/// What a run reads, its definition among it.
-std::vector<PlannedFile> InputsOf(const DefinitionFile& definition) {
-  std::vector<PlannedFile> inputs;
-  for (const PlannedFile& input : definition.inputs) {
-    if (input.role == FileRole::kData) {
-      inputs.push_back(input);
-      inputs.push_back({input.element, FileRole::kDefinition, definition.path});
-    } else if (!input.path.empty()) {
-      inputs.push_back(input);
-    }
-  }
-  return inputs;
-}
-
-std::string Noun(const PlannedFile& file) { return std::string(NounOf(file.role)); }
-
-std::string Subject(const PlannedFile& output) {
-  return "The " + Noun(output) + ' ' + Quoted(ShownPath(output.path));
-}
-
 void WarnOfPipe(Findings& findings, const DefinitionFile& definition, const PlannedFile& output) {
   if (Platform::IsNamedPipe(output.path.c_str())) {
     findings.AddWarning(definition.path, definition.PlaceOfValue(output.element),
@@ -52,35 +33,6 @@ void WarnOfPipe(Findings& findings, const DefinitionFile& definition, const Plan
                             "Start that one too, or name a regular file.",
                         Weight::kFiles);
   }
-}
-
-/// Warns of outputs that are or would on Windows be one of the run's own inputs. Answers whether
-/// this one is.
-bool WarnOfInputs(Findings& findings, const DefinitionFile& definition, const PlannedFile& output) {
-  const bool isLog = &output == &definition.outputs.front();
-  bool isInput = false;
-  for (const PlannedFile& input : InputsOf(definition)) {
-    const Place place = definition.PlaceOfValue(output.element);
-    if (IsSameFile(output.path, input.path)) {
-      isInput = true;
-      const std::string text = Subject(output) + " is the " + Noun(input) + " of this run";
-      if (isLog && input.path != definition.path) {
-        findings.AddError(definition.path, place,
-                          text + ", which is emptied before it is read. Give it another name.");
-      } else {
-        findings.AddWarning(definition.path, place,
-                            text + ", which would be overwritten. Give it another name.",
-                            Weight::kFiles);
-      }
-    } else if (DiffersInCaseOnly(output.path, input.path)) {
-      findings.AddWarning(definition.path, place,
-                          Subject(output) + " differs from the " + Noun(input) +
-                              " in capital letters alone: on Windows they are one file. Give it "
-                              "another name.",
-                          Weight::kHarmless);
-    }
-  }
-  return isInput;
 }
 
 }  // namespace
@@ -207,7 +159,7 @@ bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
 }
 
 bool OutputCheck::CanMakeMissing(Findings& findings, const DefinitionFile& definition,
-                                 const PlannedOutput& output) const {
+                                 const PlannedFile& output) const {
   const auto addError = [&](const std::string& text) {
     findings.AddError(definition.path, definition.PlaceOfValue(output.element),
                       Subject(output) + text);

@@ -44,7 +44,7 @@ class OutputCheck {
   PathKind KindOf(const std::string& path) const;
   bool LeadsThroughNothing(const std::string& path) const;
   bool CanMakeMissing(Findings& findings, const DefinitionFile& definition,
-                      const PlannedOutput& output) const;
+                      const PlannedFile& output) const;
   std::string OnDisk(const std::string& path) const;
   bool MayWriteIn(const std::string& folder) const;
   bool MakeFolder(Findings& findings, const DefinitionFile& definition, const std::string& path,

@@ -10,8 +10,8 @@
 
 #include "data/data_file_reader.h"
 #include "tools/check/data_fields.h"
-#include "tools/support/text.h"
 #include "tools/check/tables.h"
+#include "tools/support/text.h"
 
 namespace Hovar {
 namespace {

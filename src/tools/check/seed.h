@@ -1,8 +1,8 @@
 #pragma once
 
+#include "data/data_set.h"
 #include "tools/check/findings.h"
 #include "tools/plan/definition_file.h"
-#include "data/data_set.h"
 
 namespace Hovar {
 
