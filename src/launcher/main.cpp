@@ -44,16 +44,24 @@ int FailForMemory() { return Fail("hovar: out of memory\n"); }
                                                  : Fail("hovar: ended by a fault of its own\n"));
 }
 
-// What each tool makes of its settings; the answer is an exit status.
-int Run(const Hovar::RunSettings& settings) { return Hovar::RunSupervised(settings); }
-int Run(const Hovar::CheckSettings& settings) { return Hovar::RunCheck(settings); }
-int Run(const Hovar::ChainSettings& settings) { return Hovar::RunChains(settings); }
-int Run(const Hovar::ReportSettings& settings) { return Hovar::RunReport(settings); }
-
+/// Lets the tool that the command line asks for do its work; the answer is an exit status.
 int RunTask(std::span<const char* const> arguments) {
   const std::optional<Hovar::Task> task =
       Hovar::ParseOptions(std::vector<std::string_view>(arguments.begin(), arguments.end()));
-  return task ? std::visit([](const auto& settings) { return Run(settings); }, *task) : kFailure;
+  if (!task) {
+    return kFailure;
+  }
+  if (const auto* const run = std::get_if<Hovar::RunSettings>(&*task)) {
+    return Hovar::RunSupervised(*run);
+  }
+  if (const auto* const check = std::get_if<Hovar::CheckSettings>(&*task)) {
+    return Hovar::RunCheck(*check);
+  }
+  if (const auto* const chains = std::get_if<Hovar::ChainSettings>(&*task)) {
+    return Hovar::RunChains(*chains);
+  }
+  const auto* const report = std::get_if<Hovar::ReportSettings>(&*task);
+  return report != nullptr ? Hovar::RunReport(*report) : kFailure;
 }
 
 }  // namespace
