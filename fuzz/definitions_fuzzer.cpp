@@ -70,7 +70,7 @@ class Values {
 
 void AddTag(Values& values, const Vell::XmlTag& tag) {
   values.Add(static_cast<std::int32_t>(tag.kind));
-  values.Add(tag.isEmpty);
+  values.Add(std::int32_t{tag.isEmpty ? 1 : 0});
   values.Add(tag.name);
   for (const Vell::XmlAttribute& attribute : tag.attributes) {
     values.Add(attribute.name);
