@@ -54,11 +54,6 @@ std::string_view HeadingOf(EliminationStage stage) noexcept {
   return "";
 }
 
-/// Columns of 0 and 1 are equal when as many records have both as have each.
-bool AreEqualColumns(const Vell::Matrix& counts, std::int32_t a, std::int32_t b) noexcept {
-  return counts(a, b) == counts(a, a) && counts(a, b) == counts(b, b);
-}
-
 /// What the cross counts of a stage show of one column.
 struct Evidence {
   EliminationReason reason = EliminationReason::kZero;
@@ -231,6 +226,10 @@ Vell::IndexVector FindZeroColumns(const Vell::TernaryMatrix& x,
                                   const Vell::BitVector& recordHasMissing) {
   return FindColumnsSetNowhere(x,
                                [&](std::int32_t record) { return !recordHasMissing.Get(record); });
+}
+
+bool AreEqualColumns(const Vell::Matrix& counts, std::int32_t a, std::int32_t b) noexcept {
+  return counts(a, b) == counts(a, a) && counts(a, b) == counts(b, b);
 }
 
 Vell::IndexVector FindDependentColumns(const Vell::Matrix& counts, double tolerance) {

@@ -81,6 +81,10 @@ Vell::IndexVector FindZeroColumns(const Vell::TernaryMatrix& x,
 /// Errors: as EliminateColumns.
 Vell::IndexVector FindDependentColumns(const Vell::Matrix& counts, double tolerance);
 
+/// True when two 0/1 columns are equal: as many records have both as have each. `counts` is the matrix of
+/// cross counts; a and b are column numbers of it.
+bool AreEqualColumns(const Vell::Matrix& counts, std::int32_t a, std::int32_t b) noexcept;
+
 /// True when every singular value is above `tolerance` times the largest.
 bool IsFullRank(const Vell::Matrix& counts, double tolerance);
 

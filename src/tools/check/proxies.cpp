@@ -79,7 +79,7 @@ class DependenceFinder {
     ProxyVerdict verdict = factor_.has_value() ? Combination(column) : ProxyVerdict{};
     // A coarse tolerance can remove both of two equal columns.
     for (std::int32_t j = 1; verdict.fault == ProxyFault::kNearlyDependent && j < column; ++j) {
-      if (AreEqual(column, j)) {
+      if (AreEqualColumns(counts_, column, j)) {
         verdict = {ProxyFault::kEqual, {static_cast<std::size_t>(j) - 1}};
       }
     }
@@ -87,11 +87,6 @@ class DependenceFinder {
   }
 
  private:
-  bool AreEqual(std::int32_t one, std::int32_t other) const noexcept {
-    const double both = counts_(one, other);
-    return counts_(one, one) == both && counts_(other, other) == both;
-  }
-
   std::int32_t Basis(std::int32_t index) const noexcept {
     return basis_[static_cast<std::size_t>(index)];
   }
