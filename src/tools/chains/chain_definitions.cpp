@@ -7,9 +7,12 @@
 #include "foundation/io/number_text.h"
 #include "foundation/io/standard_writers.h"
 #include "foundation/random/chain_seeds.h"
+#include "messages/error_texts.h"
+#include "tools/chains/messages.h"
 #include "tools/plan/definition_file.h"
 #include "tools/support/files.h"
 #include "tools/support/message.h"
+#include "tools/support/messages.h"
 #include "tools/support/shown_path.h"
 
 namespace Hovar {
@@ -97,9 +100,9 @@ ChainDefinition MakeChain(const DefinitionFile& definition, std::string_view byt
 std::optional<DefinitionFile> ReadAnalysis(const std::string& path) {
   DefinitionReading reading = ReadDefinitionFile(path);
   if (!reading.definition) {
-    Vell::IO::StandardError().WriteLine("Error: ", Vell::String(reading.error));
+    Vell::IO::StandardError().WriteLine(Messages::kErrorPrefix, Vell::String(reading.error));
   } else if (reading.definition->kind != RunKind::kAnalysis) {
-    Say("--chains needs the definition of an Analysis, which " + path + " is not");
+    Say(kChainMessages.needsAnalysis, path);
     reading.definition.reset();
   }
   return std::move(reading.definition);
@@ -114,21 +117,18 @@ std::optional<ChainSet> MakeChainSet(const std::string& path, int count) {
   }
   const std::optional<std::string> bytes = ReadSmallFile(path);
   if (!bytes) {
-    Say("cannot read " + path);
+    Say(kToolMessages.cannotRead, path);
     return std::nullopt;
   }
   const ChangingPlaces places = FindPlaces(*definition);
   if (places.words.size() != 2) {
-    Say("the seed of " + path +
-        " is taken from the clock, so the chains could not be repeated; give it two fixed words "
-        "(a Seed of the type Vector)");
+    Say(kChainMessages.seedFromClock, path);
     return std::nullopt;
   }
   const std::vector<SeedWords> seeds =
       DistinctSeeds({WordOf(*places.words[0]), WordOf(*places.words[1])}, count);
   if (seeds.empty()) {
-    Say("with the seed of " + path +
-        " every chain would have the same random numbers; give it other words");
+    Say(kChainMessages.sameNumbers, path);
     return std::nullopt;
   }
   ChainSet set{definition->folder,
@@ -146,7 +146,7 @@ bool WriteChainDefinition(const ChainSet& set, const ChainDefinition& chain) {
   Vell::IO::Platform::CreateFolder(set.folder.c_str());
   Vell::IO::Platform::CreateFolder(chain.folder.c_str());
   if (!WriteWholeFile(chain.file, chain.text)) {
-    Say("cannot write " + PastablePath(chain.file));
+    Say(kToolMessages.cannotWrite, PastablePath(chain.file));
     return false;
   }
   return true;

@@ -9,7 +9,11 @@
 #include "data/column_elimination.h"
 #include "foundation/io/log.h"
 #include "linalg/kernels/set_columns.h"
+#include "messages/error_texts.h"
+#include "messages/output_lines.h"
+#include "tools/check/data_messages.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/message.h"
 
 namespace Hovar {
 namespace {
@@ -95,10 +99,10 @@ void NoteRemoved(std::vector<VariableCounts>& variables, const DataSet& dataSet)
 /// Takes the stage at which each of them was removed from the lines of the log.
 void NoteStages(std::vector<VariableCounts>& variables, std::string_view log) {
   constexpr std::array<std::pair<std::string_view, Removal>, 4> kStages = {{
-      {"Eliminating Z zero columns", Removal::kZeroZ},
-      {"Eliminating X zero columns", Removal::kZeroX},
-      {"Eliminating dependent Z columns", Removal::kDependentZ},
-      {"Eliminating dependent X columns P = 0", Removal::kDependentX},
+      {Messages::kLines.eliminatingZeroZ.Text(), Removal::kZeroZ},
+      {Messages::kLines.eliminatingZeroX.Text(), Removal::kZeroX},
+      {Messages::kLines.eliminatingDependentZ.Text(), Removal::kDependentZ},
+      {Messages::kLines.eliminatingDependentX.Text(), Removal::kDependentX},
   }};
   std::map<std::string, Removal> stages;  // by the lines of the log
   Removal stage = Removal::kNone;
@@ -111,7 +115,8 @@ void NoteStages(std::vector<VariableCounts>& variables, std::string_view log) {
     stages.insert_or_assign(std::string(line), stage);
   }
   for (VariableCounts& variable : variables) {
-    const auto found = stages.find(variable.zName + ", " + variable.xName);
+    const auto found =
+        stages.find(Filled(Messages::kLines.eliminatedColumn, variable.zName, variable.xName));
     if (variable.removal != Removal::kNone && found != stages.end()) {
       variable.removal = found->second;
     }
@@ -134,22 +139,16 @@ void AddEliminationError(Findings& findings, const DefinitionFile& definition,
   const double tolerance = definition.analysis.linearDependenceTolerance;
   const std::string element = "Regression/LinearDependence/Tolerance";
   if (completeP0Count == 0) {
-    findings.AddError(definition.data, {},
-                      "No record without missing values has P = 0, and an Analysis fits such "
-                      "records. Fill in missing values, or check the POA indicators.");
+    findings.AddError(definition.data, {}, Filled(kColumnMessages.noCompleteRecord));
   } else if (!(tolerance < 1)) {
     findings.AddError(definition.path, definition.PlaceOfValue(element),
-                      "With this tolerance all columns count as dependent. Write a small number, "
-                      "such as 1e-9.");
-  } else if (error == "Invalid argument" || error == "Integer overflow") {
-    findings.AddError(definition.data, {},
-                      "The file has more variables than column elimination can count. Remove those "
-                      "that are not needed.");
+                      Filled(kColumnMessages.tolerance));
+  } else if (error == Messages::kErrors.invalidArgument ||
+             error == Messages::kErrors.integerOverflow) {
+    findings.AddError(definition.data, {}, Filled(kColumnMessages.tooManyVariables));
   } else {
     findings.AddError(definition.path, definition.PlaceOfValue(element),
-                      "Column elimination would end in " + Quoted(error) +
-                          ". Choose another tolerance, or remove dependent variables from " +
-                          Quoted(definition.data) + '.');
+                      Filled(kColumnMessages.elimination, Quoted(error), Quoted(definition.data)));
   }
 }
 
@@ -160,9 +159,7 @@ void CheckXzTables(Findings& findings, const DefinitionFile& definition, const D
     if (variable.IsEmptyWithZ() || variable.IsEmptyWithoutZ()) {
       const char* const z = variable.IsEmptyWithZ() ? "1" : "0";
       findings.AddError(definition.data, {},
-                        "No record with a known X of " + Quoted(variable.xName) + " has Z = " + z +
-                            ", so its [X|Z] table cannot be made. Remove the variable, or merge "
-                            "it with another one.");
+                        Filled(kColumnMessages.xzTable, Quoted(variable.xName), z));
     }
   }
 }
@@ -192,7 +189,8 @@ bool CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet&
   NoteRemoved(variables, dataSet);
   NoteStages(variables, log);
   if (error.has_value() || dataSet.variableCount == 0) {
-    AddEliminationError(findings, definition, completeP0Count, error.value_or("Invalid argument"));
+    AddEliminationError(findings, definition, completeP0Count,
+                        error.value_or(std::string(Messages::kErrors.invalidArgument.Text())));
     return false;
   }
   CheckXzTables(findings, definition, dataSet);

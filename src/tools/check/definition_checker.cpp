@@ -6,6 +6,7 @@
 #include "foundation/io/platform/folders.h"
 #include "tools/check/columns.h"
 #include "tools/check/data_file.h"
+#include "tools/check/definition_messages.h"
 #include "tools/check/description.h"
 #include "tools/check/grammar.h"
 #include "tools/check/model_files.h"
@@ -13,8 +14,10 @@
 #include "tools/check/proxy_warnings.h"
 #include "tools/check/values.h"
 #include "tools/plan/estimating_equations.h"
+#include "tools/plan/messages.h"
 #include "tools/support/error_capture.h"
 #include "tools/support/files.h"
+#include "tools/support/message.h"
 #include "tools/support/text_places.h"
 
 namespace Hovar {
@@ -27,27 +30,22 @@ constexpr std::string_view kDefinitionFile = "definition file";
 bool CheckInputFile(Findings& findings, const std::string& path, std::string_view what,
                     std::string_view file, Place place) {
   using Vell::IO::Platform::PathKind;
-  const std::string subject = "The " + std::string(what) + ' ' + Quoted(path);
+  const std::string subject = std::string(what) + ' ' + Quoted(path);
   switch (Vell::IO::Platform::KindOf(path.c_str())) {
     case PathKind::kMissing: {
       const bool hasBlanks = !path.empty() && (path.front() <= ' ' || path.back() <= ' ');
       findings.AddError(file, place,
-                        subject + (hasBlanks ? " does not exist. Remove the white space around the "
-                                               "name, which belongs to it."
-                                             : " does not exist. Correct the name, or the folder "
-                                               "that you start in: paths are taken from there."));
+                        hasBlanks ? Filled(kInputMessages.missingWithBlanks, subject)
+                                  : Filled(kInputMessages.missing, subject));
       return false;
     }
     case PathKind::kFolder:
-      findings.AddError(file, place, subject + " is a folder. Name a file in it.");
+      findings.AddError(file, place, Filled(kInputMessages.isFolder, subject));
       return false;
     case PathKind::kOther:
       findings.AddError(file, place,
-                        subject + (what == kDefinitionFile
-                                       ? " is no regular file. Name one: the program moves "
-                                         "back in it while it reads, which a pipe does not allow."
-                                       : " is no regular file. Name one: the program reads its "
-                                         "input more than once."));
+                        what == kDefinitionFile ? Filled(kInputMessages.definitionIsNoFile, subject)
+                                                : Filled(kInputMessages.isNoFile, subject));
       return false;
     case PathKind::kFile:
       break;
@@ -55,7 +53,7 @@ bool CheckInputFile(Findings& findings, const std::string& path, std::string_vie
   if (ErrorOf([&path] {
         Vell::IO::FileStream(Vell::String(path), Vell::IO::Mode::kReadText).Peek();
       }).has_value()) {
-    findings.AddError(file, place, subject + " cannot be read. Ask for the right to read it.");
+    findings.AddError(file, place, Filled(kInputMessages.cannotRead, subject));
     return false;
   }
   return true;
@@ -70,9 +68,7 @@ void WarnOfUnfitDraws(Findings& findings, const DefinitionFile& definition,
         dataSet != nullptr ? std::optional(CountMissing(*dataSet)) : std::nullopt;
     findings.AddWarning(
         definition.path, definition.PlaceOfValue("Regression/UseGeneralizedEstimatingEquations"),
-        "With generalized estimating equations the draws of the chain are not fit for inference, "
-        "nor is what is made from them: " +
-            WhatIsUnfit(missing) + ". " + std::string(kEquationsRemedy));
+        Filled(kInputMessages.unfitDraws, WhatIsUnfit(missing), kEquations.remedy.Text()));
   }
 }
 
@@ -82,10 +78,7 @@ void WarnOfUnfitCoefficients(Findings& findings, const DefinitionFile& definitio
   const std::optional<MissingRecords> missing =
       dataSet != nullptr ? std::optional(CountMissing(*dataSet)) : std::nullopt;
   findings.AddWarning(definition.path, definition.PlaceOfValue("Input/RegressionCoefficients"),
-                      "The coefficients come from generalized estimating equations. Not fit for "
-                      "inference are then " +
-                          WhatIsUnfit(missing) +
-                          ". Name the coefficient file of an Analysis with false.");
+                      Filled(kInputMessages.unfitCoefficients, WhatIsUnfit(missing)));
 }
 
 }  // namespace
@@ -106,9 +99,8 @@ void DefinitionChecker::CheckDefinition(const std::string& path, std::string_vie
   }
   if (const WrittenFile* const written = outputs_.Written(path)) {
     findings_.AddError(namedIn, place,
-                       "The definition file " + Quoted(path) + " would be overwritten before by " +
-                           Quoted(written->definition) + ", whose " + written->what +
-                           " it is. Give that another name.");
+                       Filled(kInputMessages.definitionOverwritten, Quoted(path),
+                              Quoted(written->definition), written->what));
     return;
   }
   if (!CheckInputFile(findings_, path, kDefinitionFile, namedIn, place)) {
@@ -144,8 +136,7 @@ void DefinitionChecker::CheckBatch(const DefinitionFile& definition) {
     const Place place = PlaceOf(definition.path, value.offset);
     if (IsBeingChecked(value.text)) {
       findings_.AddWarning(definition.path, place,
-                           "The batch would start " + Quoted(value.text) +
-                               " again within itself, without end. Remove it from the list.");
+                           Filled(kInputMessages.batchInItself, Quoted(value.text)));
     } else {
       CheckDefinition(value.text, definition.path, place);
     }
@@ -170,15 +161,14 @@ bool DefinitionChecker::IsReadable(const DefinitionFile& definition, const std::
                                    std::string_view what, std::string_view element) {
   const Place place = definition.PlaceOfValue(element);
   if (const WrittenFile* const written = outputs_.Written(path)) {
-    const std::string subject = "The " + std::string(what) + ' ' + Quoted(path);
+    const std::string subject = std::string(what) + ' ' + Quoted(path);
     if (written->what == "log file") {
       findings_.AddError(definition.path, place,
-                         subject + " is the log file of " + Quoted(written->definition) +
-                             ", which runs before. Give one of the two another name.");
+                         Filled(kInputMessages.isLogOfRun, subject, Quoted(written->definition)));
     } else if (written->what != what) {
       findings_.AddWarning(definition.path, place,
-                           subject + " is written before by " + Quoted(written->definition) +
-                               " as its " + written->what + ". Check that this is meant.");
+                           Filled(kInputMessages.writtenBefore, subject,
+                                  Quoted(written->definition), written->what));
     }
     return false;
   }

@@ -4,7 +4,10 @@
 #include <vector>
 
 #include "foundation/io/platform/platform.h"
+#include "tools/check/finding_messages.h"
+#include "tools/check/output_messages.h"
 #include "tools/check/paths.h"
+#include "tools/support/message.h"
 #include "tools/support/shown_path.h"
 
 namespace Hovar {
@@ -40,7 +43,7 @@ std::vector<Input> InputsOf(const DefinitionFile& definition) {
 }
 
 std::string Subject(const PlannedOutput& output) {
-  return "The " + output.what + ' ' + Quoted(ShownPath(output.path));
+  return output.what + ' ' + Quoted(ShownPath(output.path));
 }
 
 /// Outputs that are or would on Windows be one of the run's own inputs.
@@ -50,23 +53,33 @@ void WarnOfInputs(Findings& findings, const DefinitionFile& definition,
   for (const Input& input : InputsOf(definition)) {
     const Place place = definition.PlaceOfValue(output.element);
     if (IsSameFile(output.path, input.path)) {
-      const std::string text = Subject(output) + " is the " + input.what + " of this run";
       if (isLog && input.path != definition.path) {
         findings.AddError(definition.path, place,
-                          text + ", which is emptied before it is read. Give it another name.");
+                          Filled(kOutputMessages.emptiesInput, Subject(output), input.what));
       } else {
         findings.AddWarning(definition.path, place,
-                            text + ", which would be overwritten. Give it another name.",
+                            Filled(kOutputMessages.overwritesInput, Subject(output), input.what),
                             Weight::kFiles);
       }
     } else if (DiffersInCaseOnly(output.path, input.path)) {
       findings.AddWarning(definition.path, place,
-                          Subject(output) + " differs from the " + input.what +
-                              " in capital letters alone: on Windows they are one file. Give it "
-                              "another name.",
+                          Filled(kOutputMessages.caseOfInput, Subject(output), input.what),
                           Weight::kHarmless);
     }
   }
+}
+
+/// That an output is an earlier one; `run` is the number of the run that is checked.
+std::string MeetingText(const PlannedOutput& output, const WrittenFile& earlier, int run) {
+  const std::string subject = Subject(output);
+  const std::string other = Quoted(earlier.definition);
+  if (earlier.what == "log file") {
+    return earlier.run == run ? Filled(kOutputMessages.logOfThisRun, subject, earlier.what)
+                              : Filled(kOutputMessages.logOfOtherRun, subject, earlier.what, other);
+  }
+  return earlier.run == run
+             ? Filled(kOutputMessages.outputOfThisRun, subject, earlier.what)
+             : Filled(kOutputMessages.outputOfOtherRun, subject, earlier.what, other);
 }
 
 }  // namespace
@@ -114,8 +127,7 @@ bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definitio
                              const std::string& path, std::string_view element) {
   const std::string name = element == "Output/Folder" ? path : ShownPath(path);  // put together
   const auto addError = [&](const std::string& text) {
-    findings.AddError(definition.path, definition.PlaceOfValue(element),
-                      "The folder " + Quoted(name) + text);
+    findings.AddError(definition.path, definition.PlaceOfValue(element), text);
     return false;
   };
   switch (KindOf(path)) {
@@ -123,21 +135,20 @@ bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definitio
       return true;
     case PathKind::kFile:
     case PathKind::kOther:
-      return addError(" is a file. Give the folder another name.");
+      return addError(Filled(kOutputMessages.folderIsFile, Quoted(name)));
     case PathKind::kMissing:
       break;
   }
   const std::string parent = ParentOf(path);
   if (KindOf(parent) != PathKind::kFolder) {
-    return addError(" cannot be made: " + Quoted(ParentOf(name)) +
-                    " is no folder. Make it first; only the last folder of a path is made.");
+    return addError(Filled(kOutputMessages.folderParent, Quoted(name), Quoted(ParentOf(name))));
   }
   if (!MayWriteIn(parent)) {
-    return addError(" cannot be made: nothing may be written in " + Quoted(ParentOf(name)) +
-                    ". Choose another folder.");
+    return addError(
+        Filled(kOutputMessages.folderNotWritable, Quoted(name), Quoted(ParentOf(name))));
   }
   if (LastName(name).size() > kLongestName) {
-    return addError(" has too long a name. Shorten it.");
+    return addError(Filled(kOutputMessages.folderNameTooLong, Quoted(name)));
   }
   folders_.emplace(NormalPath(path), true);
   return true;
@@ -146,16 +157,15 @@ bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definitio
 bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
                           const PlannedOutput& output) const {
   const auto addError = [&](const std::string& text) {
-    findings.AddError(definition.path, definition.PlaceOfValue(output.element),
-                      Subject(output) + text);
+    findings.AddError(definition.path, definition.PlaceOfValue(output.element), text);
     return false;
   };
   switch (KindOf(output.path)) {
     case PathKind::kFolder:
-      return addError(" is a folder. Give the file a name of its own.");
+      return addError(Filled(kOutputMessages.isFolder, Subject(output)));
     case PathKind::kFile:
       return files_.contains(NormalPath(output.path)) || IsWritable(OnDisk(output.path)) ||
-             addError(" cannot be written. Ask for the right to write it.");
+             addError(Filled(kOutputMessages.cannotWrite, Subject(output)));
     case PathKind::kOther:
       return true;
     case PathKind::kMissing:
@@ -163,15 +173,14 @@ bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
   }
   const std::string parent = ParentOf(output.path);
   if (KindOf(parent) != PathKind::kFolder) {
-    return addError(" cannot be made: " + Quoted(ShownPath(parent)) +
-                    " is no folder. Make it first, or name a file in the output folder.");
+    return addError(Filled(kOutputMessages.parent, Subject(output), Quoted(ShownPath(parent))));
   }
   if (!MayWriteIn(parent)) {
-    return addError(" cannot be made: nothing may be written in " + Quoted(ShownPath(parent)) +
-                    ". Choose another folder.");
+    return addError(
+        Filled(kOutputMessages.notWritable, Subject(output), Quoted(ShownPath(parent))));
   }
   return LastName(output.path).size() <= kLongestName ||
-         addError(" has too long a name. Shorten it.");
+         addError(Filled(kOutputMessages.nameTooLong, Subject(output)));
 }
 
 /// Names that meet those of earlier outputs, of this run or of others.
@@ -179,15 +188,8 @@ void OutputCheck::WarnOfMeeting(Findings& findings, const DefinitionFile& defini
                                 const PlannedOutput& output) {
   const Place place = definition.PlaceOfValue(output.element);
   if (const WrittenFile* const earlier = Written(output.path)) {
-    const bool isLog = earlier->what == "log file";
-    findings.AddWarning(
-        definition.path, place,
-        Subject(output) + " is also the " + earlier->what + " of " +
-            (earlier->run == run_ ? std::string("this run") : Quoted(earlier->definition)) +
-            (isLog ? ", which goes on writing at its old place in it"
-                   : ", which would be overwritten") +
-            ". Give each file a name of its own.",
-        Weight::kFiles);
+    findings.AddWarning(definition.path, place, MeetingText(output, *earlier, run_),
+                        Weight::kFiles);
     return;
   }
   if (Platform::KindOf(OnDisk(output.path).c_str()) == PathKind::kFile) {
@@ -197,10 +199,8 @@ void OutputCheck::WarnOfMeeting(Findings& findings, const DefinitionFile& defini
   if (const auto other = spellings_.find(SmallLetters(NormalPath(output.path)));
       other != spellings_.end()) {
     findings.AddWarning(definition.path, place,
-                        Subject(output) + " differs from " +
-                            Quoted(ShownPath(files_.at(other->second).path)) +
-                            " in capital letters alone: on Windows they are one file. Give each "
-                            "file a name of its own.",
+                        Filled(kOutputMessages.caseOfOutput, Subject(output),
+                               Quoted(ShownPath(files_.at(other->second).path))),
                         Weight::kHarmless);
   }
 }
@@ -212,10 +212,8 @@ void OutputCheck::WarnOfOverwriting(Findings& findings) const {
   }
   const Overwritten& first = overwritten_.front();
   if (overwritten_.size() == 1) {
-    findings.AddWarning(
-        first.definition, first.place,
-        Subject(first.output) + " exists and would be overwritten. Use --keep to move it aside.",
-        Weight::kFiles);
+    findings.AddWarning(first.definition, first.place,
+                        Filled(kOutputMessages.exists, Subject(first.output)), Weight::kFiles);
     return;
   }
   const bool isOneFolder =
@@ -228,13 +226,15 @@ void OutputCheck::WarnOfOverwriting(Findings& findings) const {
     names += (i == 0 ? "" : ", ") + Quoted(ShownPath(path.substr(skipped)));
   }
   const std::size_t left = overwritten_.size() - std::min(overwritten_.size(), kMostNames);
-  findings.AddWarning(first.definition, first.place,
-                      Counted(static_cast<std::int64_t>(overwritten_.size()), "file") +
-                          " of an earlier run would be overwritten" +
-                          (isOneFolder ? " in " + Quoted(first.folder) : "") + ": " + names +
-                          (left > 0 ? " and " + std::to_string(left) + " more" : "") +
-                          ". Use --keep to move them aside.",
-                      Weight::kFiles);
+  if (left > 0) {
+    names = Filled(kFindingParts.andMore, names, left);
+  }
+  const std::string files = Counted(overwritten_.size(), "file");
+  findings.AddWarning(
+      first.definition, first.place,
+      isOneFolder ? Filled(kOutputMessages.filesExistInFolder, files, Quoted(first.folder), names)
+                  : Filled(kOutputMessages.filesExist, files, names),
+      Weight::kFiles);
 }
 
 void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
@@ -252,11 +252,8 @@ void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
 void OutputCheck::Check(Findings& findings, const DefinitionFile& definition) {
   ++run_;
   if (definition.folder.empty()) {
-    findings.AddWarning(
-        definition.path, definition.PlaceOfValue("Output/Folder"),
-        "The output folder is empty, which means the root of the file system. Write "
-        "a point for the folder that you start in.",
-        Weight::kFiles);
+    findings.AddWarning(definition.path, definition.PlaceOfValue("Output/Folder"),
+                        Filled(kOutputMessages.folderIsRoot), Weight::kFiles);
   } else if (!MakeFolder(findings, definition, definition.folder, "Output/Folder")) {
     return;
   }

@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "tools/check/data_fields.h"
+#include "tools/check/data_messages.h"
 #include "tools/check/tables.h"
+#include "tools/support/message.h"
 
 namespace Hovar {
 namespace {
@@ -143,10 +145,8 @@ void WarnOfPairs(Findings& findings, const DefinitionFile& definition) {
   const Pairing better = PairingOf(names, *fitting, Digits::kDoNotCount);
   findings.AddWarning(
       definition.path, definition.PlaceOfValue("Input/NumberOfPoaIndicators"),
-      "With " + Counted(given, "POA indicator") + " the first pair of Z and X is " +
-          PairText(names, pairing, 0) + ", and the names of the pairs do not go together. With " +
-          std::to_string(*fitting) + " they do, as in " +
-          PairText(names, better, better.firstAlike) + ". Correct the number of indicators.");
+      Filled(kDataMessages.pairs, Counted(given, "POA indicator"), PairText(names, pairing, 0),
+             *fitting, PairText(names, better, better.firstAlike)));
 }
 
 }  // namespace Hovar

@@ -4,7 +4,10 @@
 #include <vector>
 
 #include "foundation/string.h"
+#include "messages/error_texts.h"
+#include "tools/check/data_messages.h"
 #include "tools/check/paths.h"
+#include "tools/support/message.h"
 
 namespace Hovar {
 namespace {
@@ -68,57 +71,51 @@ Cell CellAt(const std::string& path, std::int64_t offset, const TableForm& form)
   return cell;
 }
 
-std::string FieldNumber(std::size_t field) { return "Field " + std::to_string(field + 1); }
+std::string FieldText(std::size_t field, std::string_view name) {
+  return name.empty() ? Filled(kFieldParts.field, field + 1)
+                      : Filled(kFieldParts.namedField, field + 1, name);
+}
 
 std::string QuotedField(std::string_view field) { return Quoted(DecodedField(field)); }
 
 std::string Holds(std::string_view cell) {
   if (cell.empty()) {
-    return " is empty";
+    return Filled(kFieldParts.isEmpty);
   }
-  return " holds " + QuotedField(cell) + (cell.starts_with('"') ? " in double quotes" : "");
+  return cell.starts_with('"') ? Filled(kFieldParts.holdsInQuotes, QuotedField(cell))
+                               : Filled(kFieldParts.holds, QuotedField(cell));
 }
 
 void AddCommonError(Findings& findings, const std::string& path, const Stop& stop) {
-  if (stop.error == "Invalid CSV format") {
+  if (stop.error == Messages::kErrors.invalidCsvFormat) {
     const std::optional<std::int64_t> open = OpenQuoteIn(path);
     if (open.has_value()) {
-      findings.AddError(path, PlaceOf(path, *open),
-                        "A double quote is opened here and never closed. Close it, or remove it.");
+      findings.AddError(path, PlaceOf(path, *open), Filled(kTableMessages.openQuote));
       return;
     }
     const std::int64_t wrong = std::max<std::int64_t>(stop.offset - 1, 0);
-    findings.AddError(
-        path, PlaceOf(path, wrong),
-        "A double quote breaks the rules of CSV near here. Put quotes round the whole "
-        "field and write each one inside twice; a key must not hold a comma.");
+    findings.AddError(path, PlaceOf(path, wrong), Filled(kTableMessages.quotes));
     return;
   }
-  if (stop.error == "Invalid input string") {
+  if (stop.error == Messages::kErrors.invalidInputString) {
     findings.AddError(path, PlaceOf(path, std::max<std::int64_t>(stop.offset - 1, 0)),
-                      "The file holds a NUL byte. Save it as text without NUL bytes.");
+                      Filled(kTableMessages.nulByte));
     return;
   }
   findings.AddError(path, PlaceOf(path, stop.offset),
-                    "The program would end here in " + Quoted(stop.error) + '.');
+                    Filled(kTableMessages.otherError, Quoted(stop.error)));
 }
 
 void WarnOfByteOrderMark(Findings& findings, const std::string& path, const FileTraits& traits) {
   if (traits.hasByteOrderMark) {
-    findings.AddWarning(path, {},
-                        "The file begins with a byte order mark, which becomes part of its first "
-                        "field. Save it as UTF-8 without one.",
-                        Weight::kHarmless);
+    findings.AddWarning(path, {}, Filled(kTableMessages.byteOrderMark), Weight::kHarmless);
   }
 }
 
 void WarnOfCarriageReturn(Findings& findings, const std::string& path, const FileTraits& traits) {
   if (traits.firstCarriageReturnLineFeed >= 0 && KeepsCarriageReturns()) {
     findings.AddWarning(path, PlaceOf(path, traits.firstCarriageReturnLineFeed),
-                        "The line ends with a carriage return and a line feed. End lines with line "
-                        "feeds alone: on Linux the last name of the header keeps the carriage "
-                        "return.",
-                        Weight::kHarmless);
+                        Filled(kTableMessages.carriageReturns), Weight::kHarmless);
   }
 }
 

@@ -6,7 +6,9 @@
 
 #include "foundation/io/number_text.h"
 #include "mcmc/mcmc_model.h"
+#include "tools/check/definition_messages.h"
 #include "tools/check/odd_cells.h"
+#include "tools/support/message.h"
 #include "tools/support/text_places.h"
 
 namespace Hovar {
@@ -27,28 +29,23 @@ class ValueCheck {
 
   void Count(std::string_view element, std::int32_t value) {
     if (value < 0) {
-      Warning(element, "The count " + std::to_string(value) +
-                           " is negative and does the same as none. Write 0 or more.");
+      Warning(element, Filled(kValueMessages.negativeCount, value));
     }
   }
 
   void Tolerance(std::string_view element, double value) {
     if (!(value > 0) || std::isinf(value)) {
-      Warning(element,
-              "A tolerance is above 0 and finite; with this one the test does not work "
-              "as meant. Write a small number, such as 1e-8.");
+      Warning(element, Filled(kValueMessages.tolerance));
     }
   }
 
   void Fit(const std::string& element, const RegressionParameters& parameters) {
     Tolerance(element + "/Tolerance", parameters.tolerance);
     if (parameters.maxIterations < 1) {
-      Warning(element + "/MaxIterations",
-              "The first step is always made, so this does the same as 1. Write 1 or more.");
+      Warning(element + "/MaxIterations", Filled(kValueMessages.firstStep));
     }
     if (!(parameters.priorPrecision >= 0) || std::isinf(parameters.priorPrecision)) {
-      Warning(element + "/PriorPrecision",
-              "A precision is 0 or more and finite. Write 0 for no prior.");
+      Warning(element + "/PriorPrecision", Filled(kValueMessages.precision));
     }
   }
 
@@ -78,16 +75,10 @@ void CheckTexts(ValueCheck& check, const DefinitionFile& definition) {
     const std::string& text = definition.Value(element).text;
     const bool isOutput = element.starts_with("Output/");  // an input of this name is missing
     if (isOutput && IsSpaced(text)) {
-      check.Warning(element,
-                    "White space round the text belongs to the name. Write the name "
-                    "directly between the tags.",
-                    Weight::kFiles);
+      check.Warning(element, Filled(kValueMessages.whiteSpace), Weight::kFiles);
     }
     if (HasEntity(text)) {
-      check.Warning(element,
-                    "Entities such as &amp; are not decoded but belong to the name. "
-                    "Rename the file.",
-                    Weight::kFiles);
+      check.Warning(element, Filled(kValueMessages.entity), Weight::kFiles);
     }
   }
 }
@@ -111,9 +102,7 @@ void CheckWholeNumbers(Findings& findings, const DefinitionFile& definition) {
     if (isOutside) {
       findings.AddWarning(
           definition.path, PlaceOf(definition.path, value.offset),
-          "The number is outside its range and would be read as another one. "
-          "Write one from " +
-              std::string(isWord ? "0 to 4294967295." : "-2147483648 to 2147483647."));
+          isWord ? Filled(kValueMessages.seedOutside) : Filled(kValueMessages.integerOutside));
     }
   }
 }
@@ -127,9 +116,8 @@ void CheckRealNumbers(Findings& findings, const DefinitionFile& definition) {
     if (isReal && !IsWholeReal(value.text)) {
       const double read = Vell::IO::ParseReal(value.text);
       findings.AddWarning(definition.path, PlaceOf(definition.path, value.offset),
-                          "The text " + Quoted(value.text) + " is read as " +
-                              std::string(Vell::IO::NumberText::OfReal(read).View()) +
-                              ". Write a number, such as 1e-8.");
+                          Filled(kValueMessages.readAs, Quoted(value.text),
+                                 Vell::IO::NumberText::OfReal(read).View()));
     }
   }
 }
@@ -143,15 +131,13 @@ void CheckChain(ValueCheck& check, const AnalysisDefinition& analysis) {
   parameters.burnin = mcmc.burnin;
   parameters.steps = mcmc.steps;
   if (mcmc.thinning == 0) {
-    check.Error("Mcmc/Thinning", "Every 0th step cannot be kept. Write 1 or more.");
+    check.Error("Mcmc/Thinning", Filled(kValueMessages.everyNoStep));
   } else if (Vell::Mcmc::LongestChain(parameters) < 0) {
     check.Error(mcmc.thinning < 0 ? "Mcmc/Thinning" : "Mcmc/Steps",
-                "The chain would have a negative size. Write 1 or more for Thinning, 0 or more for "
-                "Burnin and Steps.");
+                Filled(kValueMessages.negativeChain));
   } else if (needsDraws && mcmc.thinning > 0 && mcmc.steps >= 0 && mcmc.steps / mcmc.thinning < 2) {
-    check.Warning("Mcmc/Steps", "The chain keeps " + Counted(mcmc.steps / mcmc.thinning, "draw") +
-                                    ", too few for standard errors of the fifth block. Write "
-                                    "at least twice the Thinning.");
+    check.Warning("Mcmc/Steps",
+                  Filled(kValueMessages.tooFewDraws, Counted(mcmc.steps / mcmc.thinning, "draw")));
   }
 }
 
@@ -165,14 +151,12 @@ void CheckValues(Findings& findings, const DefinitionFile& definition) {
   check.Count("Mcmc/Burnin", definition.mcmc.burnin);
   check.Count("Mcmc/Steps", definition.mcmc.steps);
   if (definition.mcmc.thinning < 0) {
-    check.Warning("Mcmc/Thinning", "The thinning " + std::to_string(definition.mcmc.thinning) +
-                                       " is negative and has no meaning. Write 1 or more.");
+    check.Warning("Mcmc/Thinning",
+                  Filled(kValueMessages.negativeThinning, definition.mcmc.thinning));
   }
   if (definition.Value("Mcmc/Seed/Seed").element.empty()) {
     findings.AddWarning(definition.path, definition.PlaceOfTag("Mcmc/Seed"),
-                        "The seed is taken from the clock, so the run cannot be repeated. Write a "
-                        "Seed of the type Vector with two numbers.",
-                        Weight::kHarmless);
+                        Filled(kValueMessages.clockSeed), Weight::kHarmless);
   }
   if (definition.kind == RunKind::kAnalysis) {
     check.Tolerance("Regression/LinearDependence/Tolerance",
@@ -186,11 +170,9 @@ void CheckValues(Findings& findings, const DefinitionFile& definition) {
 void CheckDefinitionText(Findings& findings, const DefinitionFile& definition) {
   const FileTraits traits = TraitsOf(definition.path);
   if (traits.firstCarriageReturnLineFeed >= 0 && KeepsCarriageReturns()) {
-    findings.AddWarning(
-        definition.path, PlaceOf(definition.path, traits.firstCarriageReturnLineFeed),
-        "The line ends with a carriage return and a line feed. Between tags that does no harm; in "
-        "a path or a name it would belong to it. End lines with line feeds alone.",
-        Weight::kHarmless);
+    findings.AddWarning(definition.path,
+                        PlaceOf(definition.path, traits.firstCarriageReturnLineFeed),
+                        Filled(kValueMessages.carriageReturns), Weight::kHarmless);
   }
 }
 

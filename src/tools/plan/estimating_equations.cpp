@@ -3,7 +3,9 @@
 #include "foundation/io/file_stream.h"
 #include "foundation/io/platform/folders.h"
 #include "regression/coefficient_file.h"
+#include "tools/plan/messages.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/message.h"
 #include "tools/support/sentence_parts.h"
 
 namespace Hovar {
@@ -49,19 +51,15 @@ std::optional<bool> HasClusteredDraws(const std::string& coefficientFile) {
 }
 
 std::string WhatIsUnfit(const std::optional<MissingRecords>& missing) {
-  std::string made = "the fifth block, E[Y|X,P=0]-MCMC";
   if (!missing.has_value()) {
-    return made + " and, where P is missing, the observed E[Y|P=0]";
+    return Filled(kUnfitColumns.unknown);
   }
   if (missing->withoutP > 0) {
-    return made + " and the observed E[Y|P=0], as P is missing in " +
-           Counted(missing->withoutP, "record");
+    return Filled(kUnfitColumns.missingP, Counted(missing->withoutP, "record"));
   }
-  if (missing->incomplete > 0) {
-    return made + " and, as an X is missing in " + Counted(missing->incomplete, "record") +
-           ", the other expectations; the observed E[Y|P=0] is not affected, for every P is known";
-  }
-  return made;
+  return missing->incomplete > 0
+             ? Filled(kUnfitColumns.missingX, Counted(missing->incomplete, "record"))
+             : Filled(kUnfitColumns.nothingMissing);
 }
 
 }  // namespace Hovar
