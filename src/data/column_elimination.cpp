@@ -9,6 +9,8 @@
 #include "linalg/kernels/cross_counts.h"
 #include "linalg/row_echelon.h"
 #include "linalg/svd.h"
+#include "messages/error_texts.h"
+#include "messages/output_lines.h"
 
 namespace Hovar {
 namespace {
@@ -51,9 +53,9 @@ void RemoveDependentColumns(DataSet& dataSet, double tolerance, Count count) {
     return;
   }
   RemoveColumns(dataSet, columns);
-  Vell::IO::StandardOutput().WriteLine("Check rank");
+  Vell::IO::StandardOutput().WriteMessage(Messages::kLines.checkRank);
   if (!IsFullRank(count(dataSet), tolerance)) {
-    throw Exception("Rank is not maximal");
+    throw Exception(Messages::kErrors.rankNotMaximal);
   }
 }
 
@@ -84,17 +86,17 @@ Vell::Matrix NullSpaceRows(const Vell::SvdResult& svd, std::int32_t dimension) {
 }  // namespace
 
 void EliminateColumns(DataSet& dataSet, double tolerance) {
-  Log().WriteLine("Eliminating Z zero columns");
+  Log().WriteMessage(Messages::kLines.eliminatingZeroZ);
   RemoveZeroColumns(dataSet, FindZeroColumns(dataSet.z));
 
-  Log().WriteLine("Eliminating X zero columns");
+  Log().WriteMessage(Messages::kLines.eliminatingZeroX);
   RemoveZeroColumns(dataSet, FindZeroColumns(dataSet.x, dataSet.recordHasMissing));
 
-  Log().WriteLine("Eliminating dependent Z columns");
+  Log().WriteMessage(Messages::kLines.eliminatingDependentZ);
   RemoveDependentColumns(dataSet, tolerance,
                          [](const DataSet& data) { return Vell::CrossCounts(data.z); });
 
-  Log().WriteLine("Eliminating dependent X columns P = 0");
+  Log().WriteMessage(Messages::kLines.eliminatingDependentX);
   RemoveDependentColumns(dataSet, tolerance, [](const DataSet& data) {
     return Vell::CrossCounts(
         data.x, [&data](std::int32_t record) { return data.IsCompleteWithoutP(record); });
@@ -102,16 +104,17 @@ void EliminateColumns(DataSet& dataSet, double tolerance) {
 }
 
 void RemoveColumns(DataSet& dataSet, const Vell::IndexVector& columns) {
-  Log().WriteLine("Eliminating columns:");
+  Log().WriteMessage(Messages::kLines.eliminatedColumns);
   for (const std::int32_t column : columns) {
-    Log().WriteLine(dataSet.zNames[column], ", ", dataSet.xNames[column]);
+    Log().WriteMessage(Messages::kLines.eliminatedColumn, dataSet.zNames[column],
+                       dataSet.xNames[column]);
   }
   dataSet.z.RemoveColumns(columns);
   dataSet.x.RemoveColumns(columns);
   dataSet.zNames.RemoveElements(columns);
   dataSet.xNames.RemoveElements(columns);
   dataSet.variableCount -= columns.Size();
-  Log().WriteLine("Number of variables: ", dataSet.variableCount);
+  Log().WriteMessage(Messages::kLines.variableCount, dataSet.variableCount);
   CountNonMissing(dataSet);
 }
 
@@ -133,7 +136,7 @@ Vell::IndexVector FindDependentColumns(const Vell::Matrix& counts, double tolera
   }
   Vell::Matrix nullSpace = NullSpaceRows(svd, dimension);
   if (DecomposeWith(tolerance, nullSpace).Rank() != dimension) {
-    throw Exception("Error in eliminating dependent columns");
+    throw Exception(Messages::kErrors.dependentColumns);
   }
   const Vell::RowEchelon echelon = Vell::ReduceToRowEchelon(std::move(nullSpace));
   Vell::IndexVector columns;

@@ -4,6 +4,7 @@
 
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/random/random_generator.h"
+#include "messages/error_texts.h"
 
 namespace Hovar {
 namespace {
@@ -18,7 +19,7 @@ WorkingCorrelation ReadWorkingCorrelation(Vell::XmlReader& reader) {
   if (text.View() == "false") {
     return WorkingCorrelation::kIndependent;
   }
-  throw Exception("Invalid value in \"UseGeneralizedEstimatingEquations\" tag");
+  throw Exception(Messages::kErrors.invalidFlag);
 }
 
 RegressionParameters ReadRegressionParameters(Vell::XmlReader& reader, std::string_view name) {
@@ -107,7 +108,7 @@ BatchDefinition ReadBatchDefinition(Vell::XmlReader& reader) {
   reader.ReadStartTag("Simulations");
   for (Vell::XmlTag tag = reader.ReadTag(); !tag.IsEnd("Simulations"); tag = reader.ReadTag()) {
     if (!tag.IsStart("Simulation") || tag.isEmpty) {
-      throw Exception("Invalid XML simulation");
+      throw Exception(Messages::kErrors.invalidBatch);
     }
     definition.Append(reader.ReadText());
     reader.ReadEndTag("Simulation");

@@ -1,6 +1,7 @@
 #include "app/definition/root_element.h"
 
 #include "foundation/exceptions/exceptions.h"
+#include "messages/error_texts.h"
 
 namespace Hovar {
 
@@ -33,7 +34,7 @@ RunKind RunKindOf(const Vell::XmlTag& root) {
       return kind;
     }
   }
-  throw Vell::Exceptions::Exception("Invalid definition file");
+  throw Vell::Exceptions::Exception(Messages::kErrors.invalidDefinition);
 }
 
 }  // namespace Hovar
