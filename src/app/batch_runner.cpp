@@ -3,6 +3,7 @@
 #include "app/dispatch.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/platform/stack.h"
+#include "messages/error_texts.h"
 
 namespace Hovar {
 
@@ -12,7 +13,7 @@ void BatchRunner::Run() {
   for (const Vell::String& path : definition_) {
     // Nothing limits the depth of batches but the memory that nesting takes, which is the stack's.
     if (Vell::IO::Platform::StackIsNearlyUsed()) {
-      throw Vell::Exceptions::OutOfMemoryException("Out of memory");
+      throw Vell::Exceptions::OutOfMemoryException(Messages::kErrors.outOfMemory);
     }
     DispatchDefinition(path)->Run();
   }

@@ -11,6 +11,8 @@
 #include "foundation/io/platform/platform.h"
 #include "foundation/io/standard_writers.h"
 #include "foundation/random/random_generator.h"
+#include "messages/error_texts.h"
+#include "messages/output_lines.h"
 
 namespace Hovar {
 namespace {
@@ -28,9 +30,9 @@ Vell::String& StartupDirectoryStorage() noexcept {
 void Run(int argumentCount, const char* const* arguments) {
   Vell::RandomGenerator::Reset();
   Log().Attach(Vell::IO::StandardOutputHandle());
-  StandardOutput().WriteLine("Target platform: 64-bit");
+  StandardOutput().WriteMessage(Messages::kLines.targetPlatform);
   if (argumentCount != 2) {
-    throw Exception("Wrong number of parameters in command line");
+    throw Exception(Messages::kErrors.wrongArgumentCount);
   }
   StartupDirectoryStorage() = StartupDirectoryOf(Vell::String(arguments[0]));
   DispatchDefinition(Vell::String(arguments[1]))->Run();
@@ -44,7 +46,7 @@ bool isEnding = false;
 void EndAfterError() {
   isEnding = true;
   Log().Clear();
-  StandardOutput().WriteLine("Press any button to continue . . .");
+  StandardOutput().WriteMessage(Messages::kLines.pressAnyButton);
   Vell::IO::Platform::WaitForKey();
 }
 
@@ -57,7 +59,7 @@ void EndAfterError() {
     if (std::current_exception() == nullptr) {  // otherwise its line is on standard error
       // The line is required, and nothing can be thrown:
       // NOLINTNEXTLINE(bugprone-throw-keyword-missing)
-      static_cast<void>(Vell::Exceptions::OutOfMemoryException("Out of memory"));
+      static_cast<void>(Vell::Exceptions::OutOfMemoryException(Messages::kErrors.outOfMemory));
     }
     EndAfterError();
   }
@@ -87,12 +89,12 @@ Vell::String StartupDirectoryOf(const Vell::String& programPath) {
   Vell::String directory(programPath);
   const std::int32_t separator = directory.FindLast('\\');
   if (separator < 0) {
-    throw Vell::Exceptions::InvalidArgumentException("Invalid argument");
+    throw Vell::Exceptions::InvalidArgumentException(Messages::kErrors.invalidArgument);
   }
   directory.Truncate(separator);
   directory.Trim();
   if (directory.Length() == 0) {
-    throw Exception("Cannot determine startup directory");
+    throw Exception(Messages::kErrors.startupDirectory);
   }
   return directory;
 }

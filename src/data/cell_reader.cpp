@@ -6,6 +6,7 @@
 #include "foundation/io/csv_reader.h"
 #include "foundation/io/csv_rules.h"
 #include "linalg/kernels/plain_cells.h"
+#include "messages/error_texts.h"
 
 namespace Hovar {
 namespace {
@@ -16,10 +17,10 @@ using Vell::IO::EndsField;
 bool ReadBinaryNumber(Vell::IO::Stream& stream) {
   std::int32_t value = 0;
   if (stream.Scan("%d", &value, sizeof value) != 1) {
-    throw Vell::Exceptions::EndOfStreamException("Unexpected end of stream");
+    throw Vell::Exceptions::EndOfStreamException(Messages::kErrors.unexpectedEnd);
   }
   if (value != 0 && value != 1) {
-    throw Vell::Exceptions::InvalidInputException("Invalid input");
+    throw Vell::Exceptions::InvalidInputException(Messages::kErrors.invalidInput);
   }
   return value == 1;
 }

@@ -11,6 +11,8 @@
 #include "linalg/kernels/cross_counts.h"
 #include "linalg/row_echelon.h"
 #include "linalg/svd.h"
+#include "messages/error_texts.h"
+#include "messages/output_lines.h"
 
 namespace Hovar {
 namespace {
@@ -43,13 +45,13 @@ Vell::IndexVector FindColumnsSetNowhere(const Packed& matrix, Include include) {
 std::string_view HeadingOf(EliminationStage stage) noexcept {
   switch (stage) {
     case EliminationStage::kZeroZ:
-      return "Eliminating Z zero columns";
+      return Messages::kLines.eliminatingZeroZ.Text();
     case EliminationStage::kZeroX:
-      return "Eliminating X zero columns";
+      return Messages::kLines.eliminatingZeroX.Text();
     case EliminationStage::kDependentZ:
-      return "Eliminating dependent Z columns";
+      return Messages::kLines.eliminatingDependentZ.Text();
     case EliminationStage::kDependentX:
-      return "Eliminating dependent X columns P = 0";
+      return Messages::kLines.eliminatingDependentX.Text();
   }
   return "";
 }
@@ -113,9 +115,9 @@ class Eliminator {
       return;
     }
     Remove(columns);
-    Vell::IO::StandardOutput().WriteLine("Check rank");
+    Vell::IO::StandardOutput().WriteMessage(Messages::kLines.checkRank);
     if (!IsFullRank(count(data_), tolerance_)) {
-      throw Exception("Rank is not maximal");
+      throw Exception(Messages::kErrors.rankNotMaximal);
     }
   }
 
@@ -205,16 +207,17 @@ void EliminateColumns(DataSet& dataSet, double tolerance) {
 }
 
 void RemoveColumns(DataSet& dataSet, const Vell::IndexVector& columns) {
-  Log().WriteLine("Eliminating columns:");
+  Log().WriteMessage(Messages::kLines.eliminatedColumns);
   for (const std::int32_t column : columns) {
-    Log().WriteLine(dataSet.zNames[column], ", ", dataSet.xNames[column]);
+    Log().WriteMessage(Messages::kLines.eliminatedColumn, dataSet.zNames[column],
+                       dataSet.xNames[column]);
   }
   dataSet.z.RemoveColumns(columns);
   dataSet.x.RemoveColumns(columns);
   dataSet.zNames.RemoveElements(columns);
   dataSet.xNames.RemoveElements(columns);
   dataSet.variableCount -= columns.Size();
-  Log().WriteLine("Number of variables: ", dataSet.variableCount);
+  Log().WriteMessage(Messages::kLines.variableCount, dataSet.variableCount);
   CountNonMissing(dataSet);
 }
 
@@ -240,7 +243,7 @@ Vell::IndexVector FindDependentColumns(const Vell::Matrix& counts, double tolera
   }
   Vell::Matrix nullSpace = NullSpaceRows(svd, dimension);
   if (DecomposeWith(tolerance, nullSpace).Rank() != dimension) {
-    throw Exception("Error in eliminating dependent columns");
+    throw Exception(Messages::kErrors.dependentColumns);
   }
   const Vell::RowEchelon echelon = Vell::ReduceToRowEchelon(std::move(nullSpace));
   Vell::IndexVector columns;

@@ -8,6 +8,8 @@
 #include "foundation/io/csv_reader.h"
 #include "foundation/io/log.h"
 #include "foundation/io/standard_writers.h"
+#include "messages/error_texts.h"
+#include "messages/output_lines.h"
 
 namespace Hovar {
 namespace {
@@ -20,12 +22,12 @@ using Vell::IO::SkipField;
 void MeasureDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount) {
   const Vell::IO::CsvShape shape = Vell::IO::MeasureCsv(stream);
   if (shape.minimumFields != shape.maximumFields) {
-    throw Exception("Variable number of fields");
+    throw Exception(Messages::kErrors.variableFieldCount);
   }
   const std::int64_t covariateFields =
       std::int64_t{shape.minimumFields} - poaCount - kFieldsBeforeIndicators;
   if (covariateFields % 2 != 0) {
-    throw Exception("Wrong number of POA indicators in definition file");
+    throw Exception(Messages::kErrors.wrongIndicatorCount);
   }
   dataSet.recordCount = shape.lineCount - 1;
   dataSet.variableCount = static_cast<std::int32_t>(covariateFields / 2 + 1);
@@ -57,9 +59,8 @@ void ReadHeader(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCoun
 }
 
 void PrintHospital(const DataSet& dataSet, std::int32_t hospital) {
-  Vell::IO::StandardOutput().WriteLine("Hospital: ", dataSet.hospitalIds[hospital],
-                                       " record: ", dataSet.hospitalStart[hospital], " / ",
-                                       dataSet.recordCount);
+  Vell::IO::StandardOutput().WriteMessage(Messages::kLines.hospital, dataSet.hospitalIds[hospital],
+                                          dataSet.hospitalStart[hospital], dataSet.recordCount);
 }
 
 /// Begins a new hospital where the ID differs from the last one's.
@@ -109,7 +110,7 @@ void ReadRecords(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCou
   zWriter.Finish();
   xWriter.Finish();
   if (stream.ReadByte() != Vell::IO::kEndOfStream) {
-    throw Exception("Data wrong format");
+    throw Exception(Messages::kErrors.dataWrongFormat);
   }
 }
 
@@ -124,15 +125,14 @@ void CheckGrouping(const DataSet& dataSet) {
   };
   std::sort(sorted.begin(), sorted.end(), byBytes);
   if (std::adjacent_find(sorted.begin(), sorted.end(), equal) != sorted.end()) {
-    throw Exception("Data must be grouped by hospital ID");
+    throw Exception(Messages::kErrors.dataNotGrouped);
   }
 }
 
 void CorrectPresentOnAdmission(DataSet& dataSet) {
   for (std::int32_t i = 0; i < dataSet.recordCount; ++i) {
     if (!dataSet.p.IsMissing(i) && dataSet.p.Value(i) && !dataSet.y.Get(i)) {
-      Vell::IO::Log().WriteLine("Warning: Y == 0 && P == 1 data in record: ", i,
-                                " - setting P equal to 0");
+      Vell::IO::Log().WriteMessage(Messages::kWarnings.outcomeAbsent, i);
       dataSet.p.SetValue(i, false);
       ++dataSet.contradictionCount;
     }
@@ -156,7 +156,7 @@ void IndexHospitals(DataSet& dataSet) {
 
 void ReadDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCount,
                   KeyUse keyUse) {
-  Vell::IO::StandardOutput().WriteLine("Reading data file...");
+  Vell::IO::StandardOutput().WriteMessage(Messages::kLines.readingDataFile);
   dataSet = DataSet();
   const bool isPlain = ReadPlainDataFile(dataSet, stream, poaCount, keyUse);
   stream.Seek(0);
@@ -165,13 +165,13 @@ void ReadDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCo
     MeasureDataFile(dataSet, stream, poaCount);
     stream.Seek(0);
   }
-  Vell::IO::Log().WriteLine("Number of records: ", dataSet.recordCount);
-  Vell::IO::Log().WriteLine("Number of variables: ", dataSet.variableCount);
+  Vell::IO::Log().WriteMessage(Messages::kLines.recordCount, dataSet.recordCount);
+  Vell::IO::Log().WriteMessage(Messages::kLines.variableCount, dataSet.variableCount);
   if (!isPlain) {
     MakeRoomForRecords(dataSet);
   }
   ReadHeader(dataSet, stream, poaCount);
-  Vell::IO::StandardOutput().WriteLine("Reading data...");
+  Vell::IO::StandardOutput().WriteMessage(Messages::kLines.readingData);
   if (isPlain) {
     for (std::int32_t h = 0; h < dataSet.hospitalIds.Size(); ++h) {
       PrintHospital(dataSet, h);
@@ -181,7 +181,7 @@ void ReadDataFile(DataSet& dataSet, Vell::IO::Stream& stream, std::int32_t poaCo
   }
   dataSet.hospitalCount = dataSet.hospitalIds.Size();
   CheckGrouping(dataSet);
-  Vell::IO::Log().WriteLine("Number of hospitals: ", dataSet.hospitalCount);
+  Vell::IO::Log().WriteMessage(Messages::kLines.hospitalCount, dataSet.hospitalCount);
   CorrectPresentOnAdmission(dataSet);
   IndexHospitals(dataSet);
   CountNonMissing(dataSet);

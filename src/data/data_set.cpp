@@ -1,11 +1,12 @@
 #include "data/data_set.h"
 
 #include "foundation/io/log.h"
+#include "messages/output_lines.h"
 
 namespace Hovar {
 
 void CountNonMissing(DataSet& dataSet) {
-  Vell::IO::Log().WriteLine("Counting non missing records:");
+  Vell::IO::Log().WriteMessage(Messages::kLines.countingComplete);
   dataSet.completeCount = 0;
   dataSet.completeP0Count = 0;
   dataSet.hospitalComplete.Resize(dataSet.hospitalCount);
@@ -26,8 +27,8 @@ void CountNonMissing(DataSet& dataSet) {
       ++dataSet.hospitalCompleteP0[hospital];
     }
   }
-  Vell::IO::Log().WriteLine("Number of non-missing records: ", dataSet.completeCount);
-  Vell::IO::Log().WriteLine("Number of non-missing records with P = 0: ", dataSet.completeP0Count);
+  Vell::IO::Log().WriteMessage(Messages::kLines.completeCount, dataSet.completeCount);
+  Vell::IO::Log().WriteMessage(Messages::kLines.completeP0Count, dataSet.completeP0Count);
 }
 
 }  // namespace Hovar

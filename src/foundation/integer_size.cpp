@@ -1,19 +1,20 @@
 #include "foundation/integer_size.h"
 
 #include "foundation/exceptions/exceptions.h"
+#include "messages/error_texts.h"
 
 namespace Vell {
 
 std::int32_t CheckedSize(std::uint64_t size) {
   if (size > INT32_MAX) {
-    throw Exceptions::IntegerOverflowException("Integer overflow");
+    throw Exceptions::IntegerOverflowException(Messages::kErrors.integerOverflow);
   }
   return static_cast<std::int32_t>(size);
 }
 
 void RequireIndex(std::int32_t index, std::int32_t count) {
   if (index < 0 || index >= count) {
-    throw Exceptions::InvalidArgumentException("Index out of range");
+    throw Exceptions::InvalidArgumentException(Messages::kErrors.indexOutOfRange);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "foundation/exceptions/exceptions.h"
+#include "messages/error_texts.h"
 
 namespace Vell {
 namespace {
@@ -19,7 +20,7 @@ void* AllocateZeroed(std::size_t bytes) {
   }
   void* const block = allocationFunction(bytes);
   if (block == nullptr) {
-    throw Exceptions::OutOfMemoryException("Out of memory");
+    throw Exceptions::OutOfMemoryException(Messages::kErrors.outOfMemory);
   }
   return block;
 }
@@ -32,6 +33,8 @@ AllocationFunction SetAllocationFunction(AllocationFunction function) noexcept {
   return previous;
 }
 
-void RaiseInvalidSize() { throw Exceptions::InvalidArgumentException("Invalid argument"); }
+void RaiseInvalidSize() {
+  throw Exceptions::InvalidArgumentException(Messages::kErrors.invalidArgument);
+}
 
 }  // namespace Vell

@@ -8,13 +8,14 @@
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/integer_size.h"
 #include "foundation/memory.h"
+#include "messages/error_texts.h"
 
 namespace Vell {
 namespace {
 
 std::string_view RequireText(const char* text) {
   if (text == nullptr) {
-    throw Exceptions::InvalidArgumentException("Invalid argument");
+    throw Exceptions::InvalidArgumentException(Messages::kErrors.invalidArgument);
   }
   return text;
 }

@@ -17,6 +17,7 @@
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/exit_status.h"
 #include "foundation/io/platform/platform.h"
+#include "launcher/messages.h"
 #include "launcher/options.h"
 #include "launcher_text.h"
 #include "tools/run/program_start.h"
@@ -30,18 +31,19 @@ using Hovar::kFailure;
 using Hovar::kSuccess;
 
 /// Writes a line on standard error without memory and returns the exit status for it.
-int Fail(std::string_view line) {
-  Platform::WriteFile(Platform::kStandardError, line.data(), line.size());
+int Fail(const Messages::Pattern& line) {
+  Platform::WriteFile(Platform::kStandardError, line.Text().data(), line.Text().size());
+  Platform::WriteFile(Platform::kStandardError, "\n", 1);
   return kFailure;
 }
 
-int FailForMemory() { return Fail("hovar: out of memory\n"); }
+int FailForMemory() { return Fail(Hovar::kLauncherMessages.outOfMemory); }
 
 /// Ends the process where an error could not be raised, or not be handled; always with exit status
 /// 1. A machine without memory when the process started leaves the runtime nothing to throw with.
 [[noreturn]] void EndWithoutException() noexcept {
   std::_Exit(std::current_exception() == nullptr ? FailForMemory()
-                                                 : Fail("hovar: ended by a fault of its own\n"));
+                                                 : Fail(Hovar::kLauncherMessages.endedByFault));
 }
 
 /// Lets the tool that the command line asks for do its work; the answer is an exit status.

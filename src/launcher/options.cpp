@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstddef>
 
+#include "launcher/messages.h"
 #include "tools/support/message.h"
 
 namespace Hovar {
@@ -17,8 +18,8 @@ constexpr std::array<std::string_view, 12> kOptionNames{
     "--chains", "--jobs", "--only",     "--collect", "--report", "--output"};
 
 void RefuseUsage(std::string_view reason) {
-  Say(reason);
-  Say("see hovar --help");
+  SayLine(reason);
+  Say(kLauncherMessages.seeHelp);
 }
 
 /// Reads the arguments one by one.
@@ -52,7 +53,7 @@ class Parser {
 
   void TakeOption(std::string_view option) {
     if (std::find(given_.begin(), given_.end(), option) != given_.end()) {
-      problem_ = std::string(option) + " is given twice";
+      problem_ = Filled(kLauncherMessages.givenTwice, option);
       return;
     }
     given_.push_back(option);
@@ -77,13 +78,13 @@ class Parser {
     } else if (option == "--output") {
       report_.reportFile = Text(option, "FILE");
     } else if (option != "--report" && option != "--check") {
-      problem_ = "there is no option " + std::string(option);
+      problem_ = Filled(kLauncherMessages.noOption, option);
     }
   }
 
   std::string Text(std::string_view option, std::string_view what) {
     if (next_ == arguments_.size() || arguments_[next_].empty()) {
-      problem_ = std::string(option) + " needs a " + std::string(what);
+      problem_ = Filled(kLauncherMessages.needs, option, what);
       return {};
     }
     return std::string(arguments_[next_++]);
@@ -95,7 +96,7 @@ class Parser {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
     if (problem_.empty() && (!isNumber || number < 1 || number > kMostChains)) {
-      problem_ = std::string(option) + " needs a number from 1 to " + std::to_string(kMostChains);
+      problem_ = Filled(kLauncherMessages.needsNumber, option, kMostChains);
     }
     return number;
   }
@@ -110,7 +111,7 @@ class Parser {
       Allow({"--report", "--output"});
       report_.folders = names_;
       if (names_.empty()) {
-        problem_ = "--report needs a FOLDER";
+        problem_ = kLauncherMessages.needsFolder.Text();
       }
       return report_;
     }
@@ -130,7 +131,9 @@ class Parser {
   template <typename Settings>
   Task WithDefinition(Settings settings) {
     if (problem_.empty() && names_.size() != 1) {
-      problem_ = names_.empty() ? "the DEFINITION is missing" : "more than one DEFINITION is given";
+      problem_ =
+          (names_.empty() ? kLauncherMessages.definitionMissing : kLauncherMessages.moreDefinitions)
+              .Text();
     }
     settings.definition = names_.empty() ? std::string() : names_.front();
     return settings;
@@ -138,24 +141,23 @@ class Parser {
 
   void SettleChains() {
     if (chains_.onlyChain > chains_.chainCount && problem_.empty()) {
-      problem_ = "--only needs a number from 1 to the number of chains";
+      problem_ = kLauncherMessages.onlyAbove.Text();
     }
     if (chains_.onlyChain > 0 && (chains_.collectOnly || chains_.jobs > 0)) {
-      problem_ = "--only does not go with --jobs or --collect";
+      problem_ = kLauncherMessages.onlyAndOthers.Text();
     }
     if (chains_.collectOnly && chains_.jobs > 0) {
-      problem_ = "--collect does not go with --jobs";
+      problem_ = kLauncherMessages.collectAndJobs.Text();
     }
   }
 
   void Allow(std::initializer_list<std::string_view> allowed) {
     for (const std::string_view option : given_) {
       if (std::find(allowed.begin(), allowed.end(), option) == allowed.end()) {
-        problem_ = std::string(option) + " does not go with " +
-                   std::string(Has("--report")   ? "--report"
-                               : Has("--check")  ? "--check"
-                               : Has("--chains") ? "--chains"
-                                                 : "a single run");
+        problem_ = Has("--report")   ? Filled(kLauncherMessages.notWithReport, option)
+                   : Has("--check")  ? Filled(kLauncherMessages.notWithCheck, option)
+                   : Has("--chains") ? Filled(kLauncherMessages.notWithChains, option)
+                                     : Filled(kLauncherMessages.notWithRun, option);
       }
     }
   }

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "foundation/exceptions/exceptions.h"
+#include "messages/error_texts.h"
 
 namespace Vell {
 
@@ -23,7 +24,7 @@ SymmetricMatrix Cholesky(const SymmetricMatrix& a) {
         continue;
       }
       if (s <= 0) {
-        throw Exceptions::NumericException("Non positive matrix in Cholesky decomposition");
+        throw Exceptions::NumericException(Messages::kErrors.notPositive);
       }
       row[j] = std::sqrt(s);
     }

@@ -6,6 +6,7 @@
 
 #include "foundation/exceptions/exceptions.h"
 #include "linalg/bidiagonalisation.h"
+#include "messages/error_texts.h"
 
 namespace Vell {
 namespace {
@@ -70,7 +71,7 @@ class Diagonalisation {
         return;
       }
       if (iteration == kMaxIterations) {
-        throw Exceptions::NumericException("Too many iterations in singular value decomposition");
+        throw Exceptions::NumericException(Messages::kErrors.tooManyIterations);
       }
       StepQr(l, k);
     }
@@ -204,7 +205,7 @@ void Decompose(SvdResult& result, const Matrix& a) {
   MultiplyByPowerOfTwo(result.w.Span(), exponent);
   result.smallestValue = Minimum(result.w);
   if (result.smallestValue < 0) {
-    throw Exceptions::NumericException("Negative singular values in singular value decomposition");
+    throw Exceptions::NumericException(Messages::kErrors.negativeSingularValues);
   }
   result.largestValue = Maximum(result.w);
   result.threshold = result.largestValue * result.tolerance;

@@ -7,6 +7,7 @@
 #include "foundation/io/standard_writers.h"
 #include "foundation/random/random_generator.h"
 #include "mcmc/mcmc_model.h"
+#include "messages/output_lines.h"
 #include "regression/covariance.h"
 #include "regression/logistic_regression.h"
 
@@ -60,7 +61,7 @@ void BetaYX::UpdateFactor(const FitState& state) {
   } catch (const Vell::Exceptions::Exception&) {
     // With few hospitals the empirical covariance need not be positive definite. The chain goes on
     // with the factor of an earlier iteration: the one error that does not end a run.
-    Vell::IO::StandardOutput().WriteLine("Exception: Empirical variance");
+    Vell::IO::StandardOutput().WriteMessage(Messages::kWarnings.empiricalVariance);
   }
 }
 

@@ -1,6 +1,7 @@
 #include "mcmc/hb_model.h"
 
 #include "foundation/io/standard_writers.h"
+#include "messages/output_lines.h"
 
 namespace Hovar {
 
@@ -26,8 +27,13 @@ void HBModel::Initialize() {
 }
 
 void HBModel::ReportProgress(std::int32_t iteration, bool isBurnin) {
-  Vell::IO::StandardOutput().WriteLine(isBurnin ? "Burnin: " : "Mcmc: ", iteration,
-                                       " Intercept: ", betaYX_.Values()[0], ' ');
+  Vell::IO::TextWriter& output = Vell::IO::StandardOutput();
+  const double intercept = betaYX_.Values()[0];
+  if (isBurnin) {
+    output.WriteMessage(Messages::kLines.burnin, iteration, intercept);
+  } else {
+    output.WriteMessage(Messages::kLines.mcmc, iteration, intercept);
+  }
 }
 
 }  // namespace Hovar

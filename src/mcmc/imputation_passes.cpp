@@ -1,6 +1,7 @@
 #include "mcmc/imputation_passes.h"
 
 #include "foundation/io/standard_writers.h"
+#include "messages/output_lines.h"
 
 namespace Hovar {
 
@@ -24,7 +25,7 @@ void ImputationPasses::RunBurnin() {
 void ImputationPasses::Run(std::int32_t pass) { Sweep(pass, steps_); }
 
 void ImputationPasses::Sweep(std::int32_t pass, std::int32_t passes) {
-  Vell::IO::StandardOutput().WriteLine(pass, '/', passes);
+  Vell::IO::StandardOutput().WriteMessage(Messages::kLines.pass, pass, passes);
   RunImputationSweep(dataSet_, {yGivenXWithoutP_, pGivenX_, priorTable_});
 }
 

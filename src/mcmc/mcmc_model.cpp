@@ -6,6 +6,8 @@
 #include "foundation/io/platform/platform.h"
 #include "foundation/io/standard_writers.h"
 #include "mcmc/chain_file.h"
+#include "messages/error_texts.h"
+#include "messages/output_lines.h"
 
 namespace Vell::Mcmc {
 
@@ -21,7 +23,7 @@ void McmcModel::Register(McmcVariable& variable) {
 
 void McmcModel::Run(const McmcRunParameters& parameters) {
   if (parameters.thinning == 0) {
-    throw Exceptions::InvalidArgumentException("Invalid argument");
+    throw Exceptions::InvalidArgumentException(Messages::kErrors.invalidArgument);
   }
   reportInterval_ = parameters.reportInterval;
   thinning_ = parameters.thinning;
@@ -65,8 +67,7 @@ void McmcModel::RunPhase(ChainFile& files, std::int32_t iterations, bool isBurni
     }
   }
   const auto elapsed = static_cast<std::int32_t>(IO::Platform::ProcessorMilliseconds() - start);
-  IO::StandardOutput().WriteLine("\nMCMC: ", iterations, " iterations in ", elapsed / 1000.0,
-                                 " seconds\n");
+  IO::StandardOutput().WriteMessage(Messages::kLines.phaseEnd, iterations, elapsed / 1000.0);
   if (!isBurnin) {
     FlushChain(files);
     files.WriteSummary(variables_.Span());
@@ -93,7 +94,8 @@ void McmcModel::FlushChain(ChainFile& files) {
 }
 
 void McmcModel::ReportProgress(std::int32_t iteration, bool isBurnin) {
-  IO::StandardOutput().WriteLine(isBurnin ? "Burnin: " : "Mcmc: ", iteration);
+  IO::StandardOutput().WriteLine(
+      (isBurnin ? Messages::kLines.burnin : Messages::kLines.mcmc).Piece(0), iteration);
 }
 
 }  // namespace Vell::Mcmc

@@ -1,6 +1,7 @@
 #include "mcmc/mcmc_stage.h"
 
 #include "foundation/io/standard_writers.h"
+#include "messages/output_lines.h"
 #include "regression/regression_analysis.h"
 
 namespace Hovar {
@@ -9,8 +10,8 @@ void RunMcmcStage(RegressionResults& results, DataSet& dataSet, const HBModelSet
   const Vell::Vector pGivenX = EstimateVector(results.Block(Model::kPGivenX));
   const Vell::Vector priorTable = PriorTable(results, dataSet.variableCount);
   HBModel model(dataSet, pGivenX, priorTable, settings);
-  Vell::IO::StandardOutput().WriteLine("MCMC Analysis",
-                                       FitKindLabel(settings.regression.workingCorrelation));
+  AnnounceStage(settings.regression.workingCorrelation, Messages::kLines.mcmcAnalysis,
+                Messages::kLines.mcmcAnalysisGee);
   model.Run();
   const Vell::Matrix& table = model.ResultTable();
   CoefficientEstimates& block = results.Block(Model::kYGivenXWithoutPMcmc);

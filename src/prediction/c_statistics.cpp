@@ -3,6 +3,7 @@
 #include "foundation/io/csv_writer.h"
 #include "foundation/io/standard_writers.h"
 #include "mcmc/imputation_passes.h"
+#include "messages/output_lines.h"
 #include "prediction/c_statistic.h"
 
 namespace Hovar {
@@ -35,13 +36,13 @@ void ComputeCStatistics(CStatisticValues& result, DataSet& dataSet,
                         const RegressionResults& results, const IndividualPredictions& predictions,
                         const McmcSettings& settings) {
   Vell::IO::TextWriter& output = Vell::IO::StandardOutput();
-  output.WriteLine("Y|Z");
+  output.WriteMessage(Messages::kLines.statisticOfYGivenZ);
   result.yGivenZ = AgainstOutcome(dataSet, predictions.yGivenZ);
-  output.WriteLine("Y|X");
+  output.WriteMessage(Messages::kLines.statisticOfYGivenX);
   result.yGivenX = AgainstOutcome(dataSet, predictions.yGivenX);
-  output.WriteLine("P|X");
+  output.WriteMessage(Messages::kLines.statisticOfPGivenX);
   result.pGivenX = AgainstPresentOnAdmission(dataSet, predictions.pGivenX);
-  output.WriteLine("P|YPZX");
+  output.WriteMessage(Messages::kLines.statisticOfPGivenAll);
   result.pGivenAll = AgainstPresentOnAdmission(dataSet, predictions.pGivenAll);
 
   ImputationPasses passes(dataSet, results, settings);

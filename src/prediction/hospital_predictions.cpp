@@ -1,6 +1,7 @@
 #include "prediction/hospital_predictions.h"
 
 #include "foundation/io/standard_writers.h"
+#include "messages/output_lines.h"
 
 namespace Hovar {
 namespace {
@@ -29,7 +30,7 @@ void AddRecord(HospitalMeans& sums, const DataSet& dataSet,
 
 void ComputeHospitalPredictions(HospitalPredictions& hospitalPredictions, const DataSet& dataSet,
                                 const IndividualPredictions& predictions) {
-  Vell::IO::StandardOutput().WriteLine("Calculating hospital-aggregated predictions");
+  Vell::IO::StandardOutput().WriteMessage(Messages::kLines.hospitalPredictions);
   hospitalPredictions.Resize(dataSet.hospitalCount);
   for (std::int32_t h = 0; h < dataSet.hospitalCount; ++h) {
     HospitalMeans& means = hospitalPredictions[h];

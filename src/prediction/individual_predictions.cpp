@@ -5,6 +5,7 @@
 #include "foundation/io/standard_writers.h"
 #include "mcmc/imputation_passes.h"
 #include "mcmc/imputation_sweep.h"
+#include "messages/output_lines.h"
 
 namespace Hovar {
 namespace {
@@ -68,7 +69,7 @@ void IndividualPredictions::Resize(std::int32_t records) {
 
 void ComputeIndividualPredictions(IndividualPredictions& predictions, DataSet& dataSet,
                                   const RegressionResults& results, const McmcSettings& settings) {
-  Vell::IO::StandardOutput().WriteLine("Calculating individual predictions");
+  Vell::IO::StandardOutput().WriteMessage(Messages::kLines.individualPredictions);
   predictions.Resize(dataSet.recordCount);
   ImputationPasses passes(dataSet, results, settings);
   passes.RunBurnin();

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "foundation/exceptions/exceptions.h"
+#include "messages/error_texts.h"
 
 // The range of the predictions is divided into steps of equal width, about four records to each.
 // One pass brings every record to its step, a NaN to one of its own behind the others, and what
@@ -63,7 +64,7 @@ double Concordance::Statistic() const noexcept {
 PredictionRanking::PredictionRanking(const Vell::Vector& predictions, std::int32_t records)
     : order_(records) {
   if (predictions.Size() < records) {
-    throw Vell::Exceptions::InvalidArgumentException("Index out of range");
+    throw Vell::Exceptions::InvalidArgumentException(Messages::kErrors.indexOutOfRange);
   }
   const std::span all = predictions.Span().first(static_cast<std::size_t>(records));
   const Steps steps(all);

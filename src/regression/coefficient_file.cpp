@@ -7,6 +7,7 @@
 #include "foundation/io/csv_reader.h"
 #include "foundation/io/csv_writer.h"
 #include "foundation/io/number_text.h"
+#include "messages/error_texts.h"
 
 namespace Hovar {
 namespace {
@@ -133,7 +134,7 @@ void ReconcileVariables(DataSet& dataSet, const RegressionResults& results) {
     RemoveColumns(dataSet, unmatched);
   }
   if (dataSet.variableCount != results.VariableCount()) {
-    throw Vell::Exceptions::Exception("Variables mismatch");
+    throw Vell::Exceptions::Exception(Messages::kErrors.variablesMismatch);
   }
 }
 

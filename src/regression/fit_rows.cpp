@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "foundation/exceptions/exceptions.h"
+#include "messages/error_texts.h"
 
 namespace Hovar {
 
@@ -22,7 +23,7 @@ void ReserveAtLeast(Vell::GrowableArray<T>& array, std::int64_t capacity) {
 void FitRows::Begin(std::int32_t mostRecords, std::int32_t columnCount,
                     std::int32_t hospitalCount) {
   if (columnCount > kMostColumns) {
-    throw Vell::Exceptions::IntegerOverflowException("Integer overflow");
+    throw Vell::Exceptions::IntegerOverflowException(Messages::kErrors.integerOverflow);
   }
   mostRecords_ = mostRecords;
   columnCount_ = columnCount;

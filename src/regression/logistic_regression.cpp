@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "foundation/io/log.h"
+#include "messages/output_lines.h"
 #include "regression/covariance.h"
 #include "regression/exchangeable_score.h"
 #include "regression/independent_score.h"
@@ -14,7 +15,7 @@ namespace {
 
 void WarnOfIterationLimit(const FitState& state) {
   if (state.iterationCount >= state.settings.parameters.maxIterations) {
-    Vell::IO::Log().WriteLine("Warning: Maximum number of iterations reached");
+    Vell::IO::Log().WriteMessage(Messages::kWarnings.iterationLimit);
   }
 }
 

@@ -1,6 +1,7 @@
 #include "regression/regression_analysis.h"
 
 #include "foundation/io/standard_writers.h"
+#include "messages/output_lines.h"
 #include "regression/logistic_regression.h"
 
 namespace Hovar {
@@ -18,8 +19,8 @@ void RunRegressionAnalysis(RegressionResults& results, const DataSet& dataSet,
                            const FitSettings& settings) {
   results.xNames = dataSet.xNames;
   results.zNames = dataSet.zNames;
-  Vell::IO::StandardOutput().WriteLine("Regression analysis",
-                                       FitKindLabel(settings.workingCorrelation));
+  AnnounceStage(settings.workingCorrelation, Messages::kLines.regressionAnalysis,
+                Messages::kLines.regressionAnalysisGee);
   results.xzTables.Resize(dataSet.variableCount - 1);
   for (std::int32_t k = 1; k < dataSet.variableCount; ++k) {
     results.xzTables[k - 1] = ComputeXzTable(dataSet, k);
@@ -31,8 +32,10 @@ void RunRegressionAnalysis(RegressionResults& results, const DataSet& dataSet,
   FitBlock(results, Model::kYGivenXWithoutP, regression, RowsOfYGivenXWithoutP(dataSet));
 }
 
-std::string_view FitKindLabel(WorkingCorrelation workingCorrelation) noexcept {
-  return workingCorrelation == WorkingCorrelation::kExchangeable ? " GEE:" : "";
+void AnnounceStage(WorkingCorrelation workingCorrelation, const Messages::Pattern& independent,
+                   const Messages::Pattern& exchangeable) {
+  const bool isIndependent = workingCorrelation == WorkingCorrelation::kIndependent;
+  Vell::IO::StandardOutput().WriteLine((isIndependent ? independent : exchangeable).Text());
 }
 
 }  // namespace Hovar

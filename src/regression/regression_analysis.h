@@ -1,8 +1,7 @@
 #pragma once
 
-#include <string_view>
-
 #include "data/data_set.h"
+#include "messages/pattern.h"
 #include "regression/fit_settings.h"
 #include "regression/regression_results.h"
 
@@ -15,7 +14,8 @@ namespace Hovar {
 void RunRegressionAnalysis(RegressionResults& results, const DataSet& dataSet,
                            const FitSettings& settings);
 
-/// What the headings of the stages say about the kind of fit: " GEE:" or nothing.
-std::string_view FitKindLabel(WorkingCorrelation workingCorrelation) noexcept;
+/// Writes the heading of a stage of fits on standard output: one of two lines, by the kind of fit.
+void AnnounceStage(WorkingCorrelation workingCorrelation, const Messages::Pattern& independent,
+                   const Messages::Pattern& exchangeable);
 
 }  // namespace Hovar

@@ -1,6 +1,7 @@
 #include "regression/xz_table.h"
 
 #include "foundation/exceptions/exceptions.h"
+#include "messages/error_texts.h"
 
 namespace Hovar {
 
@@ -15,7 +16,7 @@ XzTable ComputeXzTable(const DataSet& dataSet, std::int32_t variable) {
   for (std::size_t z = 0; z < counts.size(); ++z) {
     const std::int32_t records = counts[z][0] + counts[z][1];
     if (records == 0) {
-      throw Vell::Exceptions::Exception("Cannot compute XZ table");
+      throw Vell::Exceptions::Exception(Messages::kErrors.xzTable);
     }
     table.probability[z] = static_cast<double>(counts[z][1]) / records;
   }

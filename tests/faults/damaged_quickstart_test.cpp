@@ -38,7 +38,7 @@ void ReadDefinition(MemoryStream& stream) {
   } else if (root.name.View() == "Batch") {
     Hovar::ReadBatchDefinition(reader);
   } else {
-    throw Vell::Exceptions::Exception("Invalid definition file");
+    throw Vell::Exceptions::Exception(Messages::Pattern("Invalid definition file"));
   }
   reader.ReadEndTag(root.name);
 }

@@ -78,8 +78,8 @@ TEST(AllocationTest, SizesFromZeroUpAreAccepted) {
 
 TEST(AllocationTest, RaisingAnErrorNeedsNoMemory) {
   const AllocationFault fault(1, AllocationFault::Extent::kFromThenOn);
-  ExpectRaises<Vell::Exceptions::Exception>("plain",
-                                            [] { throw Vell::Exceptions::Exception("plain"); });
+  ExpectRaises<Vell::Exceptions::Exception>(
+      "plain", [] { throw Vell::Exceptions::Exception(Messages::Pattern("plain")); });
   ExpectRaises<Vell::Exceptions::FileOpenException>(
       "File \"x\" can not be opened", [] { throw Vell::Exceptions::FileOpenException("x"); });
   EXPECT_FALSE(fault.HasFired());

@@ -45,7 +45,7 @@ class ToyScalar : public Vell::Mcmc::McmcScalar {
   double Propose() override {
     Note("Propose");
     if (++step_ == failingStep) {
-      throw Vell::Exceptions::NumericException("No proposal");
+      throw Vell::Exceptions::NumericException(Messages::Pattern("No proposal"));
     }
     return step_;
   }

@@ -9,7 +9,7 @@
 namespace Testing {
 namespace {
 
-[[noreturn]] void Fail() { throw Vell::Exceptions::IOException("IO Exception"); }
+[[noreturn]] void Fail() { throw Vell::Exceptions::IOException(Messages::Pattern("IO Exception")); }
 
 }  // namespace
 

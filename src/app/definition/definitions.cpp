@@ -8,6 +8,7 @@
 #include "app/definition/element_table.h"
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/random/random_generator.h"
+#include "messages/error_texts.h"
 
 namespace Hovar {
 namespace {
@@ -116,7 +117,7 @@ WorkingCorrelation ReadWorkingCorrelation(Vell::XmlReader& reader, std::string_v
   if (text.View() == "false") {
     return WorkingCorrelation::kIndependent;
   }
-  throw Exception("Invalid value in \"UseGeneralizedEstimatingEquations\" tag");
+  throw Exception(Messages::kErrors.invalidFlag);
 }
 
 /// Reads one element that holds a value. The field has the type that the table says, or no
@@ -212,7 +213,7 @@ BatchDefinition ReadBatchDefinition(Vell::XmlReader& reader) {
   reader.ReadStartTag(kList);
   for (Vell::XmlTag tag = reader.ReadTag(); !tag.IsEnd(kList); tag = reader.ReadTag()) {
     if (!tag.IsStart(kEntry) || tag.isEmpty) {
-      throw Exception("Invalid XML simulation");
+      throw Exception(Messages::kErrors.invalidBatch);
     }
     definition.Append(reader.ReadText());
     reader.ReadEndTag(kEntry);

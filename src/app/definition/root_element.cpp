@@ -4,6 +4,7 @@
 
 #include "app/definition/element_table.h"
 #include "foundation/exceptions/exceptions.h"
+#include "messages/error_texts.h"
 
 namespace Hovar {
 
@@ -27,7 +28,7 @@ RunKind RunKindOf(const Vell::XmlTag& root) {
       return entry.kind;
     }
   }
-  throw Vell::Exceptions::Exception("Invalid definition file");
+  throw Vell::Exceptions::Exception(Messages::kErrors.invalidDefinition);
 }
 
 }  // namespace Hovar

@@ -6,38 +6,46 @@
 #include "foundation/io/standard_writers.h"
 #include "foundation/io/stream.h"
 #include "foundation/string.h"
+#include "messages/error_texts.h"
 
 namespace Vell::Exceptions {
 namespace {
 
-/// Writes one line on standard error. Writing it can raise an error itself, which would come back
-/// here; that second entry ends the process, as there is no place left for a message.
-template <typename... Parts>
-void WriteErrorLine(const Parts&... parts) {
-  static bool writing = false;
-  if (writing) {
+bool isWriting = false;  // an error line
+
+/// Writes one line on standard error, of which `writeText` (TextWriter&) writes and ends what stands
+/// behind the prefix. Writing it can raise an error itself, which would come back here; that second
+/// entry ends the process, as there is no place left for a message.
+template <typename WriteText>
+void WriteErrorLine(WriteText writeText) {
+  if (isWriting) {
     std::_Exit(EXIT_FAILURE);
   }
-  writing = true;
+  isWriting = true;
   IO::TryFlushStandardOutput();
-  IO::StandardError().WriteLine("Error: ", parts...);
-  writing = false;
+  IO::TextWriter& writer = IO::StandardError();
+  writer.Write(Messages::kErrorPrefix);
+  writeText(writer);
+  isWriting = false;
 }
-
-std::string_view TextOrNothing(const char* text) { return text != nullptr ? text : ""; }
 
 }  // namespace
 
-Exception::Exception(const char* message) { WriteErrorLine(TextOrNothing(message)); }
+Exception::Exception(const Messages::Pattern& message) {
+  WriteErrorLine([&](IO::TextWriter& writer) { writer.WriteLine(message.Text()); });
+}
 
 FileOpenException::FileOpenException(const char* path) {
-  WriteErrorLine("File \"", TextOrNothing(path), "\" can not be opened");
+  const std::string_view text = path != nullptr ? path : "";
+  WriteErrorLine(
+      [&](IO::TextWriter& writer) { writer.WriteMessage(Messages::kErrors.fileOpen, text); });
 }
 
 template <typename T>
 MatchException<T>::MatchException(const T& expected, const T& current, const IO::Stream& stream) {
-  WriteErrorLine("Invalid input in file \"", stream.Name(), "\": expected \"", expected,
-                 "\", current \"", current, "\"");
+  WriteErrorLine([&](IO::TextWriter& writer) {
+    writer.WriteMessage(Messages::kErrors.mismatch, stream.Name(), expected, current);
+  });
 }
 
 template class MatchException<char>;

@@ -7,9 +7,13 @@
 // Hence the rule for everyone who raises: construct only to throw, in one statement, at the place
 // that knows the cause. An exception that is built and dropped leaves a line that nobody meant.
 //
+// What it says is one of the texts of messages/error_texts.h, which is the list of all errors.
+//
 // Standard output is flushed before the line is written, so that both stand in their order when
 // they share a terminal or a pipe. When standard error itself cannot be written there is nobody
 // left to tell: the process ends at once with exit status 1.
+
+#include "messages/pattern.h"
 
 namespace Vell {
 class String;
@@ -22,8 +26,8 @@ namespace Vell::Exceptions {
 
 class Exception {
  public:
-  /// Prints "Error: ", the message when it is not null, and a line feed.
-  explicit Exception(const char* message);
+  /// Prints "Error: ", the text of the message and a line feed.
+  explicit Exception(const Messages::Pattern& message);
 
  protected:
   /// For the classes that print a line of their own.

@@ -6,6 +6,7 @@
 #include "foundation/integer_size.h"
 #include "foundation/io/csv_rules.h"
 #include "foundation/io/number_scanner.h"
+#include "messages/error_texts.h"
 
 namespace Vell::IO {
 namespace {
@@ -13,7 +14,7 @@ namespace {
 int ReadFieldByte(Stream& stream) {
   const int c = stream.ReadByte();
   if (c == '\0') {
-    throw Exceptions::InvalidInputException("Invalid input string");
+    throw Exceptions::InvalidInputException(Messages::kErrors.invalidInputString);
   }
   return c;
 }
@@ -37,7 +38,7 @@ void ReadQuoted(Stream& stream, Sink append) {
       continue;
     }
     if (c != kQuote) {
-      throw Exceptions::InvalidCsvFormatException("Invalid CSV format");
+      throw Exceptions::InvalidCsvFormatException(Messages::kErrors.invalidCsvFormat);
     }
     append(kQuote);
   }
@@ -53,7 +54,7 @@ void ReadFieldBytes(Stream& stream, Sink append) {
   }
   while (c != kEndOfStream && !EndsField(c)) {
     if (c == kQuote) {
-      throw Exceptions::InvalidCsvFormatException("Invalid CSV format");
+      throw Exceptions::InvalidCsvFormatException(Messages::kErrors.invalidCsvFormat);
     }
     append(static_cast<char>(c));
     c = ReadFieldByte(stream);
@@ -165,7 +166,7 @@ void ReadWholeField(String& field, Stream& stream) {
 double ReadRealField(Stream& stream) {
   double value = 0;
   if (ScanReal(stream, value) != ScanResult::kNumber) {
-    throw Exceptions::EndOfStreamException("Unexpected end of stream");
+    throw Exceptions::EndOfStreamException(Messages::kErrors.unexpectedEnd);
   }
   SkipField(stream);
   return value;

@@ -6,6 +6,7 @@
 #include "foundation/io/number_scanner.h"
 #include "foundation/io/number_text.h"
 #include "foundation/memory.h"
+#include "messages/error_texts.h"
 
 namespace Vell::IO {
 namespace {
@@ -31,12 +32,12 @@ Platform::Access AccessOf(std::uint32_t mode) {
         break;
     }
   }
-  throw Exceptions::IOException("Invalid open mode");
+  throw Exceptions::IOException(Messages::kErrors.invalidOpenMode);
 }
 
 void Require(bool succeeded) {
   if (!succeeded) {
-    throw Exceptions::IOException("IO Exception");
+    throw Exceptions::IOException(Messages::kErrors.ioException);
   }
 }
 

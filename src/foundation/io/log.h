@@ -7,6 +7,7 @@
 
 #include "foundation/growable_array.h"
 #include "foundation/io/text_writer.h"
+#include "messages/pattern.h"
 
 namespace Vell::IO {
 
@@ -24,6 +25,15 @@ class LogWriterList {
   void WriteLine(const Parts&... parts) {
     for (const SharedHandle<TextWriter>& writer : writers_) {
       writer->WriteLine(parts...);
+    }
+  }
+
+  /// As WriteLine, of a message, with the parts in the place of its placeholders.
+  template <typename... Parts>
+  void WriteMessage(const Messages::PatternWithParts<sizeof...(Parts)>& message,
+                    const Parts&... parts) {
+    for (const SharedHandle<TextWriter>& writer : writers_) {
+      writer->WriteMessage(message, parts...);
     }
   }
 

@@ -7,6 +7,7 @@
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/number_text.h"
 #include "foundation/string.h"
+#include "messages/error_texts.h"
 
 namespace Vell::IO {
 namespace {
@@ -196,7 +197,7 @@ int ScanNumber(Stream& stream, const char* format, void* destination, std::size_
   if (text == "%lg" && size == sizeof(double)) {
     return static_cast<int>(ScanReal(stream, *static_cast<double*>(destination)));
   }
-  throw Exceptions::InvalidFormatException("Invalid format");
+  throw Exceptions::InvalidFormatException(Messages::kErrors.invalidFormat);
 }
 
 }  // namespace Vell::IO

@@ -10,6 +10,7 @@
 
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/stream.h"
+#include "messages/error_texts.h"
 
 namespace Vell::IO {
 namespace {
@@ -159,7 +160,7 @@ int PrintNumber(Stream& stream, const char* format, const void* value, std::size
   const std::size_t letter =
       percent == std::string_view::npos ? percent : text.find_first_not_of("hlL", percent + 1);
   if (letter == std::string_view::npos || text.find('%', percent + 1) != std::string_view::npos) {
-    throw Exceptions::InvalidFormatException("Invalid format");
+    throw Exceptions::InvalidFormatException(Messages::kErrors.invalidFormat);
   }
   NumberText number;
   const char conversion = text[letter];
@@ -178,7 +179,7 @@ int PrintNumber(Stream& stream, const char* format, const void* value, std::size
     }
     number = conversion == 'g' ? NumberText::OfReal(real) : NumberText::OfFixed(real);
   } else {
-    throw Exceptions::InvalidFormatException("Invalid format");
+    throw Exceptions::InvalidFormatException(Messages::kErrors.invalidFormat);
   }
   const std::string_view before = text.substr(0, percent);
   const std::string_view after = text.substr(letter + 1);

@@ -2,10 +2,11 @@
 
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/number_text.h"
+#include "messages/error_texts.h"
 
 namespace Vell::IO {
 
-void TextSink::Unget(int /*byte*/) { throw Exceptions::IOException("IO Exception"); }
+void TextSink::Unget(int /*byte*/) { throw Exceptions::IOException(Messages::kErrors.ioException); }
 
 void TextSink::Write(const void* buffer, std::size_t count) {
   if (use_ == Use::kKeep) {
@@ -18,7 +19,7 @@ int TextSink::Print(const char* format, const void* value, std::size_t size) {
 }
 
 void TextSink::Seek(std::int64_t /*offset*/, int /*origin*/) {
-  throw Exceptions::IOException("IO Exception");
+  throw Exceptions::IOException(Messages::kErrors.ioException);
 }
 
 }  // namespace Vell::IO

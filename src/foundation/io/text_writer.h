@@ -6,6 +6,7 @@
 #include "foundation/io/number_text.h"
 #include "foundation/io/stream.h"
 #include "foundation/shared_handle.h"
+#include "messages/pattern.h"
 
 namespace Vell::IO {
 
@@ -41,6 +42,14 @@ class TextWriter {
   template <typename... Parts>
   void WriteLine(const Parts&... parts) {
     (Write(parts), ...);
+    EndLine();
+  }
+
+  /// Writes a message, with the parts in the place of its placeholders, and ends the line.
+  template <typename... Parts>
+  void WriteMessage(const Messages::PatternWithParts<sizeof...(Parts)>& message,
+                    const Parts&... parts) {
+    message.Fill([this](const auto& part) { this->Write(part); }, parts...);
     EndLine();
   }
 

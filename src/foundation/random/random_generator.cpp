@@ -7,6 +7,7 @@
 #include "foundation/io/number_scanner.h"
 #include "foundation/io/platform/platform.h"
 #include "foundation/logarithm.h"
+#include "messages/error_texts.h"
 
 namespace Vell {
 namespace {
@@ -15,7 +16,7 @@ std::uint32_t ReadWordElement(XmlReader& reader) {
   std::uint32_t word = 0;
   reader.ReadStartTag("Element");
   if (IO::ScanUnsigned(reader.Source(), word) != IO::ScanResult::kNumber) {
-    throw Exceptions::EndOfStreamException("Unexpected end of stream");
+    throw Exceptions::EndOfStreamException(Messages::kErrors.unexpectedEnd);
   }
   reader.ReadEndTag("Element");
   return word;
@@ -79,7 +80,7 @@ void RandomGenerator::ReadXml(XmlReader& reader) {
       return;
     }
   }
-  throw Exceptions::InvalidInputException("Invalid RandomGenerator XML input");
+  throw Exceptions::InvalidInputException(Messages::kErrors.invalidSeed);
 }
 
 void RandomGenerator::Reset() noexcept { state_ = State(); }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "foundation/exceptions/exceptions.h"
+#include "messages/error_texts.h"
 
 namespace Vell {
 namespace {
@@ -30,7 +31,7 @@ const String& XmlTag::Attribute(std::string_view wanted) const {
       return attribute.value;
     }
   }
-  throw Exceptions::InvalidArgumentException("Attribute not found in XML tag");
+  throw Exceptions::InvalidArgumentException(Messages::kErrors.attributeNotFound);
 }
 
 XmlReader::XmlReader(SharedHandle<IO::Stream> stream) : stream_(std::move(stream)) {}
@@ -107,7 +108,7 @@ double XmlReader::ReadRealElement(std::string_view name) {
 
 void XmlReader::ScanValue(const char* format, void* value, std::size_t size) {
   if (stream_->Scan(format, value, size) != 1) {
-    throw Exceptions::EndOfStreamException("Unexpected end of stream");
+    throw Exceptions::EndOfStreamException(Messages::kErrors.unexpectedEnd);
   }
 }
 
@@ -160,7 +161,7 @@ bool XmlReader::SkipComment() {
 void XmlReader::RequireByte(char expected) {
   const int c = stream_->ReadByte();
   if (c == IO::kEndOfStream) {
-    throw Exceptions::EndOfStreamException("Unexpected end of stream");
+    throw Exceptions::EndOfStreamException(Messages::kErrors.unexpectedEnd);
   }
   const char current = static_cast<char>(c);
   if (current != expected) {
@@ -177,7 +178,7 @@ void XmlReader::RequireName(std::string_view name) {
       break;
     }
     if (c == '\0') {
-      throw Exceptions::InvalidArgumentException("Invalid argument");
+      throw Exceptions::InvalidArgumentException(Messages::kErrors.invalidArgument);
     }
     current.Append(static_cast<char>(c));
   }
@@ -196,7 +197,7 @@ String XmlReader::ReadUntil(std::string_view delimiters) {
       return text;
     }
     if (c == '\0') {
-      throw Exceptions::InvalidInputException("Invalid input string");
+      throw Exceptions::InvalidInputException(Messages::kErrors.invalidInputString);
     }
     if (IsOneOf(delimiters, c)) {
       stream_->Unget(c);
@@ -222,7 +223,7 @@ void XmlReader::ReadAttributes(GrowableArray<XmlAttribute>& attributes) {
     RequireByte('"');
     for (const XmlAttribute& earlier : attributes) {
       if (earlier.name.View() == attribute.name.View()) {
-        throw Exceptions::InvalidArgumentException("Duplicate attributes not allowed in XML tag");
+        throw Exceptions::InvalidArgumentException(Messages::kErrors.duplicateAttributes);
       }
     }
     attributes.Append(std::move(attribute));

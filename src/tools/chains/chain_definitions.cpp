@@ -6,10 +6,13 @@
 #include "foundation/io/standard_writers.h"
 #include "foundation/random/chain_seeds.h"
 #include "foundation/random/random_generator.h"
+#include "messages/error_texts.h"
+#include "tools/chains/messages.h"
 #include "tools/plan/definition_file.h"
 #include "tools/plan/seed_values.h"
 #include "tools/support/files.h"
 #include "tools/support/message.h"
+#include "tools/support/messages.h"
 #include "tools/support/shown_path.h"
 
 namespace Hovar {
@@ -60,9 +63,9 @@ ChainDefinition MakeChain(const DefinitionFile& definition, std::string_view byt
 std::optional<DefinitionFile> ReadAnalysis(const std::string& path) {
   DefinitionReading reading = ReadDefinitionFile(path);
   if (!reading.definition) {
-    Vell::IO::StandardError().WriteLine("Error: ", Vell::String(reading.error));
+    Vell::IO::StandardError().WriteLine(Messages::kErrorPrefix, Vell::String(reading.error));
   } else if (reading.definition->kind != RunKind::kAnalysis) {
-    Say("--chains needs the definition of an Analysis, which " + path + " is not");
+    Say(kChainMessages.needsAnalysis, path);
     reading.definition.reset();
   }
   return std::move(reading.definition);
@@ -73,20 +76,16 @@ std::optional<DefinitionFile> ReadAnalysis(const std::string& path) {
 std::optional<SeedWords> UsableSeed(const DefinitionFile& definition) {
   const auto values = SeedValuesOf(definition);
   if (!values) {
-    Say("the seed of " + definition.path +
-        " is taken from the clock, so the chains could not be repeated; give it two fixed words "
-        "(a Seed of the type Vector)");
+    Say(kChainMessages.seedFromClock, definition.path);
     return std::nullopt;
   }
   const SeedWords seed{SeedWordOf(*(*values)[0]), SeedWordOf(*(*values)[1])};
   if (Vell::StandsStill(seed.z, Vell::RandomGenerator::kMultiplierZ)) {
-    Say("the random generator stands still at the first word of the seed of " + definition.path +
-        ", so no normal number can be drawn; give it another one");
+    Say(kChainMessages.firstWordStandsStill, definition.path);
     return std::nullopt;
   }
   if (Vell::StandsStill(seed.w, Vell::RandomGenerator::kMultiplierW)) {
-    Say("half of the random generator stands still at the second word of the seed of " +
-        definition.path + ", in every chain; give it another one");
+    Say(kChainMessages.secondWordStandsStill, definition.path);
     return std::nullopt;
   }
   return seed;
@@ -101,7 +100,7 @@ std::optional<ChainSet> MakeChainSet(const std::string& path, int count) {
   }
   const std::optional<std::string>& bytes = definition->text.Bytes();
   if (!bytes) {
-    Say("cannot read " + path);
+    Say(kToolMessages.cannotRead, path);
     return std::nullopt;
   }
   const std::optional<SeedWords> seed = UsableSeed(*definition);
@@ -123,7 +122,7 @@ bool WriteChainDefinition(const ChainSet& set, const ChainDefinition& chain) {
   Vell::IO::Platform::CreateFolder(set.folder.c_str());
   Vell::IO::Platform::CreateFolder(chain.folder.c_str());
   if (!WriteWholeFile(chain.file, chain.text)) {
-    Say("cannot write " + PastablePath(chain.file));
+    Say(kToolMessages.cannotWrite, PastablePath(chain.file));
     return false;
   }
   return true;

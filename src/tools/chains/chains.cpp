@@ -9,6 +9,7 @@
 #include "foundation/exit_status.h"
 #include "tools/chains/chain_definitions.h"
 #include "tools/chains/chain_files.h"
+#include "tools/chains/messages.h"
 #include "tools/chains/verdict_text.h"
 #include "tools/report/report.h"
 #include "tools/run/child_run.h"
@@ -82,7 +83,7 @@ class ChainPool {
     display_.Clear();
     StopAll();
     if (Platform::StopRequest() != 0) {
-      Say("stopped");
+      Say(kChainMessages.stopped);
       return Platform::kSignalStatus + Platform::StopRequest();
     }
     return isGood ? kSuccess : kFailure;
@@ -118,7 +119,7 @@ class ChainPool {
         TellFailure(chain);
         return false;
       }
-      display_.Print(chain.Name() + ": done in " + DurationText(chain.Seconds()));
+      display_.Print(Filled(kChainMessages.chainDone, chain.Name(), DurationText(chain.Seconds())));
       running_.erase(running_.begin() + static_cast<std::ptrdiff_t>(i));
     }
     return true;
@@ -129,10 +130,10 @@ class ChainPool {
       return;  // the terminal sent the request to the program too
     }
     const std::string& error = chain.Run().Lines().Error();
-    display_.Print(
-        chain.Name() + ": " +
-        (error.empty() ? "ended with status " + std::to_string(chain.Run().ExitStatus()) : error));
-    Say(chain.Name() + " failed; its output is in " + PastablePath(chain.Run().CaptureFile()));
+    display_.Print(error.empty() ? Filled(kChainMessages.chainEndedWithStatus, chain.Name(),
+                                          chain.Run().ExitStatus())
+                                 : chain.Name() + ": " + error);
+    Say(kChainMessages.chainFailed, chain.Name(), PastablePath(chain.Run().CaptureFile()));
   }
 
   void StopAll() {
@@ -172,7 +173,7 @@ int Collect(const ChainSet& set) {
     std::optional<ChainDraws> read = ReadChainFile(chain.chainFile);
     const bool fits = read && (draws.empty() || HaveOneShape(*read, draws.front()));
     if (!fits) {
-      Say("cannot read the draws of " + chain.name + " in " + PastablePath(chain.chainFile));
+      Say(kChainMessages.cannotReadDraws, chain.name, PastablePath(chain.chainFile));
       return kFailure;
     }
     draws.push_back(std::move(*read));

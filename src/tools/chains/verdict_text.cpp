@@ -6,7 +6,10 @@
 #include <string_view>
 
 #include "foundation/io/number_text.h"
+#include "tools/chains/messages.h"
 #include "tools/plan/estimating_equations.h"
+#include "tools/plan/messages.h"
+#include "tools/support/message.h"
 #include "tools/support/sentence_parts.h"
 
 namespace Hovar {
@@ -33,6 +36,18 @@ std::string Fixed(double value, std::size_t digits) {
 
 std::string LargestRhatText() { return Fixed(kLargestRhat, 2); }
 
+/// A line of the verdict.
+template <typename... Parts>
+std::string Line(const Messages::PatternWithParts<sizeof...(Parts)>& line, const Parts&... parts) {
+  return Filled(line, parts...) + '\n';
+}
+
+/// A line of the list of coefficients.
+template <typename... Parts>
+std::string Row(const Messages::PatternWithParts<sizeof...(Parts)>& line, const Parts&... parts) {
+  return "  " + Line(line, parts...);
+}
+
 std::string ChainName(std::size_t index) { return "chain-" + std::to_string(index + 1); }
 
 std::vector<NamedFigures> Named(const std::vector<Convergence>& coefficients,
@@ -46,11 +61,11 @@ std::vector<NamedFigures> Named(const std::vector<Convergence>& coefficients,
 
 std::string RowOf(const NamedFigures& coefficient) {
   if (!coefficient.IsKnown()) {
-    return "  " + coefficient.name + ": cannot be judged\n";
+    return Row(kVerdictLines.coefficientUnknown, coefficient.name);
   }
-  return "  " + coefficient.name + ": R-hat " + Fixed(coefficient.convergence.rhat, 3) +
-         ", effective sample size " + Fixed(coefficient.convergence.bulkSampleSize, 0) +
-         " in the bulk, " + Fixed(coefficient.convergence.tailSampleSize, 0) + " in the tails\n";
+  return Row(kVerdictLines.coefficient, coefficient.name, Fixed(coefficient.convergence.rhat, 3),
+             Fixed(coefficient.convergence.bulkSampleSize, 0),
+             Fixed(coefficient.convergence.tailSampleSize, 0));
 }
 
 /// The rows of those that miss a threshold, the worst first: those above the largest R-hat, those
@@ -67,22 +82,22 @@ std::string RowsOf(std::vector<NamedFigures> missed) {
     text += RowOf(missed[i]);
   }
   if (missed.size() > kMostRows) {
-    text += "  and " + std::to_string(missed.size() - kMostRows) + " more\n";
+    text += Row(kVerdictLines.moreCoefficients, missed.size() - kMostRows);
   }
   return text;
 }
 
-/// "Largest R-hat: 1.002 (XAge); smallest effective sample size: 812 (XAge)." of known figures.
-std::string WorstText(const std::vector<NamedFigures>& figures) {
+/// A line with the largest R-hat and the smallest effective sample size of known figures.
+std::string WorstLine(const Messages::PatternWithParts<4>& line,
+                      const std::vector<NamedFigures>& figures) {
   const auto largest = std::max_element(
       figures.begin(), figures.end(),
       [](const auto& a, const auto& b) { return a.convergence.rhat < b.convergence.rhat; });
   const auto smallest = std::min_element(
       figures.begin(), figures.end(),
       [](const auto& a, const auto& b) { return a.SampleSize() < b.SampleSize(); });
-  return "Largest R-hat: " + Fixed(largest->convergence.rhat, 3) + " (" + largest->name +
-         "); smallest effective sample size: " + Fixed(smallest->SampleSize(), 0) + " (" +
-         smallest->name + ").\n";
+  return Line(line, Fixed(largest->convergence.rhat, 3), largest->name,
+              Fixed(smallest->SampleSize(), 0), smallest->name);
 }
 
 /// How many times the draws are needed for the effective ones.
@@ -91,39 +106,41 @@ std::string MoreSteps(const std::vector<NamedFigures>& missed) {
   for (const NamedFigures& coefficient : missed) {
     smallest = std::min(smallest, coefficient.SampleSize());
   }
-  return "Raise Steps to about " +
-         Fixed(std::ceil(kSmallestSampleSize / std::max(smallest, 1.0)), 0) +
-         " times as many and run again.\n";
-}
-
-std::string ThresholdsText() {
-  return "A coefficient passes with R-hat at most " + LargestRhatText() +
-         " and effective\nsample sizes in bulk and tails of at least " +
-         Fixed(kSmallestSampleSize, 0) + " (Vehtari et al., Bayesian Analysis 16, 2021).\n";
+  return Line(kVerdictLines.moreSteps,
+              Fixed(std::ceil(kSmallestSampleSize / std::max(smallest, 1.0)), 0));
 }
 
 std::string NotFitText() {
-  return "The draws are not fit for inference, whatever the figures below are: with generalized\n"
-         "estimating equations they have the inverse of the covariance that they should have.\n"
-         "Neither is what is made from them: " +
-         WhatIsUnfit({}) + ".\n" + std::string(kEquationsRemedy) + '\n';
+  return Line(kVerdictLines.notFitFirst) + Line(kVerdictLines.notFitSecond) +
+         Line(kVerdictLines.notFitColumns, WhatIsUnfit({})) + Line(kEquations.remedy);
+}
+
+/// What was judged and, unless the draws are not fit anyway, by which thresholds.
+std::string HeadText(const ChainJudgement& judgement, std::size_t columns, bool isFit) {
+  const std::string chains = Counted(judgement.judged.size(), "chain");
+  const std::string draws = Counted(judgement.draws, "draw");
+  const std::string coefficients = Counted(columns, "coefficient");
+  return isFit ? Line(kVerdictLines.countsAndThresholds, chains, draws, coefficients,
+                      LargestRhatText()) +
+                     Line(kVerdictLines.thresholds, Fixed(kSmallestSampleSize, 0))
+               : Line(kVerdictLines.counts, chains, draws, coefficients);
 }
 
 /// A run with estimating equations and Steps 0, as it should be.
 std::string NoDrawsText(std::size_t chains) {
-  return "No draws were kept, so there is nothing to judge in " + Counted(chains, "chain") + ".\n";
+  return Line(kVerdictLines.noDraws, Counted(chains, "chain"));
 }
 
 /// Which chains are not judged, or not to their end.
 std::string RemarksText(const ChainJudgement& judgement) {
   std::string text;
   for (const auto& [first, later] : judgement.repeated) {
-    text +=
-        "Not judged: " + ChainName(later) + " holds the same draws as " + ChainName(first) + ".\n";
+    text += Line(kVerdictLines.repeated, ChainName(later), ChainName(first));
   }
   if (judgement.isCut) {
-    text += "The chains differ in length; of each the first " + Counted(judgement.draws, "draw") +
-            (judgement.draws == 1 ? " is" : " are") + " judged.\n";
+    const std::string draws = Counted(judgement.draws, "draw");
+    text += judgement.draws == 1 ? Line(kVerdictLines.cutDraw, draws)
+                                 : Line(kVerdictLines.cutDraws, draws);
   }
   return text;
 }
@@ -139,27 +156,22 @@ std::string VerdictSentences(const ChainJudgement& judgement,
   switch (judgement.verdict) {
     case Verdict::kNotFitForInference:  // the head says so
       return std::all_of(figures.begin(), figures.end(), [](const auto& a) { return a.IsKnown(); })
-                 ? WorstText(figures)
+                 ? WorstLine(kVerdictLines.figures, figures)
                  : "";
     case Verdict::kNotConverged:
-      return "The chains have NOT converged: " + share + " do not pass.\n" + RowsOf(missed) +
-             "An R-hat above " + LargestRhatText() +
-             " means that the chains, or the halves of a chain, do not draw from the\n"
-             "same distribution yet. Raise Burnin and Steps, to twice as many at least, and run "
-             "again.\n";
+      return Line(kVerdictLines.notConverged, share) + RowsOf(missed) +
+             Line(kVerdictLines.aboveFirst, LargestRhatText()) + Line(kVerdictLines.aboveSecond);
     case Verdict::kUndetermined:
-      return "Whether the chains have converged cannot be told: " + share + " do not pass.\n" +
-             RowsOf(missed) + "A coefficient cannot be judged when fewer than " +
-             Counted(kFewestDraws, "draw") +
-             " were kept per chain, or when its\n"
-             "draws are all the same or not finite. Look at Steps, Thinning and the chain files.\n";
+      return Line(kVerdictLines.cannotBeTold, share) + RowsOf(missed) +
+             Line(kVerdictLines.unknownFirst, Counted(kFewestDraws, "draw")) +
+             Line(kVerdictLines.unknownSecond);
     case Verdict::kTooFewDraws:
-      return (isOne ? "There is no sign against convergence, but " : "The chains agree, but ") +
-             share + " have too few effective draws.\n" + RowsOf(missed) + MoreSteps(missed);
+      return (isOne ? Line(kVerdictLines.noSign, share) : Line(kVerdictLines.chainsAgree, share)) +
+             RowsOf(missed) + MoreSteps(missed);
     case Verdict::kNoSignAgainst:
-      return "There is no sign against convergence in this one chain. " + WorstText(figures);
+      return WorstLine(kVerdictLines.noSignInOne, figures);
     case Verdict::kConverged:
-      return "The chains have converged. " + WorstText(figures);
+      return WorstLine(kVerdictLines.converged, figures);
   }
   return "";
 }
@@ -176,20 +188,17 @@ std::string VerdictText(const std::vector<ChainDraws>& chains,
     return NoDrawsText(chains.size());
   }
   std::string text = isFit ? "" : NotFitText();
-  text += Counted(judgement.judged.size(), "chain") + " of " + Counted(judgement.draws, "draw") +
-          ", " + Counted(columns.size(), "coefficient") + '.' +
-          (isFit ? ' ' + ThresholdsText() : "\n");
+  text += HeadText(judgement, columns.size(), isFit);
   text += RemarksText(judgement);
   if (!isJoined) {
-    text +=
-        "The coefficient file has another number of rows, so the columns' own names stand here.\n";
+    text += Line(kVerdictLines.ownNames);
   }
   if (columns.empty()) {
-    return text + "There is nothing to judge.\n";
+    return text + Line(kVerdictLines.nothingToJudge);
   }
   text += VerdictSentences(judgement, Named(judgement.coefficients, isJoined ? names : columns));
   if (isFit && judgement.judged.size() == 1) {
-    text += "One chain can only be compared with itself; run at least four to trust this.\n";
+    text += Line(kVerdictLines.oneChain);
   }
   return text;
 }

@@ -5,7 +5,10 @@
 #include <utility>
 
 #include "linalg/kernels/set_columns.h"
+#include "messages/error_texts.h"
+#include "tools/check/data_messages.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/message.h"
 
 namespace Hovar {
 namespace {
@@ -91,22 +94,16 @@ void AddEliminationError(Findings& findings, const DefinitionFile& definition,
   const double tolerance = definition.analysis.linearDependenceTolerance;
   constexpr Element element = Element::kLinearDependenceTolerance;
   if (completeP0Count == 0) {
-    findings.AddError(definition.data, {},
-                      "No record without missing values has P = 0, and an Analysis fits such "
-                      "records. Fill in missing values, or check the POA indicators.");
+    findings.AddError(definition.data, {}, Filled(kColumnMessages.noCompleteRecord));
   } else if (!(tolerance < 1)) {
     findings.AddError(definition.path, definition.PlaceOfValue(element),
-                      "With this tolerance all columns count as dependent. Write a small number, "
-                      "such as 1e-9.");
-  } else if (error == "Invalid argument" || error == "Integer overflow") {
-    findings.AddError(definition.data, {},
-                      "The file has more variables than column elimination can count. Remove those "
-                      "that are not needed.");
+                      Filled(kColumnMessages.tolerance));
+  } else if (error == Messages::kErrors.invalidArgument ||
+             error == Messages::kErrors.integerOverflow) {
+    findings.AddError(definition.data, {}, Filled(kColumnMessages.tooManyVariables));
   } else {
     findings.AddError(definition.path, definition.PlaceOfValue(element),
-                      "Column elimination would end in " + Quoted(error) +
-                          ". Choose another tolerance, or remove dependent variables from " +
-                          Quoted(definition.data) + '.');
+                      Filled(kColumnMessages.elimination, Quoted(error), Quoted(definition.data)));
   }
 }
 
@@ -117,9 +114,7 @@ void CheckXzTables(Findings& findings, const DefinitionFile& definition, const D
     if (variable.IsEmptyWithZ() || variable.IsEmptyWithoutZ()) {
       const char* const z = variable.IsEmptyWithZ() ? "1" : "0";
       findings.AddError(definition.data, {},
-                        "No record with a known X of " + Quoted(variable.xName) + " has Z = " + z +
-                            ", so its [X|Z] table cannot be made. Remove the variable, or merge "
-                            "it with another one.");
+                        Filled(kColumnMessages.xzTable, Quoted(variable.xName), z));
     }
   }
 }
@@ -149,7 +144,8 @@ bool CheckColumns(Findings& findings, const DefinitionFile& definition, DataSet&
   });
   NoteEliminated(variables, eliminated);
   if (error.has_value() || dataSet.variableCount == 0) {
-    AddEliminationError(findings, definition, completeP0Count, error.value_or("Invalid argument"));
+    AddEliminationError(findings, definition, completeP0Count,
+                        error.value_or(std::string(Messages::kErrors.invalidArgument.Text())));
     return false;
   }
   CheckXzTables(findings, definition, dataSet);

@@ -18,13 +18,13 @@ std::string RoleOf(const DefinitionFile& definition, const std::string& header, 
     role = "Z";
   }
   const std::string_view name = FieldOf(header, field, QuoteUse::kHonour);
-  return " (" + role + (name.empty() ? "" : ", " + QuotedField(name)) + ')';
+  return name.empty() ? role : role + ", " + QuotedField(name);
 }
 
 bool MayBeMissing(const std::string& role) {
-  return role.starts_with(" (X") || role.starts_with(" (POA");
+  return role.starts_with("X") || role.starts_with("POA");
 }
 
-bool IsZ(const std::string& role) { return role.starts_with(" (Z"); }
+bool IsZ(const std::string& role) { return role.starts_with("Z"); }
 
 }  // namespace Hovar

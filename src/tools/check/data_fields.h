@@ -10,7 +10,7 @@
 
 namespace Hovar {
 
-/// What the field at an index, from 0, is, with its name from the header: " (Z, "ZAge80")".
+/// What the field at an index, from 0, is, with its name from the header: "Z, "ZAge80"".
 std::string RoleOf(const DefinitionFile& definition, const std::string& header, std::size_t field);
 
 /// True when RoleOf describes a field that may be missing.

@@ -5,10 +5,13 @@
 #include <vector>
 
 #include "data/data_file_reader.h"
+#include "messages/error_texts.h"
 #include "tools/check/data_fields.h"
+#include "tools/check/data_messages.h"
 #include "tools/check/data_values.h"
 #include "tools/check/pairs.h"
 #include "tools/check/tables.h"
+#include "tools/support/message.h"
 
 namespace Hovar {
 namespace {
@@ -32,9 +35,7 @@ bool AddPassedOverError(Findings& findings, const DefinitionFile& definition, co
         findings.AddError(
             definition.data,
             PlaceOf(definition.data, walker.Offset() + static_cast<std::int64_t>(starts[field])),
-            FieldNumber(field) +
-                " holds a comma or a line feed, which separates here in spite of the quotes. "
-                "Remove it.");
+            Filled(kDataMessages.separator, FieldText(field)));
         return true;
       }
     }
@@ -47,14 +48,12 @@ void AddCellError(Findings& findings, const DefinitionFile& definition, const St
   const Cell cell =
       CellAt(definition.data, stop.offset, {QuoteUse::kHonour, kFieldsBeforeIndicators - 1});
   const std::string role = RoleOf(definition, HeaderOf(definition.data), cell.field);
-  std::string cure = ". Write 0 or 1; it may not be missing.";
-  if (MayBeMissing(role)) {
-    cure = ". Write 0 or 1, or leave it empty where it is missing.";
-  } else if (IsZ(role)) {
-    cure += " If this is no Z column, correct the number of indicators.";
-  }
+  const std::string field = FieldText(cell.field, role);
+  const std::string holds = Holds(cell.text);
   findings.AddError(definition.data, cell.place,
-                    FieldNumber(cell.field) + role + Holds(cell.text) + cure);
+                    MayBeMissing(role) ? Filled(kDataMessages.cellMayBeMissing, field, holds)
+                    : IsZ(role)        ? Filled(kDataMessages.cellOfZ, field, holds)
+                                       : Filled(kDataMessages.cellMayNotBeMissing, field, holds));
 }
 
 void AddShapeError(Findings& findings, const std::string& path) {
@@ -67,12 +66,9 @@ void AddShapeError(Findings& findings, const std::string& path) {
     } else if (starts.size() != wanted) {
       const std::size_t within = starts.size() > wanted ? starts[wanted] : walker.Record().size();
       findings.AddError(path, PlaceOf(path, walker.Offset() + static_cast<std::int64_t>(within)),
-                        walker.Record().empty()
-                            ? "The line is empty. Remove it."
-                            : "The line has " +
-                                  Counted(static_cast<std::int64_t>(starts.size()), "field") +
-                                  ", the header has " + std::to_string(wanted) +
-                                  ". Give every line the same number of fields.");
+                        walker.Record().empty() ? Filled(kDataMessages.emptyLine)
+                                                : Filled(kDataMessages.fieldCount,
+                                                         Counted(starts.size(), "field"), wanted));
       return;
     }
   }
@@ -83,18 +79,15 @@ void AddIndicatorError(Findings& findings, const DefinitionFile& definition) {
   const Place place = definition.PlaceOfValue(Element::kNumberOfPoaIndicators);
   if (definition.poaCount < 0) {
     findings.AddError(definition.path, place,
-                      "The number of POA indicators is " + std::to_string(definition.poaCount) +
-                          ". Write 0 or more.");
+                      Filled(kDataMessages.negativeIndicators, definition.poaCount));
     return;
   }
   const auto fields =
       static_cast<std::int64_t>(FieldStarts(HeaderOf(definition.data), QuoteUse::kHonour).size());
   findings.AddError(definition.path, place,
-                    "The lines of " + Quoted(definition.data) + " have " +
-                        Counted(fields, "field") + "; behind key, hospital, Y and " +
-                        Counted(definition.poaCount, "POA indicator") + " that leaves " +
-                        std::to_string(fields - kFieldsBeforeIndicators - definition.poaCount) +
-                        " for Z and X, which come in pairs. Correct the number of indicators.");
+                    Filled(kDataMessages.indicators, Quoted(definition.data),
+                           Counted(fields, "field"), Counted(definition.poaCount, "POA indicator"),
+                           fields - kFieldsBeforeIndicators - definition.poaCount));
 }
 
 /// A file without a size that suits; false when it has one.
@@ -103,7 +96,7 @@ bool AddSizeError(Findings& findings, const DefinitionFile& definition) {
   const auto fields = static_cast<std::int64_t>(FieldStarts(header, QuoteUse::kHonour).size());
   const std::int64_t length = TraitsOf(definition.data).length;
   if (length == 0) {
-    findings.AddError(definition.data, {}, "The data file is empty. Give it a header and records.");
+    findings.AddError(definition.data, {}, Filled(kDataMessages.emptyFile));
     return true;
   }
   if (definition.poaCount < 0 ||
@@ -114,14 +107,13 @@ bool AddSizeError(Findings& findings, const DefinitionFile& definition) {
   const bool isHeaderOpen = header.size() == static_cast<std::size_t>(length);
   if (isHeaderOpen) {
     findings.AddError(definition.data, PlaceOf(definition.data, length),
-                      "The header does not end with a line feed. End every line with one.");
+                      Filled(kDataMessages.headerEnd));
   }
   return isHeaderOpen;
 }
 
 void AddLastLineError(Findings& findings, const std::string& path) {
-  findings.AddError(path, PlaceOf(path, TraitsOf(path).length),
-                    "The last line does not end with a line feed. Add one.");
+  findings.AddError(path, PlaceOf(path, TraitsOf(path).length), Filled(kDataMessages.lastLineEnd));
 }
 
 /// Finds the record at which a hospital's ID comes again after another hospital.
@@ -139,8 +131,7 @@ void AddGroupingError(Findings& findings, const std::string& path) {
     }
     if (!earlier.insert(id).second && starts.size() > 1) {
       findings.AddError(path, PlaceOf(path, walker.Offset() + static_cast<std::int64_t>(starts[1])),
-                        "The hospital " + Quoted(id) +
-                            " comes again after another one. Sort the records by hospital.");
+                        Filled(kDataMessages.hospitalAgain, Quoted(id)));
       return;
     }
     last = std::move(id);
@@ -148,18 +139,19 @@ void AddGroupingError(Findings& findings, const std::string& path) {
 }
 
 bool IsSizeError(std::string_view error) noexcept {
-  return error == "Invalid argument" || error == "Index out of range" ||
-         error == "Integer overflow";
+  return error == Messages::kErrors.invalidArgument || error == Messages::kErrors.indexOutOfRange ||
+         error == Messages::kErrors.integerOverflow;
 }
 
 bool IsCellError(std::string_view error) noexcept {
-  return error == "Invalid input" || error == "IO Exception" || error == "Unexpected end of stream";
+  return error == Messages::kErrors.invalidInput || error == Messages::kErrors.ioException ||
+         error == Messages::kErrors.unexpectedEnd;
 }
 
 /// What the records hold, of a file of which the shape is right.
 bool AddRecordError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
-  const bool isWrongEnd = stop.error == "Data wrong format";
-  const bool isWrongOrder = stop.error == "Data must be grouped by hospital ID";
+  const bool isWrongEnd = stop.error == Messages::kErrors.dataWrongFormat;
+  const bool isWrongOrder = stop.error == Messages::kErrors.dataNotGrouped;
   if (!isWrongEnd && !isWrongOrder && !IsCellError(stop.error)) {
     return false;
   }
@@ -177,9 +169,9 @@ bool AddRecordError(Findings& findings, const DefinitionFile& definition, const 
 }
 
 void AddDataError(Findings& findings, const DefinitionFile& definition, const Stop& stop) {
-  if (stop.error == "Variable number of fields") {
+  if (stop.error == Messages::kErrors.variableFieldCount) {
     AddShapeError(findings, definition.data);
-  } else if (stop.error == "Wrong number of POA indicators in definition file") {
+  } else if (stop.error == Messages::kErrors.wrongIndicatorCount) {
     AddIndicatorError(findings, definition);
   } else if (!AddRecordError(findings, definition, stop) &&
              !(IsSizeError(stop.error) && AddSizeError(findings, definition))) {

@@ -8,8 +8,10 @@
 
 #include "data/data_file_reader.h"
 #include "tools/check/data_fields.h"
+#include "tools/check/data_messages.h"
 #include "tools/check/odd_cells.h"
 #include "tools/check/tables.h"
+#include "tools/support/message.h"
 #include "tools/support/text.h"
 
 namespace Hovar {
@@ -78,10 +80,9 @@ void WarnOfSimilarHospitals(Findings& findings, const std::string& path, const D
   const std::string_view id = dataSet.hospitalIds[similar].View();
   const std::string_view other = dataSet.hospitalIds[bareIds.at(BareId(id))].View();
   WarnAtRecord(findings, path, dataSet.hospitalStart[similar],
-               "The hospital " + Quoted(id) + " counts as another one than " + Quoted(other) +
-                   ", from which it differs in blanks, capital letters or leading zeros alone" +
-                   (count == 1 ? "" : " (" + std::to_string(count) + " such hospitals in all)") +
-                   ". Write the ID of a hospital in one way.");
+               count == 1
+                   ? Filled(kDataMessages.hospitalSimilar, Quoted(id), Quoted(other))
+                   : Filled(kDataMessages.hospitalsSimilar, Quoted(id), Quoted(other), count));
 }
 
 }  // namespace
@@ -94,13 +95,12 @@ void WarnOfCells(Findings& findings, const DefinitionFile& definition) {
   while (walker.Next()) {
     FindOddCells(odd, walker.Record(), walker.Offset());
   }
-  odd.Warn(
-      findings, definition.data,
-      [&](std::size_t field, std::string_view cell) {
-        return FieldNumber(field) + RoleOf(definition, header, field) + Holds(cell) +
-               " and is read as " + std::to_string(IntegerOf(cell));
-      },
-      "Write 0 or 1, and nothing else in the field.");
+  odd.Warn(findings, definition.data,
+           [&](std::size_t field, std::string_view cell) {
+             return OddCell{FieldText(field, RoleOf(definition, header, field)), Holds(cell),
+                            std::to_string(IntegerOf(cell))};
+           },
+           {kDataMessages.cellReadAs, kDataMessages.cellsReadAs, kDataMessages.otherCells});
 }
 
 void WarnOfHospitals(Findings& findings, const DefinitionFile& definition, const DataSet& dataSet) {
@@ -119,18 +119,15 @@ void WarnOfHospitals(Findings& findings, const DefinitionFile& definition, const
     separated = id.find_first_of(",\n") != std::string_view::npos ? h : separated;
   }
   if (empty >= 0) {
+    const std::string records = Counted(emptyRecords, "record");
     WarnAtRecord(findings, definition.data, dataSet.hospitalStart[empty],
-                 "The hospital ID is empty; the " + Counted(emptyRecords, "record") +
-                     " without one would count as " +
-                     (emptyIds == 1 ? "one hospital" : std::to_string(emptyIds) + " hospitals") +
-                     ". Give each record its hospital.");
+                 emptyIds == 1 ? Filled(kDataMessages.hospitalEmpty, records)
+                               : Filled(kDataMessages.hospitalsEmpty, records, emptyIds));
   }
   if (separated >= 0 && definition.kind == RunKind::kPrediction) {
-    WarnAtRecord(findings, definition.data, dataSet.hospitalStart[separated],
-                 "The hospital ID " + Quoted(dataSet.hospitalIds[separated].View()) +
-                     " holds a comma or a line feed: a Validation of these predictions would take "
-                     "values from wrong columns. Use IDs without commas for data that are to be "
-                     "validated.");
+    WarnAtRecord(
+        findings, definition.data, dataSet.hospitalStart[separated],
+        Filled(kDataMessages.hospitalComma, Quoted(dataSet.hospitalIds[separated].View())));
   }
 }
 
@@ -156,9 +153,8 @@ void WarnOfContradictions(Findings& findings, const DefinitionFile& definition,
           ? PlaceOf(definition.data, static_cast<std::int64_t>(fields[firstIndicator]))
           : Place{};
   findings.AddWarning(definition.data, place,
-                      Counted(count, "record") + (count == 1 ? " has" : " have") +
-                          " Y = 0 and P = 1; P would be taken as 0 there. See whether 1 means "
-                          "\"present on admission\" in the indicators.");
+                      count == 1 ? Filled(kDataMessages.contradiction, Counted(count, "record"))
+                                 : Filled(kDataMessages.contradictions, Counted(count, "record")));
 }
 
 }  // namespace Hovar

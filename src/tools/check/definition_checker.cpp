@@ -7,6 +7,7 @@
 #include "foundation/io/platform/folders.h"
 #include "tools/check/columns.h"
 #include "tools/check/data_file.h"
+#include "tools/check/definition_messages.h"
 #include "tools/check/description.h"
 #include "tools/check/grammar.h"
 #include "tools/check/model_files.h"
@@ -15,8 +16,10 @@
 #include "tools/check/values.h"
 #include "tools/plan/estimating_equations.h"
 #include "tools/plan/file_nouns.h"
+#include "tools/plan/messages.h"
 #include "tools/support/error_capture.h"
 #include "tools/support/files.h"
+#include "tools/support/message.h"
 #include "tools/support/paths.h"
 #include "tools/support/text_places.h"
 
@@ -28,27 +31,23 @@ namespace {
 bool CheckInputFile(Findings& findings, const std::string& path, FileRole role,
                     std::string_view file, Place place) {
   using Vell::IO::Platform::PathKind;
-  const std::string subject = "The " + std::string(NounOf(role)) + ' ' + Quoted(path);
+  const std::string subject = std::string(NounOf(role)) + ' ' + Quoted(path);
   switch (Vell::IO::Platform::KindOf(path.c_str())) {
     case PathKind::kMissing: {
       const bool hasBlanks = !path.empty() && (path.front() <= ' ' || path.back() <= ' ');
       findings.AddError(file, place,
-                        subject + (hasBlanks ? " does not exist. Remove the white space around the "
-                                               "name, which belongs to it."
-                                             : " does not exist. Correct the name, or the folder "
-                                               "that you start in: paths are taken from there."));
+                        hasBlanks ? Filled(kInputMessages.missingWithBlanks, subject)
+                                  : Filled(kInputMessages.missing, subject));
       return false;
     }
     case PathKind::kFolder:
-      findings.AddError(file, place, subject + " is a folder. Name a file in it.");
+      findings.AddError(file, place, Filled(kInputMessages.isFolder, subject));
       return false;
     case PathKind::kOther:
       findings.AddError(file, place,
-                        subject + (role == FileRole::kDefinition
-                                       ? " is no regular file. Name one: the program moves "
-                                         "back in it while it reads, which a pipe does not allow."
-                                       : " is no regular file. Name one: the program reads its "
-                                         "input more than once."));
+                        role == FileRole::kDefinition
+                            ? Filled(kInputMessages.definitionIsNoFile, subject)
+                            : Filled(kInputMessages.isNoFile, subject));
       return false;
     case PathKind::kFile:
       break;
@@ -56,7 +55,7 @@ bool CheckInputFile(Findings& findings, const std::string& path, FileRole role,
   if (ErrorOf([&path] {
         Vell::IO::FileStream(Vell::String(path), Vell::IO::Mode::kReadText).Peek();
       }).has_value()) {
-    findings.AddError(file, place, subject + " cannot be read. Ask for the right to read it.");
+    findings.AddError(file, place, Filled(kInputMessages.cannotRead, subject));
     return false;
   }
   return true;
@@ -67,18 +66,14 @@ bool CheckInputFile(Findings& findings, const std::string& path, FileRole role,
 void WarnOfUnfitDraws(Findings& findings, const DefinitionFile& definition,
                       const DataSet* dataSet) {
   if (DrawsInBurninAlone(definition)) {
-    findings.AddWarning(
-        definition.path, definition.PlaceOfValue(Element::kBurnin),
-        "With Steps 0 the fifth block is made from the draws of the burn-in, which are not fit for "
-        "inference with generalized estimating equations. Also write Burnin 0.");
+    findings.AddWarning(definition.path, definition.PlaceOfValue(Element::kBurnin),
+                        Filled(kInputMessages.unfitBurnin));
   } else if (DrawsWithEstimatingEquations(definition)) {
     const std::optional<MissingRecords> missing =
         dataSet != nullptr ? std::optional(CountMissing(*dataSet)) : std::nullopt;
     findings.AddWarning(
         definition.path, definition.PlaceOfValue(Element::kUseGeneralizedEstimatingEquations),
-        "With generalized estimating equations the draws of the chain are not fit for inference, "
-        "nor is what is made from them: " +
-            WhatIsUnfit(missing) + ". " + std::string(kEquationsRemedy));
+        Filled(kInputMessages.unfitDraws, WhatIsUnfit(missing), kEquations.remedy.Text()));
   }
 }
 
@@ -87,11 +82,9 @@ void WarnOfUnfitCoefficients(Findings& findings, const DefinitionFile& definitio
                              const DataSet* dataSet) {
   const std::optional<MissingRecords> missing =
       dataSet != nullptr ? std::optional(CountMissing(*dataSet)) : std::nullopt;
-  findings.AddWarning(
-      definition.path, definition.PlaceOfValue(Element::kInputRegressionCoefficients),
-      "The coefficients come from generalized estimating equations. Not fit for "
-      "inference are then " +
-          WhatIsUnfit(missing) + ". Name the coefficient file of an Analysis with false.");
+  findings.AddWarning(definition.path,
+                      definition.PlaceOfValue(Element::kInputRegressionCoefficients),
+                      Filled(kInputMessages.unfitCoefficients, WhatIsUnfit(missing)));
 }
 
 }  // namespace
@@ -112,9 +105,8 @@ void DefinitionChecker::CheckDefinition(const std::string& path, std::string_vie
   }
   if (const WrittenFile* const written = outputs_.Written(path)) {
     findings_.AddError(namedIn, place,
-                       "The definition file " + Quoted(path) + " would be overwritten before by " +
-                           Quoted(written->definition) + ", whose " +
-                           std::string(NounOf(written->role)) + " it is. Give that another name.");
+                       Filled(kInputMessages.definitionOverwritten, Quoted(path),
+                              Quoted(written->definition), NounOf(written->role)));
     return;
   }
   if (!CheckInputFile(findings_, path, FileRole::kDefinition, namedIn, place)) {
@@ -148,9 +140,7 @@ void DefinitionChecker::CheckBatch(const DefinitionFile& definition) {
     const Place place = definition.PlaceOfValue(value);
     if (IsBeingChecked(value.text)) {
       findings_.AddError(definition.path, place,
-                         "The batch would start " + Quoted(value.text) +
-                             " again within itself, until memory or open files run out. Remove it "
-                             "from the list.");
+                         Filled(kInputMessages.batchInItself, Quoted(value.text)));
     } else {
       CheckDefinition(value.text, definition.path, place);
     }
@@ -176,16 +166,14 @@ bool DefinitionChecker::IsReadable(const DefinitionFile& definition, Element ele
   const std::string path = definition.TextOf(element);
   const Place place = definition.PlaceOfValue(element);
   if (const WrittenFile* const written = outputs_.Written(path)) {
-    const std::string subject = "The " + std::string(NounOf(role)) + ' ' + Quoted(path);
+    const std::string subject = std::string(NounOf(role)) + ' ' + Quoted(path);
     if (written->role == FileRole::kLog) {
       findings_.AddError(definition.path, place,
-                         subject + " is the log file of " + Quoted(written->definition) +
-                             ", which runs before. Give one of the two another name.");
+                         Filled(kInputMessages.isLogOfRun, subject, Quoted(written->definition)));
     } else if (written->role != role) {
       findings_.AddWarning(definition.path, place,
-                           subject + " is written before by " + Quoted(written->definition) +
-                               " as its " + std::string(NounOf(written->role)) +
-                               ". Check that this is meant.");
+                           Filled(kInputMessages.writtenBefore, subject,
+                                  Quoted(written->definition), NounOf(written->role)));
     }
     return false;
   }

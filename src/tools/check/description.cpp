@@ -1,8 +1,10 @@
 #include "tools/check/description.h"
 
 #include "tools/check/data_values.h"
+#include "tools/check/description_messages.h"
 #include "tools/check/findings.h"
 #include "tools/check/proxies.h"
+#include "tools/support/message.h"
 
 namespace Hovar {
 namespace {
@@ -17,14 +19,25 @@ std::string Percent(std::int64_t part, std::int64_t whole) {
   return std::to_string(hundredths / 100) + '.' + decimals + " %";
 }
 
+/// A line below the file's.
+template <typename... Parts>
+std::string Line(const Messages::PatternWithParts<sizeof...(Parts)>& line, const Parts&... parts) {
+  return "  " + Filled(line, parts...) + '\n';
+}
+
+/// A line of a list.
+template <typename... Parts>
+std::string Row(const Messages::PatternWithParts<sizeof...(Parts)>& line, const Parts&... parts) {
+  return "  " + Line(line, parts...);
+}
+
 /// The records of which the program corrects P, among those in which that can happen.
 std::string Contradictions(const DataSet& dataSet) {
   if (dataSet.contradictionCount == 0) {
     return "";
   }
-  return "  Y = 0 and P = 1, P taken as 0: " + std::to_string(dataSet.contradictionCount) + " (" +
-         Percent(dataSet.contradictionCount, CountWithoutOutcomeAndKnownP(dataSet)) +
-         " of the records with Y = 0 and known P)\n";
+  return Line(kDescriptionLines.contradictions, dataSet.contradictionCount,
+              Percent(dataSet.contradictionCount, CountWithoutOutcomeAndKnownP(dataSet)));
 }
 
 std::string HospitalsWithoutCompleteRecords(const DataSet& dataSet) {
@@ -33,14 +46,14 @@ std::string HospitalsWithoutCompleteRecords(const DataSet& dataSet) {
   std::int32_t count = 0;
   for (std::int32_t h = 0; h < dataSet.hospitalCount; ++h) {
     if (dataSet.hospitalComplete[h] == 0 && ++count <= kMostLines) {
-      lines += "    " + Quoted(dataSet.hospitalIds[h].View()) + ", " +
-               Counted(dataSet.hospitalSize[h], "record") + '\n';
+      lines += Row(kDescriptionLines.hospital, Quoted(dataSet.hospitalIds[h].View()),
+                   Counted(dataSet.hospitalSize[h], "record"));
     }
   }
   if (count > kMostLines) {
-    lines += "    and " + Counted(count - kMostLines, "more hospital") + '\n';
+    lines += Row(kDescriptionLines.moreHospitals, Counted(count - kMostLines, "more hospital"));
   }
-  return "  hospitals without a complete record: " + std::to_string(count) + '\n' + lines;
+  return Line(kDescriptionLines.incompleteHospitals, count) + lines;
 }
 
 std::string Named(const VariableCounts& variable) {
@@ -50,16 +63,17 @@ std::string Named(const VariableCounts& variable) {
 /// The share of X = 1 in a row of the [X|Z] table.
 std::string ShareOfOnes(const XzClass& xz) { return Percent(xz.ones, xz.known); }
 
-std::string_view ReasonOf(EliminationStage stage) noexcept {
+/// The line of a variable that is removed, at the stage.
+std::string RemovedRow(const VariableCounts& variable, EliminationStage stage) {
   switch (stage) {
     case EliminationStage::kZeroZ:
-      return "Z is 0 everywhere";
+      return Row(kDescriptionLines.removedForZeroZ, Named(variable));
     case EliminationStage::kZeroX:
-      return "X is 0 in all complete records";
+      return Row(kDescriptionLines.removedForZeroX, Named(variable));
     case EliminationStage::kDependentZ:
-      return "Z depends on other variables";
+      return Row(kDescriptionLines.removedForDependentZ, Named(variable));
     case EliminationStage::kDependentX:
-      return "X is 0, or depends on other variables, in the complete records with P = 0";
+      return Row(kDescriptionLines.removedForDependentX, Named(variable));
   }
   return "";
 }
@@ -68,25 +82,25 @@ std::string RemovedVariables(const std::vector<VariableCounts>& variables) {
   std::string lines;
   for (const VariableCounts& variable : variables) {
     if (variable.eliminated.has_value()) {
-      lines += "    " + Named(variable) + ": " + std::string(ReasonOf(variable.eliminated->stage)) +
-               '\n';
+      lines += RemovedRow(variable, variable.eliminated->stage);
     }
   }
-  return "  removed by column elimination:" + std::string(lines.empty() ? " none" : "") + '\n' +
-         lines;
+  return lines.empty() ? Line(kDescriptionLines.nothingRemoved)
+                       : Line(kDescriptionLines.removed) + lines;
 }
 
 std::string EmptyClasses(const std::vector<VariableCounts>& variables) {
   std::string lines;
   for (const VariableCounts& variable : variables) {
     if (variable.IsEmptyWithZ()) {
-      lines += "    " + Named(variable) + ": no record with Z = 1 and a known X\n";
+      lines += Row(kDescriptionLines.emptyWithZ, Named(variable));
     }
     if (variable.IsEmptyWithoutZ()) {
-      lines += "    " + Named(variable) + ": no record with Z = 0 and a known X\n";
+      lines += Row(kDescriptionLines.emptyWithoutZ, Named(variable));
     }
   }
-  return "  empty [X|Z] classes:" + std::string(lines.empty() ? " none" : "") + '\n' + lines;
+  return lines.empty() ? Line(kDescriptionLines.noEmptyClasses)
+                       : Line(kDescriptionLines.emptyClasses) + lines;
 }
 
 }  // namespace
@@ -103,34 +117,32 @@ std::string DescribeDataSet(const DefinitionFile& definition, const DataSet& dat
     hidden += dataSet.p.IsMissing(i) && dataSet.p.Value(i) ? 1 : 0;
     present += !dataSet.p.IsMissing(i) && dataSet.p.Value(i) ? 1 : 0;
   }
-  std::string text = Quoted(definition.data) + ": " + Counted(records, "record") + ", " +
-                     Counted(dataSet.hospitalCount, "hospital") + ", " +
-                     Counted(dataSet.variableCount - 1, "variable") + ", " +
-                     Counted(definition.poaCount, "POA indicator") + '\n';
-  text += "  Y = 1: " + std::to_string(outcomes) + " (" + Percent(outcomes, records) + ")\n";
-  text += "  P = 1: " + std::to_string(present) + " (" + Percent(present, records - missing) +
-          " of the known), missing: " + std::to_string(missing) + " (" + Percent(missing, records) +
-          ")\n";
+  std::string text = Filled(kDescriptionLines.size, Quoted(definition.data),
+                            Counted(records, "record"), Counted(dataSet.hospitalCount, "hospital"),
+                            Counted(dataSet.variableCount - 1, "variable"),
+                            Counted(definition.poaCount, "POA indicator")) +
+                     '\n';
+  text += Line(kDescriptionLines.outcomes, outcomes, Percent(outcomes, records));
+  text += Line(kDescriptionLines.presentOnAdmission, present, Percent(present, records - missing),
+               missing, Percent(missing, records));
   text += Contradictions(dataSet);
   if (hidden > 0) {
-    text += "  P missing although an indicator is 1: " + std::to_string(hidden) + '\n';
+    text += Line(kDescriptionLines.hiddenP, hidden);
   }
-  text += "  complete records: " + std::to_string(dataSet.completeCount) + " (" +
-          Percent(dataSet.completeCount, records) +
-          "), with P = 0: " + std::to_string(dataSet.completeP0Count) + '\n';
+  text += Line(kDescriptionLines.completeRecords, dataSet.completeCount,
+               Percent(dataSet.completeCount, records), dataSet.completeP0Count);
   return text + HospitalsWithoutCompleteRecords(dataSet);
 }
 
 std::string DescribeVariables(const DefinitionFile& definition,
                               const std::vector<VariableCounts>& variables) {
-  std::string text =
-      "  variables (Z, X): Z = 1; X = 1 of the known, where Z = 0, where Z = 1; X missing\n";
+  std::string text = Line(kDescriptionLines.variables);
   for (const VariableCounts& variable : variables) {
-    text += "    " + Named(variable) + ": " + Percent(variable.zOnes, variable.records) + "; " +
-            Percent(variable.xOnes, variable.records - variable.xMissing) + ", " +
-            ShareOfOnes(XzClassOf(variable, false)) + ", " +
-            ShareOfOnes(XzClassOf(variable, true)) + "; " +
-            Percent(variable.xMissing, variable.records) + '\n';
+    text +=
+        Row(kDescriptionLines.variable, Named(variable), Percent(variable.zOnes, variable.records),
+            Percent(variable.xOnes, variable.records - variable.xMissing),
+            ShareOfOnes(XzClassOf(variable, false)), ShareOfOnes(XzClassOf(variable, true)),
+            Percent(variable.xMissing, variable.records));
   }
   if (definition.kind == RunKind::kAnalysis) {
     text += RemovedVariables(variables);

@@ -4,6 +4,9 @@
 #include <map>
 #include <tuple>
 
+#include "tools/check/finding_messages.h"
+#include "tools/support/message.h"
+
 namespace Hovar {
 namespace {
 
@@ -18,10 +21,13 @@ int RankOf(const Finding& finding) noexcept {
 }
 
 std::string LineOf(const Finding& finding) {
-  return Printable(finding.file) + ':' + std::to_string(finding.place.line) + ':' +
-         std::to_string(finding.place.column) +
-         (finding.severity == Severity::kError ? ": error: " : ": warning: ") +
-         Printable(finding.text) + '\n';
+  const Place& place = finding.place;
+  const std::string file = Printable(finding.file);
+  const std::string text = Printable(finding.text);
+  return (finding.severity == Severity::kError
+              ? Filled(kFindingLines.error, file, place.line, place.column, text)
+              : Filled(kFindingLines.warning, file, place.line, place.column, text)) +
+         '\n';
 }
 
 }  // namespace
@@ -73,7 +79,8 @@ std::string Findings::Lines() const {
 }
 
 std::string Findings::Summary() const {
-  return Counted(errors_, "error") + ", " + Counted(warnings_, "warning") + '\n';
+  return Filled(kFindingLines.summary, Counted(errors_, "error"), Counted(warnings_, "warning")) +
+         '\n';
 }
 
 }  // namespace Hovar

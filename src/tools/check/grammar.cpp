@@ -6,8 +6,11 @@
 
 #include "app/definition/element_table.h"
 #include "foundation/string.h"
+#include "messages/error_texts.h"
+#include "tools/check/definition_messages.h"
 #include "tools/check/findings.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/message.h"
 #include "tools/support/text.h"
 #include "tools/support/text_places.h"
 
@@ -68,10 +71,10 @@ class Surroundings {
 };
 
 std::string NotANumber(std::string_view element, std::string_view value) {
-  const std::string subject = "The value " + Quoted(Trimmed(value)) + " of " + Tag(element);
+  const std::string shown = Quoted(Trimmed(value));
   return Holds(element, ValueKind::kReal)
-             ? subject + " is no number. Write a number with a decimal point, such as 1e-8."
-             : subject + " is no whole number. Write digits alone.";
+             ? Filled(kGrammarMessages.notANumber, shown, Tag(element))
+             : Filled(kGrammarMessages.notAWholeNumber, shown, Tag(element));
 }
 
 /// What is wrong with a value that a number was read from, up to `index`.
@@ -89,26 +92,22 @@ GrammarError WrongName(const Surroundings& around, const Mismatch& mismatch) {
   const std::size_t tag = around.TagStart(name);
   const std::string_view found = around.NameAt(tag + 1);
   const std::string due = isEnd ? EndTag(mismatch.expected) : Tag(mismatch.expected);
-  GrammarError error{Offset(tag),
-                     due + " is due here, but " + Quoted(Tag(found)) + " stands here. "};
+  const std::string stands = Quoted(Tag(found));
   if (found.empty()) {
-    error.text = due + " is due here, but the file ends. Complete the file.";
-  } else if (LowerCase(found) == LowerCase(due.substr(1, due.size() - 2))) {
-    error.text += "Names are compared letter by letter, capitals included.";
-  } else if (isEnd) {
-    error.text += "Close the element before the next one begins.";
-  } else {
-    error.text += "Every element is required, in a fixed order and nothing between.";
+    return {Offset(tag), Filled(kGrammarMessages.dueBeforeEnd, due)};
   }
-  return error;
+  if (LowerCase(found) == LowerCase(due.substr(1, due.size() - 2))) {
+    return {Offset(tag), Filled(kGrammarMessages.dueLetterByLetter, due, stands)};
+  }
+  return {Offset(tag), isEnd ? Filled(kGrammarMessages.dueCloseFirst, due, stands)
+                             : Filled(kGrammarMessages.dueInOrder, due, stands)};
 }
 
 GrammarError WrongDeclarationEnd(const Surroundings& around) {
   if (around.Before(around.Stop()).ends_with("?>")) {  // the name took the question mark
-    return {Offset(around.Stop() - 2),
-            "A blank is required between the name of a declaration and ?>. Add one."};
+    return {Offset(around.Stop() - 2), Filled(kGrammarMessages.declarationBlank)};
   }
-  return {Offset(around.Stop() - 1), "The declaration does not end with ?>. Close it."};
+  return {Offset(around.Stop() - 1), Filled(kGrammarMessages.declarationEnd)};
 }
 
 /// A tag that was read up to here does not end here.
@@ -121,35 +120,27 @@ GrammarError WrongTagEnd(const Surroundings& around, char current) {
     return WrongDeclarationEnd(around);
   }
   if (current == '/' || name.ends_with('/')) {
-    return {Offset(tag), "The element " + Quoted(Tag(found)) +
-                             " is empty. Write a start tag, its content and an end tag."};
+    return {Offset(tag), Filled(kGrammarMessages.emptyElement, Quoted(Tag(found)))};
   }
   if (!IsBlank(around.All()[wrong - 1])) {
-    return {Offset(tag), Tag(name) + " is due here, but " + Quoted(Tag(found)) +
-                             " stands here. Every element is required, in a fixed order "
-                             "and nothing between."};
+    return {Offset(tag), Filled(kGrammarMessages.dueInOrder, Tag(name), Quoted(Tag(found)))};
   }
-  return {Offset(wrong), "The tag of " + Tag(Trimmed(name)) +
-                             " goes on behind its name. Remove what stands there: only the "
-                             "root and the outer Seed have attributes."};
+  return {Offset(wrong), Filled(kGrammarMessages.tagGoesOn, Tag(Trimmed(name)))};
 }
 
 GrammarError WrongText(const Surroundings& around) {
   const std::size_t wrong = around.Stop() - 1;
   if (Offset(wrong) == 0 && around.All().starts_with(kByteOrderMark)) {
-    return {0, "The file begins with a byte order mark. Save it as UTF-8 without one."};
+    return {0, Filled(kGrammarMessages.byteOrderMark)};
   }
   const std::string_view last = around.LastTagName(wrong);
   if (last.empty()) {
-    return {Offset(wrong),
-            "The file does not begin with a tag. Name a definition file, which is XML."};
+    return {Offset(wrong), Filled(kGrammarMessages.notXml)};
   }
   if (Holds(last, ValueKind::kWholeNumber) || Holds(last, ValueKind::kReal)) {
     return WrongNumber(around, wrong);
   }
-  return {Offset(wrong),
-          "Text stands where a tag is due. Remove it: only blanks and "
-          "comments may stand between tags."};
+  return {Offset(wrong), Filled(kGrammarMessages.textBetweenTags)};
 }
 
 GrammarError WrongByte(const Surroundings& around, const Mismatch& mismatch) {
@@ -159,16 +150,14 @@ GrammarError WrongByte(const Surroundings& around, const Mismatch& mismatch) {
       return WrongText(around);
     case '/':
       return {Offset(around.TagStart(wrong)),
-              "The element " + Tag(around.LastTagName(wrong)) + " is not closed before " +
-                  Quoted(Tag(around.NameAt(wrong))) + ". Write its end tag."};
+              Filled(kGrammarMessages.notClosed, Tag(around.LastTagName(wrong)),
+                     Quoted(Tag(around.NameAt(wrong))))};
     case '>':
       return WrongTagEnd(around, mismatch.current.front());
     case '=':
-      return {Offset(around.TagStart(wrong)),
-              "An attribute of this tag has no value. Write name=\"value\"."};
+      return {Offset(around.TagStart(wrong)), Filled(kGrammarMessages.attributeWithoutValue)};
     case '"':
-      return {Offset(wrong),
-              "An attribute's value does not stand in double quotes. Write name=\"value\"."};
+      return {Offset(wrong), Filled(kGrammarMessages.attributeWithoutQuotes)};
     default:  // '?'
       return WrongDeclarationEnd(around);
   }
@@ -176,13 +165,13 @@ GrammarError WrongByte(const Surroundings& around, const Mismatch& mismatch) {
 
 GrammarError WrongSeed(const Surroundings& around) {
   return {Offset(around.TagStart(around.Stop())),
-          "A Seed is due here: <Seed xsi:type=\"Vector\"> with two elements, or "
-          "<Seed xsi:type=\"Randomize\" />. Write one of the two as it stands here."};
+          Filled(kGrammarMessages.seed, "<Seed xsi:type=\"Vector\">",
+                 "<Seed xsi:type=\"Randomize\" />")};
 }
 
 GrammarError WrongEnd(const Surroundings& around) {
   if (around.IsAtEnd()) {
-    return {Offset(around.Stop()), "The file ends before the definition does. Complete it."};
+    return {Offset(around.Stop()), Filled(kGrammarMessages.endsEarly)};
   }
   return WrongNumber(around, around.Stop());  // a word of a Seed
 }
@@ -190,31 +179,26 @@ GrammarError WrongEnd(const Surroundings& around) {
 GrammarError WrongFlag(const Surroundings& around) {
   const std::size_t end = around.TagStart(around.Stop());
   const std::size_t value = around.BehindTag(end);
-  return {Offset(value), "The flag is " + Quoted(around.All().substr(value, end - value)) +
-                             ". Write true or false, in small letters and without blanks."};
+  return {Offset(value),
+          Filled(kGrammarMessages.flag, Quoted(around.All().substr(value, end - value)))};
 }
 
 GrammarError WrongRoot(const Surroundings& around) {
   const std::size_t tag = around.TagStart(around.Stop());
-  return {Offset(tag), "The root element is " + Quoted(Tag(around.NameAt(tag + 1))) +
-                           ". Write Analysis, Prediction, Validation or Batch."};
+  return {Offset(tag), Filled(kGrammarMessages.root, Quoted(Tag(around.NameAt(tag + 1))))};
 }
 
 GrammarError WrongListEntry(const Surroundings& around) {
   const std::size_t tag = around.TagStart(around.Stop());
-  return {Offset(tag), Quoted(Tag(around.NameAt(tag + 1))) +
-                           " stands in the list of a batch. Write Simulation elements, each "
-                           "with the path of a definition file."};
+  return {Offset(tag), Filled(kGrammarMessages.listEntry, Quoted(Tag(around.NameAt(tag + 1))))};
 }
 
 GrammarError WrongAttributes(const Surroundings& around) {
-  return {Offset(around.TagStart(around.Stop())),
-          "An attribute is given twice. Remove one of the two."};
+  return {Offset(around.TagStart(around.Stop())), Filled(kGrammarMessages.attributeTwice)};
 }
 
 GrammarError NulByte(const Surroundings& around) {
-  return {Offset(around.Stop() - 1),
-          "The file holds a NUL byte. Save it as UTF-8 or another text without NUL bytes."};
+  return {Offset(around.Stop() - 1), Filled(kGrammarMessages.nulByte)};
 }
 
 }  // namespace
@@ -226,17 +210,17 @@ GrammarError ExplainGrammarError(const TextSource& text, std::int64_t stop,
     GrammarError (*explain)(const Surroundings& around);
   };
   constexpr std::array<Explanation, 10> kExplanations = {{
-      {"Unexpected end of stream", WrongEnd},
-      {"IO Exception",
+      {Messages::kErrors.unexpectedEnd.Text(), WrongEnd},
+      {Messages::kErrors.ioException.Text(),
        [](const Surroundings& around) { return WrongNumber(around, around.Stop()); }},
-      {"Invalid value in \"UseGeneralizedEstimatingEquations\" tag", WrongFlag},
-      {"Invalid XML simulation", WrongListEntry},
-      {"Invalid RandomGenerator XML input", WrongSeed},
-      {"Attribute not found in XML tag", WrongSeed},
-      {"Duplicate attributes not allowed in XML tag", WrongAttributes},
-      {"Invalid definition file", WrongRoot},
-      {"Invalid input string", NulByte},
-      {"Invalid argument", NulByte},
+      {Messages::kErrors.invalidFlag.Text(), WrongFlag},
+      {Messages::kErrors.invalidBatch.Text(), WrongListEntry},
+      {Messages::kErrors.invalidSeed.Text(), WrongSeed},
+      {Messages::kErrors.attributeNotFound.Text(), WrongSeed},
+      {Messages::kErrors.duplicateAttributes.Text(), WrongAttributes},
+      {Messages::kErrors.invalidDefinition.Text(), WrongRoot},
+      {Messages::kErrors.invalidInputString.Text(), NulByte},
+      {Messages::kErrors.invalidArgument.Text(), NulByte},
   }};
   const Surroundings around(text, stop);
   if (const std::optional<Mismatch> mismatch = MismatchIn(error, text.Path())) {
@@ -248,7 +232,7 @@ GrammarError ExplainGrammarError(const TextSource& text, std::int64_t stop,
       return explanation.explain(around);
     }
   }
-  return {stop, "The program would end in " + Quoted(error) + '.'};
+  return {stop, Filled(kGrammarMessages.otherError, Quoted(error))};
 }
 
 }  // namespace Hovar

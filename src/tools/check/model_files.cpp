@@ -3,10 +3,14 @@
 #include <initializer_list>
 
 #include "foundation/string.h"
+#include "messages/error_texts.h"
 #include "prediction/prediction_files.h"
 #include "regression/coefficient_file.h"
+#include "tools/check/finding_messages.h"
+#include "tools/check/model_messages.h"
 #include "tools/check/model_values.h"
 #include "tools/check/tables.h"
+#include "tools/support/message.h"
 
 namespace Hovar {
 namespace {
@@ -25,8 +29,8 @@ constexpr ModelForm kCoefficientForm = {
 constexpr ModelForm kPredictionForm = {{QuoteUse::kIgnore, 3, Bits({3, 4, 6, 7, 9, 10})}, 11, 0};
 
 std::string NumberError(std::size_t field, std::string_view name, std::string_view cell) {
-  return FieldNumber(field) + (name.empty() ? std::string() : " (" + QuotedField(name) + ')') +
-         Holds(cell) + " where a number is due. Use the file as the program wrote it.";
+  return Filled(kModelMessages.numberDue,
+                FieldText(field, name.empty() ? std::string() : QuotedField(name)), Holds(cell));
 }
 
 /// The first line before the stop that lets a reader go astray: it has a comma within quotes that
@@ -39,20 +43,19 @@ bool AddLineError(Findings& findings, const std::string& path, std::int64_t stop
   walker.Next();  // the header, which is passed over
   while (walker.Next() && walker.Offset() <= stop) {
     if (form.table.quotes == QuoteUse::kIgnore && HasQuotedComma(walker.Record())) {
-      findings.AddError(path, PlaceOfQuotedComma(path, walker), std::string(kQuotedComma));
+      findings.AddError(path, PlaceOfQuotedComma(path, walker), Filled(kModelMessages.quotedComma));
       return true;
     }
     if (form.table.quotes == QuoteUse::kIgnore && HasQuotedLineFeed(walker.Record())) {
-      findings.AddError(path, PlaceOf(path, walker.Offset()), std::string(kQuotedLineFeed));
+      findings.AddError(path, PlaceOf(path, walker.Offset()),
+                        Filled(kModelMessages.quotedLineFeed));
       return true;
     }
     const std::size_t fields = FieldStarts(walker.Record(), QuoteUse::kHonour).size();
     if (fields < form.fields) {
       const auto length = static_cast<std::int64_t>(walker.Record().size());
       findings.AddError(path, PlaceOf(path, walker.Offset() + length),
-                        "The line has " + Counted(static_cast<std::int64_t>(fields), "field") +
-                            " of " + std::to_string(form.fields) +
-                            ". Use the file as the program wrote it.");
+                        Filled(kModelMessages.fieldCount, Counted(fields, "field"), form.fields));
       return true;
     }
     const std::string_view cell = FieldOf(walker.Record(), last, form.table.quotes);
@@ -86,10 +89,10 @@ bool CheckTable(Findings& findings, const std::string& path, const ModelForm& fo
   if (!stop.has_value()) {
     return true;
   }
-  if (stop->error == "Unexpected end of stream") {
+  if (stop->error == Messages::kErrors.unexpectedEnd) {
     AddNumberError(findings, path, *stop, form);
-  } else if (stop->error == "Invalid argument") {
-    findings.AddError(path, {}, "The file has no complete line. Use it as the program wrote it.");
+  } else if (stop->error == Messages::kErrors.invalidArgument) {
+    findings.AddError(path, {}, Filled(kModelMessages.complete));
   } else {
     AddCommonError(findings, path, *stop);
   }
@@ -111,7 +114,7 @@ std::string MissingVariables(const DataSet& dataSet, const RegressionResults& re
       names += (names.empty() ? "" : ", ") + Quoted(results.xNames[r].View());
     }
   }
-  return count > kMost ? names + " and " + std::to_string(count - kMost) + " more" : names;
+  return count > kMost ? Filled(kFindingParts.andMore, names, count - kMost) : names;
 }
 
 /// True where the first variable is the intercept, which no one counts.
@@ -137,12 +140,10 @@ void WarnOfOrder(Findings& findings, const DefinitionFile& definition, const Dat
     if (ofData != ofFile) {
       // The data always begin with it, so their columns cannot be brought into that order.
       const bool isIntercept = j == 0 && BeginsWithIntercept(dataSet, dataSet.variableCount);
-      findings.AddWarning(definition.coefficients, {j + 2, 1},
-                          "The coefficients of " + Quoted(ofFile) + " would serve for " +
-                              Quoted(ofData) + " of the data: variables are matched by position. " +
-                              (isIntercept ? "Use the file as the program wrote it."
-                                           : "Bring the columns of the data into the order of the "
-                                             "coefficient file."));
+      findings.AddWarning(
+          definition.coefficients, {j + 2, 1},
+          isIntercept ? Filled(kModelMessages.otherIntercept, Quoted(ofFile), Quoted(ofData))
+                      : Filled(kModelMessages.otherOrder, Quoted(ofFile), Quoted(ofData)));
       return;
     }
   }
@@ -153,10 +154,7 @@ void WarnOfMissingIntercept(Findings& findings, const DefinitionFile& definition
                             const DataSet& dataSet) {
   if (dataSet.variableCount > 0 && !BeginsWithIntercept(dataSet, dataSet.variableCount)) {
     findings.AddWarning(definition.coefficients, {2, 1},
-                        "The row of the intercept is missing, so all models would predict without "
-                        "an intercept, and missing values of " +
-                            Quoted(dataSet.xNames[0].View()) +
-                            " would count as 0. Use the file as the program wrote it.");
+                        Filled(kModelMessages.interceptMissing, Quoted(dataSet.xNames[0].View())));
   }
 }
 
@@ -167,9 +165,7 @@ bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,
   const std::string& path = definition.coefficients;
   const FileTraits traits = TraitsOf(path);
   if (!traits.endsWithLineFeed) {
-    findings.AddWarning(path, PlaceOf(path, traits.length),
-                        "The last line does not end with a line feed, so its variable is lost. Add "
-                        "a line feed.");
+    findings.AddWarning(path, PlaceOf(path, traits.length), Filled(kModelMessages.lastLineEnd));
   }
   WarnOfByteOrderMark(findings, path, traits);
   WarnOfCarriageReturn(findings, path, traits);
@@ -203,19 +199,16 @@ bool CheckVariables(Findings& findings, const DefinitionFile& definition, DataSe
                     const RegressionResults& results) {
   if (ErrorOf([&] { ReconcileVariables(dataSet, results); }).has_value()) {
     const std::string missing = MissingVariables(dataSet, results);
+    const std::string variables = Counted(CountOf(dataSet, dataSet.variableCount), "variable");
+    const std::int32_t all = CountOf(results, results.VariableCount());
     findings.AddError(definition.coefficients, {},
-                      "The data have " +
-                          Counted(CountOf(dataSet, dataSet.variableCount), "variable") +
-                          " of the " + std::to_string(CountOf(results, results.VariableCount())) +
-                          " in the coefficient file" +
-                          (missing.empty() ? std::string() : "; missing: " + missing) +
-                          ". Use the coefficient file of an Analysis of the same variables.");
+                      missing.empty()
+                          ? Filled(kModelMessages.variables, variables, all)
+                          : Filled(kModelMessages.variablesMissing, variables, all, missing));
     return false;
   }
   if (results.VariableCount() == 0) {
-    findings.AddWarning(definition.coefficients, {},
-                        "No complete line stands behind the header, so all predictions would be "
-                        "one half. Use the file as the program wrote it.");
+    findings.AddWarning(definition.coefficients, {}, Filled(kModelMessages.noLine));
   }
   WarnOfMissingIntercept(findings, definition, dataSet);
   WarnOfOrder(findings, definition, dataSet, results);
@@ -225,18 +218,16 @@ bool CheckVariables(Findings& findings, const DefinitionFile& definition, DataSe
 void CheckPredictionCount(Findings& findings, const DefinitionFile& definition,
                           std::int32_t records, const IndividualPredictions& predictions) {
   const std::int32_t rows = predictions.yGivenZ.Size();
-  const std::string text = "The file has " + Counted(rows, "complete line") + " for the " +
-                           Counted(records, "record") + " of " + Quoted(definition.data);
+  const std::string lines = Counted(rows, "complete line");
+  const std::string ofData = Counted(records, "record");
   const Place end =
       PlaceOf(definition.individualPredictions, TraitsOf(definition.individualPredictions).length);
   if (rows < records) {
     findings.AddError(definition.individualPredictions, end,
-                      text +
-                          ". Use the predictions of the same data; each line ends with a line "
-                          "feed.");
+                      Filled(kModelMessages.fewerLines, lines, ofData, Quoted(definition.data)));
   } else if (rows > records) {
     findings.AddWarning(definition.individualPredictions, end,
-                        text + "; the others are not used. Use the predictions of the same data.");
+                        Filled(kModelMessages.moreLines, lines, ofData, Quoted(definition.data)));
   }
   ErrorOf([&] { WarnOfOtherRecords(findings, definition); });
 }

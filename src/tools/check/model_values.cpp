@@ -5,7 +5,9 @@
 
 #include "foundation/io/csv_rules.h"
 #include "foundation/io/number_text.h"
+#include "tools/check/model_messages.h"
 #include "tools/check/odd_cells.h"
+#include "tools/support/message.h"
 
 namespace Hovar {
 namespace {
@@ -39,14 +41,11 @@ void WarnOfWrongLines(Findings& findings, const std::string& path, const WrongLi
   if (wrong.count == 0) {
     return;
   }
-  findings.AddWarning(
-      path, PlaceOf(path, wrong.first),
-      "The line has " + Counted(static_cast<std::int64_t>(wrong.fields), "field") + " instead of " +
-          std::to_string(form.fields) +
-          (wrong.count == 1 ? std::string()
-                            : " (" + std::to_string(wrong.count) + " such lines in all)") +
-          ": values behind it would be taken from wrong columns. Use the file as "
-          "the program wrote it.");
+  const std::string fields = Counted(wrong.fields, "field");
+  findings.AddWarning(path, PlaceOf(path, wrong.first),
+                      wrong.count == 1
+                          ? Filled(kModelMessages.wrongLine, fields, form.fields)
+                          : Filled(kModelMessages.wrongLines, fields, form.fields, wrong.count));
 }
 
 }  // namespace
@@ -103,11 +102,11 @@ void WarnOfValues(Findings& findings, const std::string& path, const ModelForm& 
       findings, path,
       [&header](std::size_t field, std::string_view cell) {
         const std::string_view name = FieldOf(header, field, QuoteUse::kHonour);
-        return FieldNumber(field) + (name.empty() ? "" : " (" + QuotedField(name) + ')') +
-               Holds(cell) + " and is read as " +
-               std::string(Vell::IO::NumberText::OfReal(Vell::IO::ParseReal(cell)).View());
+        return OddCell{FieldText(field, name.empty() ? std::string() : QuotedField(name)),
+                       Holds(cell),
+                       std::string(Vell::IO::NumberText::OfReal(Vell::IO::ParseReal(cell)).View())};
       },
-      "Use the file as the program wrote it.");
+      {kModelMessages.numberReadAs, kModelMessages.numbersReadAs, kModelMessages.otherNumbers});
 }
 
 void WarnOfQuotedCommas(Findings& findings, const std::string& path) {
@@ -115,11 +114,13 @@ void WarnOfQuotedCommas(Findings& findings, const std::string& path) {
   walker.Next();
   while (walker.Next()) {
     if (HasQuotedComma(walker.Record())) {
-      findings.AddWarning(path, PlaceOfQuotedComma(path, walker), std::string(kQuotedComma));
+      findings.AddWarning(path, PlaceOfQuotedComma(path, walker),
+                          Filled(kModelMessages.quotedComma));
       return;
     }
     if (HasQuotedLineFeed(walker.Record())) {
-      findings.AddWarning(path, PlaceOf(path, walker.Offset()), std::string(kQuotedLineFeed));
+      findings.AddWarning(path, PlaceOf(path, walker.Offset()),
+                          Filled(kModelMessages.quotedLineFeed));
       return;
     }
   }
@@ -138,13 +139,10 @@ void WarnOfOtherRecords(Findings& findings, const DefinitionFile& definition) {
     const std::string_view predicted = KeyAndHospital(predictions.Record());
     const std::string_view actual = KeyAndHospital(data.Record());
     if (predicted != actual && !AreSameFields(predicted, actual)) {
-      findings.AddWarning(path, PlaceOf(path, predictions.Offset()),
-                          "The line is that of record " + Quoted(KeyIn(predicted)) +
-                              " of hospital " + Quoted(HospitalIn(predicted)) +
-                              ", and would serve for record " + Quoted(KeyIn(actual)) +
-                              " of hospital " + Quoted(HospitalIn(actual)) +
-                              " of the data: lines and records are matched by position. Use the "
-                              "predictions of the same data.");
+      findings.AddWarning(
+          path, PlaceOf(path, predictions.Offset()),
+          Filled(kModelMessages.otherRecord, Quoted(KeyIn(predicted)),
+                 Quoted(HospitalIn(predicted)), Quoted(KeyIn(actual)), Quoted(HospitalIn(actual))));
       return;
     }
   }

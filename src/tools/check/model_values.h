@@ -21,13 +21,6 @@ struct ModelForm {
   std::uint32_t skippedOfFirst;  // a bit for each field that is skipped in the first record
 };
 
-inline constexpr std::string_view kQuotedComma =
-    "A key or hospital ID holds a comma, which separates here in spite of the quotes: values would "
-    "be taken from wrong columns. Use IDs without commas.";
-inline constexpr std::string_view kQuotedLineFeed =
-    "A key or hospital ID holds a line feed, which separates here in spite of the quotes: values "
-    "would be taken from wrong columns. Use IDs without line feeds.";
-
 /// Whether a line feed stands within quotes of a record.
 bool HasQuotedLineFeed(std::string_view record);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "foundation/io/number_text.h"
+#include "tools/support/message.h"
 #include "tools/support/text.h"
 #include "tools/support/text_places.h"
 
@@ -54,10 +55,9 @@ void OddCells::Add(std::size_t field, std::int64_t offset, std::string_view cell
 
 void OddCells::Warn(
     Findings& findings, const std::string& path,
-    const std::function<std::string(std::size_t field, std::string_view cell)>& describe,
-    std::string_view advice) const {
+    const std::function<OddCell(std::size_t field, std::string_view cell)>& describe,
+    const OddCellMessages& messages) const {
   constexpr std::size_t kMostColumns = 10;
-  const std::string end = ". " + std::string(advice);
   std::size_t reported = 0;
   Column rest;
   for (const auto& [field, column] : columns_) {
@@ -70,19 +70,17 @@ void OddCells::Warn(
     }
     ++reported;
     const std::int64_t others = column.count - 1;
+    const OddCell odd = describe(field, column.cell);
     findings.AddWarning(path, PlaceOf(path, column.offset),
-                        describe(field, column.cell) +
-                            (others == 0 ? std::string()
-                                         : "; " + OthersAre(others, "of this column") +
-                                               " read otherwise than written") +
-                            end);
+                        others == 0 ? Filled(messages.one, odd.field, odd.holds, odd.readAs)
+                                    : Filled(messages.several, odd.field, odd.holds, odd.readAs,
+                                             OthersAre(others, "of this column")));
   }
   if (rest.count > 0) {
     findings.AddWarning(
         path, PlaceOf(path, rest.offset),
-        OthersAre(rest.count, "of " + Counted(static_cast<std::int64_t>(columns_.size() - reported),
-                                              "other column")) +
-            " read otherwise than written, the first one here" + end);
+        Filled(messages.otherColumns,
+               OthersAre(rest.count, "of " + Counted(columns_.size() - reported, "other column"))));
   }
 }
 

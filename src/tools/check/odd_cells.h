@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "messages/pattern.h"
 #include "tools/check/findings.h"
 
 namespace Hovar {
@@ -27,6 +28,21 @@ bool IsReadAsWritten(std::string_view cell) noexcept;
 /// True when all of a cell, but for blanks around it, is one real number.
 bool IsWholeReal(std::string_view cell) noexcept;
 
+/// An odd cell, for a sentence: its field, what that holds, and the number that is read of it.
+struct OddCell {
+  std::string field;
+  std::string holds;
+  std::string readAs;
+};
+
+/// The warnings of odd cells: of the only one of a column, of the first of several, and of those of
+/// the columns that are not listed.
+struct OddCellMessages {
+  Messages::PatternWithParts<3> one;
+  Messages::PatternWithParts<4> several;
+  Messages::PatternWithParts<1> otherColumns;
+};
+
 /// The cells of a table that are read otherwise than they are written, the first of each column and
 /// the number of the others.
 class OddCells {
@@ -34,11 +50,10 @@ class OddCells {
   void Add(std::size_t field, std::int64_t offset, std::string_view cell);
 
   /// Warns of the first ones of up to ten columns, and of those of the other columns together.
-  /// `describe` gives the sentence about a cell, without its full stop, and `advice` the last
-  /// sentence.
+  /// `describe` gives the parts of the sentence about a cell.
   void Warn(Findings& findings, const std::string& path,
-            const std::function<std::string(std::size_t field, std::string_view cell)>& describe,
-            std::string_view advice) const;
+            const std::function<OddCell(std::size_t field, std::string_view cell)>& describe,
+            const OddCellMessages& messages) const;
 
  private:
   struct Column {

@@ -2,7 +2,9 @@
 
 #include <vector>
 
+#include "tools/check/output_messages.h"
 #include "tools/plan/file_nouns.h"
+#include "tools/support/message.h"
 #include "tools/support/paths.h"
 #include "tools/support/shown_path.h"
 
@@ -23,12 +25,10 @@ std::vector<PlannedFile> InputsOf(const DefinitionFile& definition) {
   return inputs;
 }
 
-std::string Noun(const PlannedFile& file) { return std::string(NounOf(file.role)); }
-
 }  // namespace
 
 std::string Subject(const PlannedFile& output) {
-  return "The " + Noun(output) + ' ' + Quoted(ShownPath(output.path));
+  return std::string(NounOf(output.role)) + ' ' + Quoted(ShownPath(output.path));
 }
 
 bool WarnOfInputs(Findings& findings, const DefinitionFile& definition, const PlannedFile& output) {
@@ -38,20 +38,19 @@ bool WarnOfInputs(Findings& findings, const DefinitionFile& definition, const Pl
     const Place place = definition.PlaceOfValue(output.element);
     if (IsSameFile(output.path, input.path)) {
       isInput = true;
-      const std::string text = Subject(output) + " is the " + Noun(input) + " of this run";
       if (isLog && input.path != definition.path) {
-        findings.AddError(definition.path, place,
-                          text + ", which is emptied before it is read. Give it another name.");
+        findings.AddError(
+            definition.path, place,
+            Filled(kOutputMessages.emptiesInput, Subject(output), NounOf(input.role)));
       } else {
-        findings.AddWarning(definition.path, place,
-                            text + ", which would be overwritten. Give it another name.",
-                            Weight::kFiles);
+        findings.AddWarning(
+            definition.path, place,
+            Filled(kOutputMessages.overwritesInput, Subject(output), NounOf(input.role)),
+            Weight::kFiles);
       }
     } else if (DiffersInCaseOnly(output.path, input.path)) {
       findings.AddWarning(definition.path, place,
-                          Subject(output) + " differs from the " + Noun(input) +
-                              " in capital letters alone: on Windows they are one file. Give it "
-                              "another name.",
+                          Filled(kOutputMessages.caseOfInput, Subject(output), NounOf(input.role)),
                           Weight::kHarmless);
     }
   }

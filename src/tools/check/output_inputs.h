@@ -9,7 +9,7 @@
 
 namespace Hovar {
 
-/// "The log file "out/analysis.log"", for the beginning of a sentence.
+/// "log file "out/analysis.log"", for a message about it.
 std::string Subject(const PlannedFile& output);
 
 /// Warns of an output that is, or would on Windows be, one of the run's own inputs; a log file, which

@@ -4,8 +4,11 @@
 #include <vector>
 
 #include "foundation/io/platform/platform.h"
+#include "tools/check/finding_messages.h"
 #include "tools/check/output_inputs.h"
+#include "tools/check/output_messages.h"
 #include "tools/plan/file_nouns.h"
+#include "tools/support/message.h"
 #include "tools/support/paths.h"
 #include "tools/support/shown_path.h"
 #include "tools/support/text.h"
@@ -28,11 +31,21 @@ bool IsWritable(const std::string& path) {
 void WarnOfPipe(Findings& findings, const DefinitionFile& definition, const PlannedFile& output) {
   if (Platform::IsNamedPipe(output.path.c_str())) {
     findings.AddWarning(definition.path, definition.PlaceOfValue(output.element),
-                        Subject(output) +
-                            " is a named pipe: the run waits there until another program reads it. "
-                            "Start that one too, or name a regular file.",
-                        Weight::kFiles);
+                        Filled(kOutputMessages.isPipe, Subject(output)), Weight::kFiles);
   }
+}
+
+/// That an output is an earlier one; `run` is the number of the run that is checked.
+std::string CollisionText(const PlannedFile& output, const WrittenFile& earlier, int run) {
+  const std::string subject = Subject(output);
+  const std::string_view noun = NounOf(earlier.role);
+  const std::string other = Quoted(earlier.definition);
+  if (earlier.role == FileRole::kLog) {
+    return earlier.run == run ? Filled(kOutputMessages.logOfThisRun, subject, noun)
+                              : Filled(kOutputMessages.logOfOtherRun, subject, noun, other);
+  }
+  return earlier.run == run ? Filled(kOutputMessages.outputOfThisRun, subject, noun)
+                            : Filled(kOutputMessages.outputOfOtherRun, subject, noun, other);
 }
 
 }  // namespace
@@ -100,8 +113,7 @@ bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definitio
                              const std::string& path, Element element) {
   const std::string name = element == Element::kFolder ? path : ShownPath(path);  // put together
   const auto addError = [&](const std::string& text) {
-    findings.AddError(definition.path, definition.PlaceOfValue(element),
-                      "The folder " + Quoted(name) + text);
+    findings.AddError(definition.path, definition.PlaceOfValue(element), text);
     return false;
   };
   const PathKind kind = KindOf(path);
@@ -111,22 +123,21 @@ bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definitio
   // A file with a separator behind its name is missing for the system.
   const std::string bare(WithoutEnd(path));
   if (kind != PathKind::kMissing || KindOf(bare) != PathKind::kMissing) {
-    return addError(" is a file. Give the folder another name.");
+    return addError(Filled(kOutputMessages.folderIsFile, Quoted(name)));
   }
   if (BehindLinks(bare) != bare) {
-    return addError(" is a symbolic link that leads nowhere. Remove the link, or make its target.");
+    return addError(Filled(kOutputMessages.folderIsLink, Quoted(name)));
   }
   const std::string parent = ParentOf(path);
   if (KindOf(parent) != PathKind::kFolder) {
-    return addError(" cannot be made: " + Quoted(ParentOf(name)) +
-                    " is no folder. Make it first; only the last folder of a path is made.");
+    return addError(Filled(kOutputMessages.folderParent, Quoted(name), Quoted(ParentOf(name))));
   }
   if (!MayWriteIn(parent)) {
-    return addError(" cannot be made: nothing may be written in " + Quoted(ParentOf(name)) +
-                    ". Choose another folder.");
+    return addError(
+        Filled(kOutputMessages.folderNotWritable, Quoted(name), Quoted(ParentOf(name))));
   }
   if (LastName(name).size() > kLongestName) {
-    return addError(" has too long a name. Shorten it.");
+    return addError(Filled(kOutputMessages.folderNameTooLong, Quoted(name)));
   }
   folders_.emplace(NormalPath(path), true);
   return true;
@@ -135,20 +146,19 @@ bool OutputCheck::MakeFolder(Findings& findings, const DefinitionFile& definitio
 bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
                           const PlannedFile& output) const {
   const auto addError = [&](const std::string& text) {
-    findings.AddError(definition.path, definition.PlaceOfValue(output.element),
-                      Subject(output) + text);
+    findings.AddError(definition.path, definition.PlaceOfValue(output.element), text);
     return false;
   };
   const PathKind kind = KindOf(output.path);
   if (kind != PathKind::kFolder && IsSeparator(output.path.back())) {
-    return addError(" ends with a separator of folders. Give the file a name.");
+    return addError(Filled(kOutputMessages.endsWithSeparator, Subject(output)));
   }
   switch (kind) {
     case PathKind::kFolder:
-      return addError(" is a folder. Give the file a name of its own.");
+      return addError(Filled(kOutputMessages.isFolder, Subject(output)));
     case PathKind::kFile:
       return files_.contains(NormalPath(output.path)) || IsWritable(OnDisk(output.path)) ||
-             addError(" cannot be written. Ask for the right to write it.");
+             addError(Filled(kOutputMessages.cannotWrite, Subject(output)));
     case PathKind::kOther:
       WarnOfPipe(findings, definition, output);
       return true;
@@ -161,27 +171,25 @@ bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
 bool OutputCheck::CanMakeMissing(Findings& findings, const DefinitionFile& definition,
                                  const PlannedFile& output) const {
   const auto addError = [&](const std::string& text) {
-    findings.AddError(definition.path, definition.PlaceOfValue(output.element),
-                      Subject(output) + text);
+    findings.AddError(definition.path, definition.PlaceOfValue(output.element), text);
     return false;
   };
   const std::string parent = ParentOf(output.path);
   if (KindOf(parent) != PathKind::kFolder) {
-    return addError(" cannot be made: " + Quoted(ShownPath(parent)) +
-                    " is no folder. Make it first, or name a file in the output folder.");
+    return addError(Filled(kOutputMessages.parent, Subject(output), Quoted(ShownPath(parent))));
   }
   if (!MayWriteIn(parent)) {
-    return addError(" cannot be made: nothing may be written in " + Quoted(ShownPath(parent)) +
-                    ". Choose another folder.");
+    return addError(
+        Filled(kOutputMessages.notWritable, Subject(output), Quoted(ShownPath(parent))));
   }
   if (LastName(output.path).size() > kLongestName) {
-    return addError(" has too long a name. Shorten it.");
+    return addError(Filled(kOutputMessages.nameTooLong, Subject(output)));
   }
   const std::string target = BehindLinks(output.path);
   return target == output.path ||
          (!target.empty() && KindOf(ParentOf(target)) == PathKind::kFolder &&
           MayWriteIn(ParentOf(target))) ||
-         addError(" is a symbolic link to a file that cannot be made. Remove the link.");
+         addError(Filled(kOutputMessages.isLink, Subject(output)));
 }
 
 /// Names that meet those of earlier outputs, of this run or of others.
@@ -189,15 +197,8 @@ void OutputCheck::WarnOfCollision(Findings& findings, const DefinitionFile& defi
                                   const PlannedFile& output, bool isInput) {
   const Place place = definition.PlaceOfValue(output.element);
   if (const WrittenFile* const earlier = Written(output.path)) {
-    const bool isLog = earlier->role == FileRole::kLog;
-    findings.AddWarning(
-        definition.path, place,
-        Subject(output) + " is also the " + std::string(NounOf(earlier->role)) + " of " +
-            (earlier->run == run_ ? std::string("this run") : Quoted(earlier->definition)) +
-            (isLog ? ", which goes on writing at its old place in it"
-                   : ", which would be overwritten") +
-            ". Give each file a name of its own.",
-        Weight::kFiles);
+    findings.AddWarning(definition.path, place, CollisionText(output, *earlier, run_),
+                        Weight::kFiles);
     return;
   }
   // Of an input all is said, and --keep refuses to move it.
@@ -209,10 +210,8 @@ void OutputCheck::WarnOfCollision(Findings& findings, const DefinitionFile& defi
   if (const auto other = spellings_.find(LowerCase(NormalPath(output.path)));
       other != spellings_.end()) {
     findings.AddWarning(definition.path, place,
-                        Subject(output) + " differs from " +
-                            Quoted(ShownPath(files_.at(other->second).path)) +
-                            " in capital letters alone: on Windows they are one file. Give each "
-                            "file a name of its own.",
+                        Filled(kOutputMessages.caseOfOutput, Subject(output),
+                               Quoted(ShownPath(files_.at(other->second).path))),
                         Weight::kHarmless);
   }
 }
@@ -224,10 +223,8 @@ void OutputCheck::WarnOfOverwriting(Findings& findings) const {
   }
   const Overwritten& first = overwritten_.front();
   if (overwritten_.size() == 1) {
-    findings.AddWarning(
-        first.definition, first.place,
-        Subject(first.output) + " exists and would be overwritten. Use --keep to move it aside.",
-        Weight::kFiles);
+    findings.AddWarning(first.definition, first.place,
+                        Filled(kOutputMessages.exists, Subject(first.output)), Weight::kFiles);
     return;
   }
   const bool isOneFolder =
@@ -240,13 +237,15 @@ void OutputCheck::WarnOfOverwriting(Findings& findings) const {
     names += (i == 0 ? "" : ", ") + Quoted(ShownPath(path.substr(skipped)));
   }
   const std::size_t left = overwritten_.size() - std::min(overwritten_.size(), kMostNames);
-  findings.AddWarning(first.definition, first.place,
-                      Counted(static_cast<std::int64_t>(overwritten_.size()), "file") +
-                          " of an earlier run would be overwritten" +
-                          (isOneFolder ? " in " + Quoted(first.folder) : "") + ": " + names +
-                          (left > 0 ? " and " + std::to_string(left) + " more" : "") +
-                          ". Use --keep to move them aside.",
-                      Weight::kFiles);
+  if (left > 0) {
+    names = Filled(kFindingParts.andMore, names, left);
+  }
+  const std::string files = Counted(overwritten_.size(), "file");
+  findings.AddWarning(
+      first.definition, first.place,
+      isOneFolder ? Filled(kOutputMessages.filesExistInFolder, files, Quoted(first.folder), names)
+                  : Filled(kOutputMessages.filesExist, files, names),
+      Weight::kFiles);
 }
 
 void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
@@ -264,11 +263,8 @@ void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
 void OutputCheck::Check(Findings& findings, const DefinitionFile& definition) {
   ++run_;
   if (definition.folder.empty()) {
-    findings.AddWarning(
-        definition.path, definition.PlaceOfValue(Element::kFolder),
-        "The output folder is empty, which means the root of the file system. Write "
-        "a point for the folder that you start in.",
-        Weight::kFiles);
+    findings.AddWarning(definition.path, definition.PlaceOfValue(Element::kFolder),
+                        Filled(kOutputMessages.folderIsRoot), Weight::kFiles);
   } else if (!MakeFolder(findings, definition, definition.folder, Element::kFolder)) {
     return;
   }

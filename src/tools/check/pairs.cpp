@@ -10,7 +10,9 @@
 
 #include "data/data_file_reader.h"
 #include "tools/check/data_fields.h"
+#include "tools/check/data_messages.h"
 #include "tools/check/tables.h"
+#include "tools/support/message.h"
 #include "tools/support/text.h"
 
 namespace Hovar {
@@ -155,10 +157,8 @@ void WarnOfPairs(Findings& findings, const DefinitionFile& definition) {
   const Pairing better = PairingOf(small, *fitting, Digits::kDoNotCount);
   findings.AddWarning(
       definition.path, definition.PlaceOfValue(Element::kNumberOfPoaIndicators),
-      "With " + Counted(given, "POA indicator") + " the first pair of Z and X is " +
-          PairText(names, pairing, 0) + ", and the names of the pairs do not go together. With " +
-          std::to_string(*fitting) + " they do, as in " +
-          PairText(names, better, better.firstAlike) + ". Correct the number of indicators.");
+      Filled(kDataMessages.pairs, Counted(given, "POA indicator"), PairText(names, pairing, 0),
+             *fitting, PairText(names, better, better.firstAlike)));
 }
 
 }  // namespace Hovar

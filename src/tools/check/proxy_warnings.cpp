@@ -4,7 +4,10 @@
 #include <string>
 
 #include "tools/check/csv.h"
+#include "tools/check/finding_messages.h"
 #include "tools/check/proxies.h"
+#include "tools/check/proxy_messages.h"
+#include "tools/support/message.h"
 #include "tools/support/text_places.h"
 
 namespace Hovar {
@@ -20,70 +23,50 @@ std::string ZNames(const std::vector<VariableCounts>& variables,
     names += (i == 0 ? "" : ", ") + Quoted(variables[indices[i]].zName);
   }
   return indices.size() > kMostNames
-             ? names + " and " + std::to_string(indices.size() - kMostNames) + " more"
+             ? Filled(kFindingParts.andMore, names, indices.size() - kMostNames)
              : names;
-}
-
-std::string CopyText(const VariableCounts& variable) {
-  return Quoted(variable.zName) + " repeats " + Quoted(variable.xName) +
-         " and is 0 where that is missing, so its " + Counted(variable.xMissing, "missing value") +
-         " would be imputed as 0. Use a Z from another source, which also tells something where X "
-         "is missing.";
-}
-
-/// What one value of Z settles.
-std::string Settled(const VariableCounts& variable, const XzClass& xz) {
-  const std::string x = xz.ones == 0 ? "0" : "1";
-  return Quoted(variable.xName) + " is " + x + " as far as it is known (" +
-         Counted(xz.known, "record") + "), so its " + Counted(xz.missing, "missing value") +
-         " there would be imputed as " + x;
 }
 
 std::string SettledText(const VariableCounts& variable) {
   const std::string z = Quoted(variable.zName);
+  const std::string x = Quoted(variable.xName);
   const XzClass without = XzClassOf(variable, false);
   const XzClass with = XzClassOf(variable, true);
-  std::string text;
-  if (without.IsSettled()) {
-    text = "Where " + z + " is 0, " + Settled(variable, without);
+  const auto settledX = [](const XzClass& xz) { return xz.ones == 0 ? 0 : 1; };
+  const auto known = [](const XzClass& xz) { return Counted(xz.known, "record"); };
+  const auto missing = [](const XzClass& xz) { return Counted(xz.missing, "missing value"); };
+  if (without.IsSettled() && with.IsSettled()) {
+    return Filled(kProxyMessages.settledByBoth, z, x, settledX(without), known(without),
+                  missing(without), settledX(without), z, x, settledX(with), known(with),
+                  missing(with), settledX(with));
   }
-  if (with.IsSettled()) {
-    text += (text.empty() ? "Where " : ", and where ") + z + " is 1, " + Settled(variable, with);
-  }
-  return text + ". Check that this Z proves it, or choose another one.";
-}
-
-/// Why a variable is removed with its Z, and what is lost.
-std::string RemovedText(const VariableCounts& variable, const std::string& why,
-                        const std::string& cure) {
-  return why + ", so it is removed together with " + Quoted(variable.xName) + ", which is 1 in " +
-         std::to_string(variable.xOnes) + " of " +
-         Counted(variable.records - variable.xMissing, "known value") + ". " + cure;
+  return without.IsSettled() ? Filled(kProxyMessages.settledByZero, z, x, settledX(without),
+                                      known(without), missing(without), settledX(without))
+                             : Filled(kProxyMessages.settledByOne, z, x, settledX(with),
+                                      known(with), missing(with), settledX(with));
 }
 
 std::string TextOf(const std::vector<VariableCounts>& variables, const ProxyVerdict& verdict,
                    const VariableCounts& variable) {
   const std::string z = Quoted(variable.zName);
-  const std::string everywhere = " in all " + Counted(variable.records, "record");
+  const std::string x = Quoted(variable.xName);
+  const std::string records = Counted(variable.records, "record");
+  const std::string known = Counted(variable.records - variable.xMissing, "known value");
+  const std::string others = ZNames(variables, verdict.others);
   switch (verdict.fault) {
     case ProxyFault::kCopy:
-      return CopyText(variable);
+      return Filled(kProxyMessages.copy, z, x, Counted(variable.xMissing, "missing value"));
     case ProxyFault::kSettledClass:
       return SettledText(variable);
     case ProxyFault::kConstant:
-      return RemovedText(variable, z + " is " + (variable.zOnes == 0 ? "0" : "1") + everywhere,
-                         "Give it a Z that varies.");
+      return Filled(kProxyMessages.constant, z, variable.zOnes == 0 ? 0 : 1, records, x,
+                    variable.xOnes, known);
     case ProxyFault::kEqual:
-      return RemovedText(variable, z + " equals " + ZNames(variables, verdict.others) + everywhere,
-                         "Give each variable a Z of its own.");
+      return Filled(kProxyMessages.equal, z, others, records, x, variable.xOnes, known);
     case ProxyFault::kDependent:
-      return RemovedText(variable,
-                         z + " follows from " + ZNames(variables, verdict.others) + everywhere,
-                         "Give it a Z that the others do not tell.");
+      return Filled(kProxyMessages.dependent, z, others, records, x, variable.xOnes, known);
     case ProxyFault::kNearlyDependent:
-      return RemovedText(variable,
-                         z + " counts as dependent on other Z columns within the tolerance",
-                         "Choose a smaller tolerance, or give it another Z.");
+      return Filled(kProxyMessages.nearlyDependent, z, x, variable.xOnes, known);
     case ProxyFault::kNone:
       break;
   }
@@ -119,9 +102,8 @@ void WarnOfProxies(Findings& findings, const DefinitionFile& definition, const V
       const std::vector<std::size_t> rest(indices.begin() + static_cast<std::ptrdiff_t>(told),
                                           indices.end());
       findings.AddWarning(definition.data, placeOf(rest.front()),
-                          "The same is wrong with " +
-                              Counted(static_cast<std::int64_t>(rest.size()), "more Z column") +
-                              ": " + ZNames(variables, rest) + ". Do the same there.");
+                          Filled(kProxyMessages.others, Counted(rest.size(), "more Z column"),
+                                 ZNames(variables, rest)));
     }
   }
 }

@@ -3,7 +3,9 @@
 #include "foundation/random/chain_seeds.h"
 #include "foundation/random/random_generator.h"
 #include "linalg/ternary_matrix.h"
+#include "tools/check/definition_messages.h"
 #include "tools/plan/seed_values.h"
+#include "tools/support/message.h"
 
 namespace Hovar {
 namespace {
@@ -46,17 +48,13 @@ void CheckSeed(Findings& findings, const DefinitionFile& definition, const DataS
   }
   if (isFirstStill && isAnalysis) {
     findings.AddError(definition.path, PlaceOf(definition.path, first->offset),
-                      "The random generator stands still at this word, so the run would never end: "
-                      "no normal number can be drawn. Write another number.");
+                      Filled(kValueMessages.seedWithoutEnd));
   } else if (isFirstStill) {
     findings.AddWarning(definition.path, PlaceOf(definition.path, first->offset),
-                        "The random generator stands still at this word, so all random numbers "
-                        "would be nearly 1, and nearly all missing values imputed as 0. Write "
-                        "another number.");
+                        Filled(kValueMessages.seedStill));
   } else if (isSecondStill) {
     findings.AddWarning(definition.path, PlaceOf(definition.path, second->offset),
-                        "Half of the random generator stands still at this word, so random numbers "
-                        "would have 65536 different values only. Write another number.");
+                        Filled(kValueMessages.seedHalfStill));
   }
 }
 

@@ -4,6 +4,9 @@
 #include <vector>
 
 #include "foundation/string.h"
+#include "messages/error_texts.h"
+#include "tools/check/data_messages.h"
+#include "tools/support/message.h"
 #include "tools/support/text.h"
 
 namespace Hovar {
@@ -49,17 +52,18 @@ void AddQuoteError(Findings& findings, const std::string& path, const Stop& stop
     // Fields that are passed over keep no rules, and behind them others can be broken.
     wrong = {Kind::kOther, std::max<std::int64_t>(stop.offset - 1, 0), stop.offset};
   }
-  const char* text =
-      "A double quote breaks the rules of CSV near here. Put quotes round the whole field and "
-      "write each one inside twice; a key must not hold a comma.";
-  if (wrong->kind == Kind::kOpen) {
-    text = "A double quote is opened here and never closed. Close it, or remove it.";
-  } else if (wrong->kind == Kind::kWithin) {
-    text =
-        "A double quote stands within a field that does not begin with one. Remove it, or put "
-        "quotes round the whole field and write each one inside twice.";
+  const Place place = PlaceOf(path, wrong->offset);
+  switch (wrong->kind) {
+    case Kind::kOpen:
+      findings.AddError(path, place, Filled(kTableMessages.openQuote));
+      break;
+    case Kind::kWithin:
+      findings.AddError(path, place, Filled(kTableMessages.quoteWithinField));
+      break;
+    case Kind::kOther:
+      findings.AddError(path, place, Filled(kTableMessages.quotes));
+      break;
   }
-  findings.AddError(path, PlaceOf(path, wrong->offset), text);
 }
 
 }  // namespace
@@ -88,37 +92,38 @@ Cell CellAt(const std::string& path, std::int64_t offset, const TableForm& form)
   return cell;
 }
 
-std::string FieldNumber(std::size_t field) { return "Field " + std::to_string(field + 1); }
+std::string FieldText(std::size_t field, std::string_view name) {
+  return name.empty() ? Filled(kFieldParts.field, field + 1)
+                      : Filled(kFieldParts.namedField, field + 1, name);
+}
 
 std::string QuotedField(std::string_view field) { return Quoted(DecodedField(field)); }
 
 std::string Holds(std::string_view cell) {
   if (cell.empty()) {
-    return " is empty";
+    return Filled(kFieldParts.isEmpty);
   }
-  return " holds " + QuotedField(cell) + (cell.starts_with('"') ? " in double quotes" : "");
+  return cell.starts_with('"') ? Filled(kFieldParts.holdsInQuotes, QuotedField(cell))
+                               : Filled(kFieldParts.holds, QuotedField(cell));
 }
 
 void AddCommonError(Findings& findings, const std::string& path, const Stop& stop) {
-  if (stop.error == "Invalid CSV format") {
+  if (stop.error == Messages::kErrors.invalidCsvFormat) {
     AddQuoteError(findings, path, stop);
     return;
   }
-  if (stop.error == "Invalid input string") {
+  if (stop.error == Messages::kErrors.invalidInputString) {
     findings.AddError(path, PlaceOf(path, std::max<std::int64_t>(stop.offset - 1, 0)),
-                      "The file holds a NUL byte. Save it as text without NUL bytes.");
+                      Filled(kTableMessages.nulByte));
     return;
   }
   findings.AddError(path, PlaceOf(path, stop.offset),
-                    "The program would end here in " + Quoted(stop.error) + '.');
+                    Filled(kTableMessages.otherError, Quoted(stop.error)));
 }
 
 void WarnOfByteOrderMark(Findings& findings, const std::string& path, const FileTraits& traits) {
   if (traits.hasByteOrderMark) {
-    findings.AddWarning(path, {},
-                        "The file begins with a byte order mark, which becomes part of its first "
-                        "field. Save it as UTF-8 without one.",
-                        Weight::kHarmless);
+    findings.AddWarning(path, {}, Filled(kTableMessages.byteOrderMark), Weight::kHarmless);
   }
 }
 
@@ -126,10 +131,8 @@ void WarnOfCarriageReturn(Findings& findings, const std::string& path, const Fil
   if (traits.firstCarriageReturnLineFeed >= 0 && KeepsCarriageReturns()) {
     const bool isHeader = HeaderOf(path).ends_with('\r');
     findings.AddWarning(path, PlaceOf(path, traits.firstCarriageReturnLineFeed),
-                        std::string("The line ends with a carriage return and a line feed. End "
-                                    "lines with line feeds alone: on Linux ") +
-                            (isHeader ? "the last name of the header keeps the carriage return."
-                                      : "the last field of the line keeps the carriage return."),
+                        isHeader ? Filled(kTableMessages.carriageReturnInName)
+                                 : Filled(kTableMessages.carriageReturnInField),
                         Weight::kHarmless);
   }
 }

@@ -66,13 +66,13 @@ struct TableForm {
 /// word such as "nan" can consume the comma after it, so then the field before may be meant.
 Cell CellAt(const std::string& path, std::int64_t offset, const TableForm& form);
 
-/// "Field 5".
-std::string FieldNumber(std::size_t field);
+/// A field, counted from 0, for a sentence: "Field 5 (NAME)", or "Field 5" where the name is empty.
+std::string FieldText(std::size_t field, std::string_view name = {});
 
 /// A field as written between its commas, for a sentence: decoded, and quoted once.
 std::string QuotedField(std::string_view field);
 
-/// " is empty", " holds "x"", or " holds "x" in double quotes".
+/// "is empty", "holds "x"", or "holds "x" in double quotes".
 std::string Holds(std::string_view cell);
 
 /// Adds an error that all tables share, or one that has no words of its own.

@@ -6,7 +6,9 @@
 #include "app/definition/element_table.h"
 #include "foundation/io/number_text.h"
 #include "mcmc/mcmc_model.h"
+#include "tools/check/definition_messages.h"
 #include "tools/check/odd_cells.h"
+#include "tools/support/message.h"
 #include "tools/support/text_places.h"
 
 namespace Hovar {
@@ -40,28 +42,23 @@ class ValueCheck {
 
   void Count(Element element, std::int32_t value) {
     if (value < 0) {
-      Warning(element, "The count " + std::to_string(value) +
-                           " is negative and does the same as none. Write 0 or more.");
+      Warning(element, Filled(kValueMessages.negativeCount, value));
     }
   }
 
   void Tolerance(Element element, double value) {
     if (!(value > 0) || std::isinf(value)) {
-      Warning(element,
-              "A tolerance is above 0 and finite; with this one the test does not work "
-              "as meant. Write a small number, such as 1e-8.");
+      Warning(element, Filled(kValueMessages.tolerance));
     }
   }
 
   void Fit(const FitElements& elements, const RegressionParameters& parameters) {
     Tolerance(elements.tolerance, parameters.tolerance);
     if (parameters.maxIterations < 1) {
-      Warning(elements.maxIterations,
-              "The first step is always made, so this does the same as 1. Write 1 or more.");
+      Warning(elements.maxIterations, Filled(kValueMessages.firstStep));
     }
     if (!(parameters.priorPrecision >= 0) || std::isinf(parameters.priorPrecision)) {
-      Warning(elements.priorPrecision,
-              "A precision is 0 or more and finite. Write 0 for no prior.");
+      Warning(elements.priorPrecision, Filled(kValueMessages.precision));
     }
   }
 
@@ -88,16 +85,10 @@ void CheckTexts(ValueCheck& check, const DefinitionFile& definition) {
       continue;
     }
     if (entry.IsOutput() && IsSpaced(value.text)) {  // an input of this name is missing
-      check.Warning(value.element,
-                    "White space round the text belongs to the name. Write the name "
-                    "directly between the tags.",
-                    Weight::kFiles);
+      check.Warning(value.element, Filled(kValueMessages.whiteSpace), Weight::kFiles);
     }
     if (HasEntity(value.text)) {
-      check.Warning(value.element,
-                    "Entities such as &amp; are not decoded but belong to the name. "
-                    "Rename the file.",
-                    Weight::kFiles);
+      check.Warning(value.element, Filled(kValueMessages.entity), Weight::kFiles);
     }
   }
 }
@@ -115,9 +106,7 @@ void CheckWholeNumbers(Findings& findings, const DefinitionFile& definition) {
     if (isOutside) {
       findings.AddWarning(
           definition.path, definition.PlaceOfValue(value),
-          "The number is outside its range and would be read as another one. "
-          "Write one from " +
-              std::string(isWord ? "0 to 4294967295." : "-2147483648 to 2147483647."));
+          isWord ? Filled(kValueMessages.seedOutside) : Filled(kValueMessages.integerOutside));
     }
   }
 }
@@ -130,9 +119,8 @@ void CheckRealNumbers(Findings& findings, const DefinitionFile& definition) {
     if (isReal && !IsWholeReal(value.text)) {
       const double read = Vell::IO::ParseReal(value.text);
       findings.AddWarning(definition.path, definition.PlaceOfValue(value),
-                          "The text " + Quoted(value.text) + " is read as " +
-                              std::string(Vell::IO::NumberText::OfReal(read).View()) +
-                              ". Write a number, such as 1e-8.");
+                          Filled(kValueMessages.readAs, Quoted(value.text),
+                                 Vell::IO::NumberText::OfReal(read).View()));
     }
   }
 }
@@ -146,16 +134,13 @@ void CheckChain(ValueCheck& check, const AnalysisDefinition& analysis) {
   parameters.burnin = mcmc.burnin;
   parameters.steps = mcmc.steps;
   if (mcmc.thinning == 0) {
-    check.Error(Element::kThinning, "Every 0th step cannot be kept. Write 1 or more.");
+    check.Error(Element::kThinning, Filled(kValueMessages.everyNoStep));
   } else if (Vell::Mcmc::LongestChain(parameters) < 0) {
     check.Error(mcmc.thinning < 0 ? Element::kThinning : Element::kSteps,
-                "The chain would have a negative size. Write 1 or more for Thinning, 0 or more for "
-                "Burnin and Steps.");
+                Filled(kValueMessages.negativeChain));
   } else if (needsDraws && mcmc.thinning > 0 && mcmc.steps >= 0 && mcmc.steps / mcmc.thinning < 2) {
-    check.Warning(Element::kSteps, "The chain keeps " +
-                                       Counted(mcmc.steps / mcmc.thinning, "draw") +
-                                       ", too few for standard errors of the fifth block. Write "
-                                       "at least twice the Thinning.");
+    check.Warning(Element::kSteps,
+                  Filled(kValueMessages.tooFewDraws, Counted(mcmc.steps / mcmc.thinning, "draw")));
   }
 }
 
@@ -169,14 +154,12 @@ void CheckValues(Findings& findings, const DefinitionFile& definition) {
   check.Count(Element::kBurnin, definition.mcmc.burnin);
   check.Count(Element::kSteps, definition.mcmc.steps);
   if (definition.mcmc.thinning < 0) {
-    check.Warning(Element::kThinning, "The thinning " + std::to_string(definition.mcmc.thinning) +
-                                          " is negative and has no meaning. Write 1 or more.");
+    check.Warning(Element::kThinning,
+                  Filled(kValueMessages.negativeThinning, definition.mcmc.thinning));
   }
   if (definition.Find(Element::kSeedVector) == nullptr) {
     findings.AddWarning(definition.path, definition.PlaceOfTag(Element::kSeed),
-                        "The seed is taken from the clock, so the run cannot be repeated. Write a "
-                        "Seed of the type Vector with two numbers.",
-                        Weight::kHarmless);
+                        Filled(kValueMessages.clockSeed), Weight::kHarmless);
   }
   if (definition.kind == RunKind::kAnalysis) {
     check.Tolerance(Element::kLinearDependenceTolerance,
@@ -190,11 +173,9 @@ void CheckValues(Findings& findings, const DefinitionFile& definition) {
 void CheckDefinitionText(Findings& findings, const DefinitionFile& definition) {
   const FileTraits traits = TraitsOf(definition.text);
   if (traits.firstCarriageReturnLineFeed >= 0 && KeepsCarriageReturns()) {
-    findings.AddWarning(
-        definition.path, PlaceOf(definition.text, traits.firstCarriageReturnLineFeed),
-        "The line ends with a carriage return and a line feed. Between tags that does no harm; in "
-        "a path or a name it would belong to it. End lines with line feeds alone.",
-        Weight::kHarmless);
+    findings.AddWarning(definition.path,
+                        PlaceOf(definition.text, traits.firstCarriageReturnLineFeed),
+                        Filled(kValueMessages.carriageReturns), Weight::kHarmless);
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include "app/definition/element_table.h"
 #include "foundation/io/file_stream.h"
+#include "messages/error_texts.h"
 #include "tools/support/error_capture.h"
 #include "tools/support/files.h"
 #include "tools/support/memory_stream.h"
@@ -192,7 +193,8 @@ DefinitionReading ReadDefinition(TextSource text) {
   if (!error.has_value()) {
     AddFiles(definition);
     if (definition.outputs.empty() && definition.kind != RunKind::kBatch) {
-      error = "IO Exception";  // a file, without bytes, that has changed between the two looks
+      error = Messages::kErrors.ioException
+                  .Text();  // a file, without bytes, that has changed between the two looks
     }
   }
   if (error.has_value()) {

@@ -3,7 +3,9 @@
 #include "foundation/io/file_stream.h"
 #include "foundation/io/platform/folders.h"
 #include "regression/coefficient_file.h"
+#include "tools/plan/messages.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/message.h"
 #include "tools/support/sentence_parts.h"
 
 namespace Hovar {
@@ -53,30 +55,19 @@ std::optional<bool> HasClusteredDraws(const std::string& coefficientFile) {
 }
 
 std::string WhatIsUnfit(const std::optional<MissingRecords>& missing) {
-  std::string made = "the fifth block, E[Y|X,P=0]-MCMC";
   if (!missing.has_value()) {
-    return made +
-           "; where P is missing, also E[P|YPXZ], the observed E[Y|P=0], and E[Y|X,P=0] with its "
-           "C-statistic; where an X is missing, also E[P|X], and E[Y|X] and E[Y|X,P=0] with their "
-           "C-statistics";
+    return Filled(kUnfitColumns.unknown);
   }
   const std::string withoutP = Counted(missing->withoutP, "record");
   const std::string withoutX = Counted(missing->withoutX, "record");
   if (missing->withoutP > 0 && missing->withoutX > 0) {
-    return made + "; as P is missing in " + withoutP + ", also E[P|YPXZ] and the observed " +
-           "E[Y|P=0]; as an X is missing in " + withoutX +
-           ", also E[P|X], and E[Y|X] and E[Y|X,P=0] with their C-statistics";
+    return Filled(kUnfitColumns.missingBoth, withoutP, withoutX);
   }
   if (missing->withoutP > 0) {
-    return made + "; as P is missing in " + withoutP +
-           ", also E[P|YPXZ], the observed E[Y|P=0], and E[Y|X,P=0] with its C-statistic";
+    return Filled(kUnfitColumns.missingP, withoutP);
   }
-  if (missing->withoutX > 0) {
-    return made + "; as an X is missing in " + withoutX +
-           ", also E[P|X], and E[Y|X] and E[Y|X,P=0] with their C-statistics, but not the observed "
-           "E[Y|P=0], as every P is known";
-  }
-  return made;
+  return missing->withoutX > 0 ? Filled(kUnfitColumns.missingX, withoutX)
+                               : Filled(kUnfitColumns.nothingMissing);
 }
 
 }  // namespace Hovar

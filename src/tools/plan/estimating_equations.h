@@ -8,18 +8,12 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "data/data_set.h"
 #include "regression/regression_results.h"
 #include "tools/plan/definition_file.h"
 
 namespace Hovar {
-
-/// What to do instead.
-inline constexpr std::string_view kEquationsRemedy =
-    "Take counts and expectations from a run with false, and standard errors of the four fits from "
-    "a run with true and Steps 0.";
 
 /// How many records of a data set lack something.
 struct MissingRecords {

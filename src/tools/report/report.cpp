@@ -8,11 +8,13 @@
 
 #include "foundation/exit_status.h"
 #include "foundation/io/platform/folders.h"
+#include "tools/report/messages.h"
 #include "tools/support/base64.h"
 #include "tools/support/files.h"
 #include "tools/support/installation.h"
 #include "tools/support/json_text.h"
 #include "tools/support/message.h"
+#include "tools/support/messages.h"
 
 namespace Hovar {
 namespace {
@@ -81,7 +83,7 @@ class ReportFiles {
   bool AddFolder(const std::string& folder, const std::string& name, int levels) {
     const auto entries = NamesIn(folder);
     if (!entries) {
-      Say("cannot read the folder " + folder);
+      Say(kReportMessages.cannotReadFolder, folder);
       return false;
     }
     return std::all_of(entries->begin(), entries->end(), [&](const std::string& entry) {
@@ -97,7 +99,7 @@ class ReportFiles {
     path.append("/").append(entry);
     const Platform::PathKind kind = Platform::KindOf(path.c_str());
     if (kind == Platform::PathKind::kFile && IsReported(entry) && !AddFile(path, name + entry)) {
-      Say("cannot read " + path);
+      Say(kToolMessages.cannotRead, path);
       return false;
     }
     return kind != Platform::PathKind::kFolder || levels == 1 ||
@@ -175,12 +177,13 @@ bool WriteReport(const std::string& reportFile, const std::vector<std::string>& 
   const std::optional<std::string> page = ReadSmallFile(pageFile);
   const std::size_t place = page ? FindPlace(*page) : std::string::npos;
   if (place == std::string::npos) {
-    Say((page ? "this is not the page of a report: " : "cannot read the page ") + pageFile);
+    SayLine(page ? Filled(kReportMessages.notThePage, pageFile)
+                 : Filled(kReportMessages.cannotReadPage, pageFile));
     return false;
   }
   OutputFile report(reportFile);
   if (!report.Open()) {
-    Say("cannot write " + reportFile);
+    Say(kToolMessages.cannotWrite, reportFile);
     return false;
   }
   const std::string_view text(*page);
@@ -190,7 +193,7 @@ bool WriteReport(const std::string& reportFile, const std::vector<std::string>& 
   }
   report.Write(text.substr(place + kPlaceForFiles.size()));
   if (!report.Complete()) {
-    Say("cannot write " + reportFile);
+    Say(kToolMessages.cannotWrite, reportFile);
     return false;
   }
   return true;

@@ -5,8 +5,10 @@
 #include <chrono>
 #include <utility>
 
+#include "tools/run/messages.h"
 #include "tools/support/installation.h"
 #include "tools/support/message.h"
+#include "tools/support/messages.h"
 #include "tools/support/shown_path.h"
 
 namespace Hovar {
@@ -28,7 +30,7 @@ bool ChildRun::Start(const std::string& definition) {
       Platform::OpenFile(captureFile_.c_str(), Platform::Access::kWrite);
   capture_ = std::make_unique<InputFile>(captureFile_);
   if (output == Platform::kNoFile || !capture_->IsOpen()) {
-    Say("cannot write " + PastablePath(captureFile_));
+    Say(kToolMessages.cannotWrite, PastablePath(captureFile_));
     return false;
   }
   const Vell::String root = InstallationFolder();
@@ -39,7 +41,7 @@ bool ChildRun::Start(const std::string& definition) {
                                     {Platform::kStandardInput, output, output});
   Platform::CloseFile(output);
   if (process_ == Platform::kNoProcess) {
-    Say("cannot start " + std::string(program.View()));
+    Say(kRunMessages.cannotStart, program.View());
     return false;
   }
   return true;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "foundation/io/platform/folders.h"
+#include "tools/run/messages.h"
 #include "tools/support/message.h"
 #include "tools/support/paths.h"
 #include "tools/support/shown_path.h"
@@ -42,12 +43,12 @@ bool MoveAside(const std::string& path) {
       continue;
     }
     if (Platform::Rename(path.c_str(), other.c_str())) {
-      Say("kept " + PastablePath(path) + " as " + PastablePath(other));
+      Say(kRunMessages.kept, PastablePath(path), PastablePath(other));
       return true;
     }
     break;
   }
-  Say("cannot move " + PastablePath(path) + " aside");
+  Say(kRunMessages.cannotMoveAside, PastablePath(path));
   return false;
 }
 
@@ -61,7 +62,7 @@ bool KeepOutputs(const RunPlan& plan, const std::vector<std::string>& further) {
   outputs.insert(outputs.end(), further.begin(), further.end());
   const std::string input = EndangeredInput(plan, outputs);
   if (!input.empty()) {
-    Say("--keep would move " + input + " aside, which is an input too; nothing was run");
+    Say(kRunMessages.wouldMoveInput, input);
     return false;
   }
   return std::all_of(outputs.begin(), outputs.end(), [](const std::string& output) {

@@ -3,6 +3,7 @@
 #include "foundation/exit_status.h"
 #include "foundation/growable_array.h"
 #include "foundation/io/platform/platform.h"
+#include "tools/run/messages.h"
 #include "tools/support/installation.h"
 #include "tools/support/unattended_input.h"
 
@@ -22,7 +23,7 @@ int ExecuteProgram(std::span<const char* const> arguments) {
   }
   programArguments.Append(nullptr);
   Platform::BecomeProgram(file.CStr(), programArguments.begin());
-  Vell::String line("hovar: cannot start ");
+  Vell::String line(kRunMessages.cannotStart.Piece(0));
   line.Append(file);
   line.Append('\n');
   Platform::WriteFile(Platform::kStandardError, line.CStr(), line.View().size());

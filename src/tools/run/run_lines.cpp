@@ -1,18 +1,36 @@
 #include "tools/run/run_lines.h"
 
-#include <array>
 #include <charconv>
 #include <optional>
+#include <span>
+
+#include "messages/error_texts.h"
+#include "messages/output_lines.h"
+#include "regression/regression_results.h"
 
 namespace Hovar {
 namespace {
 
-constexpr std::string_view kErrorPrefix = "Error: ";
-constexpr std::string_view kWarningPrefix = "Warning: ";
-constexpr std::string_view kVarianceWarning = "Exception: Empirical variance";
-constexpr std::string_view kRecordWarning = "Warning: Y == 0 && P == 1 data in record";
-constexpr std::string_view kChainFit = "[Y|X,P=0,MCMC]";
-constexpr std::array<std::string_view, 4> kFitLabels{"[P|X]", "[Y|Z]", "[Y|X]", "[Y|X,P=0]"};
+using Messages::kErrorPrefix;
+using Messages::kLines;
+using Messages::kWarningPrefix;
+using Messages::kWarnings;
+
+// The warning that names a record, up to and without what precedes the number.
+constexpr std::string_view kBeforeRecord = ": ";
+constexpr std::string_view kRecordWarning = [] {
+  std::string_view text = kWarnings.outcomeAbsent.Piece(0);
+  text.remove_suffix(kBeforeRecord.size());
+  return text;
+}();
+static_assert(kWarnings.outcomeAbsent.Piece(0).ends_with(kBeforeRecord));
+static_assert(kRecordWarning.starts_with(kWarningPrefix));
+static_assert(kWarnings.iterationLimit.Text().starts_with(kWarningPrefix));
+
+// The fits before the chain, which have a line of their own each.
+constexpr std::span kFitLabels = std::span(kModelLabels).first<4>();
+constexpr std::string_view kChainFit =
+    kModelLabels[static_cast<std::size_t>(Model::kYGivenXWithoutPMcmc)];
 
 /// Takes a prefix off the text; false when it does not begin with it.
 bool TakePrefix(std::string_view& text, std::string_view prefix) {
@@ -36,7 +54,8 @@ std::optional<std::int64_t> TakeNumber(std::string_view& text) {
 
 /// True for "3/20".
 bool IsPass(std::string_view line) {
-  return TakeNumber(line) && TakePrefix(line, "/") && TakeNumber(line) && line.empty();
+  return TakeNumber(line) && TakePrefix(line, kLines.pass.Piece(1)) && TakeNumber(line) &&
+         line.empty();
 }
 
 }  // namespace
@@ -54,7 +73,7 @@ void RunLines::Take(std::string_view line) {
   }
   if (line.starts_with(kErrorPrefix)) {
     error_ = line;
-  } else if (line.starts_with(kWarningPrefix) || line == kVarianceWarning) {
+  } else if (line.starts_with(kWarningPrefix) || line == kWarnings.empiricalVariance) {
     TakeWarning(line);
   } else {
     TakeStage(line);
@@ -62,7 +81,7 @@ void RunLines::Take(std::string_view line) {
 }
 
 void RunLines::TakeStage(std::string_view line) {
-  if (line == "Reading data file...") {
+  if (line == kLines.readingDataFile) {
     End();
     runs_.emplace_back();
     isInChain_ = false;
@@ -80,28 +99,29 @@ void RunLines::TakeStage(std::string_view line) {
       return;
     }
   }
-  if (line.starts_with("MCMC Analysis")) {
+  if (line == kLines.mcmcAnalysis || line == kLines.mcmcAnalysisGee) {
     isInChain_ = true;
     run.fit = kChainFit;
-  } else if (line == "Calculating individual predictions") {
+  } else if (line == kLines.individualPredictions) {
     run.stage = Stage::kPasses;
-  } else if (line == "Calculating hospital-aggregated predictions") {
+  } else if (line == kLines.hospitalPredictions) {
     run.stage = Stage::kHospitals;
   } else if (IsPass(line)) {
     run.stage = Stage::kPasses;
     ++run.passesBegun;
-  } else if (TakePrefix(line, "Burnin: ")) {
+  } else if (TakePrefix(line, kLines.burnin.Piece(0))) {
     TakeIteration(Stage::kBurnin, TakeNumber(line).value_or(0));
-  } else if (TakePrefix(line, "Mcmc: ")) {
+  } else if (TakePrefix(line, kLines.mcmc.Piece(0))) {
     TakeIteration(Stage::kMcmc, TakeNumber(line).value_or(0));
-  } else if (run.stage == Stage::kReading && line.starts_with("Hospital: ")) {
+  } else if (run.stage == Stage::kReading && line.starts_with(kLines.hospital.Piece(0))) {
     // An ID may hold any text, so the numbers are looked for at the end.
-    constexpr std::string_view kRecord = " record: ";
+    constexpr std::string_view kRecord = kLines.hospital.Piece(1);
     const std::size_t place = line.rfind(kRecord);
     if (place != std::string_view::npos) {
       line.remove_prefix(place + kRecord.size());
       run.recordsRead = TakeNumber(line).value_or(0);
-      run.recordCount = TakePrefix(line, " / ") ? TakeNumber(line).value_or(0) : 0;
+      run.recordCount =
+          TakePrefix(line, kLines.hospital.Piece(2)) ? TakeNumber(line).value_or(0) : 0;
     }
   }
 }
@@ -116,7 +136,7 @@ void RunLines::TakeIteration(Stage stage, std::int64_t iteration) {
 void RunLines::TakeWarning(std::string_view line) {
   ++warningCount_;
   std::string reason;
-  if (line == kVarianceWarning) {
+  if (line == kWarnings.empiricalVariance) {
     // The failed factorisation's own line came first; it ends nothing.
     reason.swap(error_);
   }
@@ -128,7 +148,7 @@ void RunLines::TakeWarning(std::string_view line) {
     RunWarning& warning = WarningOf(kRecordWarning, reason);
     ++warning.count;
     line.remove_prefix(kRecordWarning.size());
-    if (TakePrefix(line, ": ")) {
+    if (TakePrefix(line, kBeforeRecord)) {
       warning.records.push_back(TakeNumber(line).value_or(-1));
     }
     return;

@@ -9,15 +9,18 @@
 
 #include "foundation/exit_status.h"
 #include "foundation/io/platform/folders.h"
+#include "messages/error_texts.h"
 #include "tools/plan/run_plan.h"
 #include "tools/run/child_run.h"
 #include "tools/run/kept_outputs.h"
+#include "tools/run/messages.h"
 #include "tools/run/program_start.h"
 #include "tools/run/progress.h"
 #include "tools/run/progress_display.h"
 #include "tools/run/run_record.h"
 #include "tools/support/files.h"
 #include "tools/support/message.h"
+#include "tools/support/messages.h"
 #include "tools/support/paths.h"
 #include "tools/support/sentence_parts.h"
 #include "tools/support/shown_path.h"
@@ -70,9 +73,9 @@ std::vector<std::string> FurtherOutputs(const RunSettings& settings,
 class LineEcho {
  public:
   void Take(std::string_view line) {
-    constexpr std::string_view kErrorPrefix = "Error: ";
-    const Platform::FileHandle stream =
-        line.starts_with(kErrorPrefix) ? Platform::kStandardError : Platform::kStandardOutput;
+    const Platform::FileHandle stream = line.starts_with(Messages::kErrorPrefix)
+                                            ? Platform::kStandardError
+                                            : Platform::kStandardOutput;
     isGood_ = isGood_ && Platform::WriteFile(stream, line.data(), line.size());
   }
   /// False when a line could not be written.
@@ -135,11 +138,11 @@ int Supervise(ChildRun& run, Bar& bar, const LineEcho& echo) {
     return Platform::kSignalStatus + Platform::StopRequest();
   }
   if (!echo.IsGood()) {
-    Say("cannot write to standard output");
+    Say(kToolMessages.cannotPrint);
     return kFailure;
   }
   if (run.ExitStatus() != kSuccess && run.Lines().Error().empty() && Platform::StopRequest() == 0) {
-    Say("the program ended with status " + std::to_string(run.ExitStatus()));
+    Say(kRunMessages.endedWithStatus, run.ExitStatus());
   }
   return run.ExitStatus();
 }
@@ -180,7 +183,7 @@ int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
   std::optional<RunRecord> record;
   if (!settings.recordFile.empty()) {
     if (!recordFile.emplace(settings.recordFile).Open()) {
-      Say("cannot write " + settings.recordFile);
+      Say(kToolMessages.cannotWrite, settings.recordFile);
       return kFailure;
     }
     record.emplace(plan);
@@ -194,11 +197,11 @@ int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
     // Whoever has asked for the end does not wait for large files to be hashed.
     record->NoteEnd(Platform::StopRequest() == 0);
     for (const std::string& file : record->ChangedFiles()) {
-      Say(PastablePath(file) + " changed during the run; the record has its hash from before");
+      Say(kRunMessages.inputChanged, PastablePath(file));
     }
     recordFile->Write(record->Text(run.Lines(), status));
     if (!recordFile->Complete()) {
-      Say("cannot write " + settings.recordFile);
+      Say(kToolMessages.cannotWrite, settings.recordFile);
       return kFailure;
     }
   }
@@ -210,7 +213,7 @@ int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
 int RunSupervised(const RunSettings& settings) {
   const RunPlan plan = MakeRunPlan(settings.definition);
   if (!settings.recordFile.empty() && BelongsToRun(settings.recordFile, plan)) {
-    Say("the record cannot be written to " + settings.recordFile + ", a file of the run itself");
+    Say(kRunMessages.recordIsOfRun, settings.recordFile);
     return kFailure;
   }
   const bool isSupervised = settings.showProgress || !settings.recordFile.empty();
@@ -231,9 +234,10 @@ int RunSupervised(const RunSettings& settings) {
       settings.showProgress ? ChildRun::LineHandler() : [&echo](auto line) { echo.Take(line); });
   const int status = RunRecorded(settings, plan, run, echo);
   if (settings.showProgress && run.HasEnded()) {
-    Say((status == kSuccess ? "done, " : "not done, ") +
-        Counted(run.Lines().WarningCount(), "warning") + "; output in " +
-        PastablePath(captureFile));
+    const std::string warnings = Counted(run.Lines().WarningCount(), "warning");
+    const std::string file = PastablePath(captureFile);
+    SayLine(status == kSuccess ? Filled(kRunMessages.done, warnings, file)
+                               : Filled(kRunMessages.notDone, warnings, file));
   }
   return status;
 }

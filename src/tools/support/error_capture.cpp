@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "messages/error_texts.h"
+
 namespace Hovar {
 
 using Vell::MakeShared;
@@ -30,9 +32,8 @@ CapturedWriters::CapturedWriters()
 
 std::string CapturedWriters::ErrorText() const {
   std::string_view text = errorSink_->Lines();
-  constexpr std::string_view kPrefix = "Error: ";
-  if (text.starts_with(kPrefix)) {
-    text.remove_prefix(kPrefix.size());
+  if (text.starts_with(Messages::kErrorPrefix)) {
+    text.remove_prefix(Messages::kErrorPrefix.size());
   }
   if (text.ends_with('\n')) {
     text.remove_suffix(1);
@@ -41,15 +42,18 @@ std::string CapturedWriters::ErrorText() const {
 }
 
 std::optional<Mismatch> MismatchIn(std::string_view errorText, std::string_view file) {
-  constexpr std::string_view kMiddle = "\", current \"";
-  const std::string start = "Invalid input in file \"" + std::string(file) + "\": expected \"";
+  constexpr const Messages::Pattern& kMismatch = Messages::kErrors.mismatch;
+  constexpr std::string_view kMiddle = kMismatch.Piece(2);
+  std::string start(kMismatch.Piece(0));
+  start.append(file).append(kMismatch.Piece(1));
   const std::size_t middle = errorText.find(kMiddle, start.size());
   if (!errorText.starts_with(start) || middle == std::string_view::npos) {
     return std::nullopt;
   }
   const std::size_t current = middle + kMiddle.size();
+  const std::size_t end = errorText.size() - kMismatch.Piece(3).size();
   return Mismatch{std::string(errorText.substr(start.size(), middle - start.size())),
-                  std::string(errorText.substr(current, errorText.size() - current - 1))};
+                  std::string(errorText.substr(current, end - current))};
 }
 
 }  // namespace Hovar

@@ -5,6 +5,7 @@
 
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/number_scanner.h"
+#include "messages/error_texts.h"
 
 namespace Hovar {
 namespace {
@@ -13,7 +14,7 @@ constexpr std::string_view kReturnLineFeed = "\r\n";
 
 void Require(bool succeeded) {
   if (!succeeded) {
-    throw Vell::Exceptions::IOException("IO Exception");
+    throw Vell::Exceptions::IOException(Messages::kErrors.ioException);
   }
 }
 

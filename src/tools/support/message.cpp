@@ -1,24 +1,22 @@
 #include "tools/support/message.h"
 
-#include <string>
-
 #include "foundation/io/platform/platform.h"
+#include "tools/support/messages.h"
 
 namespace Hovar {
 
 namespace Platform = Vell::IO::Platform;
 
-void Say(std::string_view text) {
-  std::string line("hovar: ");
-  line.append(text);
-  line.push_back('\n');
-  Platform::WriteFile(Platform::kStandardError, line.data(), line.size());
+void SayLine(std::string_view line) {
+  std::string text(line);
+  text.push_back('\n');
+  Platform::WriteFile(Platform::kStandardError, text.data(), text.size());
 }
 
 bool Print(std::string_view text) {
   const bool isWritten = Platform::WriteFile(Platform::kStandardOutput, text.data(), text.size());
   if (!isWritten) {
-    Say("cannot write to standard output");
+    Say(kToolMessages.cannotPrint);
   }
   return isWritten;
 }

@@ -1,11 +1,35 @@
 #pragma once
 
+// How the tools speak: messages of the tables messages.h, one beside each tool, with their parts.
+
+#include <concepts>
+#include <string>
 #include <string_view>
+
+#include "messages/pattern.h"
 
 namespace Hovar {
 
-/// Writes the line "hovar: " + `text` on standard error. A failure to write it is ignored.
-void Say(std::string_view text);
+inline void AppendPart(std::string& text, std::string_view part) { text.append(part); }
+inline void AppendPart(std::string& text, std::integral auto part) { text += std::to_string(part); }
+
+/// A message with the parts, texts or whole numbers, in the place of its placeholders.
+template <typename... Parts>
+std::string Filled(const Messages::PatternWithParts<sizeof...(Parts)>& message,
+                   const Parts&... parts) {
+  std::string text;
+  message.Fill([&text](const auto& part) { AppendPart(text, part); }, parts...);
+  return text;
+}
+
+/// Writes a line on standard error. That it cannot be written is not told.
+void SayLine(std::string_view line);
+
+/// Writes a message as a line on standard error.
+template <typename... Parts>
+void Say(const Messages::PatternWithParts<sizeof...(Parts)>& message, const Parts&... parts) {
+  SayLine(Filled(message, parts...));
+}
 
 /// Writes a text on standard output. False when that fails, which a line on standard error says.
 bool Print(std::string_view text);

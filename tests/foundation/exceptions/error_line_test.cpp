@@ -5,7 +5,10 @@
 #include <string>
 
 #include "foundation/exceptions/exceptions.h"
+#include "foundation/io/platform/platform.h"
 #include "foundation/io/standard_writers.h"
+#include "foundation/io/text_sink.h"
+#include "messages/error_texts.h"
 #include "support/child_process.h"
 #include "support/files.h"
 
@@ -21,7 +24,7 @@ TEST(ErrorLineTest, ComesBehindEverythingWrittenOnStandardOutputBefore) {
     Testing::ReplaceHandle(2, 1);
     Vell::IO::StandardOutput().Write("no line end yet;");
     try {
-      throw E::Exception("then this");
+      throw E::Exception(Messages::Pattern("then this"));
     } catch (const E::Exception&) {
     }
     return 0;
@@ -33,7 +36,7 @@ TEST(ErrorLineTest, ComesBehindEverythingWrittenOnStandardOutputBefore) {
 TEST(ErrorLineDeathTest, StandardErrorOnAFullDiskEndsTheProcessWithStatus1) {
   const auto raise = [] {
     Testing::ReplaceHandle(2, "/dev/full");
-    throw E::Exception("nobody hears this");
+    throw E::Exception(Messages::Pattern("nobody hears this"));
   };
   EXPECT_EXIT(raise(), testing::ExitedWithCode(1), "");
 }
@@ -46,6 +49,26 @@ TEST(ErrorLineDeathTest, ClosedStandardErrorEndsTheProcessWithStatus1) {
   EXPECT_EXIT(raise(), testing::ExitedWithCode(1), "");
 }
 
+/// Tells of each attempt to write to it, and fails.
+class FailingSink final : public Vell::IO::TextSink {
+ public:
+  FailingSink() : TextSink(Use::kDrop) {}
+  void Write(const void* /*buffer*/, std::size_t /*count*/) override {
+    Vell::IO::Platform::WriteFile(Vell::IO::Platform::kStandardError, "attempt;", 8);
+    throw E::IOException(Messages::kErrors.ioException);
+  }
+};
+
+TEST(ErrorLineDeathTest, ErrorOfAnotherKindWhileALineIsWrittenEndsTheProcessAtOnce) {
+  const auto raise = [] {
+    Vell::IO::TextWriter output(Vell::MakeShared<FailingSink>());
+    Vell::IO::TextWriter error(Vell::MakeShared<FailingSink>());
+    const Vell::IO::StandardWritersRedirection redirection(output, error);
+    throw E::FileOpenException("nobody hears this");
+  };
+  EXPECT_EXIT(raise(), testing::ExitedWithCode(1), "^attempt;$");
+}
+
 TEST(ErrorLineTest, UnwritableStandardOutputDoesNotHideTheLine) {
   const Testing::ScratchFolder folder;
   const std::string file = folder.Write("error", "");
@@ -54,7 +77,7 @@ TEST(ErrorLineTest, UnwritableStandardOutputDoesNotHideTheLine) {
     Testing::ReplaceHandle(2, file);
     Vell::IO::StandardOutput().Write("lost");
     try {
-      throw E::Exception("the cause");
+      throw E::Exception(Messages::Pattern("the cause"));
     } catch (const E::Exception&) {
       return 1;
     }

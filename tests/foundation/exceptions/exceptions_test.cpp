@@ -59,20 +59,20 @@ TYPED_TEST_SUITE(MessageTest, ClassesWithMessage);
 
 TYPED_TEST(MessageTest, IsOneLineOnStandardErrorAndNothingOnStandardOutput) {
   OutputCapture capture;
-  EXPECT_THROW(throw TypeParam("Unexpected end of stream"), TypeParam);
+  EXPECT_THROW(throw TypeParam(Messages::Pattern("Unexpected end of stream")), TypeParam);
   EXPECT_EQ(capture.TakeError(), "Error: Unexpected end of stream\n");
   EXPECT_EQ(capture.TakeOutput(), "");
 }
 
 TYPED_TEST(MessageTest, NullPrintsTheStartOfTheLineAlone) {
-  ExpectRaises<TypeParam>("", [] { throw TypeParam(nullptr); });
+  ExpectRaises<TypeParam>("", [] { throw TypeParam(Messages::Pattern(nullptr)); });
 }
 
 TYPED_TEST(MessageTest, IsPrintedOnceHoweverOftenTheObjectIsCopiedAndCaught) {
   OutputCapture capture;
   try {
     try {
-      throw TypeParam("once");
+      throw TypeParam(Messages::Pattern("once"));
     } catch (const E::Exception&) {
       throw;
     }
@@ -84,12 +84,13 @@ TYPED_TEST(MessageTest, IsPrintedOnceHoweverOftenTheObjectIsCopiedAndCaught) {
 }
 
 TEST(ExceptionsTest, MessagesAreNotFormats) {
-  ExpectRaises<E::Exception>("100 %d %s %n", [] { throw E::Exception("100 %d %s %n"); });
+  ExpectRaises<E::Exception>("100 %d %s %n",
+                             [] { throw E::Exception(Messages::Pattern("100 %d %s %n")); });
 }
 
 TEST(ExceptionsTest, HandlerForStreamErrorsCatchesAllFourDerivedClasses) {
   const MemoryStream stream;
-  ExpectRaises<E::IOException>("e", [] { throw E::EndOfStreamException("e"); });
+  ExpectRaises<E::IOException>("e", [] { throw E::EndOfStreamException(Messages::Pattern("e")); });
   ExpectRaises<E::IOException>("File \"f\" can not be opened",
                                [] { throw E::FileOpenException("f"); });
   ExpectRaises<E::IOException>("Invalid input in file \"\": expected \"a\", current \"b\"",
@@ -103,7 +104,7 @@ TEST(ExceptionsTest, HandlerForFormatErrorsDoesNotCatchCsvFormatErrors) {
   OutputCapture capture;
   bool isCaughtAsFormat = false;
   try {
-    throw E::InvalidCsvFormatException("Invalid CSV format");
+    throw E::InvalidCsvFormatException(Messages::Pattern("Invalid CSV format"));
   } catch (const E::InvalidFormatException&) {
     isCaughtAsFormat = true;
   } catch (const E::Exception&) {

@@ -61,7 +61,7 @@ TEST(StandardWritersTest, OtherWritersMayStandInForAScope) {
   TextWriter innerWriter(inner);
   const auto raise = [] {
     try {
-      throw Vell::Exceptions::Exception("fault");
+      throw Vell::Exceptions::Exception(Messages::Pattern("fault"));
     } catch (const Vell::Exceptions::Exception&) {
     }
   };

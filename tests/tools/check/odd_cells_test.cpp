@@ -40,27 +40,31 @@ TEST(CheckOddCellsTest, RealNumbersAsAWhole) {
   }
 }
 
+constexpr Messages::Pattern kOne{"<field> <holds>, read as <number>."};
+constexpr Messages::Pattern kSeveral{"<field> <holds>, read as <number>; <cells> odd."};
+constexpr Messages::Pattern kOthers{"<cells> odd, the first one here."};
+
 std::string TenCharacters(int column) { return std::string(9, ' ') + std::to_string(column % 10); }
 
 TEST(CheckOddCellsTest, TheFirstOfAColumnAndTheNumberOfTheOthers) {
   const Testing::ScratchFolder folder;
   const std::string path = folder.Write("f", "h,i\na,b\nc,d\n");
   const auto tell = [](std::size_t field, std::string_view cell) {
-    return std::to_string(field) + " holds " + std::string(cell);
+    return Hovar::OddCell{std::to_string(field), "holds " + std::string(cell), "7"};
   };
   Hovar::OddCells odd;
   Hovar::Findings none;
-  odd.Warn(none, path, tell, "End.");
+  odd.Warn(none, path, tell, {kOne, kSeveral, kOthers});
   EXPECT_EQ(none.Lines(), "");
   odd.Add(1, 6, "b");
   odd.Add(1, 10, "d");
   odd.Add(0, 8, "c");
   Hovar::Findings findings;
-  odd.Warn(findings, path, tell, "End.");
+  odd.Warn(findings, path, tell, {kOne, kSeveral, kOthers});
   EXPECT_EQ(findings.Lines(), path +
-                                  ":2:3: warning: 1 holds b; 1 more cell of this column is read "
-                                  "otherwise than written. End.\n" +
-                                  path + ":3:1: warning: 0 holds c. End.\n");
+                                  ":2:3: warning: 1 holds b, read as 7; 1 more cell of this "
+                                  "column is odd.\n" +
+                                  path + ":3:1: warning: 0 holds c, read as 7.\n");
 }
 
 TEST(CheckOddCellsTest, ColumnsBehindTheTenthAreToldTogether) {
@@ -77,13 +81,11 @@ TEST(CheckOddCellsTest, ColumnsBehindTheTenthAreToldTogether) {
   }
   odd.Add(11, 119, "x");
   Hovar::Findings findings;
-  odd.Warn(
-      findings, path, [](std::size_t, std::string_view) { return std::string("Odd"); }, "End.");
+  odd.Warn(findings, path, [](std::size_t, std::string_view) { return Hovar::OddCell(); },
+           {kOne, kSeveral, kOthers});
   EXPECT_EQ(findings.Warnings(), 11);
   EXPECT_TRUE(findings.Lines().starts_with(
-      path +
-      ":1:10: warning: 3 more cells of 2 other columns are read otherwise than written, the first "
-      "one here. End.\n"))
+      path + ":1:10: warning: 3 more cells of 2 other columns are odd, the first one here.\n"))
       << findings.Lines();
 }
 

@@ -18,7 +18,7 @@ TEST(CheckReadingTest, AnErrorIsAResultAndNothingIsShown) {
   EXPECT_EQ(ErrorOf([] {
               Vell::IO::StandardOutput().WriteLine("progress");
               Vell::IO::Log().WriteLine("counts");
-              throw Vell::Exceptions::Exception("a fault");
+              throw Vell::Exceptions::Exception(Messages::Pattern("a fault"));
             }),
             "a fault");
   EXPECT_EQ(ErrorOf([] { Vell::IO::StandardOutput().WriteLine("progress"); }), std::nullopt);
@@ -28,8 +28,10 @@ TEST(CheckReadingTest, AnErrorIsAResultAndNothingIsShown) {
 
 TEST(CheckReadingTest, ReadersWithinReaders) {
   EXPECT_EQ(ErrorOf([] {
-              EXPECT_EQ(ErrorOf([] { throw Vell::Exceptions::Exception("inner"); }), "inner");
-              throw Vell::Exceptions::Exception("outer");
+              EXPECT_EQ(
+                  ErrorOf([] { throw Vell::Exceptions::Exception(Messages::Pattern("inner")); }),
+                  "inner");
+              throw Vell::Exceptions::Exception(Messages::Pattern("outer"));
             }),
             "outer");
 }
@@ -38,7 +40,8 @@ TEST(CheckReadingTest, LackOfMemoryIsNoFaultOfAFile) {
   Testing::OutputCapture capture;
   bool isRaised = false;
   try {
-    ErrorOf([] { throw Vell::Exceptions::OutOfMemoryException("Out of memory"); });
+    ErrorOf(
+        [] { throw Vell::Exceptions::OutOfMemoryException(Messages::Pattern("Out of memory")); });
   } catch (const Vell::Exceptions::OutOfMemoryException&) {
     isRaised = true;
   }

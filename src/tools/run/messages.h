@@ -1,0 +1,25 @@
+#pragma once
+
+#include "messages/pattern.h"
+
+namespace Hovar {
+
+/// What a watched run says on standard error.
+struct RunMessages {
+  Messages::Pattern cannotMoveAside{"hovar: cannot move <file> aside"};
+  Messages::Pattern cannotStart{"hovar: cannot start <file>"};
+  Messages::Pattern done{"hovar: done, <warnings>; output in <file>"};
+  Messages::Pattern endedWithStatus{"hovar: the program ended with status <status>"};
+  Messages::Pattern inputChanged{
+      "hovar: <file> changed during the run; the record has its hash from before"};
+  Messages::Pattern kept{"hovar: kept <file> as <file>"};
+  Messages::Pattern notDone{"hovar: not done, <warnings>; output in <file>"};
+  Messages::Pattern recordIsOfRun{
+      "hovar: the record cannot be written to <file>, a file of the run itself"};
+  Messages::Pattern wouldMoveInput{
+      "hovar: --keep would move <file> aside, which is an input too; nothing was run"};
+};
+
+inline constexpr RunMessages kRunMessages;
+
+}  // namespace Hovar
