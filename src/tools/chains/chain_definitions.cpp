@@ -3,7 +3,6 @@
 #include <string_view>
 #include <utility>
 
-#include "foundation/io/standard_writers.h"
 #include "foundation/random/chain_seeds.h"
 #include "foundation/random/random_generator.h"
 #include "messages/error_texts.h"
@@ -63,7 +62,7 @@ ChainDefinition MakeChain(const DefinitionFile& definition, std::string_view byt
 std::optional<DefinitionFile> ReadAnalysis(const std::string& path) {
   DefinitionReading reading = ReadDefinitionFile(path);
   if (!reading.definition) {
-    Vell::IO::StandardError().WriteLine(Messages::kErrorPrefix, Vell::String(reading.error));
+    SayLine(std::string(Messages::kErrorPrefix) + reading.error);
   } else if (reading.definition->kind != RunKind::kAnalysis) {
     Say(kChainMessages.needsAnalysis, path);
     reading.definition.reset();

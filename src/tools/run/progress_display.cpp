@@ -1,6 +1,7 @@
 #include "tools/run/progress_display.h"
 
 #include "foundation/io/platform/processes.h"
+#include "tools/support/sentence_parts.h"
 
 namespace Hovar {
 namespace {
@@ -54,7 +55,7 @@ void ProgressDisplay::Show(const std::vector<ProgressItem>& items, double now) {
 }
 
 void ProgressDisplay::Print(std::string_view line) {
-  WriteError(ErasedLines().append(line).append("\n"));
+  WriteError(ErasedLines().append(Printable(line)).append("\n"));
 }
 
 void ProgressDisplay::Clear() { WriteError(ErasedLines()); }

@@ -3,41 +3,10 @@
 #include <cstddef>
 
 #include "tools/support/base64.h"
+#include "tools/support/utf8.h"
 
 namespace Hovar {
 namespace {
-
-bool IsBetween(unsigned char byte, int low, int high) noexcept {
-  return byte >= low && byte <= high;
-}
-
-/// The length of the well-formed sequence that the text begins with, or 0.
-std::size_t SequenceLength(std::string_view text) noexcept {
-  const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char lead = byte(0);
-  if (lead < 0x80) {
-    return 1;
-  }
-  const std::size_t length = IsBetween(lead, 0xC2, 0xDF)   ? 2
-                             : IsBetween(lead, 0xE0, 0xEF) ? 3
-                             : IsBetween(lead, 0xF0, 0xF4) ? 4
-                                                           : 0;
-  if (length == 0 || text.size() < length) {
-    return 0;
-  }
-  // No longer form than needed, no surrogates, nothing above U+10FFFF.
-  const int low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
-  const int high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-  if (!IsBetween(byte(1), low, high)) {
-    return 0;
-  }
-  for (std::size_t i = 2; i < length; ++i) {
-    if (!IsBetween(byte(i), 0x80, 0xBF)) {
-      return 0;
-    }
-  }
-  return length;
-}
 
 std::string EscapeOf(char character) {
   switch (character) {
@@ -67,7 +36,7 @@ std::string EscapeOf(char character) {
 std::string JsonString(std::string_view text) {
   std::string json("\"");
   while (!text.empty()) {
-    const std::size_t length = SequenceLength(text);
+    const std::size_t length = FirstCharacter(text).length;
     if (length == 0) {
       json += "\\ufffd";
       text.remove_prefix(1);
@@ -78,17 +47,6 @@ std::string JsonString(std::string_view text) {
     text.remove_prefix(length);
   }
   return json + "\"";
-}
-
-bool IsUtf8(std::string_view text) noexcept {
-  while (!text.empty()) {
-    const std::size_t length = SequenceLength(text);
-    if (length == 0) {
-      return false;
-    }
-    text.remove_prefix(length);
-  }
-  return true;
 }
 
 void JsonWriter::BeginMember(std::string_view name) {

@@ -13,9 +13,6 @@ namespace Hovar {
 /// the text can be part of a page. Bytes that are not UTF-8 become U+FFFD, one each.
 std::string JsonString(std::string_view text);
 
-/// True when the bytes are well-formed UTF-8 (Unicode, table 3-7).
-bool IsUtf8(std::string_view text) noexcept;
-
 /// Builds indented JSON. Members and elements come between Begin and End of their object or array;
 /// the name of an element of an array is empty.
 class JsonWriter {

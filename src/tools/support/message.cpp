@@ -8,7 +8,7 @@ namespace Hovar {
 namespace Platform = Vell::IO::Platform;
 
 void SayLine(std::string_view line) {
-  std::string text(line);
+  std::string text = Printable(line);
   text.push_back('\n');
   Platform::WriteFile(Platform::kStandardError, text.data(), text.size());
 }

@@ -7,13 +7,15 @@
 #include <string_view>
 
 #include "messages/pattern.h"
+#include "tools/support/sentence_parts.h"
 
 namespace Hovar {
 
-inline void AppendPart(std::string& text, std::string_view part) { text.append(part); }
+inline void AppendPart(std::string& text, std::string_view part) { text += Printable(part); }
 inline void AppendPart(std::string& text, std::integral auto part) { text += std::to_string(part); }
 
-/// A message with the parts, texts or whole numbers, in the place of its placeholders.
+/// A message with the parts, texts or whole numbers, in the place of its placeholders. Texts become
+/// printable, whatever file or command line they come from.
 template <typename... Parts>
 std::string Filled(const Messages::PatternWithParts<sizeof...(Parts)>& message,
                    const Parts&... parts) {
@@ -22,7 +24,7 @@ std::string Filled(const Messages::PatternWithParts<sizeof...(Parts)>& message,
   return text;
 }
 
-/// Writes a line on standard error. That it cannot be written is not told.
+/// Writes a line, made printable, on standard error. A failure to write it is ignored.
 void SayLine(std::string_view line);
 
 /// Writes a message as a line on standard error.

@@ -13,7 +13,10 @@ namespace Hovar {
 std::string ShownPath(std::string_view path);
 
 /// The same as one word of a command line, to be pasted into a shell: in quotes where it holds
-/// anything with a special meaning there.
+/// anything with a special meaning there, and as $'...' where it holds what is not printable.
 std::string PastablePath(std::string_view path);
+
+/// A text as one word of a command line, its bytes as they are.
+std::string ShellWord(std::string_view text);
 
 }  // namespace Hovar

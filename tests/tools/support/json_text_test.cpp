@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tools/support/base64.h"
+#include "tools/support/utf8.h"
 
 namespace Hovar {
 namespace {

@@ -23,6 +23,9 @@ TEST(ShownPathTest, PathsCanBePastedIntoAShell) {
   EXPECT_EQ(PastablePath("a$b;c"), "'a$b;c'");
   EXPECT_EQ(PastablePath("it's"), "'it'\\''s'");
   EXPECT_EQ(PastablePath(""), "''");
+  EXPECT_EQ(PastablePath("it's\na\x1b\\b"), "$'it\\'s\\na\\x1b/b'");
+  EXPECT_EQ(Hovar::ShellWord("a\\b"), "'a\\b'");
+  EXPECT_EQ(Hovar::ShellWord("a\\b\n"), "$'a\\\\b\\n'");
 }
 
 }  // namespace
