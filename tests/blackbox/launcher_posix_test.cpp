@@ -326,17 +326,6 @@ TEST_F(ReportTest, NamesOfFilesAndFoldersAreEscaped) {
 }
 
 // The memory of a process is a regular file whose first page nobody can read.
-TEST_F(ReportTest, AFileThatCannotBeReadIsNamed) {
-  work_.Write("out/sub/a.csv", "f");
-  work_.Write("out/report.html", "earlier");
-  fs::create_symlink("/proc/self/mem", work_.Path() / "out/sub/b.csv");
-  const ProcessResult result = Report({"out"});
-  EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.output, "");
-  EXPECT_EQ(result.error, "hovar: cannot read out/sub/b.csv\n");
-  EXPECT_EQ(work_.Read("out/report.html"), "earlier");
-}
-
 TEST(InstallTest, AnInstalledTreeRuns) {
   const TinyStudy study;
   const ScratchFolder prefix;

@@ -156,5 +156,19 @@ TEST(RightsTest, AReportNamesTheFileThatMayNotBeRead) {
   EXPECT_FALSE(study.Has("out/report.html"));
 }
 
+TEST(RightsTest, AReportGoesOnWithoutAFolderThatMayNotBeRead) {
+  const TinyStudy study;
+  const ScratchFolder place;
+  const std::string launcher = CopyTreeWithPageTo(place.Path());
+  study.Write("out/a.csv", "f");
+  study.Write("out/lost+found/b.csv", "f");
+  const LimitedRights limited(study.Path() / "out/lost+found", kNone);
+  const ProcessResult run =
+      RunProcess(WithoutRights(LauncherIn(study, {"--report", "out"}, launcher)));
+  EXPECT_EQ(run.exitStatus, 0);
+  EXPECT_EQ(run.error, "hovar: left out out/lost+found: you may not read it\n");
+  ExpectHolds(study.Read("out/report.html"), "data-path=\"a.csv\"");
+}
+
 }  // namespace
 }  // namespace Testing

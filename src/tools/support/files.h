@@ -18,6 +18,8 @@ namespace Hovar {
 class InputFile {
  public:
   explicit InputFile(const std::string& path);
+  /// Takes over a file that is open, or kNoFile.
+  explicit InputFile(Vell::IO::Platform::FileHandle file) noexcept : file_(file) {}
   ~InputFile();
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;

@@ -38,13 +38,6 @@ bool ReplaceFile(const char* from, const char* to) noexcept;
 /// Removes a file, not a folder; false on failure.
 bool RemoveFile(const char* path) noexcept;
 
-/// Called with the name of an entry (not its path) and the caller's context.
-using FolderVisitor = void (*)(void* context, const char* name);
-
-/// Visits all entries of a folder but "." and "..", in no particular order; false when the folder
-/// cannot be read.
-bool VisitFolder(const char* path, FolderVisitor visitor, void* context);
-
 /// The current folder's absolute path, zero-terminated and with '/' between folders; false when it
 /// cannot be told or does not fit.
 bool CurrentFolder(char* path, std::size_t size) noexcept;

@@ -1,11 +1,8 @@
-#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
-#include <memory>
-#include <string_view>
 
 #include "foundation/io/platform/folders.h"
 #include "foundation/io/platform/native_path_posix.h"
@@ -74,23 +71,6 @@ bool ReplaceFile(const char* from, const char* to) noexcept {
 bool RemoveFile(const char* path) noexcept {
   const NativePath native(path);
   return native.Get() != nullptr && unlink(native.Get()) == 0;
-}
-
-bool VisitFolder(const char* path, FolderVisitor visitor, void* context) {
-  const NativePath native(path);
-  const auto close = [](DIR* folder) { closedir(folder); };
-  const std::unique_ptr<DIR, decltype(close)> folder(
-      native.Get() == nullptr ? nullptr : opendir(native.Get()), close);
-  if (folder == nullptr) {
-    return false;
-  }
-  while (const dirent* entry = readdir(folder.get())) {
-    const std::string_view name(entry->d_name);
-    if (name != "." && name != "..") {
-      visitor(context, entry->d_name);
-    }
-  }
-  return true;
 }
 
 bool CurrentFolder(char* path, std::size_t size) noexcept { return getcwd(path, size) != nullptr; }

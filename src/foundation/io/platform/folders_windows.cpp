@@ -3,9 +3,6 @@
 // A macro there, the name of a function here.
 #undef ReplaceFile
 
-#include <algorithm>
-#include <string_view>
-
 #include "foundation/io/platform/folders.h"
 #include "foundation/io/platform/wide_text_windows.h"
 
@@ -27,43 +24,6 @@ bool Move(const char* from, const char* to, DWORD flags) noexcept {
   return source.Get() != nullptr && target.Get() != nullptr &&
          MoveFileExW(source.Get(), target.Get(), flags) != 0;
 }
-
-/// The path of a folder's entries, as a search takes it.
-bool EntriesOf(const char* folder, WideBuffer& pattern) noexcept {
-  constexpr std::wstring_view kEveryEntry = L"\\*";
-  const NativePath native(folder);
-  if (native.Get() == nullptr || *native.Get() == L'\0') {
-    return false;
-  }
-  const std::wstring_view path(native.Get());
-  if (path.size() + kEveryEntry.size() >= pattern.size()) {
-    return false;
-  }
-  wchar_t* const end = std::copy(path.begin(), path.end(), pattern.begin());
-  *std::copy(kEveryEntry.begin(), kEveryEntry.end(), end) = L'\0';
-  return true;
-}
-
-/// Closes a search for files at the end of the scope.
-class Search {
- public:
-  explicit Search(const wchar_t* pattern) noexcept : handle_(FindFirstFileW(pattern, &entry_)) {}
-  ~Search() {
-    if (IsOpen()) {
-      FindClose(handle_);
-    }
-  }
-  Search(const Search&) = delete;
-  Search& operator=(const Search&) = delete;
-
-  bool IsOpen() const noexcept { return handle_ != INVALID_HANDLE_VALUE; }
-  const wchar_t* Name() const noexcept { return entry_.cFileName; }
-  bool Next() noexcept { return FindNextFileW(handle_, &entry_) != 0; }
-
- private:
-  WIN32_FIND_DATAW entry_{};
-  HANDLE handle_;
-};
 
 }  // namespace
 
@@ -119,26 +79,6 @@ bool ReplaceFile(const char* from, const char* to) noexcept {
 bool RemoveFile(const char* path) noexcept {
   const NativePath native(path);
   return native.Get() != nullptr && DeleteFileW(native.Get()) != 0;
-}
-
-bool VisitFolder(const char* path, FolderVisitor visitor, void* context) {
-  WideBuffer pattern;
-  if (!EntriesOf(path, pattern)) {
-    return false;
-  }
-  Search search(pattern.data());
-  if (!search.IsOpen()) {
-    return false;
-  }
-  do {
-    constexpr std::size_t kMostBytes = std::size_t{4} * MAX_PATH;
-    std::array<char, kMostBytes> bytes;
-    const std::wstring_view name(search.Name());
-    if (name != L"." && name != L".." && ToBytes(search.Name(), bytes.data(), bytes.size())) {
-      visitor(context, bytes.data());
-    }
-  } while (search.Next());
-  return true;
 }
 
 bool CurrentFolder(char* path, std::size_t size) noexcept {

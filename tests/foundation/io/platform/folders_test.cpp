@@ -2,11 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include "support/files.h"
 
@@ -24,17 +22,6 @@ bool Rename(const std::string& from, const std::string& to) {
 
 bool SameFile(const std::string& one, const std::string& other) {
   return Platform::SameFile(one.c_str(), other.c_str());
-}
-
-/// The names in a folder, sorted.
-std::vector<std::string> NamesIn(const std::string& path) {
-  std::vector<std::string> names;
-  const auto add = [](void* context, const char* name) {
-    static_cast<std::vector<std::string>*>(context)->emplace_back(name);
-  };
-  EXPECT_TRUE(Platform::VisitFolder(path.c_str(), add, &names));
-  std::sort(names.begin(), names.end());
-  return names;
 }
 
 TEST(FoldersTest, FilesFoldersAndNothingAreToldApart) {
@@ -83,24 +70,6 @@ TEST(FoldersTest, RenamingMovesFolders) {
   folder.Write("from/file", "x");
   EXPECT_TRUE(Rename(folder.File("from"), folder.File("to")));
   EXPECT_EQ(folder.Read("to/file"), "x");
-}
-
-TEST(FoldersTest, EveryEntryIsVisitedOnce) {
-  const ScratchFolder folder;
-  folder.Write("a", "");
-  folder.Write(".hidden", "");
-  folder.Write("with blank/below", "");
-  EXPECT_EQ(NamesIn(folder.Path().string()),
-            (std::vector<std::string>{".hidden", "a", "with blank"}));
-  EXPECT_EQ(NamesIn(folder.Path().string() + "\\with blank"), std::vector<std::string>{"below"});
-}
-
-TEST(FoldersTest, WhatIsNoFolderCannotBeVisited) {
-  const ScratchFolder folder;
-  const auto never = [](void* /*context*/, const char* name) { ADD_FAILURE() << name; };
-  for (const std::string& path : {folder.File("none"), folder.Write("file", "x")}) {
-    EXPECT_FALSE(Platform::VisitFolder(path.c_str(), never, nullptr)) << path;
-  }
 }
 
 TEST(FoldersTest, TheCurrentFolderIsAbsoluteAndMustFit) {
