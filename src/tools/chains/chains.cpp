@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/exit_status.h"
+#include "tools/chains/chain_comparison.h"
 #include "tools/chains/chain_definitions.h"
 #include "tools/chains/chain_files.h"
 #include "tools/chains/messages.h"
@@ -179,6 +180,10 @@ int Collect(const ChainSet& set) {
     draws.push_back(std::move(*read));
     folders.push_back(ShownPath(chain.folder));
   }
+  if (!BelongTogether(set)) {
+    return kFailure;
+  }
+  NameEarlierChains(set);
   const std::string text =
       VerdictText(draws, ReadCoefficientNames(set.chains.front().coefficientFile), set.estimation);
   if (!Print(text)) {

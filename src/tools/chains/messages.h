@@ -10,6 +10,13 @@ struct ChainMessages {
   Messages::Pattern chainDone{"<chain>: done in <time>"};
   Messages::Pattern chainEndedWithStatus{"<chain>: ended with status <status>"};
   Messages::Pattern chainFailed{"hovar: <chain> failed; its output is in <file>"};
+  Messages::Pattern earlierChain{
+      "hovar: not collected: <folder>, which an earlier run with more chains wrote"};
+  Messages::Pattern otherDefinition{"hovar: <chain> was run with another definition; run it again"};
+  Messages::Pattern otherFits{
+      "hovar: <chain> has other fits than <chain>, so their data differ; run both again"};
+  Messages::Pattern otherValue{
+      "hovar: <chain> was run with <element> <value> instead of <value>; run it again"};
   Messages::Pattern needsAnalysis{
       "hovar: --chains needs the definition of an Analysis, which <file> is not"};
   Messages::Pattern firstWordStandsStill{

@@ -1,10 +1,7 @@
 #include "tools/plan/estimating_equations.h"
 
-#include "foundation/io/file_stream.h"
-#include "foundation/io/platform/folders.h"
-#include "regression/coefficient_file.h"
 #include "tools/plan/messages.h"
-#include "tools/support/error_capture.h"
+#include "tools/plan/result_file.h"
 #include "tools/support/message.h"
 #include "tools/support/sentence_parts.h"
 
@@ -41,17 +38,8 @@ bool HasClusteredDraws(const RegressionResults& results) {
 }
 
 std::optional<bool> HasClusteredDraws(const std::string& coefficientFile) {
-  namespace Platform = Vell::IO::Platform;
-  if (Platform::KindOf(coefficientFile.c_str()) != Platform::PathKind::kFile) {
-    return std::nullopt;  // reading a pipe would wait
-  }
-  RegressionResults results;
-  const bool isRead =
-      !ErrorOf([&] {
-         Vell::IO::FileStream stream(Vell::String(coefficientFile), Vell::IO::Mode::kReadText);
-         ReadCoefficientFile(results, stream);
-       }).has_value();
-  return isRead ? std::optional(HasClusteredDraws(results)) : std::nullopt;
+  const std::optional<RegressionResults> results = ReadResultFile(coefficientFile);
+  return results ? std::optional(HasClusteredDraws(*results)) : std::nullopt;
 }
 
 std::string WhatIsUnfit(const std::optional<MissingRecords>& missing) {
