@@ -18,10 +18,10 @@ start=$(date +%s)
 
 step() { echo "== $1 (after $(($(date +%s) - start)) s)"; }
 
-step "Formatting, length of tests"
+step "Formatting, lengths"
 find src tests bench fuzz tools -name node_modules -prune -o \( -name '*.h' -o -name '*.cpp' \) -print |
   xargs clang-format --dry-run -Werror
-tools/check_test_lengths.py
+tools/check_lengths.py
 
 step "Tests under AddressSanitizer and UndefinedBehaviorSanitizer (clang)"
 cmake --preset asan -DCMAKE_CXX_COMPILER=clang++ -DHOVAR_BUILD_BENCHMARKS=ON
