@@ -14,8 +14,10 @@ class BatchRunner final : public Runner {
   /// Errors: those of ReadBatchDefinition.
   explicit BatchRunner(Vell::XmlReader& reader);
 
-  /// Errors: those of the runs; "Out of memory" when batches are nested so deeply that the stack is
-  ///         used up, as by a batch that names itself.
+  /// Opens each definition only when its turn has come, so a run can write a definition that
+  /// follows.
+  /// Errors: those of DispatchDefinition and of the runs; "Out of memory" when batches are nested
+  ///         so deeply that the stack is used up, as by a batch that names itself.
   void Run() override;
 
  private:

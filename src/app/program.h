@@ -1,5 +1,7 @@
 #pragma once
 
+// The program as a function, so that tests can run it within their process.
+
 #include "foundation/string.h"
 
 namespace Hovar {
@@ -19,7 +21,8 @@ int RunProgram(int argumentCount, const char* const* arguments);
 /// Errors: as RunProgram.
 Vell::String StartupDirectoryOf(const Vell::String& programPath);
 
-/// The start-up directory of this process.
+/// The start-up directory of this process; empty before RunProgram has found one. Valid as long as
+/// the process, and unchanged until RunProgram is called again.
 const Vell::String& StartupDirectory() noexcept;
 
 }  // namespace Hovar

@@ -1,5 +1,7 @@
 #pragma once
 
+// The files of a run as the runners need them: opened by path, read or written whole, and closed.
+
 #include <cstdint>
 
 #include "data/data_file_reader.h"
@@ -10,11 +12,12 @@
 
 namespace Hovar {
 
-/// Creates the output folder of a run and attaches its log file, both named by the definition.
+/// Creates the output folder of a run (one level; its parent must exist) and attaches its log file,
+/// which is emptied and lies in it; both are named by the definition.
 /// Errors: FileOpenException for the log file, also when the folder could not be created.
 void OpenRun(const Vell::String& folder, const Vell::String& logFile);
 
-/// Opens a data file and reads it.
+/// Opens a data file, reads it and closes it. `poaCount` and `keyUse` are those of ReadDataFile.
 /// Errors: FileOpenException; those of ReadDataFile.
 void ReadDataFileAt(DataSet& dataSet, const Vell::String& path, std::int32_t poaCount,
                     KeyUse keyUse = KeyUse::kDrop);
@@ -24,8 +27,9 @@ void ReadDataFileAt(DataSet& dataSet, const Vell::String& path, std::int32_t poa
 void ReadCoefficientsFor(DataSet& dataSet, RegressionResults& results, const Vell::String& path);
 
 /// Creates an output file, lets write(writer) fill it and closes it, so that it is complete when
-/// this returns.
-/// Errors: FileOpenException; "IO Exception".
+/// this returns. `write` takes an IO::TextWriter by reference. After an error what was written
+/// stays.
+/// Errors: FileOpenException; "IO Exception"; "Out of memory"; whatever `write` raises.
 template <typename Write>
 void WriteOutputFile(const Vell::String& path, Write write);
 

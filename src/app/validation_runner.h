@@ -14,6 +14,9 @@ class ValidationRunner final : public Runner {
   /// Errors: those of ReadValidationDefinition; FileOpenException.
   explicit ValidationRunner(Vell::XmlReader& reader);
 
+  /// Errors: those of ReadDataFile, ReadCoefficientFile, ReconcileVariables,
+  ///         ReadIndividualPredictions and ComputeCStatistics; FileOpenException; "IO Exception";
+  ///         "Out of memory".
   void Run() override;
 
  private:

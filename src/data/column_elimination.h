@@ -39,7 +39,7 @@ enum class EliminationReason {
   kDependent,  // none of these: a linear combination of kept columns, within the tolerance
 };
 
-/// A variable that column elimination removed.
+/// A variable that column elimination removed: when, why, and what it was called.
 struct EliminatedVariable {
   EliminationStage stage = EliminationStage::kZeroZ;
   EliminationReason reason = EliminationReason::kZero;
@@ -66,11 +66,14 @@ void EliminateColumns(Vell::GrowableArray<EliminatedVariable>& eliminated, DataS
 void EliminateColumns(DataSet& dataSet, double tolerance);
 
 /// Logs the names of the listed variables and removes them; counts the complete records again.
-/// `columns` are distinct.
+/// `columns` are distinct and in range, in the order in which their names are logged. Column 0, the
+/// intercept, may be among them.
 /// Errors: "Index out of range"; "Out of memory".
 void RemoveColumns(DataSet& dataSet, const Vell::IndexVector& columns);
 
-/// The columns, ascending, that are set in no record, or in no record without a missing value.
+/// The columns, ascending, that are set in no record, or in no record without a missing value; all
+/// of them where there is no such record. `recordHasMissing` has one entry per row of x.
+/// Errors: "Out of memory".
 Vell::IndexVector FindZeroColumns(const Vell::BitMatrix& z);
 Vell::IndexVector FindZeroColumns(const Vell::TernaryMatrix& x,
                                   const Vell::BitVector& recordHasMissing);
@@ -78,14 +81,17 @@ Vell::IndexVector FindZeroColumns(const Vell::TernaryMatrix& x,
 /// The columns of a symmetric p x p matrix of cross counts to remove, in pivot order, so that the
 /// others are independent; column 0 is never among them. A singular value counts as zero when it is
 /// not above `tolerance` times the largest.
+/// Cost:   a singular value decomposition of the p x p matrix and one of the null space.
 /// Errors: as EliminateColumns.
 Vell::IndexVector FindDependentColumns(const Vell::Matrix& counts, double tolerance);
 
-/// True when two 0/1 columns are equal: as many records have both as have each. `counts` is the matrix of
-/// cross counts; a and b are column numbers of it.
+/// True when two 0/1 columns are equal: as many records have both as have each. `counts` is the
+/// matrix of cross counts; a and b are column numbers of it.
 bool AreEqualColumns(const Vell::Matrix& counts, std::int32_t a, std::int32_t b) noexcept;
 
-/// True when every singular value is above `tolerance` times the largest.
+/// True when every singular value is above `tolerance` times the largest. Cost: one singular value
+/// decomposition, of the order of p^3 operations for p columns.
+/// Errors: those of the decomposition; "Out of memory".
 bool IsFullRank(const Vell::Matrix& counts, double tolerance);
 
 }  // namespace Hovar

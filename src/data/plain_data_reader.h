@@ -1,5 +1,8 @@
 #pragma once
 
+// The quick way of a data file into memory, taken by nearly every file. It must accept nothing that
+// the careful way of data_file_reader.h refuses, and give the same data set for what it accepts.
+
 #include <cstdint>
 
 #include "data/data_file_reader.h"

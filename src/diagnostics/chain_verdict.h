@@ -21,6 +21,7 @@ struct ChainDraws {
   std::vector<std::string> names;
   std::vector<Draws> columns;
 
+  /// Draws of a column; 0 without columns.
   std::size_t DrawCount() const noexcept { return columns.empty() ? 0 : columns.front().size(); }
 };
 
@@ -37,6 +38,7 @@ enum class Verdict {
   kConverged,           // all pass in several chains
 };
 
+/// What is said of the chains of one Analysis.
 struct ChainJudgement {
   Verdict verdict = Verdict::kUndetermined;
   /// Indices of the chains that count, in their order.
@@ -52,7 +54,7 @@ struct ChainJudgement {
   std::vector<Convergence> coefficients;
 };
 
-/// The verdict that the figures of `chains` chains give.
+/// The verdict that the figures of `chains` chains, one per coefficient, give.
 Verdict VerdictOf(const std::vector<Convergence>& coefficients, std::size_t chains,
                   Estimation estimation);
 

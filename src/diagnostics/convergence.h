@@ -23,6 +23,9 @@
 
 namespace Hovar {
 
+/// The thresholds that draws must meet to be used: the largest R-hat, which counts as good itself,
+/// and the smallest effective sample size in the bulk and in the tails, whatever the number of
+/// chains.
 inline constexpr double kLargestRhat = 1.01;
 inline constexpr double kSmallestSampleSize = 400;
 
@@ -43,7 +46,8 @@ struct Convergence {
 /// Result: not a number where AreDegenerate.
 double Rhat(const Chains& chains);
 
-/// Judges the draws of one quantity.
+/// Judges the draws of one quantity: any number of chains, one included, all of one length. Fewer
+/// than 4 draws a chain determine nothing. Cost: that of sorting all draws.
 Convergence JudgeConvergence(const Chains& chains);
 
 }  // namespace Hovar

@@ -1,7 +1,9 @@
 #pragma once
 
 // The draws of one quantity in one chain or in several, and the sums of them on which the measures
-// of convergence rest.
+// of convergence rest. Draws are held in standard containers, as all of this folder is: it works
+// for the tools, which read chains from files, and not within a run. Nothing here raises an error
+// of its own or keeps its arguments; running out of memory is std::bad_alloc.
 
 #include <cstddef>
 #include <limits>
@@ -34,11 +36,12 @@ Draws Pooled(const Chains& chains);
 /// Source: R. J. Hyndman, Y. Fan, The American Statistician 50 (1996), pages 361-365 (type 7).
 double Quantile(const Draws& ascending, double probability);
 
-/// The halves of each chain; of an odd number of draws the middle one is left out.
+/// The halves of each chain, the first one of a chain before its second; of an odd number of draws
+/// the middle one is left out.
 Chains SplitIntoHalves(const Chains& chains);
 
-/// True when the draws determine no measure: one is not finite, or all are equal. The chains hold
-/// at least one draw.
+/// True when the draws determine no measure: one is not finite, or all are equal, which they count
+/// as when they lie within 2.2e-16 of each other. The chains hold at least one draw.
 bool AreDegenerate(const Chains& chains);
 
 }  // namespace Hovar

@@ -13,7 +13,8 @@ namespace Hovar {
 
 using Spectrum = std::vector<std::complex<double>>;
 
-/// Replaces n = 2^k values x by X[k] = sum over j of x[j] exp(-2 pi i j k / n), in place.
+/// Replaces n = 2^k values x (n >= 1) by X[k] = sum over j of x[j] exp(-2 pi i j k / n), in place.
+/// It is not scaled, so transforming twice gives n x[-j mod n].
 void TransformFourier(Spectrum& values);
 
 }  // namespace Hovar

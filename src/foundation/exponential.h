@@ -27,7 +27,10 @@ struct Lanes<1> {
   using Bits = std::uint64_t;
 };
 
-/// x := e^x for every lane: the same operations however many lanes there are.
+/// x := e^x for every lane: the same operations however many lanes there are (1, 2, 4 or 8), so
+/// lane i has the bits that Exp gives for it alone. Range and special values are those of Exp. A
+/// kernel calls it from a form that is compiled for the instruction set
+/// (linalg/kernels/dispatch.h).
 template <int kLanes>
 [[gnu::always_inline]] inline void ReplaceByExp(typename Lanes<kLanes>::Real& x) noexcept {
   using Real = typename Lanes<kLanes>::Real;
@@ -75,7 +78,8 @@ template <int kLanes>
   x = power * __builtin_bit_cast(Real, scale1) * __builtin_bit_cast(Real, scale2);
 }
 
-/// e^x. Infinite above 709.79, 0 below -745.14, 1 for 0 of either sign, a NaN for a NaN.
+/// e^x, for any double; no errors. Infinite above 709.79, 0 below -745.14, 1 for 0 of either sign,
+/// a NaN for a NaN.
 inline double Exp(double x) noexcept {
   ReplaceByExp<1>(x);
   return x;

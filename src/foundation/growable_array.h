@@ -1,7 +1,9 @@
 #pragma once
 
 // An owned block of elements with a size and a capacity. It serves for numbers (Vector,
-// IndexVector) and for objects (strings, handles) alike.
+// IndexVector) and for objects (strings, handles) alike. Its blocks come from memory.h, so that
+// running out of memory is an error of ours, and its sizes are the signed 32-bit numbers that the
+// system counts with.
 
 #include <algorithm>
 #include <cassert>
@@ -28,8 +30,11 @@ namespace Vell {
 template <typename T>
 class GrowableArray {
  public:
+  /// An empty array without a block.
   GrowableArray() = default;
+  /// `size` fresh elements.
   explicit GrowableArray(std::int32_t size) { Resize(size); }
+  /// A copy with a capacity of exactly other.Size().
   GrowableArray(const GrowableArray& other) : GrowableArray() {
     Reallocate(other.size_);
     std::uninitialized_copy_n(other.data_, other.size_, data_);
@@ -53,10 +58,12 @@ class GrowableArray {
   }
   ~GrowableArray() { Clear(); }
 
+  /// Elements, and how many the block has room for.
   std::int32_t Size() const noexcept { return size_; }
   std::int32_t Capacity() const noexcept { return capacity_; }
   bool IsEmpty() const noexcept { return size_ == 0; }
 
+  /// Element `index`, 0 <= index < Size().
   T& operator[](std::int32_t index) noexcept {
     assert(index >= 0 && index < size_);
     return data_[index];
@@ -66,6 +73,7 @@ class GrowableArray {
     return data_[index];
   }
 
+  /// All elements, in their order; null pointers without a block.
   T* begin() noexcept { return data_; }
   T* end() noexcept { return data_ + size_; }
   const T* begin() const noexcept { return data_; }
@@ -91,8 +99,9 @@ class GrowableArray {
     }
   }
 
-  /// Adds one element; a full block doubles, to at least 1.
-  /// Errors: IntegerOverflowException "Integer overflow" when that gives 2^31 elements.
+  /// Adds one element; a full block doubles, to at least 1, so that n elements cost O(n) moves.
+  /// Errors: IntegerOverflowException "Integer overflow" when doubling gives 2^31 elements or more;
+  /// the array is then as it was.
   void Append(T element) {
     if (size_ == capacity_) {
       Reserve(std::max(CheckedSize(2 * static_cast<std::uint64_t>(capacity_)), 1));

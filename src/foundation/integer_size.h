@@ -1,5 +1,8 @@
 #pragma once
 
+// Sizes, counts and indices are signed 32-bit integers throughout the system, as in the files that
+// it writes. Here they are made from wider numbers and checked.
+
 #include <cstdint>
 
 namespace Vell {
@@ -10,6 +13,7 @@ namespace Vell {
 /// Errors: IntegerOverflowException "Integer overflow" for 2147483648 and more.
 std::int32_t CheckedSize(std::uint64_t size);
 
+/// Checks an index that comes from outside; nothing is ever in range of a count of 0 or less.
 /// Errors: InvalidArgumentException "Index out of range" unless 0 <= index < count.
 void RequireIndex(std::int32_t index, std::int32_t count);
 

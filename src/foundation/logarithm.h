@@ -16,7 +16,8 @@
 
 namespace Vell {
 
-/// ln x. -infinity for 0 of either sign, a NaN for a negative number and for a NaN.
+/// ln x. -infinity for 0 of either sign, a NaN for a negative number and for a NaN, infinity for
+/// infinity, exactly 0 for 1. Subnormal numbers are as accurate as any other. No errors, no state.
 inline double Log(double x) noexcept {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   if (!(x > 0)) {

@@ -3,7 +3,8 @@
 // A reference-counted handle: runners, streams and text writers are shared through it. The count is
 // a block of its own beside the object; it also remembers how to destroy the object as the type it
 // was made as, so a base class needs no virtual destructor. Counts are not atomic: the system has a
-// single thread.
+// single thread. Handles that refer to each other in a circle would never be destroyed; the system
+// has none.
 
 #include <cstdint>
 #include <new>
@@ -14,7 +15,8 @@
 
 namespace Vell {
 
-/// The count of a shared object and the way to destroy it.
+/// The count of a shared object and the way to destroy it. `object` is the block of memory.h in
+/// which the object lies; both are null for an object with static storage.
 struct SharedCount {
   std::int32_t count = 1;
   void* object = nullptr;
@@ -58,8 +60,10 @@ class SharedHandle {
     }
   }
 
+  /// The object, which lives at least as long as this handle refers to it.
   T& operator*() const noexcept { return *object_; }
   T* operator->() const noexcept { return object_; }
+  /// False for an empty handle.
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
  private:

@@ -1,12 +1,15 @@
 #pragma once
 
+// Cells of one bit: outcomes and the columns that hospitals record (Z), which are never missing.
+// packed_matrix.h has what they share with ternary cells.
+
 #include <cstdint>
 
 #include "linalg/packed_matrix.h"
 
 namespace Vell {
 
-/// Bits, eight to a byte.
+/// Bits, eight to a byte, 0 when sized. An index is from 0 to below Size(), which nothing checks.
 class BitVector : public PackedVector<1> {
  public:
   using PackedVector::PackedVector;
@@ -18,7 +21,8 @@ class BitVector : public PackedVector<1> {
   static constexpr std::uint32_t kFirst = 0x80;
 };
 
-/// A matrix of bits.
+/// A matrix of bits, 0 when made; rows and columns count from 0, which nothing checks. Its rows are
+/// not aligned to bytes.
 class BitMatrix : public PackedMatrix<BitVector> {
  public:
   using PackedMatrix::PackedMatrix;

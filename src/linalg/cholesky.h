@@ -1,5 +1,12 @@
 #pragma once
 
+// The Cholesky factor and what is computed from it. It serves Newton's method
+// (regression/newton.h), the covariances of a fit (regression/covariance.h) and the draws of the
+// sampler (mcmc/beta_yx.h).
+//
+// Nothing is pivoted, and nothing is said of the condition of the matrix: a factor of a nearly
+// singular matrix is as inaccurate as the matrix demands.
+
 #include "linalg/symmetric_matrix.h"
 #include "linalg/vector.h"
 
@@ -18,14 +25,15 @@ SymmetricMatrix Cholesky(const SymmetricMatrix& a);
 // The following take a factor L of order n from Cholesky, whose diagonal is never 0, and vectors of
 // n elements. A NaN in an argument passes into the result. Errors: "Out of memory".
 
-/// Solves L * L^T * x = b by forward and back substitution.
+/// Solves L * L^T * x = b by forward and back substitution, in about n^2 multiplications.
 Vector CholeskySolve(const SymmetricMatrix& factor, const Vector& b);
 
 /// Solves L^T * x = b by back substitution; if b has independent standard normal elements, x has
-/// the covariance (L * L^T)^-1.
+/// the covariance (L * L^T)^-1. About n^2 / 2 multiplications.
 Vector SolveTransposed(const SymmetricMatrix& factor, const Vector& b);
 
-/// (L * L^T)^-1, of order n, in packed form.
+/// (L * L^T)^-1, of order n, in packed form. Column j is the solution for unit vector j, of which
+/// only the elements from j on are computed: about n^3 / 3 multiplications.
 SymmetricMatrix CholeskyInverse(const SymmetricMatrix& factor);
 
 }  // namespace Vell

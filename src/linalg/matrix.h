@@ -1,5 +1,8 @@
 #pragma once
 
+// The dense matrix of the decompositions (svd.h, row_echelon.h) and of tables of estimates.
+// Designs, which are large, are packed (packed_matrix.h).
+
 #include <cassert>
 #include <cstdint>
 #include <span>
@@ -8,10 +11,11 @@
 
 namespace Vell {
 
-/// A dense matrix of doubles, row-major: cell (i, j) at i * columns + j. Rows and columns count from
-/// 0; an index must exist.
+/// A dense matrix of doubles, row-major: cell (i, j) at i * columns + j. Rows and columns count
+/// from 0; an index must exist.
 class Matrix {
  public:
+  /// A matrix without rows or columns.
   Matrix() = default;
 
   /// A zero-filled matrix of fewer than 2^31 cells. Counts that could give more must be refused
@@ -25,6 +29,7 @@ class Matrix {
   std::int32_t Columns() const noexcept { return columns_; }
   std::int32_t CellCount() const noexcept { return cells_.Size(); }
 
+  /// Cell (row, column), 0 <= row < Rows() and 0 <= column < Columns().
   double& operator()(std::int32_t row, std::int32_t column) noexcept {
     assert(column >= 0 && column < columns_);
     return cells_[row * columns_ + column];
@@ -45,6 +50,7 @@ class Matrix {
   /// Sets every cell.
   void Fill(double value) noexcept;
 
+  /// Exchange two rows, or two columns, cell by cell; a row or column with itself changes nothing.
   void SwapRows(std::int32_t a, std::int32_t b) noexcept;
   void SwapColumns(std::int32_t a, std::int32_t b) noexcept;
 

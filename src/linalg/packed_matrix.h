@@ -1,8 +1,9 @@
 #pragma once
 
 // What vectors and matrices of packed cells have in common. A cell has one bit or two (BitMatrix,
-// TernaryMatrix); linalg/kernels/set_columns.h draws how they lie. Cells, rows and columns count from
-// 0, and reading or setting one that does not exist is undefined: callers keep within the sizes.
+// TernaryMatrix); linalg/kernels/set_columns.h draws how they lie. Cells, rows and columns count
+// from 0, and reading or setting one that does not exist is undefined: callers keep within the
+// sizes.
 
 #include <cstdint>
 #include <span>
@@ -28,10 +29,11 @@ class PackedVector {
  public:
   static constexpr int kBitsPerCell = kBits;
 
+  /// No cells and no byte.
   PackedVector() = default;
   explicit PackedVector(std::int32_t size) { Resize(size); }
 
-  /// Becomes `size` zeros.
+  /// Becomes `size` zeros in a block of its own; the old cells are gone, after an error too.
   void Resize(std::int32_t size) {
     size_ = 0;
     RequireNotNegative(size);
@@ -52,6 +54,7 @@ class PackedVector {
   /// Bytes, the spare one included; 0 before a size was given.
   std::int32_t ByteCount() const noexcept { return bytes_.Size(); }
 
+  /// The packed cells, the spare byte included; valid until the size changes.
   std::span<std::uint8_t> Bytes() noexcept { return bytes_.Span(); }
   std::span<const std::uint8_t> Bytes() const noexcept { return bytes_.Span(); }
 
@@ -86,6 +89,7 @@ class PackedVector {
 template <typename Cells>
 class PackedMatrix {
  public:
+  /// No rows and no columns.
   PackedMatrix() = default;
   /// Zero-filled.
   PackedMatrix(std::int32_t rows, std::int32_t columns)
@@ -104,7 +108,7 @@ class PackedMatrix {
         columns_};
   }
 
-  /// The packed cells, for filling them in their order.
+  /// The packed cells, for filling them in their order; valid until the number of rows changes.
   std::span<std::uint8_t> Bytes() noexcept { return cells_.Bytes(); }
 
   /// Truncates, or adds rows, as PackedVector::ChangeSize does with cells.
@@ -115,8 +119,8 @@ class PackedMatrix {
   }
 
   /// Removes the listed columns, which are distinct, in place and without reallocation; the rest
-  /// keep their order.
-  /// Errors: "Index out of range"; "Out of memory".
+  /// keep their order. Cost: one pass over all cells.
+  /// Errors: "Index out of range"; "Out of memory". Nothing has changed then.
   void RemoveColumns(const IndexVector& columns) {
     RemovePackedColumns(cells_.Bytes(), rows_, columns_, Cells::kBitsPerCell, columns);
     columns_ -= columns.Size();

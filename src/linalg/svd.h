@@ -1,5 +1,8 @@
 #pragma once
 
+// The singular value decomposition. Column elimination (data/column_elimination.h) counts with it
+// how many columns are independent, and finds their null space.
+
 #include "linalg/matrix.h"
 #include "linalg/vector.h"
 
@@ -9,6 +12,7 @@ namespace Vell {
 struct SvdResult {
   /// Relative tolerance of the rank, set before the decomposition.
   double tolerance = 0;
+  /// The extreme singular values; 0 without any.
   double smallestValue = 0;
   double largestValue = 0;
   /// largestValue * tolerance. A singular value counts towards the rank when it is strictly above.
@@ -23,8 +27,9 @@ struct SvdResult {
 
 /// Decomposes A by Householder reduction to bidiagonal form and implicit-shift QR steps.
 ///
-/// Shapes: any m and n, also m < n (then at least n - m singular values are 0) and order 0, which
-///         has all values and the threshold 0.
+/// Shapes: `result.tolerance` is read, everything else of the result is replaced. Any m and n, also
+///         m < n (then at least n - m singular values are 0) and order 0, which has all values and
+///         the threshold 0.
 /// Errors: NumericException "Too many iterations in singular value decomposition" when one value
 ///         takes more than 30 steps; "Negative singular values in singular value decomposition";
 ///         "Out of memory".

@@ -1,5 +1,8 @@
 #pragma once
 
+// Symmetric matrices and lower triangular factors: the information of a fit, its Cholesky factor
+// and the covariances. Half of a matrix is stored, so a design of 65535 columns still has one.
+
 #include <cassert>
 #include <cstdint>
 
@@ -21,9 +24,11 @@ constexpr std::int32_t PackedRowStart(std::int32_t row) noexcept {
 std::int32_t PackedTriangleSize(std::int32_t order);
 
 /// A symmetric matrix of which the lower triangle is stored by rows: element (i, j) with j <= i at
-/// i * (i + 1) / 2 + j. The same layout holds a lower triangular factor, whose other elements are 0.
+/// i * (i + 1) / 2 + j. The same layout holds a lower triangular factor, whose other elements are
+/// 0.
 class SymmetricMatrix {
  public:
+  /// Order 0.
   SymmetricMatrix() = default;
   /// Zero-filled.
   /// Errors: as PackedTriangleSize; "Out of memory".
@@ -31,7 +36,7 @@ class SymmetricMatrix {
 
   std::int32_t Order() const noexcept { return order_; }
 
-  /// Element (row, column) with column <= row.
+  /// Element (row, column) with 0 <= column <= row < Order(); the mirrored one is not looked up.
   double& operator()(std::int32_t row, std::int32_t column) noexcept {
     assert(column <= row);
     return elements_[PackedRowStart(row) + column];
@@ -41,7 +46,8 @@ class SymmetricMatrix {
     return elements_[PackedRowStart(row) + column];
   }
 
-  /// The elements (row, 0) .. (row, row).
+  /// The elements (row, 0) .. (row, row), one after the other; valid as long as the matrix and not
+  /// assigned to.
   double* Row(std::int32_t row) noexcept { return elements_.begin() + PackedRowStart(row); }
   const double* Row(std::int32_t row) const noexcept {
     return elements_.begin() + PackedRowStart(row);
@@ -56,8 +62,9 @@ class SymmetricMatrix {
   std::int32_t order_ = 0;
 };
 
-/// The order x order matrix with both triangles filled.
-/// Errors: those of Matrix.
+/// The order x order matrix with both triangles filled. Its cells are counted in 32 bits, so the
+/// order can be at most 46340.
+/// Errors: "Invalid argument" for a higher order; "Out of memory".
 Matrix ToFullMatrix(const SymmetricMatrix& packed);
 
 }  // namespace Vell

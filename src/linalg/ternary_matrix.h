@@ -1,5 +1,8 @@
 #pragma once
 
+// Cells that can be missing: present on admission (P) and the patient's conditions (X).
+// packed_matrix.h has what they share with bits.
+
 #include <cstdint>
 
 #include "linalg/packed_matrix.h"
@@ -8,7 +11,8 @@ namespace Vell {
 
 /// Cells that are 0, 1 or missing, four to a byte. A cell has a value bit and, above it, a missing
 /// bit; they are independent, so a missing cell also carries a value: the one that was imputed
-/// last. A new cell is 0 and not missing.
+/// last. A new cell is 0 and not missing. Setting one bit leaves the other. An index is from 0 to
+/// below Size(), which nothing checks.
 class TernaryVector : public PackedVector<2> {
  public:
   using PackedVector::PackedVector;
@@ -25,7 +29,8 @@ class TernaryVector : public PackedVector<2> {
   static constexpr std::uint32_t kMissingBit = 0x80;
 };
 
-/// A matrix of such cells.
+/// A matrix of such cells; rows and columns count from 0, which nothing checks. Its rows are not
+/// aligned to bytes.
 class TernaryMatrix : public PackedMatrix<TernaryVector> {
  public:
   using PackedMatrix::PackedMatrix;

@@ -1,5 +1,7 @@
 #pragma once
 
+// The coefficients among the unknowns of the model: a fit and a draw in every iteration.
+
 #include "data/data_set.h"
 #include "linalg/matrix.h"
 #include "linalg/symmetric_matrix.h"
@@ -18,20 +20,32 @@ namespace Hovar {
 /// matrix, so that covariance is the usual inverse information. With an exchangeable working
 /// correlation L is the factor of the empirical covariance itself; the draws then have its inverse
 /// as their covariance and are very wide, the more so the more records there are. This is a known
-/// limit: the fifth block of such an analysis does not serve for inference.
+/// limit: the fifth block of such an analysis does not serve for inference. Where that covariance
+/// has no factor, as with fewer hospitals than coefficients, standard output receives a line and
+/// the factor of an earlier iteration serves, at first the identity; this error alone does not end
+/// a run.
+///
+/// Each step's fit starts from zero coefficients, so a draw depends on the past through the imputed
+/// data alone. A step costs a fit (logistic_regression.h) and p normal deviates.
 class BetaYX final : public Vell::Mcmc::McmcVector {
  public:
   /// The data set must outlive the variable.
   BetaYX(const DataSet& dataSet, const FitSettings& settings);
 
   /// One row per coefficient: posterior mean, standard error, robust standard error, of which one
-  /// does not apply and holds -1.
+  /// does not apply and holds -1. A standard error is the standard deviation of the kept draws.
+  /// Empty before Finalize.
   const Vell::Matrix& ResultTable() const noexcept { return resultTable_; }
 
+  /// Sets the coefficients to 0, one for each X column, and makes their chain buffers.
   void Initialize() override;
+  /// Fills the result table.
   void Finalize() override;
   double AcceptanceProbability(const Vell::Vector& proposal) override;
+  /// Fits and draws.
+  /// Errors: those of FitCoefficients.
   void Propose(Vell::Vector& proposal) override;
+  /// "BetaYX[0]" for the intercept, and so on.
   Vell::String GetName(std::int32_t component) const override;
 
  private:

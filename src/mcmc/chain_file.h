@@ -1,5 +1,8 @@
 #pragma once
 
+// The only place of the sampler that knows files. A variable writes its own cells; this class knows
+// what a row is.
+
 #include <cstdint>
 #include <span>
 
@@ -21,12 +24,14 @@ class ChainFile {
   /// Errors: FileOpenException; "Out of memory".
   explicit ChainFile(const String& folder);
 
+  /// Writes the header of Chain.csv: "Step", then the names of the values that have buffers.
   void WriteChainHeader(Variables variables);
   /// Writes row `row` of the chain buffers; `step` counts the iterations of the main phase.
   void WriteChainRow(Variables variables, std::int32_t row, std::int32_t step);
+  /// Writes all of Summary.csv: a header and the lines of each variable.
   void WriteSummary(Variables variables);
 
-  /// Closes both files.
+  /// Closes both files, the summary first.
   /// Errors: "IO Exception" if something that was written may be lost.
   void Close();
 

@@ -1,5 +1,8 @@
 #pragma once
 
+// Imputation without a sampler, for Predictions and Validations: the coefficients are given, and
+// each pass draws the missing values anew.
+
 #include <cstdint>
 
 #include "data/data_set.h"

@@ -27,8 +27,8 @@
 
 namespace Hovar {
 
-/// What a sweep draws with. The vectors have one entry per X column; the prior table is that of
-/// PriorTable.
+/// What a sweep draws with, which must outlive it. The vectors have one entry per X column,
+/// log-odds; the prior table is that of PriorTable.
 struct ImputationModel {
   const Vell::Vector& yGivenXWithoutP;
   const Vell::Vector& pGivenX;
@@ -39,16 +39,22 @@ struct ImputationModel {
 /// value 0. (The missing marks stay for ever; sweeps change values only.)
 void PrepareImputation(DataSet& dataSet);
 
-/// Draws every missing cell of columns 1 and up and of P anew. A prior of exactly 0 or 1 decides
-/// without a draw. No record has P = 1 and Y = 0, as every reader makes sure; one would end the
-/// process.
+/// Draws every missing cell of columns 1 and up and of P anew, record by record. It uses one random
+/// word for each missing X cell that its prior does not decide and one for each missing P with y =
+/// 1.
+/// Cost: one pass over the rows of incomplete records, and for a missing cell the same whatever the
+/// number of variables, but for the few draws that the likelihoods must decide. A prior of exactly
+/// 0 or 1 decides without a draw. No record has P = 1 and Y = 0, as every reader makes sure; one
+/// would end the process.
 /// Errors: "Out of memory".
 void RunImputationSweep(DataSet& dataSet, const ImputationModel& model);
 
-/// 1 / (e^-t + 1)
+/// 1 / (e^-t + 1), the probability that belongs to t log-odds: 0 and 1 at the infinities, a NaN for
+/// a NaN.
 double Logistic(double t) noexcept;
 
-/// The sum of the coefficients of the set columns, in ascending order.
+/// The sum of the coefficients of the set columns, in ascending order: the log-odds of a record.
+/// Every column has a coefficient.
 double LinearPredictor(const Vell::Vector& coefficients,
                        std::span<const std::int32_t> setColumns) noexcept;
 

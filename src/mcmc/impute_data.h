@@ -1,5 +1,7 @@
 #pragma once
 
+// The missing values of X and P among the unknowns of the model: the Gibbs half of the sampler.
+
 #include "data/data_set.h"
 #include "mcmc/beta_yx.h"
 #include "mcmc/imputation_sweep.h"
@@ -16,8 +18,12 @@ class ImputeData final : public Vell::Mcmc::McmcScalar {
   ImputeData(DataSet& dataSet, const BetaYX& beta, const Vell::Vector& pGivenX,
              const Vell::Vector& priorTable);
 
+  /// Sets the missing cells to 0; see PrepareImputation.
   void Initialize() override;
+  /// Always 0.
   double AcceptanceProbability(double proposal) override;
+  /// Runs a sweep and returns 0.
+  /// Errors: "Out of memory".
   double Propose() override;
   Vell::String GetName() const override;
 

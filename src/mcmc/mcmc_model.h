@@ -17,6 +17,7 @@ namespace Vell::Mcmc {
 
 class ChainFile;
 
+/// The length of a run and where its files go.
 struct McmcRunParameters {
   /// Receives Chain.csv and Summary.csv.
   String folder;
@@ -35,6 +36,7 @@ struct McmcRunParameters {
 /// asked for: negative for a run that is refused. The thinning must not be 0.
 std::int32_t LongestChain(const McmcRunParameters& parameters) noexcept;
 
+/// A model is its variables and the order of their steps, which a derived class registers.
 class McmcModel {
  public:
   McmcModel() = default;
@@ -42,7 +44,9 @@ class McmcModel {
   McmcModel& operator=(const McmcModel&) = delete;
   virtual ~McmcModel() = default;
 
-  /// Runs both phases and writes the two files. To be called once.
+  /// Runs both phases and writes the two files. To be called once. Summary.csv stays empty without
+  /// a main phase, and so does Chain.csv but for its header. After each phase standard output
+  /// receives the iterations and the processor time taken.
   /// Errors: InvalidArgumentException "Invalid argument" for a thinning of 0, or sizes that give a
   ///         negative buffer; FileOpenException; "IO Exception"; "Out of memory"; whatever a
   ///         variable raises. What was written stays.
@@ -50,17 +54,20 @@ class McmcModel {
 
   /// States recorded in the current phase, or in the last one that ran.
   std::int32_t Kept() const noexcept { return kept_; }
+  /// As the run's parameters say; the buffer size with its default filled in.
   std::int32_t Thinning() const noexcept { return thinning_; }
   std::int32_t BufferSize() const noexcept { return bufferSize_; }
 
  protected:
   /// A derived model registers its variables here, in the order of their steps.
   virtual void Initialize() {}
+  /// Called at the end of a run, after the variables' own Finalize.
   virtual void Finalize() {}
   /// Writes a line on standard output after iteration `iteration` (from 1).
   virtual void ReportProgress(std::int32_t iteration, bool isBurnin);
 
-  /// The variable must live as long as the model.
+  /// Adds a variable to the end of the order. It must live as long as the model, and have no other.
+  /// Errors: "Out of memory".
   void Register(McmcVariable& variable);
 
  private:

@@ -1,5 +1,8 @@
 #pragma once
 
+// The Metropolis step and the statistics of a variable of one number. A derived class proposes and
+// says how likely a proposal is accepted.
+
 #include "foundation/string.h"
 #include "mcmc/mcmc_variable.h"
 #include "mcmc/variable_statistics.h"
@@ -10,6 +13,7 @@ namespace Vell::Mcmc {
 /// derived class allocates one.
 class McmcScalar : public McmcVariable {
  public:
+  /// The current value; 0 at first.
   double Value() const noexcept { return value_; }
 
   void Step() override;
@@ -21,6 +25,7 @@ class McmcScalar : public McmcVariable {
 
   /// The probability with which the proposal becomes the value; see RandomGenerator::Accept.
   virtual double AcceptanceProbability(double proposal) = 0;
+  /// Makes a proposal; called once a step, before AcceptanceProbability.
   virtual double Propose() = 0;
   /// Called before an accepted proposal becomes the value.
   virtual void OnAccept(double /*proposal*/) {}

@@ -1,5 +1,7 @@
 #pragma once
 
+// What a user chooses about sampling. All definitions but a Batch hold these three numbers.
+
 #include <cstdint>
 
 namespace Hovar {

@@ -1,5 +1,8 @@
 #pragma once
 
+// The Metropolis step and the statistics of a variable of several numbers. Each component has a
+// line of the summary and, with buffers, a column of the chain file.
+
 #include "foundation/growable_array.h"
 #include "foundation/string.h"
 #include "linalg/vector.h"
@@ -11,6 +14,7 @@ namespace Vell::Mcmc {
 /// A variable of several numbers that are proposed and accepted as one block.
 class McmcVector : public McmcVariable {
  public:
+  /// The current values; the reference is good as long as the variable.
   const Vector& Values() const noexcept { return values_; }
 
   void Step() override;
@@ -37,6 +41,7 @@ class McmcVector : public McmcVariable {
   void Resize(std::int32_t count);
   /// Gives every component a chain buffer of the model's buffer size.
   void AllocateChainBuffers();
+  /// The statistics of a component (from 0) in the current phase.
   const VariableStatistics& Statistics(std::int32_t component) const noexcept {
     return statistics_[component];
   }

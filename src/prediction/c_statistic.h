@@ -6,7 +6,7 @@
 //
 // The value is the exact count of pairs, twice for a larger prediction and once for an equal one,
 // over twice the number of pairs. Instead of walking all pairs, the records are walked once in the
-// order of their predictions.
+// order of their predictions. No standard error is computed.
 //
 // Source: J. A. Hanley, B. J. McNeil, Radiology 143 (1982), pages 29-36.
 
@@ -18,7 +18,8 @@
 namespace Hovar {
 
 /// The C-statistic of `predictions` for the records that `includes` accepts, -1.0 when they make no
-/// pair. For several of the same predictions, rank them once.
+/// pair. `response` and `includes` take the number of a record, 0 to below `records`, and give a
+/// bool. For several of the same predictions, rank them once.
 /// Errors: InvalidArgumentException "Index out of range" when there are fewer predictions than
 ///         records; "Out of memory".
 template <typename Response, typename Includes>

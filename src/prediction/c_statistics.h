@@ -1,5 +1,8 @@
 #pragma once
 
+// The outcome of a Validation: which C-statistics there are, over which records, and the file that
+// has them. c_statistic.h defines the measure.
+
 #include "data/data_set.h"
 #include "foundation/io/text_writer.h"
 #include "mcmc/mcmc_settings.h"
@@ -20,10 +23,13 @@ struct CStatisticValues {
 };
 
 /// Computes all six. The third and fourth depend on which records have P = 0, so they are averaged
-/// over `settings.steps` imputation sweeps after `settings.burnin` that are thrown away; a sweep
-/// for which they are undefined enters with its -1.0. Without a sweep they are 0. Progress goes to
-/// standard output. The data set keeps the last imputed values.
-/// Errors: "Index out of range" when there are fewer predictions than records; "Out of memory".
+/// over `settings.steps` imputation sweeps (ImputationPasses) after `settings.burnin` that are
+/// thrown away; a sweep for which they are undefined enters with its -1.0. Without a sweep they are
+/// 0. Progress goes to standard output. `result` must be fresh; `predictions` are those of the data
+/// set's records in their order, and `results` those that the predictions were made with. The data
+/// set keeps the last imputed values.
+/// Errors: "Index out of range" when there are fewer predictions than records; "IO Exception"; "Out
+///         of memory".
 void ComputeCStatistics(CStatisticValues& result, DataSet& dataSet,
                         const RegressionResults& results, const IndividualPredictions& predictions,
                         const McmcSettings& settings);

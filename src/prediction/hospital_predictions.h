@@ -1,5 +1,7 @@
 #pragma once
 
+// What is expected and observed in each hospital, from the predictions of its records.
+
 #include <array>
 #include <cstdint>
 
@@ -31,14 +33,16 @@ struct HospitalMeans {
     kPGivenAll,
     kColumnCount
   };
+  /// By Column; the file has another order.
   std::array<HospitalMean, kColumnCount> columns;
 };
 
 /// One entry per hospital, in the order of the data set.
 using HospitalPredictions = Vell::GrowableArray<HospitalMeans>;
 
-/// Aggregates the individual predictions, which have one entry per record of the data set; each mean
-/// is the sum in record order over the count. What was in the result is replaced.
+/// Aggregates the individual predictions, which have one entry per record of the data set; each
+/// mean is the sum in record order over the count. What was in the result is replaced. Standard
+/// output receives one line.
 /// Errors: "Out of memory"; "IO Exception".
 void ComputeHospitalPredictions(HospitalPredictions& hospitalPredictions, const DataSet& dataSet,
                                 const IndividualPredictions& predictions);

@@ -11,16 +11,18 @@
 
 namespace Hovar {
 
-/// Writes one line per record, in the order of the data file. The records' keys are those that the
-/// data set has kept; otherwise the data file is read again: the first field of each record, as the
-/// CSV reader returns it.
+/// Writes one line per record, in the order of the data file, numbers as "%lg"; `dataSet` is the
+/// one that was predicted, and a P that is missing is an empty field, whatever was imputed. The
+/// records' keys are those that the data set has kept; otherwise the data file is read again: the
+/// first field of each record, as the CSV reader returns it.
 /// Errors: FileOpenException for the data file; those of the CSV reader; "IO Exception"; "Out of
 ///         memory".
 void WriteIndividualPredictions(const IndividualPredictions& predictions, const DataSet& dataSet,
                                 const Vell::String& dataFilePath, Vell::IO::TextWriter& writer);
 
 /// Reads the six stored predictions of each record back from a stream at its beginning that can
-/// seek. The columns between them are passed over up to the next comma, without regard to quotes.
+/// seek; it is not closed. Lines are not compared with those of a data file. The columns between
+/// them are skipped up to the next comma, without regard to quotes.
 /// Errors: EndOfStreamException "Unexpected end of stream" for a value that is no number; "Invalid
 ///         argument" for a file without a line; those of the CSV reader; "Out of memory".
 void ReadIndividualPredictions(IndividualPredictions& predictions, Vell::IO::Stream& stream);

@@ -1,5 +1,7 @@
 #pragma once
 
+// The order of records by their predictions, on which C-statistics are counted (c_statistic.h).
+
 #include <cstdint>
 
 #include "foundation/growable_array.h"
@@ -12,6 +14,7 @@ struct Concordance {
   /// 2 for every pair of a record with an event and one without in which the prediction is larger
   /// for the one with the event, 1 for every pair of equal predictions.
   std::int64_t score = 0;
+  /// Records with an event, and without.
   std::int64_t events = 0;
   std::int64_t others = 0;
 
@@ -26,14 +29,17 @@ struct Concordance {
 /// than nor equal to anything.
 class PredictionRanking {
  public:
-  /// Ranks the first `records` predictions. The cost grows linearly with the records while they are
-  /// spread over their range, and at worst as that of sorting.
+  /// Ranks the first `records` predictions, of which nothing is kept but their order. The cost
+  /// grows linearly with the records while they are spread over their range, and at worst as that
+  /// of sorting.
   /// Errors: InvalidArgumentException "Index out of range" when there are fewer predictions than
   ///         records, "Invalid argument" for a negative number; "Out of memory".
   PredictionRanking(const Vell::Vector& predictions, std::int32_t records);
 
-  /// Counts over the records that `includes` accepts; `response` tells which have an event. Both
-  /// take the number of a ranked record (from 0) and give a bool.
+  /// Counts over the records that `includes` accepts; `response` says which have an event. Both
+  /// take the number of a ranked record (from 0) and give a bool. Each record is asked for once,
+  /// and its response only if it is included. With fewer than 2^31 records the counts do not
+  /// overflow.
   template <typename Response, typename Includes>
   Concordance Count(Response response, Includes includes) const;
 

@@ -12,14 +12,16 @@
 
 namespace Hovar {
 
-/// Writes the header and one line per variable. A standard error that is not available (below 0 or
-/// a NaN) and the [X|Z] cells of the intercept stay empty.
+/// Writes the header and one line per variable; all five blocks must have one entry per variable. A
+/// standard error that is not available (below 0 or a NaN) and the [X|Z] cells of the intercept
+/// stay empty.
 /// Errors: "IO Exception".
 void WriteCoefficientFile(const RegressionResults& results, Vell::IO::TextWriter& writer);
 
-/// Reads a coefficient file from a stream at its beginning that can seek. The number of variables
-/// is the number of lines that end with a line feed, less the header; a last line without one is
-/// not read. An empty standard error is -1.0; other text there is what strtod makes of it.
+/// Reads a coefficient file from a stream at its beginning that can seek; it is not closed. What
+/// the results held is replaced. The number of variables is the number of lines that end with a
+/// line feed, less the header; a last line without one is not read. An empty standard error is
+/// -1.0; other text there is what strtod makes of it.
 /// Errors: EndOfStreamException "Unexpected end of stream" for an [X|Z] or estimate cell that is no
 ///         number, or a file that ends within a row; "Invalid argument" for a file without a line;
 ///         those of the CSV reader; "Out of memory".

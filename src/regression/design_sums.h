@@ -27,12 +27,13 @@ class TriangleSums {
   static constexpr std::int32_t kGroup = 8;
 
   TriangleSums() = default;
-  /// Zero-filled.
+  /// Zero-filled; order >= 0.
   /// Errors: "Integer overflow" for 2^31 elements and more; "Out of memory".
   explicit TriangleSums(std::int32_t order);
 
   std::int32_t Order() const noexcept { return order_; }
   void SetToZero() noexcept;
+  /// The elements (row, 0) .. (row, row), then those that mean nothing.
   double* Row(std::int32_t row) noexcept { return sums_.begin() + std::int64_t{row} * stride_; }
 
   /// Copies the triangle into a packed matrix, which must have the same order.
@@ -45,7 +46,7 @@ class TriangleSums {
 };
 
 /// Sets values[i] to the sum of beta over the set columns of the block's record i, in ascending
-/// order (its log-odds), and the values behind the block's records to 0.
+/// order (its log-odds), and the values after the block's records to 0.
 void ComputeLinearPredictors(BlockValues& values, const FitRows& rows, std::int32_t block,
                              const Vell::Vector& beta) noexcept;
 

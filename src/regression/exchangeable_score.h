@@ -34,6 +34,7 @@
 
 namespace Hovar {
 
+/// The score of records that are correlated within hospitals, whose records stand together.
 class ExchangeableScore {
  public:
   /// Every pass leaves its alpha and its hospital scores in `state`, which must outlive the score,
@@ -41,7 +42,9 @@ class ExchangeableScore {
   /// Errors: "Integer overflow" when hospitals * columns exceeds 2^31 - 1; "Out of memory".
   ExchangeableScore(FitState& state, const FitRows& rows);
 
-  /// See FitNewton.
+  /// Fills H and g at `beta`, and alpha and U in the state; see FitNewton. What they held is
+  /// replaced. Besides the sums of independent records a pass costs p^2 / 2 additions for each
+  /// hospital.
   /// Errors: "Out of memory".
   void SumPass(NormalEquations& equations, RecordBlock& block, const Vell::Vector& beta);
 

@@ -7,7 +7,7 @@
 //   by column  the list of the block's records in which the column is set, ascending
 //
 // A walk along a column's list adds what belongs to that column without looking at anything else,
-// and the words tell which other columns are set in the record. Sums over records always run in the
+// and the words say which other columns are set in the record. Sums over records always run in the
 // order of the data set, so every form of a kernel adds the same numbers in the same order.
 
 #include <algorithm>
@@ -20,7 +20,9 @@
 
 namespace Hovar {
 
-/// Records, blocks and columns count from 0. Views of the rows are valid until the next Collect.
+/// Records, blocks and columns count from 0; records are those that take part, renumbered in their
+/// order. Views of the rows are valid until the next Collect. An object without records is valid
+/// and has no block. Memory: one bit for each cell of the design and two bytes for each set one.
 class FitRows {
  public:
   /// The place of a record within its block.
@@ -38,6 +40,7 @@ class FitRows {
   template <RowSource Rows>
   void Collect(const Rows& rows, const Vell::IndexVector& hospitalSize);
 
+  /// How many records, blocks, columns and set cells were gathered.
   std::int32_t RecordCount() const noexcept { return responses_.Size(); }
   std::int32_t BlockCount() const noexcept { return (RecordCount() + kBlockSize - 1) / kBlockSize; }
   std::int32_t ColumnCount() const noexcept { return columnCount_; }

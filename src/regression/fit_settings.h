@@ -1,5 +1,7 @@
 #pragma once
 
+// What a user chooses about a fit. The definition of an Analysis is composed of these records.
+
 #include <cstdint>
 
 namespace Hovar {
@@ -11,13 +13,15 @@ enum class WorkingCorrelation {
   kExchangeable,  // any two with the same correlation: generalized estimating equations
 };
 
-/// When a fit ends, and its prior.
+/// When a fit ends, and its prior. The numbers are those of a definition, unchecked.
 struct RegressionParameters {
-  /// A fit has converged when no step component exceeds tolerance times the largest coefficient.
+  /// A fit has converged when no step component exceeds tolerance times the largest coefficient,
+  /// both in absolute value. Without a unit, small, for example 1e-8.
   double tolerance = 0;
   /// The limit of applied steps; at least one is applied, unless the first is exactly 0.
   std::int32_t maxIterations = 0;
-  /// lambda, the precision of the zero-mean prior of each coefficient.
+  /// lambda, the precision of the zero-mean normal prior of each coefficient, the intercept's
+  /// included: the inverse of its variance, in 1 / (log-odds squared). 0 is no prior.
   double priorPrecision = 0;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// The score of independent records: a plain logistic regression.
+
 #include "regression/newton.h"
 
 namespace Hovar {
@@ -12,7 +14,8 @@ class IndependentScore {
   /// The rows must outlive the score.
   explicit IndependentScore(const FitRows& rows) noexcept : rows_(rows) {}
 
-  /// See FitNewton.
+  /// Fills the information, sum of mu_i (1 - mu_i) x_i x_i^T, and the score at `beta`; see
+  /// FitNewton. What the equations held is replaced.
   void SumPass(NormalEquations& equations, RecordBlock& block,
                const Vell::Vector& beta) const noexcept;
 

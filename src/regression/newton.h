@@ -9,7 +9,7 @@
 //
 //     (H + lambda I) delta = g - lambda beta,     beta := beta + delta.
 //
-// What a pass sums up is the matter of a score type: IndependentScore for independent records,
+// What a pass sums up is defined by a score type: IndependentScore for independent records,
 // ExchangeableScore for records that are correlated within hospitals.
 //
 // Source: P. McCullagh, J. A. Nelder, Generalized Linear Models, 2nd ed. (1989), section 4.4; the
@@ -31,7 +31,7 @@
 namespace Hovar {
 
 /// The state of a fit, and what the covariances need after it. Factor, correlation and hospital
-/// scores are those of the last assembled pass, so they stand one step behind the coefficients when
+/// scores are those of the last assembled pass, so they are one step behind the coefficients when
 /// the iteration limit ended the fit.
 struct FitState {
   explicit FitState(const FitSettings& fitSettings) : settings(fitSettings) {}
@@ -78,7 +78,7 @@ void AddInformation(TriangleSums& crossproducts, std::span<double> columnSums,
                     const RecordBlock& block, const FitRows& rows) noexcept;
 
 /// Adds the prior to the equations, factors, solves and tests them. Returns false when the fit has
-/// converged; otherwise adds the step to `beta` and counts it.
+/// converged, or has only NaNs left to step by; otherwise adds the step to `beta` and counts it.
 /// Errors: "Non positive matrix in Cholesky decomposition"; "Out of memory".
 bool StepNewton(FitState& state, Vell::Vector& beta, NormalEquations& equations);
 
@@ -98,7 +98,9 @@ void SumBlocks(NormalEquations& equations, RecordBlock& block, const FitRows& ro
 
 /// Runs Newton's method from `beta`, one entry per column of the rows, and returns the final
 /// coefficients. `score` belongs to the same rows; its SumPass(equations, block, beta) fills the
-/// information and the score at `beta`, with the block as its work space.
+/// information and the score at `beta`, with the block as its work space. The state must be fresh;
+/// at least one pass is made, and at most max(1, maxIterations).
+/// Errors: those of StepNewton and of SumPass.
 template <typename Score>
 Vell::Vector FitNewton(FitState& state, Vell::Vector beta, Score& score) {
   RecordBlock block;

@@ -1,5 +1,8 @@
 #pragma once
 
+// The four fits of an Analysis in their order. The fifth block is the sampler's
+// (mcmc/mcmc_stage.h).
+
 #include "data/data_set.h"
 #include "messages/pattern.h"
 #include "regression/fit_settings.h"
@@ -8,7 +11,9 @@
 namespace Hovar {
 
 /// Fills the names, the [X|Z] tables and the first four blocks: [P|X], [Y|Z], [Y|X] and [Y|X,P=0],
-/// fitted in this order. Labels go to standard output, warnings to the log.
+/// fitted in this order. Labels go to standard output, warnings to the log. The data set must have
+/// been through column elimination, or a fit without a prior may have no solution. After an error
+/// the results hold what was computed before it.
 /// Errors: "Cannot compute XZ table"; those of the fits; "Invalid argument" for a data set without
 ///         variables; "Out of memory".
 void RunRegressionAnalysis(RegressionResults& results, const DataSet& dataSet,

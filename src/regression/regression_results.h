@@ -1,5 +1,7 @@
 #pragma once
 
+// The outcome of an Analysis, from which the coefficient file is written and into which it is read.
+
 #include <array>
 #include <cstdint>
 #include <string_view>
@@ -15,6 +17,7 @@ namespace Hovar {
 /// The five models, in the order of the coefficient file.
 enum class Model { kPGivenX, kYGivenZ, kYGivenX, kYGivenXWithoutP, kYGivenXWithoutPMcmc };
 
+/// Their names in the coefficient file and on standard output.
 inline constexpr std::array<std::string_view, 5> kModelLabels = {"[P|X]", "[Y|Z]", "[Y|X]",
                                                                  "[Y|X,P=0]", "[Y|X,P=0,MCMC]"};
 
@@ -25,6 +28,7 @@ struct RegressionResults {
   Vell::StringArray zNames;
   /// Table k - 1 is that of variable k; the intercept has none.
   Vell::GrowableArray<XzTable> xzTables;
+  /// By model, one entry per variable; a block is empty until its model has been fitted.
   std::array<CoefficientEstimates, kModelLabels.size()> blocks;
 
   std::int32_t VariableCount() const noexcept { return xNames.Count(); }

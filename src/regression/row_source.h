@@ -12,8 +12,9 @@
 
 namespace Hovar {
 
-/// Records, and the columns of the design, count from 0. A record's word `word` has bit b set where
-/// column 64 * word + b is set; there is one for every 64 columns or part of them.
+/// Records, and the columns of the design, count from 0. A fit asks for each record once, in their
+/// order. A record's word `word` has bit b set where column 64 * word + b is set; there is one for
+/// every 64 columns or part of them.
 template <typename T>
 concept RowSource = requires(const T& rows, std::int32_t record, std::int32_t word) {
   { rows.RecordCount() } -> std::same_as<std::int32_t>;
@@ -23,8 +24,8 @@ concept RowSource = requires(const T& rows, std::int32_t record, std::int32_t wo
   { rows.SetColumnWord(record, word) } -> std::same_as<std::uint64_t>;
 };
 
-/// A row source over a packed design, which must outlive it; `Response` and `Includes` are functions
-/// of a record's index.
+/// A row source over a packed design, which must outlive it; `Response` and `Includes` are
+/// functions of a record's index.
 template <typename Design, typename ResponseOf, typename IncludesRecord>
 class DesignRows {
  public:

@@ -15,6 +15,7 @@
 
 namespace Hovar {
 
+/// What an Analysis reads, writes and does.
 struct AnalysisDefinition {
   Vell::String data;
   std::int32_t numberOfPoaIndicators = 0;
@@ -34,6 +35,7 @@ inline bool UsesEstimatingEquations(const AnalysisDefinition& definition) noexce
   return definition.useGeneralizedEstimatingEquations == WorkingCorrelation::kExchangeable;
 }
 
+/// What a Prediction reads, writes and does.
 struct PredictionDefinition {
   Vell::String data;
   std::int32_t numberOfPoaIndicators = 0;
@@ -45,6 +47,7 @@ struct PredictionDefinition {
   McmcSettings mcmc;
 };
 
+/// What a Validation reads, writes and does.
 struct ValidationDefinition {
   Vell::String data;
   std::int32_t numberOfPoaIndicators = 0;
@@ -60,7 +63,9 @@ struct ValidationDefinition {
 using BatchDefinition = Vell::GrowableArray<Vell::String>;
 
 // Each reads the content of a root element whose start tag has been read, up to but not including
-// its end tag. The Seed element seeds the random generator at once.
+// its end tag. The Seed element seeds the random generator at once. Texts are taken as they stand,
+// also empty ones, and numbers as they are read, also negative ones and NaNs: what makes no sense
+// shows when it is used.
 // Errors: those of XmlReader and of RandomGenerator::ReadXml; Exception "Invalid value in
 //         "UseGeneralizedEstimatingEquations" tag" for a flag other than true or false; Exception
 //         "Invalid XML simulation" for anything but Simulation elements in the list of a batch.

@@ -17,6 +17,7 @@ struct RootEntry {
   std::string_view annotation;
 };
 
+/// The four root elements, one for each kind of run.
 inline constexpr std::array<RootEntry, 4> kRoots = {{
     {RunKind::kAnalysis, "Analysis",
      "Fits the models to a data file and writes the coefficients, the chain of the sampler, its "
@@ -35,6 +36,7 @@ struct SeedForm {
   std::string_view annotation;
 };
 
+/// The two forms that RandomGenerator::ReadXml reads.
 inline constexpr SeedForm kFixedSeed = {
     "Vector", "A fixed seed of two numbers. A run with it can be repeated to the last byte."};
 inline constexpr SeedForm kClockSeed = {
@@ -64,6 +66,8 @@ inline constexpr std::string_view kPriorPrecision =
 
 }  // namespace ElementRows
 
+/// All elements, in the order in which a definition holds them; a group comes before its elements.
+/// An element that means something else from kind to kind has a row for each meaning.
 inline constexpr auto kElements = [] {
   using namespace ElementRows;  // NOLINT(google-build-using-namespace): the rows' own names
   using enum Element;
@@ -194,7 +198,8 @@ constexpr const ElementEntry& EntryOf(Element element) noexcept {
   return kElements[row];
 }
 
-/// The row of the element at a path below the root of a kind of run, or null.
+/// The row of the element at a path below the root of a kind of run ("Output/LogFile"), or null.
+/// Cost: one comparison a row.
 constexpr const ElementEntry* FindElement(RunKind kind, std::string_view path) noexcept {
   for (const ElementEntry& entry : kElements) {
     if (entry.kinds.Contains(kind) && entry.path == path) {

@@ -1,7 +1,8 @@
 #pragma once
 
 // What the grammar of definition files is made of. The grammar itself is the table in
-// element_table.h, from which follow the reader, the tools that look at definitions, and the schema.
+// element_table.h, from which follow the reader, the tools that look at definitions, and the
+// schema.
 
 #include <algorithm>
 #include <cstddef>
@@ -14,6 +15,7 @@ namespace Hovar {
 enum class RunKind : std::uint8_t { kAnalysis, kPrediction, kValidation, kBatch };
 
 /// The elements below a root. One that stands at one path in several kinds of run is one element.
+/// The table says which tag each has and what it holds.
 enum class Element : std::uint8_t {
   kInput,
   kData,
@@ -72,6 +74,7 @@ enum class ElementType : std::uint8_t {
 /// How the text of a type is read.
 enum class ValueKind : std::uint8_t { kElements, kText, kFlag, kWholeNumber, kReal };
 
+/// How the text of an element of this type is read; kElements where it holds elements instead.
 constexpr ValueKind ValueKindOf(ElementType type) noexcept {
   switch (type) {
     case ElementType::kPath:
@@ -116,9 +119,10 @@ enum class FileRole : std::uint8_t {
 /// How often an element stands in its place.
 enum class Occurrence : std::uint8_t { kOnce, kTwice, kAnyNumber };
 
-/// A set of kinds of run.
+/// A set of kinds of run, of one at least.
 class RunKinds {
  public:
+  /// The given kinds.
   template <typename... Kinds>
   explicit constexpr RunKinds(Kinds... kinds) noexcept : bits_((BitOf(kinds) | ...)) {}
 
@@ -132,7 +136,7 @@ class RunKinds {
   unsigned bits_;
 };
 
-/// A row of the table of elements.
+/// A row of the table of elements. Its texts live as long as the process.
 struct ElementEntry {
   Element element;
   RunKinds kinds;         // of run that have it

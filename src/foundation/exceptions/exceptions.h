@@ -2,7 +2,7 @@
 
 // The family of errors. An exception carries no data: its text goes to standard error, as one line
 // that begins with "Error: ", at the moment the exception is constructed; the object only unwinds
-// the stack to the one handler at the program's entry, which tells errors apart by class at most.
+// the stack to the one handler at the program's entry, which distinguishes errors by class at most.
 //
 // Hence the rule for everyone who raises: construct only to throw, in one statement, at the place
 // that knows the cause. An exception that is built and dropped leaves a line that nobody meant.
@@ -10,8 +10,14 @@
 // What it says is one of the texts of messages/error_texts.h, which is the list of all errors.
 //
 // Standard output is flushed before the line is written, so that both stand in their order when
-// they share a terminal or a pipe. When standard error itself cannot be written there is nobody
-// left to tell: the process ends at once with exit status 1.
+// they share a terminal or a pipe. When standard error itself cannot be written nobody is left to
+// report to: the process ends at once with exit status 1.
+//
+// Messages are constants that docs/messages.md explains one by one; a contract elsewhere quotes the
+// message where several errors share a class, and gives it alone where the class follows from it.
+// "Out of memory" in the list of errors of a declaration is an OutOfMemoryException, "IO Exception"
+// an IOException, "Integer overflow" an IntegerOverflowException, and "Invalid argument" and "Index
+// out of range" are InvalidArgumentExceptions.
 
 #include "messages/pattern.h"
 
@@ -24,6 +30,7 @@ class Stream;
 
 namespace Vell::Exceptions {
 
+/// The base of all errors. Nothing derives from std::exception: there is no text to ask for.
 class Exception {
  public:
   /// Prints "Error: ", the text of the message and a line feed.
@@ -46,6 +53,7 @@ class InvalidInputException : public Exception {
   using Exception::Exception;
 };
 
+/// "Out of memory": the allocation function of memory.h had no block to give.
 class OutOfMemoryException : public Exception {
  public:
   using Exception::Exception;
@@ -63,11 +71,13 @@ class InvalidCsvFormatException : public Exception {
   using Exception::Exception;
 };
 
+/// A computation that cannot go on, such as a Cholesky factor of a matrix without one.
 class NumericException : public Exception {
  public:
   using Exception::Exception;
 };
 
+/// "Integer overflow": a length or count of 2^31 or more, which the 32-bit sizes cannot hold.
 class IntegerOverflowException : public NumericException {
  public:
   using NumericException::NumericException;

@@ -1,5 +1,8 @@
 #pragma once
 
+// How a file stream reads the lines of platforms that end them with a carriage return and a line
+// feed.
+
 #include <cstddef>
 #include <cstdint>
 
@@ -10,7 +13,9 @@ namespace Vell::IO {
 /// Drops the carriage returns that a file has before line feeds from the block into which it is
 /// read, and remembers where they were, so that positions remain those of the file. A return at the
 /// end of what was read is held until the next byte decides. Places are indices in the block; -1 is
-/// that of a byte that is put back before it.
+/// that of a byte that is put back before it. The block is the stream's, whose bytes are moved
+/// within it; nothing is kept of the pointers. One place is remembered for every return that is
+/// dropped.
 class CarriageReturns {
  public:
   /// With `areDropped` false, nothing is ever dropped or held.
@@ -30,9 +35,11 @@ class CarriageReturns {
   /// byte before them is kept, because it may be put back.
   void MoveToStart(std::ptrdiff_t place) noexcept;
 
-  /// The number of bytes that the file has from `place` on and the block does not.
+  /// The number of bytes that the file has from `place` on and the block does not: returns that
+  /// were dropped, and the held one.
   std::int64_t CountFrom(std::ptrdiff_t place) const noexcept;
 
+  /// Forgets all places and the held return, as the stream does when it moves to another position.
   void Clear() noexcept;
 
  private:

@@ -14,10 +14,11 @@
 
 namespace Vell::IO {
 
+/// What separates the fields of a record, and what encloses those that hold such a byte.
 inline constexpr char kSeparator = ',';
 inline constexpr char kQuote = '"';
 
-/// True for a byte that ends an unquoted field.
+/// True for a byte that ends an unquoted field. The end of a stream is none.
 constexpr bool EndsField(int c) noexcept { return c == kSeparator || c == '\n'; }
 
 /// True for a byte that makes a field need rules: a quote, or a NUL, which is refused.
@@ -31,7 +32,7 @@ inline bool NeedsQuotes(std::string_view text) noexcept {
   return std::any_of(text.begin(), text.end(), [](char c) { return EndsField(c) || c == kQuote; });
 }
 
-/// Takes a field that needs no rules, with the comma behind it, from the front of the text, and
+/// Takes a field that needs no rules, with the comma after it, from the front of the text, and
 /// gives it to `field`. False for any other field, one that ends with the line or the text among
 /// them; then nothing is taken.
 inline bool TakePlainField(std::string_view& text, std::string_view& field) noexcept {

@@ -14,7 +14,12 @@ namespace Vell::IO {
 /// writing in turn.
 ///
 /// What was written is good only after Flush or Close has returned: only then has its last byte
-/// reached the operating system. The destructor closes too, but cannot report a failure.
+/// reached the operating system; whether a disk has it is the system's affair. What could not be
+/// written once is dropped and not tried again. The destructor closes too, but cannot report a
+/// failure.
+///
+/// After Close every operation that needs the file is "IO Exception", and closing again does
+/// nothing. Bytes can be put back up to eight before the first one of the block.
 ///
 /// Line ends: a stream of the text kind that is opened where lines end in a carriage return and a
 /// line feed gives such a pair as one line feed when it reads. Nothing else is changed: other
@@ -22,18 +27,21 @@ namespace Vell::IO {
 /// and a line feed that is written is the byte that was given, on every platform.
 class FileStream final : public Stream {
  public:
-  /// Opens a file; `mode` is one access and one kind of Mode.
+  /// Opens a file, which belongs to the stream from then on; `mode` is one access and one kind of
+  /// Mode. `textLineEnds` says how lines end in files of the text kind; tests give another
+  /// platform's.
   /// Errors: IOException "Invalid open mode"; FileOpenException; "Out of memory".
   FileStream(const String& path, std::uint32_t mode,
              Platform::LineEnds textLineEnds = Platform::TextLineEnds());
 
-  /// Wraps a file that is open already and stays open. `buffer` is used as the block buffer and
-  /// must outlive the stream, so that the standard streams need no memory.
+  /// Wraps a file that is open already and stays open. `buffer`, of more than eight bytes, is used
+  /// as the block buffer and must outlive the stream, so that the standard streams need no memory.
+  /// The stream has no name and reads every byte as it stands.
   FileStream(Platform::FileHandle file, std::uint32_t mode, std::span<unsigned char> buffer);
 
   ~FileStream() override;
 
-  /// As Flush, but answers false instead of raising.
+  /// As Flush, but answers false instead of raising, and prints no error line.
   bool TryFlush() noexcept;
 
   /// As Tell, but answers `other` where the file has no position instead of raising.
@@ -61,10 +69,10 @@ class FileStream final : public Stream {
   int ReadByteOfNextBlock() override;
 
  private:
-  bool CanRead() const noexcept;
+  bool CanRead() const noexcept;  // what the mode allows
   bool CanWrite() const noexcept;
   bool FillWindow();
-  bool ReadBehindWindow();
+  bool ReadAfterWindow();
   /// The index in the block of one of its bytes, or of the byte before it; 0 without a window.
   std::ptrdiff_t PlaceOf(const unsigned char* byte) const noexcept {
     return byte != nullptr ? byte - Block() : 0;

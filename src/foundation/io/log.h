@@ -11,16 +11,19 @@
 
 namespace Vell::IO {
 
+/// The writers of the log, which it shares with whoever else holds them.
 class LogWriterList {
  public:
+  /// Adds a writer to the end of the list, also one that is in it already.
+  /// Errors: "Out of memory".
   void Attach(SharedHandle<TextWriter> writer) { writers_.Append(std::move(writer)); }
 
-  /// Opens (creates or empties) a log file and attaches a writer on it.
+  /// Opens (creates or empties) a log file and attaches a writer on it, which flushes every line.
   /// Errors: FileOpenException; "Out of memory".
   void AttachFile(const String& path);
 
   /// Writes one line, made of all parts, to every writer; each has it when this returns.
-  /// Errors: "IO Exception"; the writers behind the failing one do not get the line.
+  /// Errors: "IO Exception"; the writers after the failing one do not get the line.
   template <typename... Parts>
   void WriteLine(const Parts&... parts) {
     for (const SharedHandle<TextWriter>& writer : writers_) {
@@ -37,8 +40,9 @@ class LogWriterList {
     }
   }
 
-  /// Closes all log files and detaches every writer.
-  /// Errors: "IO Exception" if a file's last bytes may be lost.
+  /// Closes all log files, flushes standard output and detaches every writer.
+  /// Errors: "IO Exception" if a file's last bytes may be lost; the writers after that one are then
+  /// not closed, and all stay attached.
   void Close();
 
   /// Detaches every writer without asking how closing went: for the end after an error. Each line
@@ -49,7 +53,7 @@ class LogWriterList {
   GrowableArray<SharedHandle<TextWriter>> writers_;
 };
 
-/// The process's log.
+/// The process's log. It is empty at first: whoever runs a definition attaches standard output.
 LogWriterList& Log() noexcept;
 
 }  // namespace Vell::IO

@@ -13,7 +13,8 @@ namespace Vell::IO {
 
 class Stream;
 
-/// The text of one number. It holds the longest one, a fixed-point double of 309 digits.
+/// The text of one number. It holds the longest one, a fixed-point double of 309 digits before the
+/// point and six after it. No number is an error: infinities are "inf" and "-inf".
 class NumberText {
  public:
   /// As "%d" and "%u".
@@ -22,9 +23,10 @@ class NumberText {
   /// As "%lg": six significant digits, the shorter of fixed and exponent notation; the exponent
   /// has two digits, or three where it needs them.
   static NumberText OfReal(double value) noexcept;
-  /// As "%f": six digits behind the point.
+  /// As "%f": six digits after the point.
   static NumberText OfFixed(double value) noexcept;
 
+  /// The text; valid as long as the object.
   std::string_view View() const noexcept { return {text_.data(), length_}; }
 
  private:
@@ -35,7 +37,7 @@ class NumberText {
 };
 
 // Write the text of a number to a place that has room for as many bytes as the constant says, and
-// return its end; bytes behind the end may be written to.
+// return its end; bytes beyond the end may be written to.
 inline constexpr std::size_t kIntegerRoom = 11;
 inline constexpr std::size_t kRealRoom = 16;
 /// As NumberText::OfInteger.
@@ -43,8 +45,8 @@ char* WriteInteger(char* to, std::int32_t value) noexcept;
 /// As NumberText::OfReal.
 char* WriteReal(char* to, double value) noexcept;
 
-/// Prints one number on a stream; the contract is Stream::Print's, without its check that
-/// something was printed.
+/// Prints one number on a stream; the contract is Stream::Print's, except that a %g or %f for a
+/// value that is neither a float nor a double writes nothing and returns 0.
 int PrintNumber(Stream& stream, const char* format, const void* value, std::size_t size);
 
 /// The double that a text begins with, as strtod reads it: white space, a sign, then decimal or
@@ -54,7 +56,8 @@ int PrintNumber(Stream& stream, const char* format, const void* value, std::size
 double ParseReal(std::string_view text, std::size_t* used = nullptr) noexcept;
 
 /// A decimal integer that a text of an optional sign and digits stands for, as fscanf stores it for
-/// "%d" and "%u" with 64-bit arithmetic inside: clamped to 64 bits, then its low 32 bits.
+/// "%d" and "%u" with 64-bit arithmetic inside: clamped to 64 bits, then its low 32 bits. The text
+/// must be such a number from its first byte to its last, as number_scanner.h gathers it.
 std::int32_t ParseInteger(std::string_view text) noexcept;
 std::uint32_t ParseUnsigned(std::string_view text) noexcept;
 

@@ -1,7 +1,8 @@
 #pragma once
 
 // The two writers that exist as long as the process does. They live in static storage and need no
-// memory, so that even "Out of memory" can be said.
+// memory, so that even "Out of memory" can be said. Both flush every line, so lines of the two
+// stand in the order in which they were written when they share a terminal or a pipe.
 
 #include "foundation/io/text_writer.h"
 
@@ -13,7 +14,7 @@ TextWriter& StandardOutput();
 /// Error lines.
 TextWriter& StandardError();
 
-/// A handle to the writer of StandardOutput, for the log.
+/// A handle to the process's own writer of standard output, for the log; no redirection changes it.
 SharedHandle<TextWriter> StandardOutputHandle();
 
 /// While an object of this class lives, StandardOutput and StandardError are the two given writers,
@@ -32,7 +33,8 @@ class StandardWritersRedirection {
   TextWriter* earlierError_;
 };
 
-/// Flushes standard output; false when that fails.
+/// Flushes the process's standard output, which progress lines without a line feed need; false when
+/// that fails, and then what was not written is dropped.
 bool TryFlushStandardOutput() noexcept;
 
 }  // namespace Vell::IO

@@ -3,6 +3,10 @@
 // The one way in which bytes enter and leave the system. A stream answers every failure of the
 // medium with "IO Exception"; reaching the end is a result, never an error, and readers above
 // decide what it means to them.
+//
+// Reading and writing one byte, and looking at those that were read ahead, are not virtual: they
+// work on two windows of the block that the derived class sets, and call it only where a window
+// ends.
 
 #include <algorithm>
 #include <array>
@@ -27,8 +31,11 @@ inline constexpr std::uint32_t kReadText = kRead | kText;
 inline constexpr std::uint32_t kWriteText = kWrite | kText;
 }  // namespace Mode
 
+/// What stands for the end where a byte (0 .. 255) is asked for.
 inline constexpr int kEndOfStream = -1;
 
+/// Bytes that can be read, written, or both, as the mode says; what the mode excludes is "IO
+/// Exception". Streams are shared through handles (shared_handle.h) and never copied.
 class Stream {
  public:
   /// `name` is the file's path as the user wrote it; empty for the standard streams.
@@ -37,6 +44,7 @@ class Stream {
   Stream& operator=(const Stream&) = delete;
   virtual ~Stream() = default;
 
+  /// The mode and the name that the stream was made with.
   std::uint32_t OpenMode() const noexcept { return mode_; }
   std::string_view Name() const noexcept { return name_; }
 
@@ -68,18 +76,19 @@ class Stream {
   /// Errors: "IO Exception".
   std::string_view Window();
 
-  /// Adds bytes behind those of the window, as many as there is room for, so that a reader can see
-  /// a whole line at once. False when there are none or there is no room for any.
+  /// Adds bytes after those of the window, as many as there is room for, so that a reader can see a
+  /// whole line at once. False when there are none or there is no room for any.
   /// Errors: "IO Exception".
   virtual bool WidenWindow() { return false; }
 
-  /// Takes the first `count` bytes of the window.
+  /// Takes the first `count` bytes of the window, which must have so many.
   void TakeFromWindow(std::size_t count) noexcept { next_ += count; }
 
+  /// Writes one byte.
   /// Errors: "IO Exception".
   virtual void WriteByte(char byte) = 0;
 
-  /// Reads up to `count` bytes and returns how many; fewer only at the end.
+  /// Reads up to `count` bytes into `buffer` and returns how many; fewer only at the end.
   /// Errors: "IO Exception".
   virtual std::size_t Read(void* buffer, std::size_t count) = 0;
 

@@ -1,19 +1,26 @@
 #pragma once
 
+// A stream without a file behind it, for whoever needs the text that the system's writers make, or
+// wants them to write in vain.
+
 #include "foundation/io/stream.h"
 #include "foundation/string.h"
 
 namespace Vell::IO {
 
-/// A stream for writing that leads nowhere: it keeps in memory what is written, or drops it.
-/// Reading from it gives the end at once; seeking is "IO Exception".
+/// A stream for writing that leads nowhere: it keeps in memory what is written, or drops it. It has
+/// no name. Reading from it gives the end at once; putting a byte back and seeking are "IO
+/// Exception". Length and position are those of the text that was kept, so 0 where it is dropped.
+/// Flushing and closing do nothing, and more can be written afterwards. Errors of writing, where
+/// the text is kept: those of String.
 class TextSink : public Stream {
  public:
+  /// What becomes of the text.
   enum class Use { kKeep, kDrop };
 
   explicit TextSink(Use use) : Stream(Mode::kWriteText, String()), use_(use) {}
 
-  /// What was written and kept.
+  /// What was written and kept; valid until more is written.
   std::string_view Text() const noexcept { return text_; }
 
   void Flush() override {}

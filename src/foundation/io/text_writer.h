@@ -1,5 +1,8 @@
 #pragma once
 
+// Text and numbers on their way to a stream. Every file, log line and progress line of the system
+// is written through a TextWriter, so that numbers look alike everywhere.
+
 #include <cstdint>
 #include <string_view>
 
@@ -15,11 +18,13 @@ namespace Vell::IO {
 enum class LineEnd { kFlush, kKeep };
 
 /// Writes text and numbers to a stream: integers as "%d", reals as "%lg"; a line ends with a single
-/// line feed on every platform. Errors of all operations: "IO Exception".
+/// line feed on every platform. Texts are written as they stand; csv_writer.h quotes fields. Errors
+/// of all operations: "IO Exception". Where the stream has a block, a failure of the medium shows
+/// when the block is written, so only a Flush or Close that returns says that a text is stored.
 class TextWriter {
  public:
   /// Shares the stream, which must be open for writing. Dropping the writer does not close it while
-  /// others hold it.
+  /// others hold it. Copies of a writer write to the same stream.
   explicit TextWriter(SharedHandle<Stream> stream, LineEnd lineEnd = LineEnd::kKeep);
 
   void Write(std::string_view text) { stream_->Put(text); }
@@ -36,6 +41,7 @@ class TextWriter {
   void WritePrinted(Print print) {
     stream_->PutPrinted<kRoom>(print);
   }
+  /// Writes a line feed and, for LineEnd::kFlush, flushes the stream.
   void EndLine();
 
   /// Writes all parts, one after the other, and ends the line.
@@ -53,7 +59,7 @@ class TextWriter {
     EndLine();
   }
 
-  /// The stream, for flushing and closing it.
+  /// The stream, for flushing and closing it; it lives as long as some writer has it.
   Stream& Target() const noexcept { return *stream_; }
 
  private:
@@ -62,7 +68,7 @@ class TextWriter {
 };
 
 /// Creates or empties a text file and returns a writer on it. The file is complete only when its
-/// stream has been closed.
+/// stream has been closed. The writer flushes nothing by itself before its block is full.
 /// Errors: FileOpenException; "Out of memory".
 TextWriter CreateTextFile(const String& path);
 

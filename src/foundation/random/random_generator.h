@@ -2,9 +2,11 @@
 
 // The one source of randomness: a pair of 16-bit multiply-with-carry generators (G. Marsaglia,
 // posting to sci.stat.math, 1999), combined in this system's own way: the first word moved up by 16
-// bits, exclusive-or the low 16 bits of the second.
-// The state is the process's. It starts at the words 1 and 1, every definition that is read seeds
-// it anew, and nothing else resets it.
+// bits, exclusive-or the low 16 bits of the second. The state is the process's. It starts at the
+// words 1 and 1, and every definition that is read seeds it anew.
+//
+// Everything random of a run draws from here, in the order in which it is needed, so a seed fixes
+// every draw of the process. Drawing is not locked: the system has a single thread.
 
 #include <cstdint>
 
@@ -12,6 +14,7 @@
 
 namespace Vell {
 
+/// The process's generator; there are no objects of it. No operation but ReadXml raises.
 class RandomGenerator {
  public:
   /// A step takes a word x to multiplier * (x mod 2^16) + (x div 2^16).
@@ -48,7 +51,8 @@ class RandomGenerator {
   ///         the reader.
   static void ReadXml(XmlReader& reader);
 
-  /// Back to the state at the start of the process.
+  /// Back to the state at the start of the process, the kept normal deviate included. The program
+  /// begins with it, and tests that run it more than once in a process need it.
   static void Reset() noexcept;
 
  private:

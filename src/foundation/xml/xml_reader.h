@@ -2,7 +2,11 @@
 
 // A pull reader for the subset of XML that definition files need: elements with text, attributes in
 // double quotes, comments between tags, declaration tags. The caller asks for what it expects next.
-// There is no document tree, no validation and no decoding of entities.
+// There is no document tree, no validation and no decoding of entities. docs/definitions.md
+// describes the files. Bytes outside ASCII are taken as they stand, whatever encoding a declaration
+// names.
+//
+// A tag begins with '<', '</' or '<?' and its name directly after it.
 
 #include <cstdint>
 #include <string_view>
@@ -14,11 +18,13 @@
 
 namespace Vell {
 
+/// An attribute of a tag, its value as it stands between the double quotes.
 struct XmlAttribute {
   String name;
   String value;
 };
 
+/// One tag as it was read.
 struct XmlTag {
   enum class Kind { kDeclaration, kStart, kEnd };
 
@@ -28,10 +34,11 @@ struct XmlTag {
   String name;
   GrowableArray<XmlAttribute> attributes;  // in file order, names unique
 
+  /// True for a start tag, or an end tag, of this name; an empty tag is a start tag.
   bool IsStart(std::string_view wanted) const noexcept;
   bool IsEnd(std::string_view wanted) const noexcept;
 
-  /// The value of an attribute.
+  /// The value of an attribute; valid as long as the tag.
   /// Errors: InvalidArgumentException "Attribute not found in XML tag".
   const String& Attribute(std::string_view wanted) const;
 };
@@ -42,10 +49,11 @@ struct XmlTag {
 /// string" for a NUL byte in a text or a tag, "IO Exception", "Out of memory".
 class XmlReader {
  public:
+  /// Reads from the stream's position on. The stream is shared; comments need one that can seek.
   explicit XmlReader(SharedHandle<IO::Stream> stream);
 
   /// Skips white space and comments and reads one tag of any kind. The name ends at white space or
-  /// '>', so a slash directly behind it belongs to the name ("<Seed/>" has the name "Seed/").
+  /// '>', so a slash directly after it belongs to the name ("<Seed/>" has the name "Seed/").
   /// Errors: also InvalidArgumentException "Duplicate attributes not allowed in XML tag".
   XmlTag ReadTag();
 
@@ -58,12 +66,15 @@ class XmlReader {
   /// The text up to the next '<', which stays, or the end of the stream, exactly as it stands.
   String ReadText();
 
-  /// Elements that hold one value. A number that cannot be read is "IO Exception", or "Unexpected
-  /// end of stream" at the end of the file.
+  /// Elements that hold one value, from the start tag to the end tag, both without attributes. A
+  /// text is given exactly as it stands, untrimmed. Numbers are read as Stream::Scan reads "%d" and
+  /// "%lg"; between a number and the end tag only white space and comments may stand. A number that
+  /// cannot be read is "IO Exception", or "Unexpected end of stream" at the end of the file.
   String ReadTextElement(std::string_view name);
   std::int32_t ReadIntegerElement(std::string_view name);
   double ReadRealElement(std::string_view name);
 
+  /// The stream, at the first byte that was not taken: for reading a value of another kind.
   IO::Stream& Source() const noexcept { return *stream_; }
 
  private:

@@ -21,7 +21,9 @@ enum class VectorWidth { kPortable, kAvx2, kAvx512 };
 /// a user sets takes part.
 VectorWidth BestVectorWidth() noexcept;
 
-/// Limits the width from now on. For tests and benchmarks.
+/// Limits the width from now on, for the whole process: the best one is then the narrower of
+/// `width` and what the processor has. The limit at the start is the build's (HOVAR_VECTOR_WIDTH).
+/// For tests and benchmarks.
 void LimitVectorWidth(VectorWidth width) noexcept;
 
 #if defined(__x86_64__)
@@ -38,6 +40,8 @@ inline VectorWidth WidestOfProcessor() noexcept {
   return hasAvx512 ? VectorWidth::kAvx512 : hasAvx2 ? VectorWidth::kAvx2 : VectorWidth::kPortable;
 }
 
+/// The forms of 4 and of 8 doubles to a register. To be called by RunVectorForm alone, which knows
+/// that the processor has the instructions.
 template <typename Kernel>
 [[gnu::target("avx2")]] void RunAvx2(const Kernel& kernel) noexcept {
   kernel.template operator()<4>();
@@ -48,7 +52,9 @@ template <typename Kernel>
   kernel.template operator()<8>();
 }
 
-/// Runs a kernel in the widest form. Its operator()<kLanes>() must be [[gnu::always_inline]].
+/// Runs a kernel in the widest form. Its operator()<kLanes>(), kLanes the doubles of a register (2,
+/// 4 or 8), must be [[gnu::always_inline]], so that it is compiled for the caller's instruction
+/// set. It must not raise.
 template <typename Kernel>
 void RunVectorForm(const Kernel& kernel) noexcept {
   switch (BestVectorWidth()) {

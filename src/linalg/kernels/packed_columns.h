@@ -1,5 +1,7 @@
 #pragma once
 
+// What PackedMatrix::RemoveColumns does, for cells of one bit and of two alike.
+
 #include <cstdint>
 #include <span>
 
@@ -12,7 +14,9 @@ namespace Vell {
 ///
 /// Shapes: `block` holds rows * columns cells of `bitsPerCell` bits (1 or 2); `removed` lists
 ///         distinct columns in any order.
-/// Errors: InvalidArgumentException "Index out of range" for a column that is not there.
+/// Errors: InvalidArgumentException "Index out of range" for a column that is not there; "Out of
+///         memory". Nothing has changed then.
+/// Cost:   one step a cell.
 void RemovePackedColumns(std::span<std::uint8_t> block, std::int32_t rows, std::int32_t columns,
                          int bitsPerCell, const IndexVector& removed);
 

@@ -9,6 +9,7 @@ namespace Vell {
 /// Fills a block of packed cells from front to back, eight bytes at a time: the quick way to build
 /// a packed matrix whose cells are known in their order. What was in the block is overwritten. The
 /// block belongs to the caller and must not move without MoveTo; nothing checks that it suffices.
+/// What was appended is in the block only after Finish.
 class PackedWriter {
  public:
   static constexpr int kMostBits = 63;  // of one call of Append

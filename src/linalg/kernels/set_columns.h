@@ -16,8 +16,8 @@
 //     m0 v0 m1 v1 m2 v2 m3 v3
 //
 // Cell (i, j) of a matrix with V columns is cell i * V + j, so a row may begin at any bit. The
-// block has one spare byte behind its last cell, but no more: a machine word is loaded only where
-// it lies within the block.
+// block has one spare byte after its last cell, but no more: a machine word is loaded only where it
+// lies within the block.
 
 #include <algorithm>
 #include <bit>
@@ -27,7 +27,8 @@
 
 namespace Vell {
 
-/// Where a row of packed cells lies within its block.
+/// Where a row of packed cells lies within its block, which belongs to the matrix and must outlive
+/// the row. All functions below only read it.
 template <int kBitsPerCell>
 struct PackedRow {
   const std::uint8_t* block = nullptr;
@@ -39,13 +40,14 @@ struct PackedRow {
 using BitRow = PackedRow<1>;
 using TernaryRow = PackedRow<2>;
 
-/// The bits of a cell that a scan looks at.
+/// The bits of a cell that a scan looks at: the value bits or the missing bits of cells of two
+/// bits, or all bits, where a cell has one.
 inline constexpr std::uint64_t kValuePlane = 0x5555'5555'5555'5555;
 inline constexpr std::uint64_t kMissingPlane = 0xAAAA'AAAA'AAAA'AAAA;
 inline constexpr std::uint64_t kOnlyPlane = ~std::uint64_t{0};
 
-/// The 8 bytes from `byte` on as one number, the first one in the most significant place; bytes
-/// behind the block's end count as 0.
+/// The 8 bytes from `byte` (at most blockSize) on as one number, the first one in the most
+/// significant place; bytes beyond the block's end count as 0.
 inline std::uint64_t LoadBigEndian(const std::uint8_t* block, std::size_t blockSize,
                                    std::size_t byte) noexcept {
   constexpr std::size_t kWord = sizeof(std::uint64_t);
@@ -63,6 +65,7 @@ inline std::uint64_t LoadBigEndian(const std::uint8_t* block, std::size_t blockS
 }
 
 /// Calls visit(column) for every column of the row that has a bit of the plane set, ascending.
+/// Cost: one step for 56 bits of the row and one for each bit that is set.
 template <std::uint64_t kPlane, int kBitsPerCell, typename Visit>
 inline void VisitColumns(const PackedRow<kBitsPerCell>& row, Visit visit) {
   // A word that is shifted to the row's first bit holds at least 57 valid bits. 56 of them are used
@@ -86,7 +89,7 @@ inline void VisitColumns(const PackedRow<kBitsPerCell>& row, Visit visit) {
 }
 
 /// Writes the columns that have a bit of the plane set, ascending, to `scratch`, which has room for
-/// all columns of the row, and returns the part that was filled.
+/// all columns of the row, and returns the part that was filled: a view of `scratch`.
 template <std::uint64_t kPlane, int kBitsPerCell>
 inline std::span<const std::int32_t> GatherColumns(const PackedRow<kBitsPerCell>& row,
                                                    std::span<std::int32_t> scratch) noexcept {
@@ -105,7 +108,7 @@ inline std::span<const std::int32_t> SetColumns(const TernaryRow& row,
   return GatherColumns<kValuePlane>(row, scratch);
 }
 
-/// The 64 bits from `bit` on, the first one in the most significant place; 0 behind the block's
+/// The 64 bits from `bit` on, the first one in the most significant place; 0 beyond the block's
 /// end.
 inline std::uint64_t LoadBits(const std::uint8_t* block, std::size_t blockSize,
                               std::size_t bit) noexcept {
@@ -153,7 +156,7 @@ constexpr std::int32_t ColumnWordCount(std::int32_t columns) noexcept {
   return (columns + kColumnsPerWord - 1) / kColumnsPerWord;
 }
 
-/// The columns of a row that a word stands for.
+/// The columns of a row that a word stands for, 0 <= word < ColumnWordCount(row.columns).
 template <int kBitsPerCell>
 inline std::uint64_t ColumnsInWord(const PackedRow<kBitsPerCell>& row, std::int32_t word) noexcept {
   const std::int32_t rest = row.columns - word * kColumnsPerWord;

@@ -39,7 +39,7 @@ bool ReplaceFile(const char* from, const char* to) noexcept;
 bool RemoveFile(const char* path) noexcept;
 
 /// The current folder's absolute path, zero-terminated and with '/' between folders; false when it
-/// cannot be told or does not fit.
+/// cannot be found or does not fit.
 bool CurrentFolder(char* path, std::size_t size) noexcept;
 
 }  // namespace Vell::IO::Platform

@@ -1,7 +1,7 @@
 #pragma once
 
-// Everything that the system asks of the operating system, and the only folder that knows which
-// one it is: files, folders, one key press, clocks, processes. Text and formats are not its matter.
+// Everything that the system asks of the operating system, and the only folder that knows which one
+// it is: files, folders, one key press, clocks, processes. It knows nothing of text and formats.
 //
 // Paths are zero-terminated bytes in which both '\' and '/' separate folders, whatever the
 // platform; they are translated here, at the call, and nowhere else.
@@ -65,8 +65,8 @@ std::int64_t FileLength(FileHandle file) noexcept;
 /// Closes a handle; false when the system reports that data may not have been stored.
 bool CloseFile(FileHandle file) noexcept;
 
-/// Creates one folder (no parents). Whether that worked is not told: an existing folder is as good,
-/// and a missing one shows when a file in it cannot be opened.
+/// Creates one folder (no parents). Success is not reported: an existing folder is as good, and a
+/// missing one shows when a file in it cannot be opened.
 void CreateFolder(const char* path) noexcept;
 
 /// Waits for one key press on the terminal: no Enter, no echo; keys typed before the call and the
@@ -88,7 +88,7 @@ std::int64_t CalendarSeconds() noexcept;
 std::int64_t ProcessorMilliseconds() noexcept;
 
 /// Writes the path of the running program's file, zero-terminated, with '/' between folders and
-/// with symbolic links resolved, into `path`. False when it cannot be told or does not fit.
+/// with symbolic links resolved, into `path`. False when it cannot be found or does not fit.
 bool ProgramFile(char* path, std::size_t size) noexcept;
 
 /// Runs the program in file `program` with `arguments` (the first one is the name that it sees as

@@ -58,13 +58,13 @@ bool StandardErrorIsTerminal() noexcept;
 /// switched on where that is needed.
 bool StandardErrorTakesEscapes() noexcept;
 
-/// Columns of the terminal at standard error, or 80 when they cannot be told.
+/// Columns of the terminal at standard error, or 80 when their number is not known.
 int TerminalColumns() noexcept;
 
 /// Processors that this process may use, at least 1.
 int ProcessorCount() noexcept;
 
-/// Name of this computer, zero-terminated; false when it cannot be told or does not fit.
+/// Name of this computer, zero-terminated; false when it cannot be found or does not fit.
 bool HostName(char* name, std::size_t size) noexcept;
 
 }  // namespace Vell::IO::Platform

@@ -18,7 +18,7 @@ inline constexpr int kMostWideCharacters = 32767;
 using WideBuffer = std::array<wchar_t, kMostWideCharacters>;
 
 /// Translates a zero-terminated text to UTF-16, its zero included. The text is UTF-8; where it is
-/// not, it is taken for the code page of the system's language, in which older programs wrote.
+/// not, it is read in the code page of the system's language, in which older programs write.
 /// Returns the number of characters written, its zero included, or 0 when there is not enough room.
 int ToWide(const char* text, wchar_t* wide, int size) noexcept;
 
