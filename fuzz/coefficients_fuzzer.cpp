@@ -88,7 +88,7 @@ std::vector<Names> NamesOf(std::string_view line) {
   return names;
 }
 
-// The cells of variable j are the bits of its number, so that a column can be told from the others.
+// The cells of variable j are the bits of its number, so that no two columns are equal.
 constexpr std::int32_t kRecords = 5;
 
 bool Cell(std::size_t variable, std::int32_t record) {

@@ -21,7 +21,7 @@ using Testing::MemoryStream;
 
 enum class Verdict { kValid, kInvalidFormat, kInvalidByte };
 
-/// The fields of each line that ends, and those behind the last line feed.
+/// The fields of each line that ends, and those after the last line feed.
 struct Table {
   Verdict verdict = Verdict::kValid;
   std::vector<std::vector<std::string>> lines;
@@ -34,7 +34,7 @@ Table ReadByStates(std::string_view text) {
   Table table;
   std::string field;
   for (const char c : text) {
-    // Behind a quote within quotes a byte that is no quote must end the field, a NUL too.
+    // After a quote within quotes a byte that is no quote must end the field, a NUL too.
     if (c == '\0' && state != State::kBehindQuote) {
       table.verdict = Verdict::kInvalidByte;
       return table;
@@ -128,10 +128,10 @@ void CheckFields(const Table& expected, Vell::IO::Stream& stream) {
   const auto* const error = Fuzzing::ErrorOf([&] { ReadFields(table, stream); });
   Require(Fuzzing::AreSameError(error, ErrorOfVerdict(expected.verdict)), "another error, reading");
   Require(table.lines == expected.lines, "other fields");
-  Require(table.rest == expected.rest, "other fields behind the last line");
+  Require(table.rest == expected.rest, "other fields after the last line");
 }
 
-/// Each record skipped from its start, and from behind its first field.
+/// Each record skipped from its start, and from after its first field.
 void CheckSkipping(const Table& table, std::string_view text, std::size_t windowSize) {
   MemoryStream whole(text, windowSize);
   MemoryStream behindField(text, windowSize);

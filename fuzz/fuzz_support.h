@@ -58,7 +58,7 @@ inline std::string_view TextOf(const std::uint8_t* data, std::size_t size) noexc
 std::uint8_t TakeByte(std::string_view& input) noexcept;
 
 /// The custom mutator of a fuzzer of tables: in one of four cases it drops, repeats or swaps whole
-/// lines behind the first one, or leaves one alone with it; otherwise it changes bytes as the
+/// lines after the first one, or leaves one alone with it; otherwise it changes bytes as the
 /// engine does. The arguments and the result are those of LLVMFuzzerCustomMutator.
 std::size_t MutateLines(std::uint8_t* data, std::size_t size, std::size_t maxSize, unsigned seed);
 

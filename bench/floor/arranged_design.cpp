@@ -39,8 +39,8 @@ void Transpose(Square& words) noexcept {
   SwapSquares<1>(words, 0x5555'5555'5555'5555);
 }
 
-/// Writes first + i for every set bit i and returns the place behind; may write on up to 64 places
-/// behind that.
+/// Writes first + i for every set bit i and returns the place after; may write on up to 64 places
+/// after that.
 std::uint16_t* WriteSetBits(std::uint16_t* place, std::uint64_t bits, std::size_t first) noexcept {
 #if defined(__AVX512VBMI2__)
   const __m512i low =
@@ -74,7 +74,7 @@ std::uint64_t CountTogether(const BitRow& a, const BitRow& b) noexcept {
 
 }  // namespace
 
-/// The cells of a block as one row of bits a column, zeros behind the last record.
+/// The cells of a block as one row of bits a column, zeros after the last record.
 struct ArrangedDesign::BlockBits {
   alignas(64) std::array<BitRow, kMaxColumns> column{};
   alignas(64) BitRow response{};

@@ -28,7 +28,7 @@ struct Design {
   const std::uint64_t* words = nullptr;  // a record each, column j as bit j; bit 0 is always set
   RawArray<std::uint64_t> ownWords;
   std::vector<std::uint8_t> responses;      // 0 or 1
-  std::vector<std::int32_t> hospitalStart;  // and the number of records behind the last
+  std::vector<std::int32_t> hospitalStart;  // and the number of records after the last
 };
 
 class ArrangedDesign {

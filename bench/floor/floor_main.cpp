@@ -18,7 +18,7 @@
 // reading; portable loops elsewhere), so build and measure on one machine.
 //
 // Results are printed for comparison with the program's; where it prints none (sweeps, numbers),
-// a plain form runs behind the measurement, and a difference ends the process with status 1.
+// a plain form runs after the measurement, and a difference ends the process with status 1.
 
 #include <algorithm>
 #include <bit>

@@ -98,7 +98,7 @@ std::uint64_t ExtractBits(std::uint64_t source, std::uint64_t mask) noexcept {
 #endif
 }
 
-/// A line's cells behind the hospital ID as two rows of bits.
+/// A line's cells after the hospital ID as two rows of bits.
 class CellBits {
  public:
   /// Y, up to 60 indicators and twice 63 covariates.
@@ -138,7 +138,7 @@ class LineParser {
   LineParser(PackedData& data, std::int32_t poaCount, std::size_t fileSize)
       : data_(data), poaCount_(poaCount), fileSize_(fileSize) {}
 
-  /// Parses the whole lines of a block; 64 bytes behind it can be read.
+  /// Parses the whole lines of a block; 64 bytes after it can be read.
   void ParseBlock(const char* text, const char* end) {
     if (cellCount_ == 0) {
       text = ParseHeader(text, end);
@@ -189,7 +189,7 @@ class LineParser {
       const std::uint64_t ones = bytes.one & line;
       const std::uint64_t behindSeparator = separators << 1 | separatorBefore;
       const std::uint64_t digits = (bytes.zero | ones) & line;
-      // Everything is a separator or a digit, and a digit stands behind a separator.
+      // Everything is a separator or a digit, and a digit stands after a separator.
       if ((((~separators & ~digits) | (digits & ~behindSeparator)) & line) != 0) {
         Refuse("a cell is neither empty nor 0 nor 1");
       }
@@ -225,7 +225,7 @@ class LineParser {
     }
   }
 
-  /// Reads up to seven bytes behind the ID, which the line's cells or the buffer's end have.
+  /// Reads up to seven bytes after the ID, which the line's cells or the buffer's end have.
   bool IsLastHospital(std::string_view hospital) const noexcept {
     if (hospital.size() != hospital_.size()) {
       return false;

@@ -24,7 +24,7 @@ struct PackedData {
   RawArray<std::uint64_t> x;
   RawArray<std::uint64_t> xMissing;
   RawArray<std::uint8_t> flags;
-  std::vector<std::int32_t> hospitalStart;  // and the number of records behind the last
+  std::vector<std::int32_t> hospitalStart;  // and the number of records after the last
   std::int32_t complete = 0;                // records without a missing value
   std::int32_t completeWithoutP = 0;        // and with P = 0
 };

@@ -11,7 +11,7 @@ namespace Hovar::Floor {
 /// the former is larger, ties counting one half. Predictions are finite and not below 0.
 double Concordance(std::span<const double> predictions, std::span<const double> responses);
 
-/// Writes a number as "%g" does and returns the place behind it. Exact: six digits come from one
+/// Writes a number as "%g" does and returns the place after it. Exact: six digits come from one
 /// scaling whose rounding error is known, and numbers outside 1e-5 .. 1e6 from std::to_chars.
 char* WriteSixDigits(char* place, double value) noexcept;
 

@@ -1,4 +1,4 @@
-"""Runs one process on one core and tells what it printed, took and needed.
+"""Runs one process on one core and reports what it printed, took and needed.
 
 The chain is taskset (one core), prlimit (a limit of memory) and time (the peak of the resident
 memory; a process started by this interpreter itself would be charged with the interpreter's own).
@@ -107,7 +107,7 @@ class Limits:
 
 
 def reason_of_failure(errors):
-    """The line that tells most of what a process wrote on standard error."""
+    """The line that says most about what a process wrote on standard error."""
     errors.seek(0)
     lines = errors.read().decode(errors="replace").strip().splitlines()
     telling = [line for line in lines if line.startswith("Error")] or lines[-1:]

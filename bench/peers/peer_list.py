@@ -54,7 +54,7 @@ class Peer:
     key: str        # stable, unique within the task
     kind: str
     command: tuple  # {folder}, {build}, {work} and {passes} are filled in
-    problem: str = ""       # the reference answer to reach; the task's own unless told
+    problem: str = ""       # the reference answer to reach; the task's own unless given
     tolerance: float = 1e-5  # how far from it, relative to the largest coefficient
     largest: int = 10 ** 9  # not run with more records
     repeats: int = 1        # runs a round

@@ -1,7 +1,7 @@
 """Runs plink2 --glm on [Y|Z] without a penalty: the first covariate as the variant, the others as
 covariates. Usage: peer_plink.py TASK FOLDER VARIANT
 
-plink2 tells no times, so the seconds are those of its process less those of a second process that
+plink2 reports no times, so the seconds are those of its process less those of a second process that
 reads the same files and does next to nothing. Coefficients come from odds ratios of six digits.
 """
 

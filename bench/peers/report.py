@@ -2,7 +2,7 @@
 
     /usr/bin/python3 bench/peers/report.py RESULTS.jsonl [FOLDER]
 
-FOLDER holds performance.md (docs of the project unless told). What stands between the two marks is
+FOLDER holds performance.md (docs of the project unless given). What stands between the two marks is
 replaced; a page without them gets them at its end. The plots go to performance/ beside it. The
 measurements of several runs may be put together in one file; the last run's head is shown.
 """

@@ -6,7 +6,7 @@ takes each of them once for each size and task, then the next round begins. Ever
 added to a file of JSON lines at once; the table and the plots are made from that file.
 
 A complete run writes docs/performance.md. A run that is narrowed by --sizes, --tasks or --rounds
-writes its page to the work folder, unless --docs tells otherwise.
+writes its page to the work folder, unless --docs says otherwise.
 """
 
 import argparse
@@ -148,7 +148,7 @@ class Run:
         for smaller in self.chosen.sizes:
             before = self.done.get((smaller, task, peer.key), [])
             if smaller < size and before and before[-1].status != "ok":
-                return f"not started, for it failed at {smaller.title}"
+                return f"not started because it failed at {smaller.title}"
         return None
 
     def take(self, round_number, size, task, peer):

@@ -50,7 +50,7 @@ class Bidiagonalisation {
   }
 
  private:
-  /// Reflections from the left zero column i below the diagonal, those from the right row i behind
+  /// Reflections from the left zero column i below the diagonal, those from the right row i beyond
   /// the superdiagonal. The reflection vectors stay in u for the accumulations.
   void Reflect() {
     double previous = 0;
@@ -120,7 +120,7 @@ class Bidiagonalisation {
     }
   }
 
-  /// Applies the reflection that zeroed row i to the columns of v behind it.
+  /// Applies the reflection that zeroed row i to the columns of v after it.
   void AccumulateRowReflection(std::int32_t i) {
     const std::int32_t first = i + 1;
     for (std::int32_t j = first; j < n_; ++j) {

@@ -57,7 +57,7 @@ class Diagonalisation {
  private:
   bool IsNegligible(double x) const noexcept { return std::fabs(x) + norm_ == norm_; }
 
-  /// Brings singular value k to convergence, given that those behind it have converged.
+  /// Brings singular value k to convergence, given that those after it have converged.
   void Diagonalise(std::int32_t k) {
     for (int iteration = 0;; ++iteration) {
       const std::int32_t l = Split(k);
@@ -78,7 +78,7 @@ class Diagonalisation {
   }
 
   /// The start of the block that ends at k and has no negligible superdiagonal element. Where a
-  /// diagonal element is negligible, the superdiagonal element behind it is rotated away.
+  /// diagonal element is negligible, the superdiagonal element after it is rotated away.
   std::int32_t Split(std::int32_t k) {
     for (std::int32_t l = k; l > 0; --l) {
       if (IsNegligible(superdiagonal_[l])) {

@@ -29,7 +29,7 @@ void WriteCell(TextWriter& writer, std::int32_t value) {
   writer.Write(value);
 }
 
-/// Prints the cells of a record behind each other to a place with enough room.
+/// Prints the cells of a record one after the other to a place with enough room.
 class RecordPrinter {
  public:
   /// Room for the cells of one record with their commas.
@@ -52,7 +52,7 @@ class RecordPrinter {
   char* end_;
 };
 
-/// Prints the cells behind key and hospital and returns their end.
+/// Prints the cells after key and hospital and returns their end.
 char* PrintRecord(char* place, const IndividualPredictions& predictions, const DataSet& dataSet,
                   std::int32_t record) {
   RecordPrinter printer(place);

@@ -9,7 +9,7 @@
 #include "messages/error_texts.h"
 
 // The range of the predictions is divided into steps of equal width, about four records to each.
-// One pass brings every record to its step, a NaN to one of its own behind the others, and what
+// One pass brings every record to its step, a NaN to one of its own after the others, and what
 // fell into one step is sorted by comparisons.
 // A radix sort of the bits took more than twice the time for a million predictions that all differ.
 

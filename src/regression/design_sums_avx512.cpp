@@ -127,7 +127,7 @@ template <std::int32_t kGroups>
                                                     std::int32_t wordCount, std::int32_t count,
                                                     const double* first,
                                                     const double* second) noexcept {
-  // The last register may reach behind the last column, where nothing is read or written.
+  // The last register may reach beyond the last column, where nothing is read or written.
   const auto tail = static_cast<__mmask8>((2U << (sums.columns - 1) % kGroup) - 1);
   constexpr __mmask8 kAll = 0xFF;
   __m512d firsts[kGroups];

@@ -30,7 +30,7 @@ template <int kLanes, typename Real>
   Store(block.weight.data() + at, weight);
 }
 
-// Whole vectors are computed: the entries behind the block's count hold what an earlier block left
+// Whole vectors are computed: the entries after the block's count hold what an earlier block left
 // there, or zeros, and nobody reads what becomes of them.
 
 struct IndependentTerms {

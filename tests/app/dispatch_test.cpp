@@ -89,7 +89,7 @@ TEST(DispatchTest, ADefinitionCutAtAnyByteRaisesOneError) {
     const std::string text =
         "<!-- top --><?xml version=\"1.0\"?>" + WithRoot(folder, root, content);
     for (std::size_t length = 0; length < text.size(); ++length) {
-      SCOPED_TRACE("cut behind " + text.substr(0, length));
+      SCOPED_TRACE("cut after " + text.substr(0, length));
       Testing::OutputCapture capture;
       EXPECT_THROW(Dispatch(folder, text.substr(0, length)), Vell::Exceptions::Exception);
       const std::string error = capture.TakeError();

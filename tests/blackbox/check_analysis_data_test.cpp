@@ -1,5 +1,5 @@
-// `hovar --check` and the program agree on good data files that an Analysis cannot use: nothing is left
-// after column elimination, or a class of an [X|Z] table is empty.
+// `hovar --check` and the program agree on good data files that an Analysis cannot use: nothing is
+// left after column elimination, or a class of an [X|Z] table is empty.
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 namespace Testing {
 namespace {
 
-/// Records of one variable: `count` times the cells in turn, behind a varying outcome.
+/// Records of one variable: `count` times the cells in turn, after a varying outcome.
 std::string Records(int count, const std::vector<std::string>& cells) {
   std::string text;
   for (int i = 0; i < count; ++i) {
@@ -41,8 +41,8 @@ TEST(CheckAnalysisDataTest, ClassesThatAreFilledLateInALongFile) {
   const std::vector<std::string> withoutZ = {"0,1", "0,0", "0,0"};
   ExpectRows({
       Fit("all in the first records", Records(5000, {"1,1", "0,0", "0,1", "1,0"})),
-      Fit("Z = 0 behind many", Records(5000, withZ) + Records(6, withoutZ)),
-      Fit("Z = 1 behind many", Records(5000, withoutZ) + Records(6, withZ)),
+      Fit("Z = 0 after many", Records(5000, withZ) + Records(6, withoutZ)),
+      Fit("Z = 1 after many", Records(5000, withoutZ) + Records(6, withZ)),
       Fit("Z = 0 with unknown X", Records(5000, withZ) + Records(6, {"0,"}), "data.csv:1:1"),
       Fit("Z = 1 with unknown X", Records(5000, withoutZ) + Records(6, {"1,"}), "data.csv:1:1"),
   });

@@ -79,7 +79,7 @@ TEST(CheckBatchTest, RunsOfABatchThatMeet) {
                                                "\" is also the "
                                                "log file of \"validation.xml\", which"),
             std::string::npos);
-  // What another kind of file would be read as cannot be told before.
+  // What another kind of file would be read as cannot be known in advance.
   study.Write("d.xml", BatchText({"prediction.xml", "p.xml"}));
   study.Write("p.xml", Replaced(Replaced(PredictionText(), "coefficients.csv", "out/hospital.csv"),
                                 "<Folder>out<", "<Folder>two<"));

@@ -72,7 +72,7 @@ TEST(CheckDataFileTest, CellsOfTheDataFile) {
       Data("X 10", "1", first + "b,A,1,0,1,10\n", "data.csv:3:11"),
       Data("X text", "1", first + "b,A,1,0,1,x\n", "data.csv:3:11"),
       Data("X empty", "1", first + "b,A,1,0,1,\n"),
-      Data("text behind numbers", "1", first + "b,A,1 yes,0\t,1.5,1abc\n"),
+      Data("text after numbers", "1", first + "b,A,1 yes,0\t,1.5,1abc\n"),
       Data("beyond ASCII", "1", first + "b,Z\xC3\xBCrich,7,0,1,1\n", "data.csv:3:10"),
       Data("hospital like a broken nan", "1", first + "b,North,2,0,1,1\n", "data.csv:3:9"),
       Data("hospital like a broken inf", "1", first + "b,Isala,,0,1,1\n", "data.csv:3:9"),
@@ -86,7 +86,7 @@ TEST(CheckDataFileTest, CellsOfTheDataFile) {
       Data("quoted or not", "1", first + "b,\"A\",1,0,1,1\n"),
       Data("a quote within", "1", first + "a\"b,A,1,0,1,1\n", "data.csv:3:2"),
       Data("a quote not closed", "1", first + "b,\"A,1,0,1,1\n", "data.csv:3:3"),
-      Data("text behind a quote", "1", first + "b,\"A\"x,1,0,1,1\n", "data.csv:3:6"),
+      Data("text after a quote", "1", first + "b,\"A\"x,1,0,1,1\n", "data.csv:3:6"),
       Data("a comma in a key", "1", first + "\"a,b\",A,1,0,1,1\n", "data.csv:3:5"),
       Data("NUL", "1", first + std::string("\0,A,1,0,1,1\n", 12), "data.csv:3:1"),
   });

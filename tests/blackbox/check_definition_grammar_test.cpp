@@ -1,5 +1,6 @@
-// `hovar --check` and the program agree on the grammar of definitions: both take the good ones and stop
-// at the bad ones, and the check names the place: the line and the column that an editor would show.
+// `hovar --check` and the program agree on the grammar of definitions: both take the good ones and
+// stop at the bad ones, and the check names the place: the line and the column that an editor would
+// show.
 
 #include <gtest/gtest.h>
 
@@ -56,7 +57,7 @@ TEST(CheckDefinitionGrammarTest, TheRootAndWhatIsAroundIt) {
       {"a declaration with a blank", "<?foo ?>\n" + analysis, {}, ""},
       Changed(analysis, "</Analysis>", "</Analyses>", "d.xml:39:1"),
       Changed(analysis, "</Analysis>", "", "d.xml:40:1"),
-      {"text behind the root", analysis + "text", {}, ""},
+      {"text after the root", analysis + "text", {}, ""},
       {"a document type", "<!DOCTYPE Analysis>\n" + analysis, {}, "d.xml:1:1"},
       {"an end tag as the root", "</Analysis>" + analysis.substr(10), {}, ""},
   });

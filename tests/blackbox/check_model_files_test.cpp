@@ -18,7 +18,7 @@ Row Model(const std::string& what, const std::string& coefficients, const std::s
 }
 
 TEST(CheckModelFilesTest, IdsWithCommasInPredictions) {
-  // The reader takes every comma for a separator and stops lines behind the first one.
+  // The reader takes every comma for a separator and stops lines after the first one.
   const std::string error =
       ": error: A key or hospital ID holds a comma, which separates here in spite of the quotes: "
       "values would be taken from wrong columns. Use IDs without commas.";

@@ -87,7 +87,7 @@ TEST(CheckBatchTest, BatchesThatNameThemselves) {
        {{"inner.xml", self}},
        error("inner.xml:3:13", "d.xml")},
   });
-  // Behind a run, which would be repeated until no more log files can be open.
+  // After a run, which would be repeated until no more log files can be open.
   const TinyStudy repeated;
   repeated.Write("d.xml", BatchText({"prediction.xml", "d.xml"}));
   EXPECT_EQ(CheckDefinition(repeated).output,

@@ -143,7 +143,7 @@ TEST(CheckProxiesTest, EqualZOfWhichTheToleranceLeavesNone) {
       << output;
 }
 
-/// Variables whose Z is 0 everywhere, behind one that stays.
+/// Variables whose Z is 0 everywhere, after one that stays.
 std::string ConstantColumns(int count) {
   std::string names[2];
   std::string ones;

@@ -66,7 +66,7 @@ TEST(DataFileTest, FieldsBehindTheIndicatorsComeInPairs) {
 
 TEST(DataFileTest, AFileWithoutItsColumnsIsRejected) {
   Expect({
-      // Nothing at all: 0 lines, 0 fields, 0 - 1 - 3 = -4 behind the indicator, -4 / 2 + 1 = -1.
+      // Nothing at all: 0 lines, 0 fields, 0 - 1 - 3 = -4 after the indicator, -4 / 2 + 1 = -1.
       {"empty", "1", "", kStart + SizeLines(-1, -1), "Invalid argument"},
       {"a header without its end", "1", "Key,Hospital,Y,POA", kStart + SizeLines(-1, -1),
        "Invalid argument"},
@@ -92,7 +92,7 @@ TEST(DataFileTest, TheLastRecordEndsWithALineFeed) {
       {"two records", "1", kHeader + kFirst + "b,A,1,0,1,1",
        ReadingLines(1, 2) + HospitalLine("A", 0, 1), error},
       {"one record", "1", kHeader + "a,A,1,0,1,1", ReadingLines(0, 2), error},
-      {"a blank behind the end", "1", kHeader + kFirst + " ",
+      {"a blank after the end", "1", kHeader + kFirst + " ",
        ReadingLines(1, 2) + HospitalLine("A", 0, 1), error},
   });
 }
@@ -154,7 +154,7 @@ TEST(DataFileTest, OutcomeAndZAreNeverMissing) {
       {"Y", "1", kHeader + kFirst + "b,A,,0,1,1\n", reading, "IO Exception"},
       {"a blank Y", "1", kHeader + kFirst + "b,A, ,0,1,1\n", reading, "IO Exception"},
       {"Z", "1", kHeader + kFirst + "b,A,1,0,,1\n", reading, "IO Exception"},
-      // A number may stand behind white space, line feeds included, so the search for Y goes on in
+      // A number may stand after white space, line feeds included, so the search for Y goes on in
       // the next line: to its key, or to the end of the file.
       {"Y before a key", "0", "Key,Hospital,Y\na,A,\nb,A,1\n",
        ReadingLines(2, 1) + HospitalLine("A", 0, 2), "IO Exception"},
@@ -206,7 +206,7 @@ TEST(DataFileTest, CellsBeyond32BitsAreTakenByTheirLowBits) {
 }
 
 TEST(DataFileTest, WhatFollowsANumberInItsCellIsPassedOver) {
-  ExpectRead({{"text behind numbers", "1", kHeader + "a,A,1 yes,0\t,1.5,1abc\n",
+  ExpectRead({{"text after numbers", "1", kHeader + "a,A,1 yes,0\t,1.5,1abc\n",
                ReadingLines(1, 2) + HospitalLine("A", 0, 1) + "Number of hospitals: 1\n" +
                    CountLines(1, 1),
                ""},
@@ -249,9 +249,9 @@ TEST(DataFileTest, QuotesFollowTheirRules) {
   Expect({
       {"within a field", "1", kHeader + "a\"b,A,1,0,1,1\n", kStart, error},
       {"never closed", "1", kHeader + "\"a,A,1,0,1,1\n", kStart, error},
-      {"text behind", "1", kHeader + "\"a\"x,A,1,0,1,1\n", kStart, error},
+      {"text after quotes", "1", kHeader + "\"a\"x,A,1,0,1,1\n", kStart, error},
       {"in the header", "1", "Ke\"y,Hospital,Y,POA,Z,X\n", kStart, error},
-      // Fields that are passed over end at the next comma, quoted or not.
+      // Fields that are skipped end at the next comma, quoted or not.
       {"a comma in a key", "1", kHeader + "\"a,b\",A,1,0,1,1\n", ReadingLines(1, 2), error},
   });
 }

@@ -181,7 +181,7 @@ TEST_P(DefinitionGrammarTest, ADefinitionThatIsCutIsRejected) {
   const std::size_t complete = text.rfind('>') + 1;
   const ScratchFolder folder;
   for (std::size_t length = complete % 5; length < complete; length += 5) {
-    SCOPED_TRACE("cut behind " + text.substr(0, length));
+    SCOPED_TRACE("cut after " + text.substr(0, length));
     folder.Write("d.xml", text.substr(0, length));
     const ProcessResult result = RunHovar(folder, {"d.xml"});
     if (IsCutInFlag(text, length)) {

@@ -39,7 +39,7 @@ TEST(DefinitionRootTest, AnyOtherRootIsNoDefinition) {
   for (const char* root :
        {"<analysis>", "<ANALYSIS>", "<Analysi>", "<AnalysisX>", "<Study>", "<batch>",
         "<prediction>", "<Validations>", "</Study>", "<Study />", "<Study/>",
-        // A slash directly behind the name belongs to it.
+        // A slash directly after the name belongs to it.
         "<Analysis/>", "<Batch/>"}) {
     rows.push_back({std::string(root) + "\n<Input>", "Invalid definition file"});
   }

@@ -129,7 +129,7 @@ TEST(DefinitionNumberTest, NumbersAreReadAsTheCLibraryReadsThem) {
     SCOPED_TRACE(real);
     ExpectRuns(WithValue(AnalysisText(), "Tolerance", real));
   }
-  // An exponent without digits is passed over.
+  // An exponent without digits is ignored.
   ExpectRuns(WithValue(AnalysisText(), "PriorPrecision", "1e"));
 }
 

@@ -17,7 +17,7 @@
 namespace Testing {
 namespace {
 
-/// Reads what a process writes into a named pipe, but not before it is told to.
+/// Reads what a process writes into a named pipe, but only once it is asked to.
 class HeldPipe {
  public:
   explicit HeldPipe(const std::string& path) {

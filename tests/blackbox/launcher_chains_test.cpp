@@ -172,7 +172,7 @@ TEST_F(ChainsTest, DefinitionsThatDoNotServeAreRefused) {
   expectRefused("clock.xml",
                 "hovar: the seed of clock.xml is taken from the clock, so the chains could not be "
                 "repeated; give it two fixed words (a Seed of the type Vector)");
-  // A definition is a small file; 16 MiB of blanks behind it would have to be written for each
+  // A definition is a small file; 16 MiB of blanks after it would have to be written for each
   // chain.
   study_.Write("large.xml", text + std::string(17 << 20, ' '));
   expectRefused("large.xml", "hovar: cannot read large.xml");

@@ -120,7 +120,7 @@ TEST(IntegerLimitTest, SeedsAreTheirLow32Bits) {
 
 // Fields and columns
 
-/// A file of one hospital whose lines have `fields` cells behind the outcome: numbered names, and
+/// A file of one hospital whose lines have `fields` cells after the outcome: numbered names, and
 /// then `records` times `cell` in all places.
 std::string WideFile(int fields, int records, const std::string& cell) {
   std::string text = "Key,Hospital,Y";

@@ -1,5 +1,5 @@
 // Files and folders that the user may not read or write: check and program must agree, and the
-// check must tell what is missing. Root may do everything, so as root both run without root's
+// check must say what is missing. Root may do everything, so as root both run without root's
 // rights.
 
 #include <gtest/gtest.h>

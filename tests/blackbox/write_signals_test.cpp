@@ -1,4 +1,4 @@
-// Failed writes of which the system tells by a signal too: into a pipe that nobody reads any more,
+// Failed writes that the system reports by a signal too: into a pipe without a reader,
 // and beyond the limit for the size of files (`ulimit -f`). They end like any other failed write.
 
 #include <fcntl.h>

@@ -108,7 +108,7 @@ TEST(CellReaderTest, RowsOfBinaryCellsAreReadAsTheirCells) {
   }
 }
 
-/// Reads a row of nine cells with this one at every place, behind and before plain ones.
+/// Reads a row of nine cells with this one at every place, after and before plain ones.
 template <typename E>
 void ExpectEveryPlaceRaises(const std::string& wrong, const std::string& error) {
   for (int place = 0; place < 9; ++place) {

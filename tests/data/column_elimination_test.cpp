@@ -659,7 +659,7 @@ TEST(FindDependentColumnsTest, SingularValueAtTheThresholdCountsAsZero) {
 }
 
 TEST(FindDependentColumnsTest, DependentInterceptIsAnError) {
-  // Every column is dependent, but only those behind the intercept can be found: with p columns the
+  // Every column is dependent, but only those after the intercept can be found: with p columns the
   // null space has p dimensions and its basis without the first coordinate only p - 1.
   const auto failure = [](const Vell::Matrix& counts, double tolerance) {
     return Observe([&] { Hovar::FindDependentColumns(counts, tolerance); }).Failure();

@@ -223,7 +223,7 @@ TEST(DataFileReaderTest, IndicatorsAreCombinedByOrOfValuesAndOfMissingMarks) {
            {",", "."},
            {"0,", "."},
            {",0", "."},
-           // One indicator tells that the condition was present, another tells nothing: the cell
+           // One indicator says that the condition was present, another is missing: the cell
            // is missing and its value bit is set.
            {"1,", "*"},
            {",1", "*"},
@@ -437,7 +437,7 @@ TEST(DataFileReaderTest, HospitalThatReappearsIsRefused) {
       {"k,h,Y\n1,,0\n2,B,0\n3,,0\n", 0, "Exception: Data must be grouped by hospital ID"},
       {"k,h,Y\n1,B,0\n2,\xC3\xA9,0\n3,A,0\n4,B,0\n", 0,
        "Exception: Data must be grouped by hospital ID"},
-      // Bytes behind the last record are noticed first.
+      // Bytes after the last record are noticed first.
       {"k,h,Y\n1,A,0\n2,B,0\n3,A,0\nx", 0, "Exception: Data wrong format"},
   });
 }

@@ -13,7 +13,7 @@
 namespace Testing {
 namespace {
 
-/// What a run on valid input that is no full study any more may end with: fewer records can leave a
+/// What a run on valid input that is no longer a full study may end with: fewer records can leave a
 /// variable without a table, or columns that depend on each other.
 constexpr std::array<std::string_view, 5> kNumericLines = {
     "Cannot compute XZ table", "Error in eliminating dependent columns", "Invalid argument",

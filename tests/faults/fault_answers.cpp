@@ -75,7 +75,7 @@ void FaultAnswers::ExpectAnswer(const SystemCallReport& call, const RunResult& r
   }
 }
 
-// That a folder could not be made is not told: the first file in it cannot be opened.
+// That a folder could not be made is not reported: the first file in it cannot be opened.
 void FaultAnswers::ExpectAnswerToMissingFolder(const SystemCallReport& call,
                                                const RunResult& result,
                                                const OutputFiles& files) const {

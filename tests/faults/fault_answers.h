@@ -18,7 +18,7 @@ class FaultAnswers {
   void ExpectWhole(const RunResult& result, const OutputFiles& files) const;
   /// Expects an end with exit status 1 after which no file is wrong, only cut short.
   void ExpectBroken(const RunResult& result, const OutputFiles& files) const;
-  /// Expects the same with this error line, behind those of errors that the run has answered, and
+  /// Expects the same with this error line, after those of errors that the run has answered, and
   /// with the prompt.
   void ExpectFailed(const std::string& line, const RunResult& result,
                     const OutputFiles& files) const;

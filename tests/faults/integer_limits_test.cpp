@@ -47,7 +47,7 @@ TEST(IntegerLimitTest, AChainThatDoesNotFitIntoMemoryIsOutOfMemory) {
   }
 }
 
-/// One byte again and again and a line feed behind them, made as they are read.
+/// One byte again and again and a line feed after them, made as they are read.
 class RepeatedByte final : public Vell::IO::Stream {
  public:
   RepeatedByte(char byte, std::uint64_t count)

@@ -1,6 +1,6 @@
 // Every allocation made to fail in turn in what the launcher does itself: checking, planning,
-// reading chains, judging them, showing progress, recording. Each must be told as what it is, and
-// leave nothing behind; leaks are reported by the address sanitizer's leak check.
+// reading chains, judging them, showing progress, recording. Each must be reported as what it is,
+// and leave nothing behind; leaks are reported by the address sanitizer's leak check.
 
 #include <gtest/gtest.h>
 

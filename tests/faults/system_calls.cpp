@@ -13,7 +13,7 @@
 #include <cstdarg>
 #include <cstring>
 
-// The functions that the linker puts behind the names of the calls.
+// The functions that the linker binds to the names of the calls.
 extern "C" {
 int __real_open(const char* path, int flags, ...);
 ssize_t __real_read(int file, void* buffer, size_t size);

@@ -20,7 +20,7 @@ inline constexpr char kTracedCalls[] = "openat,read,write,lseek,close,mkdir";
 struct TracedCall {
   std::string name;
   /// False for the calls of the loader, which looks for libraries, and of the sanitizers, which
-  /// open pipes of their own and read what the system tells of the process.
+  /// open pipes of their own and read what the system reports of the process.
   bool isOfProgram = false;
   SystemCallReport call;  // isThere: an earlier call has made the folder
   std::size_t size = 0;   // of a read or a write

@@ -163,7 +163,7 @@ TEST(StringResizeTest, ShorterBufferStillEndsTheTextWithAZeroByte) {
 }
 
 TEST(StringAppendTest, ByteByByteTheBufferDoubles) {
-  // Room for the zero byte behind the text is needed too: 1 byte for nothing, 2 for one byte, ...
+  // Room for the zero byte after the text is needed too: 1 byte for nothing, 2 for one byte, ...
   String string;
   std::string expected;
   std::int32_t capacity = 0;
@@ -224,7 +224,7 @@ TEST(StringTest, FindGivesTheFirstAndTheLastPlace) {
   EXPECT_EQ(path.FindLast('b'), 3);
   EXPECT_EQ(path.FindFirst('/'), -1);
   EXPECT_EQ(path.FindLast('/'), -1);
-  EXPECT_EQ(path.FindFirst('\0'), -1) << "the zero byte behind the text does not belong to it";
+  EXPECT_EQ(path.FindFirst('\0'), -1) << "the zero byte after the text does not belong to it";
 }
 
 TEST(StringTest, ComparisonTakesBytesAsUnsigned) {

@@ -89,7 +89,7 @@ TEST(CholeskyTest, APivotThatIsNotPositiveIsAnError) {
       // the third pivot: 98 - 64 - 25 = 9 is taken away
       {3, {4, 12, 37, -16, -43, 89}},
       {3, {4, 12, 37, -16, -43, 88}},
-      // behind an infinite pivot: -1 - (0 / inf)^2
+      // after an infinite pivot: -1 - (0 / inf)^2
       {2, {kInfinity, 0, -1}},
   };
   for (const NotPositive& c : cases) {

@@ -108,7 +108,7 @@ TEST(RowEchelonTest, WithoutRowsThePermutationIsTheIdentity) {
   EXPECT_EQ(ReduceToRowEchelon(Matrix(0, 0)).permutation.Size(), 0);
 }
 
-// Checks what makes a row echelon form: unit pivots, zeros below, nothing behind the last pivot.
+// Checks what makes a row echelon form: unit pivots, zeros below, nothing after the last pivot.
 // Returns the number of pivots.
 std::int32_t CheckForm(const RowEchelon& result) {
   const Matrix& matrix = result.matrix;

@@ -206,7 +206,7 @@ std::vector<double> Numbers(const std::string& text) {
   return result;
 }
 
-// Values by another engine; tests/reference/README.md tells how they are made.
+// Values by another engine; tests/reference/README.md says how they are made.
 std::vector<Example> ReferenceExamples() {
   std::vector<Example> examples;
   const auto rows = Testing::ReadCsv(Testing::ReferenceFile("svd.csv"));

@@ -140,7 +140,7 @@ TEST(VectorTest, ExtremesAreFoundAnywhere) {
       {{1, -9, 8}, -9, 8, 9},
       {{8, 1, -9}, -9, 8, 9},
       {{-kInfinity, kInfinity, 0}, -kInfinity, kInfinity, kInfinity},
-      // a NaN behind the first element is passed over
+      // a NaN after the first element is ignored
       {{1, kNaN, -4, 3}, -4, 3, 4},
       {{1, 2, kNaN}, 1, 2, 2},
   };

@@ -27,7 +27,7 @@ using Vell::RandomGenerator;
 struct Coefficients {
   std::vector<double> y;      // of [Y|X,P=0]
   std::vector<double> p;      // of [P|X]
-  std::vector<double> prior;  // two for each column behind the intercept
+  std::vector<double> prior;  // two for each column after the intercept
 };
 
 void Sweep(DataSet& data, const Coefficients& coefficients) {
@@ -253,9 +253,9 @@ TEST(ImputationSweepTest, CertainPIsDrawnAllTheSame) {
   }
 }
 
-// With all coefficients 0 a cell's probability is its prior and that of P is 2/3, so each cell is
-// told by its own draw. Draws go record by record; within a record the columns come in ascending
-// order and P last.
+// With all coefficients 0 a cell's probability is its prior and that of P is 2/3, so each cell
+// follows from its own draw. Draws go record by record; within a record the columns come in
+// ascending order and P last.
 TEST(ImputationSweepTest, CellsAreDrawnInTheirOrder) {
   const Coefficients coefficients = {{0, 0, 0, 0}, {0, 0, 0, 0}, {0.3, 0.8, 0.5, 0.5, 0.6, 0.1}};
   for (std::uint32_t seed = 1; seed <= 200; ++seed) {

@@ -222,7 +222,7 @@ TEST(ReadPredictionsTest, AValueThatIsNoNumberEndsTooEarly) {
 }
 
 TEST(ReadPredictionsTest, ColumnsBetweenThemArePassedOverWithoutRegardToQuotes) {
-  // The comma in the key ends the first of the columns that are passed over, so all move by one.
+  // The comma in the key ends the first of the columns that are skipped, so all move by one.
   Testing::ExpectRaises<Vell::Exceptions::EndOfStreamException>("Unexpected end of stream", [] {
     ReadBack(kIndividualHeader + "\"k,k\",A,x,0.1,0.2,9,0.3,0.4,8,0.5,0.6\n");
   });

@@ -4,7 +4,7 @@
     damage.py            (writes data/damage/; needs ../../examples/quickstart for the last table)
 
 The study has 30 records of 3 hospitals, 2 indicators, an intercept and 3 covariates, and all kinds
-of cells that are not plain: quoted names, keys and hospitals, blanks, text behind numbers, missing
+of cells that are not plain: quoted names, keys and hospitals, blanks, text after numbers, missing
 cells. Every file is damaged in seven ways: cut at every offset, and every byte replaced by NUL, a
 double quote, a comma, a line feed, `<` or 0xFF; and each of its lines in four: the line is dropped,
 repeated, swapped with the next one, or stays alone with the first line. ends.csv gives the end of

@@ -39,7 +39,7 @@ def sigmoid(t):
 
 
 def probability_of_data(y, p, x):
-    """pr(P = p | x) pr(Y = y | x, p) for the X cells x behind the intercept."""
+    """pr(P = p | x) pr(Y = y | x, p) for the X cells x after the intercept."""
     eta_y = BETA_Y[0] + sum(b for b, c in zip(BETA_Y[1:], x) if c)
     eta_p = BETA_P[0] + sum(b for b, c in zip(BETA_P[1:], x) if c)
     of_p = sigmoid(eta_p) if p else 1 - sigmoid(eta_p)

@@ -134,7 +134,7 @@ def simulate(rng, hospitals, size, variables, spread, missing, indicators, plant
                 if i == max(planted):
                     cells[1 - planted[i]] = ""
             if h == len(hospitals) // 2:
-                cells = [""] * indicators  # a hospital that never tells
+                cells = [""] * indicators  # a hospital that never reports it
             key = "R%04d" % i if i % 7 else 'R"%d"' % i
             rows.append([quoted(key), quoted(identity), str(y)] + cells + [str(c) for c in z] + xs)
     return rows

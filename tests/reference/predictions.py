@@ -63,10 +63,10 @@ def record_keys(data_path, records):
     reader = CsvReader(read_text(data_path))
     keys = []
     for _ in range(records + 1):
-        key, behind = reader.next_field()
+        key, following = reader.next_field()
         keys.append(key)
-        while behind == ",":
-            behind = reader.next_field()[1]
+        while following == ",":
+            following = reader.next_field()[1]
     return keys[1:]
 
 

@@ -51,7 +51,7 @@ class CsvReader:
         return self.at >= len(self.text)
 
     def field(self):
-        """One cell with its quotes resolved; the separator or line feed behind it stays."""
+        """One cell with its quotes resolved; the separator or line feed after it stays."""
         if self.at_end():
             return ""
         text = self.text
@@ -75,7 +75,7 @@ class CsvReader:
         return "".join(parts)
 
     def skip(self):
-        """Behind the next comma or line feed; quotes mean nothing here."""
+        """Moves past the next comma or line feed; quotes mean nothing here."""
         while not self.at_end():
             self.at += 1
             if self.text[self.at - 1] in ",\n":
@@ -86,11 +86,11 @@ class CsvReader:
         self.at = len(self.text) if end < 0 else end + 1
 
     def next_field(self):
-        """`field` and the one character behind it; returns the cell and that character."""
+        """`field` and the one character after it; returns the cell and that character."""
         cell = self.field()
-        behind = self.text[self.at:self.at + 1]
-        self.at += len(behind)
-        return cell, behind
+        following = self.text[self.at:self.at + 1]
+        self.at += len(following)
+        return cell, following
 
     def number(self, pattern, convert):
         found = pattern.match(self.text, self.at)
@@ -125,11 +125,11 @@ def measure(text):
     counts = []
     cells = 0
     while True:
-        _, behind = reader.next_field()
-        if behind == "":
+        _, following = reader.next_field()
+        if following == "":
             break
         cells += 1
-        if behind == "\n":
+        if following == "\n":
             counts.append(cells)
             cells = 0
     return (min(counts), max(counts), len(counts)) if counts else (0, 0, 0)

@@ -160,7 +160,7 @@ TEST(CoefficientFileTest, TablesAreReadFromTheFourthAndTheSixthCell) {
   EXPECT_EQ(good.results.xzTables[0].probability, (std::array<double, 2>{0.25, 0.5}));
 }
 
-// Which cells must be numbers: the estimates, and behind the first row the fourth and the sixth
+// Which cells must be numbers: the estimates, and after the first row the fourth and the sixth
 // cell. Everything else is text, skipped, or what strtod makes of it.
 TEST(CoefficientFileTest, EachCellThatMustBeANumberIsRequired) {
   for (const std::size_t row : {0U, 1U}) {
@@ -183,7 +183,7 @@ TEST(CoefficientFileTest, EachCellThatMustBeANumberIsRequired) {
 }
 
 TEST(CoefficientFileTest, FileThatEndsWithinARowIsRefused) {
-  // The last row has its line feed early: behind each cell before the last estimate.
+  // The last row has its line feed early: after each cell before the last estimate.
   std::string row = "X,Z";
   for (std::size_t cells = 2; cells <= 18; ++cells) {
     EXPECT_EQ(Read(kHeader + row + "\n").Failure(),

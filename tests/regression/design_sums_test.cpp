@@ -178,7 +178,7 @@ TEST_P(DesignSumsTest, ColumnSumsAreSumsOverSetColumnsOfPartOfABlock) {
     for (const Hovar::BlockPart& part :
          {Hovar::BlockPart{0, 0, size}, Hovar::BlockPart{0, size / 3, size / 2},
           Hovar::BlockPart{0, size - 1, size}}) {
-      // A further element behind the columns shows that nothing is written there.
+      // A further element after the columns shows that nothing is written there.
       std::vector<double> firstSums(static_cast<std::size_t>(columns) + 1, 0.25);
       std::vector<double> secondSums = firstSums;
       std::vector<double> expectedFirst = firstSums;

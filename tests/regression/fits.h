@@ -35,7 +35,7 @@ inline void ExpectRelative(double actual, long double expected, double relative,
       << what << ": " << actual << " instead of " << static_cast<double>(expected);
 }
 
-/// The small clustered data set of the references: Y and three covariates behind the intercept, the
+/// The small clustered data set of the references: Y and three covariates after the intercept, the
 /// same in X and Z, nothing missing, P = 0.
 inline Hovar::DataSet SmallRegression() {
   std::string text;

@@ -19,7 +19,7 @@ using Testing::MakeResults;
 using Testing::Observe;
 using Testing::Outcome;
 
-/// Two variables behind the intercept, named Z1, X1, Z2, X2.
+/// Two variables after the intercept, named Z1, X1, Z2, X2.
 DataSet MakeTwoVariables() { return MakeDataSet("A 1 0 01 10\nA 0 0 10 1.\n"); }
 
 TEST(ReconcileVariablesTest, SameVariablesStay) {

@@ -1,5 +1,6 @@
-// `hovar --check` named another place than that of the fault: half-read words such as "na" before it, the
-// next line instead of an empty last value, a column behind quotes, a long text or a later fault.
+// `hovar --check` named another place than that of the fault: half-read words such as "na" before
+// it, the next line instead of an empty last value, a column after quotes, a long text or a later
+// fault.
 
 #include <gtest/gtest.h>
 

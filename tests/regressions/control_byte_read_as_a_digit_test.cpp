@@ -1,5 +1,5 @@
-// The byte 0x10 before an x was taken for the 0 of a hexadecimal number: both differ by the bit that
-// tells small letters from capital ones.
+// The byte 0x10 before an x was read as the 0 of a hexadecimal number: both differ by the bit that
+// distinguishes small letters from capital ones.
 
 #include <gtest/gtest.h>
 

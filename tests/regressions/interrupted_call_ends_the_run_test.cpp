@@ -1,5 +1,5 @@
 // A signal that came while the program asked for a position or for the length of a file, or made a
-// folder, was taken for a failure. strace interrupts the calls.
+// folder, counted as a failure. strace interrupts the calls.
 
 #include <gtest/gtest.h>
 

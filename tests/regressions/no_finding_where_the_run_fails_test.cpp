@@ -8,7 +8,7 @@ namespace Testing {
 namespace {
 
 TEST(RegressionTest, KeysWithCommasThatLookLikeOtherRecordsAreFound) {
-  // The program passes over `"x`, takes the quote behind the comma for the beginning of the
+  // The program skips `"x`, takes the quote after the comma for the beginning of the
   // hospital's ID, and the one in the next line for its end: the hospitals are `,A,1` and a line
   // feed, then A.
   const std::string pair = "\"x,\",A,1\n\",1,0\",A,0\n";
@@ -20,7 +20,7 @@ TEST(RegressionTest, KeysWithCommasThatLookLikeOtherRecordsAreFound) {
   };
   ExpectRows({
       row(pair, ""), row(pair + pair, "data.csv:2:1"),  // not grouped by hospital
-      row(longer, "data.csv:2:1"),                      // bytes behind the last record
+      row(longer, "data.csv:2:1"),                      // bytes after the last record
       row("a,A,1\n" + longer, "data.csv:3:1"),          // the same
   });
 }

@@ -20,7 +20,7 @@ inline Vell::String NumberedName(std::string_view stem, std::int32_t number) {
 }
 
 /// Makes a data set from lines "hospital y p z x", where z and x hold one character for each cell
-/// behind the intercept ("-" where there is none). Cells are 0 or 1; in p and x a "." is a missing
+/// after the intercept ("-" where there is none). Cells are 0 or 1; in p and x a "." is a missing
 /// cell and a "*" a missing one whose value bit is set. Variables are named Z1, X1, Z2, X2, ...
 inline Hovar::DataSet MakeDataSet(std::string_view text) {
   struct Line {

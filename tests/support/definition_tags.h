@@ -1,7 +1,7 @@
 #pragma once
 
-// What a definition file must hold where, told from its text alone: the tags that are read under a
-// known name, and the error of a file that ends too early.
+// What a definition file must hold where, derived from its text alone: the tags that are read under
+// a known name, and the error of a file that ends too early.
 
 #include <cstddef>
 #include <string>
@@ -11,7 +11,7 @@ namespace Testing {
 
 struct DefinitionTag {
   std::size_t place = 0;  // of its '<'
-  std::size_t end = 0;    // behind its '>'
+  std::size_t end = 0;    // after its '>'
   std::string name;
   bool isEnd = false;
 
@@ -42,7 +42,7 @@ inline std::vector<DefinitionTag> NamedTags(const std::string& text) {
   return tags;
 }
 
-/// The line that a valid definition gives when it is cut behind its first `length` bytes. A tag
+/// The line that a valid definition gives when it is cut after its first `length` bytes. A tag
 /// that is cut at or within its name gives the line for the name, with the bytes that were there;
 /// a cut everywhere else gives the end of the stream.
 inline std::string ErrorOfCut(const std::string& text, std::size_t length,

@@ -11,7 +11,7 @@ namespace Testing {
 
 /// A stream over bytes in memory, for tests that read very many short texts. It reads ahead in
 /// windows of a chosen size, so that every place of a block boundary can be tried on a short text,
-/// and it can be told to fail.
+/// and it can be made to fail.
 class MemoryStream final : public Vell::IO::Stream {
  public:
   static constexpr std::size_t kWhole = static_cast<std::size_t>(-1);
@@ -53,7 +53,7 @@ class MemoryStream final : public Vell::IO::Stream {
 
   std::string content_;
   std::size_t windowSize_;
-  std::size_t windowEnd_ = 0;  // offset of the byte behind the window
+  std::size_t windowEnd_ = 0;  // offset of the byte after the window
   std::size_t failingOffset_ = kWhole;
   int flushCount_ = 0;
   bool isEof_ = false;

@@ -9,7 +9,7 @@
 namespace Testing {
 
 /// A process whose standard input is a terminal, seen from the other side of that terminal: the
-/// test types keys, looks at the terminal's attributes and is told when the process stops or ends.
+/// test types keys, looks at the terminal's attributes and sees when the process stops or ends.
 ///
 /// The process belongs to a session of its own, led by a process in between that lives as long as
 /// this object, as a shell does. Without it the terminal would be hung up and reset when the

@@ -19,7 +19,7 @@ int ReadFieldByte(Stream& stream) {
   return c;
 }
 
-/// Reads a field behind its opening quote and through its closing one.
+/// Reads a field after its opening quote and through its closing one.
 template <typename Sink>
 void ReadQuoted(Stream& stream, Sink append) {
   for (;;) {

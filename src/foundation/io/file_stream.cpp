@@ -126,7 +126,7 @@ bool FileStream::FillWindow() {
   returns_.MoveToStart(PlaceOf(end_));
   next_ = end_ = Block();
   isBlockAltered_ = false;
-  isEof_ = !ReadBehindWindow();
+  isEof_ = !ReadAfterWindow();
   return !isEof_;
 }
 
@@ -140,10 +140,10 @@ bool FileStream::WidenWindow() {
   returns_.MoveToStart(PlaceOf(next_));
   end_ = std::copy(next_, end_, Block());
   next_ = Block();
-  return ReadBehindWindow();
+  return ReadAfterWindow();
 }
 
-bool FileStream::ReadBehindWindow() {
+bool FileStream::ReadAfterWindow() {
   const unsigned char* const before = end_;
   std::int64_t count = 0;
   do {  // again when all that came is a carriage return, which is held
@@ -277,12 +277,12 @@ void FileStream::Seek(std::int64_t offset, int origin) {
     offset += Length();
   }
   Require(offset >= 0);
-  const std::int64_t behind = position_ - offset;  // from the target to the window's end
+  const std::int64_t distance = position_ - offset;  // from the target to the window's end
   const bool isBlockOfFile = !isBlockAltered_ && returns_.IsEmpty();
-  if (next_ != nullptr && isBlockOfFile && CanRead() && !CanWrite() && behind >= 0 &&
-      behind <= end_ - Block()) {
+  if (next_ != nullptr && isBlockOfFile && CanRead() && !CanWrite() && distance >= 0 &&
+      distance <= end_ - Block()) {
     Require(HasPosition());
-    next_ = end_ - behind;
+    next_ = end_ - distance;
   } else {
     AskPosition(offset, Platform::Origin::kStart);
     DropWindow();

@@ -40,7 +40,7 @@ struct Magnitude {
   double firstDigit = 0;
 };
 
-/// The exponent behind the digits of a number: its value and the bytes it takes.
+/// The exponent after the digits of a number: its value and the bytes it takes.
 struct Exponent {
   double value = 0;
   std::size_t length = 0;
@@ -69,14 +69,14 @@ Exponent ReadExponent(std::string_view text, char letter) noexcept {
 Magnitude MeasureDigits(std::string_view text, bool (*isDigit)(int) noexcept, char exponentLetter,
                         double unitsPerDigit) noexcept {
   bool hasDigits = false;
-  bool isBehindPoint = false;
+  bool isAfterPoint = false;
   bool isLeadingZero = true;
   double digitsBeforePoint = 0;
   std::size_t length = 0;
   for (; length < text.size(); ++length) {
     const char c = text[length];
-    if (c == '.' && !isBehindPoint) {
-      isBehindPoint = true;
+    if (c == '.' && !isAfterPoint) {
+      isAfterPoint = true;
       continue;
     }
     if (!isDigit(c)) {
@@ -84,7 +84,7 @@ Magnitude MeasureDigits(std::string_view text, bool (*isDigit)(int) noexcept, ch
     }
     hasDigits = true;
     isLeadingZero = isLeadingZero && c == '0';
-    if (isBehindPoint) {
+    if (isAfterPoint) {
       digitsBeforePoint -= isLeadingZero ? 1 : 0;
     } else {
       digitsBeforePoint += isLeadingZero ? 0 : 1;

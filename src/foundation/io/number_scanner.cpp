@@ -96,7 +96,7 @@ bool ReadWord(Stream& stream, Token& token, int c, std::string_view word) {
   return true;
 }
 
-/// "inf" or "infinity"; a letter i behind "inf" commits to the longer word.
+/// "inf" or "infinity"; a letter i after "inf" commits to the longer word.
 bool ReadInfinity(Stream& stream, Token& token, int c) {
   if (!ReadWord(stream, token, c, "inf")) {
     return false;
@@ -110,7 +110,7 @@ bool ReadInfinity(Stream& stream, Token& token, int c) {
 }
 
 /// Digits with a point and an exponent. The first byte that cannot continue the number is put back,
-/// but an exponent letter without digits behind it stays taken.
+/// but an exponent letter without digits after it stays taken.
 bool ReadDigitsAndExponent(Stream& stream, Token& token, int c) {
   const std::size_t signs = token.Size();
   bool isHexadecimal = false;

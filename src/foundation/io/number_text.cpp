@@ -66,7 +66,7 @@ SixDigits FindSixDigits(double value) noexcept {
   return exponent <= 5 ? SixDigits{digits, exponent} : SixDigits{0, 0};
 }
 
-/// The digits one to a byte, the first in the lowest one, and two zeros behind them. Halves, then
+/// The digits one to a byte, the first in the lowest one, and two zeros after them. Halves, then
 /// quarters, then single digits are divided side by side; the multipliers stand for exact divisions
 /// by 100 and 10 of numbers below 10,000 and 100.
 std::uint64_t SpreadDigits(std::uint32_t sixDigits) noexcept {
@@ -79,7 +79,7 @@ std::uint64_t SpreadDigits(std::uint32_t sixDigits) noexcept {
 }
 
 /// Writes six digits in fixed notation without trailing zeros and returns the end. Whole words are
-/// written; what lies behind the end means nothing.
+/// written; what lies beyond the end means nothing.
 char* WriteFixed(char* to, const SixDigits& number) noexcept {
   static_assert(std::endian::native == std::endian::little);
   const std::uint64_t digits = SpreadDigits(number.digits);
@@ -96,9 +96,9 @@ char* WriteFixed(char* to, const SixDigits& number) noexcept {
   if (count <= pointAt) {
     return to + pointAt;  // zeros before the point are significant
   }
-  const std::uint64_t behindPoint = text >> 8 * pointAt;
+  const std::uint64_t afterPoint = text >> 8 * pointAt;
   to[pointAt] = '.';
-  std::memcpy(to + pointAt + 1, &behindPoint, sizeof behindPoint);
+  std::memcpy(to + pointAt + 1, &afterPoint, sizeof afterPoint);
   return to + count + 1;
 }
 

@@ -8,7 +8,7 @@ namespace Vell {
 namespace {
 
 /// The number of counts, formed in 64 bits: PackedTriangleSize does not notice every size that
-/// wraps around, and Add would then write behind the counts. A matrix that Matrix refuses is
+/// wraps around, and Add would then write beyond the counts. A matrix that Matrix refuses is
 /// refused here, before gigabytes are counted that nothing could hold in the end.
 std::int32_t CountsOf(std::int32_t columns) {
   RequireNotNegative(columns);

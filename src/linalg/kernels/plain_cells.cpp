@@ -13,7 +13,7 @@ namespace {
 /// The cells of one digit and a comma each that stand in the next eight bytes.
 struct DigitCells {
   int count = 0;             // 0 .. 4
-  std::uint64_t values = 0;  // in bits 0, 16, 32 and 48; meaningless behind the count
+  std::uint64_t values = 0;  // in bits 0, 16, 32 and 48; meaningless beyond the count
 };
 
 DigitCells FindDigitCells(std::string_view text) noexcept {

@@ -106,7 +106,7 @@ TEST(DefinitionTest, ReadingItSeedsTheGeneratorAtOnce) {
   Vell::RandomGenerator::Seed(3, 7);
   Read(Hovar::ReadPredictionDefinition, kPredictionContent);
   EXPECT_EQ(Vell::RandomGenerator::NextWord(), 2422818384U);
-  // Also when an element behind the seed is wrong.
+  // Also when an element after the seed is wrong.
   Vell::RandomGenerator::Seed(3, 7);
   const Testing::Outcome outcome = Testing::Observe([] {
     Read(Hovar::ReadValidationDefinition,

@@ -40,7 +40,7 @@ struct Parsed {
   enum class Fault { kNone, kFormat, kNul };
 
   std::vector<std::vector<std::string>> records;
-  std::vector<std::size_t> recordEnds;  // offset behind the line feed of each
+  std::vector<std::size_t> recordEnds;  // offset after the line feed of each
   Fault fault = Fault::kNone;
 };
 

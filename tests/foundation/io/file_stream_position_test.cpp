@@ -28,7 +28,7 @@ using Vell::IO::kEndOfStream;
 
 constexpr std::int64_t kBlock = 65536;
 
-/// Bytes whose value tells their place, also modulo the size of a block.
+/// Bytes whose value shows their place, also modulo the size of a block.
 std::string PlacedBytes(std::int64_t size) {
   std::string bytes;
   for (std::int64_t i = 0; i < size; ++i) {
@@ -273,7 +273,7 @@ class StreamAndText {
     }
   }
 
-  /// Often near the end of a block or of the file, sometimes a little behind it.
+  /// Often near the end of a block or of the file, sometimes a little beyond it.
   void Seek() {
     const std::int64_t anchors[] = {0, kBlock, 2 * kBlock, Size()};
     const std::int64_t anchor = anchors[_random.Integer(0, 3)];

@@ -67,7 +67,7 @@ TEST(NumberTextTest, WritesRealsInTheShorterNotation) {
       {1.0, "1"},
       {-1.0, "-1"},
       {0.5641063638031483, "0.564106"},
-      // Up to six digits before the point stand in full, and so do four zeros behind it.
+      // Up to six digits before the point stand in full, and so do four zeros after it.
       {100000, "100000"},
       {999999, "999999"},
       {1000000, "1e+06"},

@@ -66,7 +66,7 @@ struct MatchedName {
 
 /// The names that are matched, not read as they come; the root's start tag and the outer Seed's are
 /// read. The opener of a comment that is cut short passes for a tag, so it is matched with the name
-/// of the tag behind the comment.
+/// of the tag after the comment.
 std::vector<MatchedName> MatchedNames() {
   std::vector<MatchedName> names;
   for (std::size_t at = kDefinition.find("<Data>"); at != std::string::npos;
@@ -90,7 +90,7 @@ TEST_F(XmlDamageTest, WholeDefinitionIsRead) {
 
 TEST_F(XmlDamageTest, CutWithinAMatchedNameShowsWhatIsLeftOfItAndElsewhereIsTheEnd) {
   const auto names = MatchedNames();
-  ASSERT_EQ(names.size(), 17u);  // 17 tags behind the root, less the outer Seed, and a comment
+  ASSERT_EQ(names.size(), 17u);  // 17 tags after the root, less the outer Seed, and a comment
   for (std::size_t length = 0; length < kDefinition.size(); ++length) {
     SCOPED_TRACE(kDefinition.substr(0, length));
     MemoryStream stream(kDefinition.substr(0, length), 7);

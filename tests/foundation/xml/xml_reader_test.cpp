@@ -101,7 +101,7 @@ TEST(ReadTagTest, ReadsAllKindsOfTags) {
       {"</Analysis\n >", Kind::kEnd, false, "Analysis", {}},
       {"<Seed />", Kind::kStart, true, "Seed", {}},
       {"<Seed\t/>", Kind::kStart, true, "Seed", {}},
-      // A name ends only at white space or '>', so a slash right behind it belongs to it.
+      // A name ends only at white space or '>', so a slash right after it belongs to it.
       {"<Seed/>", Kind::kStart, false, "Seed/", {}},
       {"<Batch/>", Kind::kStart, false, "Batch/", {}},
       {"</Seed/>", Kind::kEnd, false, "Seed/", {}},
@@ -215,7 +215,7 @@ TEST(CommentTest, IsSkippedBetweenTags) {
            "<!-- a ---><A>",
            "<!-- a ----><A>",
            "<!-----><A>",
-           // The end is looked for behind the four opening characters.
+           // The end is looked for after the four opening characters.
            "<!--> <B> --><A>",
            "<!---> <B> --><A>",
            "<!-- <!-- --><A>",

@@ -24,7 +24,7 @@ TEST(ExponentialsTest, EveryWidthAndPlaceGivesTheBitsOfASingleExponential) {
       for (std::size_t i = 0; i < count; ++i) {
         values.push_back(i == 5 ? kInfinity : i == 17 ? -kInfinity : random.Real(-760, 760));
       }
-      // One more stands behind and must stay.
+      // One more follows and must stay.
       std::vector<double> results = values;
       results.push_back(0.5);
       Vell::ReplaceByExponentials(std::span(results).first(count));

@@ -39,7 +39,7 @@ TEST(RemovePackedColumnsTest, EveryRowIsCompactedAndTheRowsMoveTogether) {
       {2, 3, 2, {1}, {0b01'10'11'11, 0b00'10'0000}, {0b01'11'11'10, 0}},
       // every column
       {2, 3, 2, {2, 0, 1}, {0b01'10'11'11, 0b00'10'0000}, {0, 0}},
-      // the cell that becomes free is cleared, what lies behind the cells is left alone
+      // the cell that becomes free is cleared, what follows the cells is left alone
       {1, 4, 1, {0}, {0b1011'1111, 0xFF, 0xFF}, {0b011'0'1111, 0xFF, 0xFF}},
       // no rows
       {0, 4, 1, {0}, {0}, {0}},

@@ -38,7 +38,7 @@ TEST(PackedWriterTest, BitsStandInTheOrderInWhichTheyAreAppended) {
       const bool written = (block[i / 8] & 0x80 >> i % 8) != 0;
       ASSERT_EQ(written, i < bits.size() && bits[i]) << "bit " << i << " of " << bits.size();
     }
-    EXPECT_EQ(block[(bits.size() + 7) / 8], 0xFF) << "a byte behind the last one was touched";
+    EXPECT_EQ(block[(bits.size() + 7) / 8], 0xFF) << "a byte beyond the last one was touched";
   }
 }
 

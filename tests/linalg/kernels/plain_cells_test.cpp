@@ -43,7 +43,7 @@ Taken TakeByDefinition(std::string text, std::int32_t count, bool mayBeEmpty) {
   return taken;
 }
 
-/// The text lies at the end of a block of its own, so that a read behind it is noticed by
+/// The text lies at the end of a block of its own, so that a read beyond it is noticed by
 /// AddressSanitizer.
 Taken TakeBinary(const std::string& text, std::int32_t count) {
   const std::vector<char> block(text.begin(), text.end());

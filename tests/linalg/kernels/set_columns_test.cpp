@@ -54,7 +54,7 @@ TEST(LoadBigEndianTest, BytesBehindTheBlockCountAsZero) {
   EXPECT_EQ(Vell::LoadBigEndian(block.data(), 9, 2), 0x4567'89AB'CDEF'1000U);
   EXPECT_EQ(Vell::LoadBigEndian(block.data(), 9, 8), 0x1000'0000'0000'0000U);
   EXPECT_EQ(Vell::LoadBigEndian(block.data(), 9, 9), 0U);
-  // a block that ends earlier than the bytes behind it
+  // a block that ends earlier than the bytes after it
   EXPECT_EQ(Vell::LoadBigEndian(block.data(), 3, 0), 0x0123'4500'0000'0000U);
 }
 

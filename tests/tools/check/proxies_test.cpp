@@ -215,7 +215,7 @@ TEST(ProxyFaultTest, DependentWithinTheToleranceAlone) {
 }
 
 TEST(ProxyFaultTest, VariablesOfTheSameTwoNamesAreToldApartByTheirColumns) {
-  // The first one goes, for its Z is constant, and its names are still found in the data.
+  // The first one goes because its Z is constant, and its names are still found in the data.
   Hovar::DataSet data =
       Testing::MakeDataSet("A 1 0 01 11\nA 0 0 00 01\nA 1 0 01 10\nA 0 0 00 00\n");
   data.zNames[2] = data.zNames[1];

@@ -20,7 +20,7 @@ TEST(CheckTablesTest, AnErrorWithoutWordsOfItsOwnIsToldAsItIs) {
             path + ":2:3: error: The program would end here in \"Integer overflow\".\n");
 }
 
-/// The number of the field, from 0, in which a reader of two numbers stopped behind `read`.
+/// The number of the field, from 0, in which a reader of two numbers stopped after `read`.
 std::size_t FieldOfStop(const std::string& read, const std::string& rest) {
   const Testing::ScratchFolder folder;
   const TableForm form = {QuoteUse::kIgnore, 1, 0b0110};

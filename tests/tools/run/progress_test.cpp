@@ -20,7 +20,7 @@ RunPlan PlanOf(std::initializer_list<PlannedRun> runs) {
   return plan;
 }
 
-/// Takes lines, a second apart, and looks at the bar behind each.
+/// Takes lines, a second apart, and looks at the bar after each.
 class Watched {
  public:
   explicit Watched(const RunPlan& plan) : progress_(plan, 0) {}

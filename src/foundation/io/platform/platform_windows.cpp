@@ -186,7 +186,7 @@ bool ProgramFile(char* path, std::size_t size) noexcept {
   }
   const HandleCloser file(CreateFileW(name.data(), 0, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-  // The place behind symbolic links is told with a mark before it: "\\?\C:\..." or
+  // The target of symbolic links comes with a mark before it: "\\?\C:\..." or
   // "\\?\UNC\server\...". Where it is not a drive's, the name as it was found serves.
   WideBuffer place;
   constexpr DWORD kMark = 4;

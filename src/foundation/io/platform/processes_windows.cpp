@@ -20,7 +20,8 @@ HANDLE ProcessOf(ProcessHandle process) noexcept {
   return reinterpret_cast<HANDLE>(process);  // NOLINT(performance-no-int-to-ptr): it was one
 }
 
-/// The exit status as other systems tell it: there an end by the system, or by Ctrl-C, is a signal.
+/// The exit status as other systems report it: there an end by the system, or by Ctrl-C, is a
+/// signal.
 int StatusOf(DWORD exitCode) noexcept {
   constexpr DWORD kControlC = 0xC000013A;
   constexpr DWORD kFirstError = 0xC0000000;

@@ -11,7 +11,7 @@ namespace {
 /// What is kept for a run at the deepest level; the sanitizers' frames are the widest.
 constexpr rlim_t kRunBytes = rlim_t{256} << 10;
 
-/// Taken for the size of a stack without a limit.
+/// The assumed size of a stack without a limit.
 constexpr rlim_t kLargestStack = rlim_t{64} << 20;
 
 /// How deep the stack may become. Arguments and environment lie on it too and take at most a

@@ -7,7 +7,7 @@
 namespace Vell::IO::Platform {
 namespace {
 
-/// The code page of the system's language. GetACP would tell that of the process, which our
+/// The code page of the system's language. GetACP would give that of the process, which our
 /// manifest sets to UTF-8.
 UINT LanguageCodePage() noexcept {
   DWORD page = CP_ACP;
