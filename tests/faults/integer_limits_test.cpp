@@ -55,17 +55,8 @@ class RepeatedByte final : public Vell::IO::Stream {
 
   void Flush() override {}
   void Close() override {}
-  int Peek() override { return next_ != end_ || FillWindow() ? *next_ : Vell::IO::kEndOfStream; }
   void Unget(int /*byte*/) override { --next_; }
-  void WriteByte(char /*byte*/) override {}
-  std::size_t Read(void* /*buffer*/, std::size_t /*count*/) override { return 0; }
   void Write(const void* /*buffer*/, std::size_t /*count*/) override {}
-  int Scan(const char* /*format*/, void* /*destination*/, std::size_t /*size*/) override {
-    return -1;
-  }
-  int Print(const char* /*format*/, const void* /*value*/, std::size_t /*size*/) override {
-    return 0;
-  }
   bool IsEof() const noexcept override { return isEnded_; }
   std::int64_t Length() override { return 0; }
   std::int64_t Tell() override { return 0; }

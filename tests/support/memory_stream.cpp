@@ -3,8 +3,6 @@
 #include <algorithm>
 
 #include "foundation/exceptions/exceptions.h"
-#include "foundation/io/number_scanner.h"
-#include "foundation/io/number_text.h"
 
 namespace Testing {
 namespace {
@@ -52,33 +50,12 @@ void MemoryStream::Flush() {
   ++flushCount_;
 }
 
-int MemoryStream::Peek() {
-  if (next_ != end_) {
-    return *next_;
-  }
-  const int byte = ReadByteOfNextBlock();
-  next_ -= byte != Vell::IO::kEndOfStream ? 1 : 0;
-  return byte;
-}
-
 void MemoryStream::Unget(int byte) {
   if (byte == Vell::IO::kEndOfStream || Position() == 0) {
     Fail();
   }
   *--next_ = static_cast<unsigned char>(byte);
   isEof_ = false;
-}
-
-std::size_t MemoryStream::Read(void* buffer, std::size_t count) {
-  auto* const bytes = static_cast<unsigned char*>(buffer);
-  for (std::size_t i = 0; i < count; ++i) {
-    const int byte = ReadByte();
-    if (byte == Vell::IO::kEndOfStream) {
-      return i;
-    }
-    bytes[i] = static_cast<unsigned char>(byte);
-  }
-  return count;
 }
 
 void MemoryStream::Write(const void* buffer, std::size_t count) {
@@ -89,18 +66,6 @@ void MemoryStream::Write(const void* buffer, std::size_t count) {
   content_.replace(position, std::min(count, content_.size() - position),
                    static_cast<const char*>(buffer), count);
   MoveTo(position + count);
-}
-
-int MemoryStream::Scan(const char* format, void* destination, std::size_t size) {
-  const int result = Vell::IO::ScanNumber(*this, format, destination, size);
-  if (result != 1 && !isEof_) {
-    Fail();
-  }
-  return result;
-}
-
-int MemoryStream::Print(const char* format, const void* value, std::size_t size) {
-  return Vell::IO::PrintNumber(*this, format, value, size);
 }
 
 void MemoryStream::Seek(std::int64_t offset, int origin) {

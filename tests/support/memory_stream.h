@@ -31,13 +31,8 @@ class MemoryStream final : public Vell::IO::Stream {
 
   void Flush() override;
   void Close() override { Flush(); }
-  int Peek() override;
   void Unget(int byte) override;
-  void WriteByte(char byte) override { Write(&byte, 1); }
-  std::size_t Read(void* buffer, std::size_t count) override;
   void Write(const void* buffer, std::size_t count) override;
-  int Scan(const char* format, void* destination, std::size_t size) override;
-  int Print(const char* format, const void* value, std::size_t size) override;
   bool IsEof() const noexcept override { return isEof_; }
   std::int64_t Length() override { return static_cast<std::int64_t>(content_.size()); }
   std::int64_t Tell() override { return static_cast<std::int64_t>(Position()); }

@@ -3,8 +3,6 @@
 #include <algorithm>
 
 #include "foundation/exceptions/exceptions.h"
-#include "foundation/io/number_scanner.h"
-#include "foundation/io/number_text.h"
 #include "foundation/memory.h"
 #include "messages/error_texts.h"
 
@@ -165,13 +163,6 @@ bool FileStream::ReadAfterWindow() {
 
 int FileStream::ReadByteOfNextBlock() { return FillWindow() ? *next_++ : kEndOfStream; }
 
-int FileStream::Peek() {
-  if (next_ == end_ && !FillWindow()) {
-    return kEndOfStream;
-  }
-  return *next_;
-}
-
 void FileStream::Unget(int byte) {
   Require(byte != kEndOfStream && CanRead() && Pending() == 0);
   if (next_ == nullptr) {
@@ -182,18 +173,6 @@ void FileStream::Unget(int byte) {
   isBlockAltered_ = isBlockAltered_ || next_ < Block() || *next_ != byte;
   *next_ = static_cast<unsigned char>(byte);
   isEof_ = false;
-}
-
-std::size_t FileStream::Read(void* buffer, std::size_t count) {
-  auto* destination = static_cast<unsigned char*>(buffer);
-  std::size_t done = 0;
-  while (done < count && (next_ != end_ || FillWindow())) {
-    const std::size_t part = std::min(count - done, static_cast<std::size_t>(end_ - next_));
-    std::copy_n(next_, part, destination + done);
-    next_ += part;
-    done += part;
-  }
-  return done;
 }
 
 void FileStream::StartWriting() {
@@ -209,8 +188,6 @@ void FileStream::StartWriting() {
   roomEnd_ = Block() + BlockSize();
 }
 
-void FileStream::WriteByte(char byte) { Write(&byte, 1); }
-
 void FileStream::Write(const void* buffer, std::size_t count) {
   const auto* source = static_cast<const unsigned char*>(buffer);
   while (count > 0) {
@@ -223,18 +200,6 @@ void FileStream::Write(const void* buffer, std::size_t count) {
     source += part;
     count -= part;
   }
-}
-
-int FileStream::Scan(const char* format, void* destination, std::size_t size) {
-  const int result = ScanNumber(*this, format, destination, size);
-  Require(result == 1 || isEof_);
-  return result;
-}
-
-int FileStream::Print(const char* format, const void* value, std::size_t size) {
-  const int count = PrintNumber(*this, format, value, size);
-  Require(count >= 1);
-  return count;
 }
 
 std::int64_t FileStream::Length() {

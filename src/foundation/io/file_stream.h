@@ -52,13 +52,8 @@ class FileStream final : public Stream {
   /// reading only loses nothing and cannot fail.
   void Close() override;
   bool WidenWindow() override;
-  int Peek() override;
   void Unget(int byte) override;
-  void WriteByte(char byte) override;
-  std::size_t Read(void* buffer, std::size_t count) override;
   void Write(const void* buffer, std::size_t count) override;
-  int Scan(const char* format, void* destination, std::size_t size) override;
-  int Print(const char* format, const void* value, std::size_t size) override;
   bool IsEof() const noexcept override { return isEof_; }
   std::int64_t Length() override;
   std::int64_t Tell() override;

@@ -6,7 +6,8 @@
 //
 // Reading and writing one byte, and looking at those that were read ahead, are not virtual: they
 // work on two windows of the block that the derived class sets, and call it only where a window
-// ends.
+// ends. What a derived class does not override is made of these windows and of the operations that
+// it must have.
 
 #include <algorithm>
 #include <array>
@@ -59,7 +60,7 @@ class Stream {
 
   /// The next byte without taking it, or kEndOfStream.
   /// Errors: "IO Exception".
-  virtual int Peek() = 0;
+  virtual int Peek();
 
   /// Puts one byte back, to be read next. At least the byte read last can be put back; a second one
   /// only where the stream has room.
@@ -86,11 +87,11 @@ class Stream {
 
   /// Writes one byte.
   /// Errors: "IO Exception".
-  virtual void WriteByte(char byte) = 0;
+  virtual void WriteByte(char byte) { Write(&byte, 1); }
 
   /// Reads up to `count` bytes into `buffer` and returns how many; fewer only at the end.
   /// Errors: "IO Exception".
-  virtual std::size_t Read(void* buffer, std::size_t count) = 0;
+  virtual std::size_t Read(void* buffer, std::size_t count);
 
   /// Writes all `count` bytes.
   /// Errors: "IO Exception".
@@ -131,14 +132,14 @@ class Stream {
   /// Result: 1 when a number was read. At the end of the stream 0 or -1 and nothing is stored.
   /// Errors: "IO Exception" when something else than a number stands there; InvalidFormatException
   /// "Invalid format" for other formats.
-  virtual int Scan(const char* format, void* destination, std::size_t size) = 0;
+  virtual int Scan(const char* format, void* destination, std::size_t size);
 
   /// Prints one number with a format that holds one conversion: %d or %u for a value of 4 bytes,
   /// %g or %f for a float (4 bytes) or a double (8 bytes); letters such as the l of %lg may stand
   /// before the conversion, and text before and after it is printed as it stands.
   /// Result: the number of bytes printed.
   /// Errors: InvalidFormatException "Invalid format" for any other format; "IO Exception".
-  virtual int Print(const char* format, const void* value, std::size_t size) = 0;
+  virtual int Print(const char* format, const void* value, std::size_t size);
 
   /// True when a read has met the end since the last push-back or seek.
   virtual bool IsEof() const noexcept = 0;
@@ -160,8 +161,8 @@ class Stream {
   virtual void Seek(std::int64_t offset, int origin) = 0;
 
  protected:
-  /// Called by ReadByte when the window is empty: fills it if the stream goes on, takes the next
-  /// byte, or reports the end.
+  /// Called by ReadByte and Peek when the window is empty: fills it if the stream goes on and takes
+  /// the byte before next_, or returns kEndOfStream.
   virtual int ReadByteOfNextBlock() = 0;
 
   // The bytes that were read ahead and not yet taken, so that reading one costs no call.

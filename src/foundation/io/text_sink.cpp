@@ -1,7 +1,6 @@
 #include "foundation/io/text_sink.h"
 
 #include "foundation/exceptions/exceptions.h"
-#include "foundation/io/number_text.h"
 #include "messages/error_texts.h"
 
 namespace Vell::IO {
@@ -12,10 +11,6 @@ void TextSink::Write(const void* buffer, std::size_t count) {
   if (use_ == Use::kKeep) {
     text_.Append(std::string_view(static_cast<const char*>(buffer), count));
   }
-}
-
-int TextSink::Print(const char* format, const void* value, std::size_t size) {
-  return PrintNumber(*this, format, value, size);
 }
 
 void TextSink::Seek(std::int64_t /*offset*/, int /*origin*/) {

@@ -25,15 +25,8 @@ class TextSink : public Stream {
 
   void Flush() override {}
   void Close() override {}
-  int Peek() override { return kEndOfStream; }
   void Unget(int byte) override;
-  void WriteByte(char byte) override { Write(&byte, 1); }
-  std::size_t Read(void* /*buffer*/, std::size_t /*count*/) override { return 0; }
   void Write(const void* buffer, std::size_t count) override;
-  int Scan(const char* /*format*/, void* /*destination*/, std::size_t /*size*/) override {
-    return kEndOfStream;
-  }
-  int Print(const char* format, const void* value, std::size_t size) override;
   bool IsEof() const noexcept override { return true; }
   std::int64_t Length() override { return text_.Length(); }
   std::int64_t Tell() override { return text_.Length(); }
