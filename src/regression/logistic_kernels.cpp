@@ -18,38 +18,53 @@ template <typename Real>
   std::memcpy(to, &lanes, sizeof lanes);
 }
 
-/// Sets u and d of the records from `at` on, and stores their weights.
-template <int kLanes, typename Real>
-[[gnu::always_inline]] inline void EvaluateWeights(Real& up, Real& down, RecordBlock& block,
-                                                   std::size_t at) noexcept {
-  Load(up, block.linearPredictor.data() + at);
-  down = -up;
-  Vell::ReplaceByExp<kLanes>(up);
-  Vell::ReplaceByExp<kLanes>(down);
-  const Real weight = 1.0 / (up + 2.0 + down);
-  Store(block.weight.data() + at, weight);
-}
-
 // Whole vectors are computed: the entries after the block's count hold what an earlier block left
 // there, or zeros, and nobody reads what becomes of them.
+
+/// Stores the weights of a block's records, and the residuals that Residual gives.
+template <int kLanes, typename Residual>
+[[gnu::always_inline]] inline void EvaluateTerms(RecordBlock& block) noexcept {
+  using Real = typename Vell::Lanes<kLanes>::Real;
+  for (std::int32_t i = 0; i < block.count; i += kLanes) {
+    const auto at = static_cast<std::size_t>(i);
+    Real up;
+    Load(up, block.linearPredictor.data() + at);
+    Real down = -up;
+    Vell::ReplaceByExp<kLanes>(up);
+    Vell::ReplaceByExp<kLanes>(down);
+    const Real weight = 1.0 / (up + 2.0 + down);
+    Store(block.weight.data() + at, weight);
+    Real y;
+    Load(y, block.response.data() + at);
+    Real residual;
+    Residual::Set(residual, y, up, down);
+    Store(block.residual.data() + at, residual);
+  }
+}
+
+struct IndependentResidual {
+  template <typename Real>
+  [[gnu::always_inline]] static void Set(Real& residual, const Real& y, const Real& up,
+                                         const Real& down) noexcept {
+    const Real magnitude = 1.0 / (1.0 + (y > 0.5 ? up : down));
+    residual = y > 0.5 ? magnitude : -magnitude;
+  }
+};
+
+struct ExchangeableResidual {
+  template <typename Real>
+  [[gnu::always_inline]] static void Set(Real& residual, const Real& y, const Real& /*up*/,
+                                         const Real& down) noexcept {
+    residual = y - 1.0 / (1.0 + down);
+  }
+};
 
 struct IndependentTerms {
   RecordBlock& block;
 
   template <int kLanes>
   [[gnu::always_inline]] void operator()() const noexcept {
-    using Real = typename Vell::Lanes<kLanes>::Real;
-    for (std::int32_t i = 0; i < block.count; i += kLanes) {
-      const auto at = static_cast<std::size_t>(i);
-      Real up;
-      Real down;
-      EvaluateWeights<kLanes>(up, down, block, at);
-      Real y;
-      Load(y, block.response.data() + at);
-      const Real magnitude = 1.0 / (1.0 + (y > 0.5 ? up : down));
-      const Real residual = y > 0.5 ? magnitude : -magnitude;
-      Store(block.residual.data() + at, residual);
-    }
+    EvaluateTerms<kLanes, IndependentResidual>(block);
   }
 };
 
@@ -59,17 +74,7 @@ struct ExchangeableTerms {
 
   template <int kLanes>
   [[gnu::always_inline]] void operator()() const noexcept {
-    using Real = typename Vell::Lanes<kLanes>::Real;
-    for (std::int32_t i = 0; i < block.count; i += kLanes) {
-      const auto at = static_cast<std::size_t>(i);
-      Real up;
-      Real down;
-      EvaluateWeights<kLanes>(up, down, block, at);
-      Real y;
-      Load(y, block.response.data() + at);
-      const Real residual = y - 1.0 / (1.0 + down);
-      Store(block.residual.data() + at, residual);
-    }
+    EvaluateTerms<kLanes, ExchangeableResidual>(block);
     for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i) {
       terms.deviation[i] = __builtin_sqrt(block.weight[i]);
       terms.pearson[i] = block.residual[i] / terms.deviation[i];

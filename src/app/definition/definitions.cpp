@@ -19,20 +19,9 @@ using Vell::Exceptions::Exception;
 using Field =
     std::variant<std::monostate, Vell::String*, std::int32_t*, double*, WorkingCorrelation*>;
 
-Field FieldOf(McmcSettings& settings, Element element) {
-  switch (element) {
-    case Element::kThinning:
-      return &settings.thinning;
-    case Element::kBurnin:
-      return &settings.burnin;
-    case Element::kSteps:
-      return &settings.steps;
-    default:
-      return {};
-  }
-}
-
-Field FieldOf(AnalysisDefinition& definition, Element element) {
+/// The fields that all runs of a data file have.
+template <typename Definition>
+Field CommonFieldOf(Definition& definition, Element element) {
   switch (element) {
     case Element::kData:
       return &definition.data;
@@ -40,12 +29,25 @@ Field FieldOf(AnalysisDefinition& definition, Element element) {
       return &definition.numberOfPoaIndicators;
     case Element::kFolder:
       return &definition.folder;
+    case Element::kLogFile:
+      return &definition.logFile;
+    case Element::kThinning:
+      return &definition.mcmc.thinning;
+    case Element::kBurnin:
+      return &definition.mcmc.burnin;
+    case Element::kSteps:
+      return &definition.mcmc.steps;
+    default:
+      return {};
+  }
+}
+
+Field FieldOf(AnalysisDefinition& definition, Element element) {
+  switch (element) {
     case Element::kRegressionCoefficients:
       return &definition.regressionCoefficients;
     case Element::kMcmcSubFolder:
       return &definition.mcmcSubFolder;
-    case Element::kLogFile:
-      return &definition.logFile;
     case Element::kUseGeneralizedEstimatingEquations:
       return &definition.useGeneralizedEstimatingEquations;
     case Element::kLinearDependenceTolerance:
@@ -63,49 +65,33 @@ Field FieldOf(AnalysisDefinition& definition, Element element) {
     case Element::kParametersMcmcPriorPrecision:
       return &definition.parametersMcmc.priorPrecision;
     default:
-      return FieldOf(definition.mcmc, element);
+      return CommonFieldOf(definition, element);
   }
 }
 
 Field FieldOf(PredictionDefinition& definition, Element element) {
   switch (element) {
-    case Element::kData:
-      return &definition.data;
-    case Element::kNumberOfPoaIndicators:
-      return &definition.numberOfPoaIndicators;
     case Element::kInputRegressionCoefficients:
       return &definition.regressionCoefficients;
-    case Element::kFolder:
-      return &definition.folder;
     case Element::kIndividualPredictions:
       return &definition.individualPredictions;
     case Element::kHospitalPredictions:
       return &definition.hospitalPredictions;
-    case Element::kLogFile:
-      return &definition.logFile;
     default:
-      return FieldOf(definition.mcmc, element);
+      return CommonFieldOf(definition, element);
   }
 }
 
 Field FieldOf(ValidationDefinition& definition, Element element) {
   switch (element) {
-    case Element::kData:
-      return &definition.data;
-    case Element::kNumberOfPoaIndicators:
-      return &definition.numberOfPoaIndicators;
     case Element::kInputRegressionCoefficients:
       return &definition.regressionCoefficients;
     case Element::kInputIndividualPredictions:
       return &definition.individualPredictions;
-    case Element::kFolder:
-      return &definition.folder;
     case Element::kCStatistics:
       return &definition.cStatistics;
-    case Element::kLogFile:
-      return &definition.logFile;
     default:
-      return FieldOf(definition.mcmc, element);
+      return CommonFieldOf(definition, element);
   }
 }
 
