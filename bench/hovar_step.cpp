@@ -15,17 +15,11 @@
 //
 // compute_s is the processor time of the step alone, without loading what the step needs.
 
-#include <fcntl.h>
-#include <unistd.h>
-
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
-#include <fstream>
-#include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "app/run_files.h"
@@ -34,11 +28,20 @@
 #include "mcmc/hb_model.h"
 #include "prediction/c_statistic.h"
 #include "prediction/prediction_files.h"
+#include "quiet_output.h"
 #include "regression/covariance.h"
 #include "regression/logistic_regression.h"
 #include "regression/regression_results.h"
+#include "task_report.h"
 
 namespace {
+
+using Hovar::Bench::Format;
+using Hovar::Bench::IsTask;
+using Hovar::Bench::ProcessorSecondsOf;
+using Hovar::Bench::QuietOutput;
+using Hovar::Bench::Quoted;
+using Hovar::Bench::TaskReport;
 
 constexpr double kTolerance = 1e-8;
 constexpr std::int32_t kMaxIterations = 100;
@@ -57,58 +60,20 @@ struct Scores {
   std::vector<bool> responses;
 };
 
-/// Sends what the libraries print on standard output nowhere, for one scope.
-class QuietOutput {
- public:
-  QuietOutput() : kept_(dup(STDOUT_FILENO)) {
-    const int nowhere = open("/dev/null", O_WRONLY);
-    dup2(nowhere, STDOUT_FILENO);
-    close(nowhere);
-  }
-  ~QuietOutput() {
-    dup2(kept_, STDOUT_FILENO);
-    close(kept_);
-  }
-  QuietOutput(const QuietOutput&) = delete;
-  QuietOutput& operator=(const QuietOutput&) = delete;
-
- private:
-  int kept_;
-};
-
-double ProcessorSecondsOf(const std::function<void()>& step) {
-  const std::clock_t start = std::clock();
-  step();
-  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-}
-
 Scores ReadScores(const std::string& path, std::int32_t records) {
-  Scores scores;
-  scores.predictions.Resize(records);
-  std::vector<double> responses(static_cast<std::size_t>(records));
-  std::ifstream file(path, std::ios::binary);
-  const auto bytes = static_cast<std::streamsize>(sizeof(double)) * records;
-  file.read(reinterpret_cast<char*>(scores.predictions.begin()), bytes);
-  file.read(reinterpret_cast<char*>(responses.data()), bytes);
-  if (!file) {
+  Hovar::Bench::Scores read;
+  if (!Hovar::Bench::ReadScores(read, path, records)) {
     static_cast<void>(std::fprintf(stderr, "hovar_step: %s does not hold two times %d doubles\n",
                                    path.c_str(), records));
     std::exit(2);
   }
-  for (const double response : responses) {
+  Scores scores;
+  scores.predictions.Resize(records);
+  std::copy(read.predictions.begin(), read.predictions.end(), scores.predictions.begin());
+  for (const double response : read.responses) {
     scores.responses.push_back(response != 0);
   }
   return scores;
-}
-
-std::string Quoted(const std::string& name, const std::string& value) {
-  return ", \"" + name + "\": " + value;
-}
-
-std::string Format(const char* format, double value) {
-  char text[64];
-  static_cast<void>(std::snprintf(text, sizeof text, format, value));
-  return text;
 }
 
 std::string CoefficientList(const Vell::Vector& beta) {
@@ -212,21 +177,14 @@ std::string RunStep(const Arguments& arguments) {
   } else if (arguments.task == "mcmc") {
     report = RunMcmc(data, arguments.lambda, seconds);
   }
-  return "{\"task\": \"" + arguments.task + "\", \"peer\": \"hovar\", \"version\": \"" +
-         HOVAR_VERSION + "\", \"n\": " + std::to_string(data.recordCount) +
-         ", \"p\": " + std::to_string(data.variableCount) +
-         ", \"compute_s\": " + Format("%.6g", seconds) + report + "}";
+  return TaskReport(arguments.task, {"hovar", HOVAR_VERSION, data.recordCount, data.variableCount},
+                    seconds, report);
 }
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  const std::string_view task = argumentCount == 6 ? arguments[1] : "";
-  bool isKnown = false;
-  for (const std::string_view known : {"read", "logit", "gee", "cstat", "write", "mcmc"}) {
-    isKnown = isKnown || task == known;
-  }
-  if (!isKnown) {
+  if (argumentCount != 6 || !IsTask(arguments[1])) {
     static_cast<void>(
         std::fprintf(stderr,
                      "usage: hovar_step read|logit|gee|cstat|write|mcmc DATAFILE POA LAMBDA "

@@ -25,8 +25,6 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,10 +33,17 @@
 #include "packed_data.h"
 #include "ranks_and_digits.h"
 #include "sweep.h"
+#include "task_report.h"
 
 namespace {
 
 using namespace std::literals;
+using Hovar::Bench::Format;
+using Hovar::Bench::IsTask;
+using Hovar::Bench::ProcessorSecondsOf;
+using Hovar::Bench::Quoted;
+using Hovar::Bench::Scores;
+using Hovar::Bench::TaskReport;
 using Hovar::Floor::Coefficients;
 using Hovar::Floor::Design;
 using Hovar::Floor::PackedData;
@@ -53,26 +58,9 @@ struct Arguments {
   std::string scoresFile;
 };
 
-template <typename Step>
-double ProcessorSecondsOf(Step step) {
-  const std::clock_t start = std::clock();
-  step();
-  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-}
-
 [[noreturn]] void Fail(const char* reason) {
   static_cast<void>(std::fprintf(stderr, "hovar_floor: %s\n", reason));
   std::exit(1);
-}
-
-std::string Format(const char* format, double value) {
-  char text[64];
-  static_cast<void>(std::snprintf(text, sizeof text, format, value));
-  return text;
-}
-
-std::string Quoted(std::string_view name, const std::string& value) {
-  return ", \"" + std::string(name) + "\": " + value;
 }
 
 /// [Y|Z] over all records.
@@ -144,20 +132,9 @@ std::string RunFit(const PackedData& data, bool useGee, int passes, double& seco
   return report;
 }
 
-struct Scores {
-  std::vector<double> predictions;
-  std::vector<double> responses;
-};
-
 Scores ReadScores(const std::string& path, std::int32_t records) {
   Scores scores;
-  const auto bytes = static_cast<std::streamsize>(sizeof(double)) * records;
-  std::ifstream file(path, std::ios::binary);
-  for (std::vector<double>* values : {&scores.predictions, &scores.responses}) {
-    values->resize(static_cast<std::size_t>(records));
-    file.read(reinterpret_cast<char*>(values->data()), bytes);
-  }
-  if (!file) {
+  if (!Hovar::Bench::ReadScores(scores, path, records)) {
     Fail("the file of scores is too short");
   }
   return scores;
@@ -273,21 +250,13 @@ std::string RunTask(const Arguments& arguments) {
   } else {
     report = RunMcmc(data, arguments.passes, seconds);
   }
-  return "{\"task\": \"" + arguments.task +
-         "\", \"peer\": \"floor\", \"version\": \"1\", \"n\": " + std::to_string(data.records) +
-         ", \"p\": " + std::to_string(data.columns) +
-         ", \"compute_s\": " + Format("%.6g", seconds) + report + "}";
+  return TaskReport(arguments.task, {"floor", "1", data.records, data.columns}, seconds, report);
 }
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  const std::string_view task = argumentCount == 6 ? arguments[1] : "";
-  bool isKnown = false;
-  for (const std::string_view known : {"read", "logit", "gee", "cstat", "write", "mcmc"}) {
-    isKnown = isKnown || task == known;
-  }
-  if (!isKnown) {
+  if (argumentCount != 6 || !IsTask(arguments[1])) {
     static_cast<void>(std::fprintf(
         stderr, "usage: hovar_floor read|logit|gee|cstat|write|mcmc DATAFILE POA PASSES SCORES\n"));
     return 2;

@@ -6,6 +6,7 @@
 #include "generated_data.h"
 #include "linalg/kernels/cross_counts.h"
 #include "linalg/svd.h"
+#include "quiet_output.h"
 
 namespace Hovar::Bench {
 

@@ -1,6 +1,5 @@
 #include "generated_data.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +14,7 @@
 
 #include "app/run_files.h"
 #include "data_file.h"
+#include "quiet_output.h"
 
 namespace Hovar::Bench {
 
@@ -46,18 +46,6 @@ void WriteFile(const std::filesystem::path& path, std::int64_t records, std::int
 }
 
 }  // namespace
-
-QuietOutput::QuietOutput() : kept_(dup(STDOUT_FILENO)) {
-  static_cast<void>(std::fflush(stdout));
-  const int nowhere = open("/dev/null", O_WRONLY);
-  dup2(nowhere, STDOUT_FILENO);
-  close(nowhere);
-}
-
-QuietOutput::~QuietOutput() {
-  dup2(kept_, STDOUT_FILENO);
-  close(kept_);
-}
 
 std::filesystem::path ScratchFolder() {
   std::filesystem::path folder = ScratchPath();

@@ -29,16 +29,4 @@ void RemoveScratchFolder() noexcept;
 /// Reads a data file without the lines that reading prints.
 void ReadQuietly(DataSet& data, const std::filesystem::path& file);
 
-/// Sends what the libraries print on standard output nowhere, for one scope.
-class QuietOutput {
- public:
-  QuietOutput();
-  ~QuietOutput();
-  QuietOutput(const QuietOutput&) = delete;
-  QuietOutput& operator=(const QuietOutput&) = delete;
-
- private:
-  int kept_;
-};
-
 }  // namespace Hovar::Bench
