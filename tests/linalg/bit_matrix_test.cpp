@@ -2,27 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <limits>
 #include <vector>
 
 #include "support/matrices.h"
-#include "support/raised.h"
-#include "support/seeded_random.h"
 
 namespace {
 
-using Testing::ExpectRaises;
-using Testing::SeededRandom;
 using Vell::BitMatrix;
 using Vell::BitVector;
-using Vell::Exceptions::IntegerOverflowException;
-using Vell::Exceptions::InvalidArgumentException;
 
-constexpr std::int32_t kMinimum = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t kMaximum = std::numeric_limits<std::int32_t>::max();
 constexpr std::array<std::uint8_t, 8> kMasks = {0x80, 0x40, 0x20, 0x10, 0x08, 0x04, 0x02, 0x01};
 
 std::vector<std::uint8_t> BytesOf(const BitVector& vector) {
@@ -91,15 +81,6 @@ TEST(BitVectorTest, ResizingGivesZeros) {
   EXPECT_EQ(BytesOf(vector), (std::vector<std::uint8_t>{0, 0, 0}));
 }
 
-TEST(BitVectorTest, ANegativeSizeIsInvalid) {
-  for (const std::int32_t size : {-1, -8, kMinimum}) {
-    SCOPED_TRACE(size);
-    ExpectRaises<InvalidArgumentException>("Invalid argument", [&] { BitVector{size}; });
-    BitVector vector(3);
-    ExpectRaises<InvalidArgumentException>("Invalid argument", [&] { vector.Resize(size); });
-  }
-}
-
 TEST(BitVectorTest, ACopyHasBitsOfItsOwn) {
   BitVector original(9);
   original.Set(8, true);
@@ -127,63 +108,6 @@ TEST(BitMatrixTest, CellsLieRowByRowWithoutGaps) {
       EXPECT_TRUE(matrix.Get(i, j));
     }
   }
-}
-
-TEST(BitMatrixTest, AMatrixWithoutCellsHasOneByte) {
-  EXPECT_EQ(BitMatrix(0, 0).Row(0).blockSize, 1U);
-  EXPECT_EQ(BitMatrix(0, 7).Row(0).blockSize, 1U);
-  EXPECT_EQ(BitMatrix(7, 0).Row(0).blockSize, 1U);
-  EXPECT_EQ(BitMatrix(0, 7).Columns(), 7);
-  EXPECT_EQ(BitMatrix(7, 0).Rows(), 7);
-}
-
-TEST(BitMatrixTest, ANegativeCountIsInvalid) {
-  struct Shape {
-    std::int32_t rows;
-    std::int32_t columns;
-  };
-  const std::vector<Shape> shapes = {{-1, 1},       {1, -1},         {-1, -1},
-                                     {0, -1},       {-1, 0},         {kMinimum, 2},
-                                     {2, kMinimum}, {-65536, 65536}, {-1, kMaximum}};
-  for (const Shape& shape : shapes) {
-    SCOPED_TRACE(testing::Message() << shape.rows << " x " << shape.columns);
-    ExpectRaises<InvalidArgumentException>("Invalid argument",
-                                           [&] { BitMatrix(shape.rows, shape.columns); });
-    ExpectRaises<InvalidArgumentException>(
-        "Invalid argument", [&] { Vell::PackedCellCount(shape.rows, shape.columns); });
-  }
-}
-
-TEST(BitMatrixTest, TwoToThe31CellsAndMoreOverflow) {
-  struct Shape {
-    std::int32_t rows;
-    std::int32_t columns;
-  };
-  const std::vector<Shape> shapes = {
-      {65536, 32768},        // 2^31
-      {46341, 46341},        // 2147488281
-      {65536, 65536},        // 2^32, which is 0 in 32 bits
-      {65537, 65536},        // 65536 in 32 bits
-      {kMaximum, 2},         // 2^32 - 2
-      {kMaximum, kMaximum},  // 1 in 32 bits
-  };
-  for (const Shape& shape : shapes) {
-    SCOPED_TRACE(testing::Message() << shape.rows << " x " << shape.columns);
-    ExpectRaises<IntegerOverflowException>("Integer overflow",
-                                           [&] { BitMatrix(shape.rows, shape.columns); });
-    ExpectRaises<IntegerOverflowException>(
-        "Integer overflow", [&] { Vell::PackedCellCount(shape.rows, shape.columns); });
-  }
-}
-
-TEST(BitMatrixTest, FewerCellsAreCounted) {
-  EXPECT_EQ(Vell::PackedCellCount(0, 0), 0);
-  EXPECT_EQ(Vell::PackedCellCount(0, kMaximum), 0);
-  EXPECT_EQ(Vell::PackedCellCount(kMaximum, 0), 0);
-  EXPECT_EQ(Vell::PackedCellCount(3, 5), 15);
-  EXPECT_EQ(Vell::PackedCellCount(kMaximum, 1), kMaximum);
-  EXPECT_EQ(Vell::PackedCellCount(1, kMaximum), kMaximum);
-  EXPECT_EQ(Vell::PackedCellCount(46340, 46341), 2147441940);
 }
 
 TEST(BitMatrixTest, CellsFarFromTheStartAreReached) {
@@ -218,85 +142,6 @@ TEST(BitMatrixTest, RemovingColumnsKeepsTheOrderOfTheRest) {
           << i << ", " << j;
     }
   }
-}
-
-TEST(BitMatrixTest, RemovingRandomColumnsEqualsCopyingTheRestCellByCell) {
-  SeededRandom random(31);
-  SCOPED_TRACE(random.Text());
-  for (int repeat = 0; repeat < 300; ++repeat) {
-    const std::int32_t rows = random.Integer(0, 12);
-    const std::int32_t columns = random.Integer(0, 75);
-    const auto removed = random.Choose(random.Integer(0, columns), columns);
-    SCOPED_TRACE(testing::Message()
-                 << rows << " x " << columns << " without " << testing::PrintToString(removed));
-    BitMatrix matrix(rows, columns);
-    for (std::int32_t i = 0; i < rows; ++i) {
-      for (std::int32_t j = 0; j < columns; ++j) {
-        matrix.Set(i, j, random.Bit());
-      }
-    }
-    std::vector<std::int32_t> kept;
-    for (std::int32_t j = 0; j < columns; ++j) {
-      if (std::ranges::find(removed, j) == removed.end()) {
-        kept.push_back(j);
-      }
-    }
-    const BitMatrix original = matrix;
-    const Vell::BitRow before = matrix.Row(0);
-
-    matrix.RemoveColumns(Testing::MakeIndexVector(removed));
-
-    ASSERT_EQ(matrix.Rows(), rows);
-    ASSERT_EQ(matrix.Columns(), static_cast<std::int32_t>(kept.size()));
-    for (std::int32_t i = 0; i < rows; ++i) {
-      for (std::int32_t j = 0; j < matrix.Columns(); ++j) {
-        ASSERT_EQ(matrix.Get(i, j), original.Get(i, kept[static_cast<std::size_t>(j)]))
-            << i << ", " << j;
-      }
-    }
-    const Vell::BitRow after = matrix.Row(0);
-    EXPECT_EQ(after.block, before.block) << "no reallocation";
-    EXPECT_EQ(after.blockSize, before.blockSize);
-    BitVector expected(rows * columns);  // the cells that are left, then zeros
-    for (std::int32_t k = 0; k < rows * matrix.Columns(); ++k) {
-      expected.Set(k, matrix.Get(k / matrix.Columns(), k % matrix.Columns()));
-    }
-    EXPECT_EQ(std::vector<std::uint8_t>(after.block, after.block + after.blockSize),
-              BytesOf(expected));
-  }
-}
-
-TEST(BitMatrixTest, RemovingNoColumnChangesNothing) {
-  BitMatrix matrix(2, 3);
-  matrix.Set(1, 2, true);
-  matrix.RemoveColumns(Vell::IndexVector());
-  EXPECT_EQ(matrix.Columns(), 3);
-  EXPECT_TRUE(matrix.Get(1, 2));
-}
-
-TEST(BitMatrixTest, AllColumnsCanBeRemoved) {
-  BitMatrix matrix(2, 3);
-  matrix.Set(1, 2, true);
-  matrix.RemoveColumns(Testing::MakeIndexVector({1, 2, 0}));
-  EXPECT_EQ(matrix.Rows(), 2);
-  EXPECT_EQ(matrix.Columns(), 0);
-}
-
-TEST(BitMatrixTest, RemovingAColumnThatIsNotThereIsOutOfRange) {
-  const std::vector<std::vector<std::int32_t>> lists = {
-      {-1}, {5}, {6}, {0, 5}, {5, 0}, {-1, 4}, {4, -1}, {1, 7, 2}, {kMinimum}, {kMaximum}};
-  for (const auto& list : lists) {
-    SCOPED_TRACE(testing::PrintToString(list));
-    BitMatrix matrix(3, 5);
-    ExpectRaises<InvalidArgumentException>(
-        "Index out of range", [&] { matrix.RemoveColumns(Testing::MakeIndexVector(list)); });
-    BitMatrix noRows(0, 5);
-    ExpectRaises<InvalidArgumentException>(
-        "Index out of range", [&] { noRows.RemoveColumns(Testing::MakeIndexVector(list)); });
-  }
-  BitMatrix noColumns(3, 0);
-  ExpectRaises<InvalidArgumentException>(
-      "Index out of range", [&] { noColumns.RemoveColumns(Testing::MakeIndexVector({0})); });
 }
 
 }  // namespace

@@ -2,27 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <limits>
 #include <vector>
 
 #include "support/matrices.h"
-#include "support/raised.h"
-#include "support/seeded_random.h"
 
 namespace {
 
-using Testing::ExpectRaises;
-using Testing::SeededRandom;
 using Vell::TernaryMatrix;
 using Vell::TernaryVector;
-using Vell::Exceptions::IntegerOverflowException;
-using Vell::Exceptions::InvalidArgumentException;
 
-constexpr std::int32_t kMinimum = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t kMaximum = std::numeric_limits<std::int32_t>::max();
 constexpr std::array<std::uint8_t, 4> kMissingMasks = {0x80, 0x20, 0x08, 0x02};
 constexpr std::array<std::uint8_t, 4> kValueMasks = {0x40, 0x10, 0x04, 0x01};
 
@@ -119,15 +109,6 @@ TEST(TernaryVectorTest, ResizingGivesZeros) {
   EXPECT_EQ(BytesOf(vector), (std::vector<std::uint8_t>{0, 0, 0}));
 }
 
-TEST(TernaryVectorTest, ANegativeSizeIsInvalid) {
-  for (const std::int32_t size : {-1, -4, kMinimum}) {
-    SCOPED_TRACE(size);
-    ExpectRaises<InvalidArgumentException>("Invalid argument", [&] { TernaryVector{size}; });
-    TernaryVector vector(3);
-    ExpectRaises<InvalidArgumentException>("Invalid argument", [&] { vector.Resize(size); });
-  }
-}
-
 TEST(TernaryVectorTest, ACopyHasBitsOfItsOwn) {
   TernaryVector original(5);
   original.SetMissing(4, true);
@@ -165,38 +146,6 @@ TEST(TernaryMatrixTest, CellsLieRowByRowWithoutGaps) {
   }
 }
 
-TEST(TernaryMatrixTest, AMatrixWithoutCellsHasOneByte) {
-  EXPECT_EQ(TernaryMatrix(0, 0).Row(0).blockSize, 1U);
-  EXPECT_EQ(TernaryMatrix(0, 7).Row(0).blockSize, 1U);
-  EXPECT_EQ(TernaryMatrix(7, 0).Row(0).blockSize, 1U);
-  EXPECT_EQ(TernaryMatrix(0, 7).Columns(), 7);
-  EXPECT_EQ(TernaryMatrix(7, 0).Rows(), 7);
-}
-
-struct Shape {
-  std::int32_t rows;
-  std::int32_t columns;
-};
-
-TEST(TernaryMatrixTest, ANegativeCountIsInvalid) {
-  const std::vector<Shape> shapes = {{-1, 1}, {1, -1}, {-1, -1}, {0, -1}, {-1, 0}, {kMinimum, 2}};
-  for (const Shape& shape : shapes) {
-    SCOPED_TRACE(testing::Message() << shape.rows << " x " << shape.columns);
-    ExpectRaises<InvalidArgumentException>("Invalid argument",
-                                           [&] { TernaryMatrix(shape.rows, shape.columns); });
-  }
-}
-
-TEST(TernaryMatrixTest, TwoToThe31CellsAndMoreOverflow) {
-  const std::vector<Shape> shapes = {
-      {65536, 32768}, {46341, 46341}, {65536, 65536}, {kMaximum, 2}, {kMaximum, kMaximum}};
-  for (const Shape& shape : shapes) {
-    SCOPED_TRACE(testing::Message() << shape.rows << " x " << shape.columns);
-    ExpectRaises<IntegerOverflowException>("Integer overflow",
-                                           [&] { TernaryMatrix(shape.rows, shape.columns); });
-  }
-}
-
 TEST(TernaryMatrixTest, CellsWhoseBitNumberNeeds32BitsAreReached) {
   // 2^24 rows of 65 cells: bit numbers beyond 2^31.
   TernaryMatrix matrix(16777216, 65);
@@ -227,74 +176,6 @@ TEST(TernaryMatrixTest, RemovingColumnsKeepsTheOrderOfTheRest) {
       EXPECT_EQ(matrix.IsMissing(i, j), 2 * j == 4 - i) << i << ", " << j;
     }
   }
-}
-
-TEST(TernaryMatrixTest, RemovingRandomColumnsEqualsCopyingTheRestCellByCell) {
-  SeededRandom random(32);
-  SCOPED_TRACE(random.Text());
-  for (int repeat = 0; repeat < 300; ++repeat) {
-    const std::int32_t rows = random.Integer(0, 12);
-    const std::int32_t columns = random.Integer(0, 75);
-    const auto removed = random.Choose(random.Integer(0, columns), columns);
-    SCOPED_TRACE(testing::Message()
-                 << rows << " x " << columns << " without " << testing::PrintToString(removed));
-    TernaryMatrix matrix(rows, columns);
-    for (std::int32_t i = 0; i < rows; ++i) {
-      for (std::int32_t j = 0; j < columns; ++j) {
-        matrix.SetValue(i, j, random.Bit());
-        matrix.SetMissing(i, j, random.Bit());
-      }
-    }
-    std::vector<std::int32_t> kept;
-    for (std::int32_t j = 0; j < columns; ++j) {
-      if (std::ranges::find(removed, j) == removed.end()) {
-        kept.push_back(j);
-      }
-    }
-    const TernaryMatrix original = matrix;
-    const Vell::TernaryRow before = matrix.Row(0);
-
-    matrix.RemoveColumns(Testing::MakeIndexVector(removed));
-
-    ASSERT_EQ(matrix.Rows(), rows);
-    ASSERT_EQ(matrix.Columns(), static_cast<std::int32_t>(kept.size()));
-    for (std::int32_t i = 0; i < rows; ++i) {
-      for (std::int32_t j = 0; j < matrix.Columns(); ++j) {
-        const std::int32_t from = kept[static_cast<std::size_t>(j)];
-        ASSERT_EQ(matrix.Value(i, j), original.Value(i, from)) << i << ", " << j;
-        ASSERT_EQ(matrix.IsMissing(i, j), original.IsMissing(i, from)) << i << ", " << j;
-      }
-    }
-    const Vell::TernaryRow after = matrix.Row(0);
-    EXPECT_EQ(after.block, before.block) << "no reallocation";
-    EXPECT_EQ(after.blockSize, before.blockSize);
-    TernaryVector expected(rows * columns);  // the cells that are left, then zeros
-    for (std::int32_t k = 0; k < rows * matrix.Columns(); ++k) {
-      const std::int32_t row = k / matrix.Columns();
-      const std::int32_t column = k % matrix.Columns();
-      expected.SetValue(k, matrix.Value(row, column));
-      expected.SetMissing(k, matrix.IsMissing(row, column));
-    }
-    EXPECT_EQ(std::vector<std::uint8_t>(after.block, after.block + after.blockSize),
-              BytesOf(expected));
-  }
-}
-
-TEST(TernaryMatrixTest, RemovingAColumnThatIsNotThereIsOutOfRange) {
-  const std::vector<std::vector<std::int32_t>> lists = {
-      {-1}, {5}, {6}, {0, 5}, {5, 0}, {-1, 4}, {4, -1}, {1, 7, 2}, {kMinimum}, {kMaximum}};
-  for (const auto& list : lists) {
-    SCOPED_TRACE(testing::PrintToString(list));
-    TernaryMatrix matrix(3, 5);
-    ExpectRaises<InvalidArgumentException>(
-        "Index out of range", [&] { matrix.RemoveColumns(Testing::MakeIndexVector(list)); });
-    TernaryMatrix noRows(0, 5);
-    ExpectRaises<InvalidArgumentException>(
-        "Index out of range", [&] { noRows.RemoveColumns(Testing::MakeIndexVector(list)); });
-  }
-  TernaryMatrix noColumns(3, 0);
-  ExpectRaises<InvalidArgumentException>(
-      "Index out of range", [&] { noColumns.RemoveColumns(Testing::MakeIndexVector({0})); });
 }
 
 }  // namespace
