@@ -26,7 +26,7 @@ import time
 import numpy as np
 from scipy import stats
 
-from model import draw_records, expit, hide
+from model import draw_records, expit, hide, pearson_clusters
 from plots import plt, save
 from program import YX_P0, YX_P0_MCMC, fresh_folder, seed_words, write_data
 from report import begin
@@ -257,20 +257,14 @@ def deviates(program, report, options):
 
 def empirical_covariance(beta, y, x, cluster):
     """By the closed inverse of the exchangeable correlation, without a prior."""
-    p = x.shape[1]
-    mu = expit(x @ beta)
-    s = np.sqrt(mu * (1 - mu))
-    r = (y - mu) / s
-    _, index, n = np.unique(cluster, return_inverse=True, return_counts=True)
-    sums = np.bincount(index, weights=r)
-    phi = (r ** 2).sum() / (len(y) - p)
-    alpha = ((sums ** 2).sum() - (r ** 2).sum()) / (((n * (n - 1)).sum() - p) * phi)
-    weight = alpha / (1 + (n - 1) * alpha)
-    xs = x * s[:, None]
-    total = np.array([np.bincount(index, weights=column) for column in xs.T]).T
+    c = pearson_clusters(beta, y, x, cluster)
+    weight = c.alpha / (1 + (c.n - 1) * c.alpha)
+    xs = x * c.s[:, None]
+    total = np.array([np.bincount(c.index, weights=column) for column in xs.T]).T
     information = xs.T @ xs - (total.T * weight) @ total
-    score = np.array([np.bincount(index, weights=c) for c in (x * (y - mu)[:, None]).T]).T
-    score -= (weight * sums)[:, None] * total
+    residuals = x * (y - c.mu)[:, None]
+    score = np.array([np.bincount(c.index, weights=column) for column in residuals.T]).T
+    score -= (weight * c.sums)[:, None] * total
     bread = np.linalg.inv(information)
     return bread @ score.T @ score @ bread
 

@@ -16,14 +16,14 @@ import sys
 
 import numpy as np
 import statsmodels.api as sm
-from scipy.optimize import root
 
+from model import pearson_clusters
 from program import PX, YX, YX_P0, YZ
 from real_data import fetch, models, prepare, with_intercept
 from report import REFERENCE, begin, half_unit, rscript, six, units_off
 
 sys.path.insert(0, REFERENCE)
-from gee import cluster_terms  # noqa: E402  (dense cluster matrices of the test references)
+from gee import solve as dense_gee  # noqa: E402  (dense matrices of the test references)
 from ridge import ridge  # noqa: E402
 
 LABELS = {"[P|X]": PX, "[Y|Z]": YZ, "[Y|X]": YX, "[Y|X;P=0]": YX_P0}
@@ -53,13 +53,7 @@ def by_statsmodels(y, x, cluster, alpha):
 
 def alpha_of(beta, y, x, cluster):
     """alpha by the program's formula at the coefficients beta."""
-    p = len(beta)
-    mu = 1 / (1 + np.exp(-x @ beta))
-    r = (y - mu) / np.sqrt(mu * (1 - mu))
-    _, index, n = np.unique(cluster, return_inverse=True, return_counts=True)
-    sums = np.bincount(index, weights=r)
-    phi = (r ** 2).sum() / (len(y) - p)
-    return ((sums ** 2).sum() - (r ** 2).sum()) / (((n * (n - 1)).sum() - p) * phi)
+    return pearson_clusters(beta, y, x, cluster).alpha
 
 
 def alpha_from_print(cells, y, x, cluster):
@@ -76,18 +70,9 @@ def alpha_from_print(cells, y, x, cluster):
 
 
 def by_dense_matrices(y, x, cluster, penalty):
-    """Estimate, model and empirical errors with a prior. In the scale of dense inverse correlation
-    matrices the program's prior precision is penalty / (1 - alpha)."""
-    def equations(beta):
-        alpha, _, _, scores = cluster_terms(beta, y, x, cluster)
-        return scores.sum(axis=0) - penalty / (1 - alpha) * beta
-
-    beta = root(equations, ridge(y, x, penalty)[0], method="hybr", options={"xtol": 1e-14}).x
-    assert np.abs(equations(beta)).max() < 1e-9
-    alpha, _, h, scores = cluster_terms(beta, y, x, cluster)
-    bread = np.linalg.inv(h + penalty / (1 - alpha) * np.identity(len(beta)))
-    return (beta, np.sqrt(np.diag(bread)),
-            np.sqrt(np.diag(bread @ (scores.T @ scores) @ bread)))
+    """Estimate, model and empirical errors with a prior, by dense inverse correlation matrices."""
+    start = ridge(y, x, penalty)[0]
+    return dense_gee(y, x, cluster, penalty, start, xtol=1e-14, largest=1e-9)[:3]
 
 
 def distance(cells, beta, model, robust):

@@ -35,3 +35,18 @@ def hide(stream, data, missing_x, missing_p):
 
 def log_odds(probability):
     return np.log(probability / (1 - probability))
+
+
+def pearson_clusters(beta, y, x, cluster):
+    """The Pearson residuals at the coefficients beta summed by cluster, and the working correlation
+    alpha that the program's moment formula makes of them. `index` is the cluster of each record,
+    `n` the records of each cluster; mu and s = sqrt(mu (1 - mu)) have one entry per record."""
+    mu = expit(x @ beta)
+    s = np.sqrt(mu * (1 - mu))
+    r = (y - mu) / s
+    _, index, n = np.unique(cluster, return_inverse=True, return_counts=True)
+    sums = np.bincount(index, weights=r)
+    p = len(beta)
+    phi = (r ** 2).sum() / (len(y) - p)
+    alpha = ((sums ** 2).sum() - (r ** 2).sum()) / (((n * (n - 1)).sum() - p) * phi)
+    return SimpleNamespace(mu=mu, s=s, index=index, n=n, sums=sums, alpha=alpha)

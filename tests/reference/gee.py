@@ -56,13 +56,16 @@ def cluster_terms(beta, y, x, hospital):
     return alpha, phi, h_sum, np.array(scores)
 
 
-def solve(y, x, hospital, penalty):
+def solve(y, x, hospital, penalty, start=None, xtol=1e-15, largest=1e-10):
+    """Estimates, model and empirical errors, alpha and phi, sought from `start` (zeros) to the root
+    finder's tolerance `xtol`; raises when an equation is left with more than `largest`."""
     def equations(beta):
         alpha, _, _, scores = cluster_terms(beta, y, x, hospital)
         return scores.sum(axis=0) - penalty / (1 - alpha) * beta
 
-    beta = root(equations, np.zeros(x.shape[1]), method="hybr", options={"xtol": 1e-15}).x
-    assert np.abs(equations(beta)).max() < 1e-10
+    start = np.zeros(x.shape[1]) if start is None else start
+    beta = root(equations, start, method="hybr", options={"xtol": xtol}).x
+    assert np.abs(equations(beta)).max() < largest
     alpha, phi, h, scores = cluster_terms(beta, y, x, hospital)
     bread = np.linalg.inv(h + penalty / (1 - alpha) * np.identity(len(beta)))
     model = np.sqrt(np.diag(bread))

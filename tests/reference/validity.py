@@ -490,13 +490,19 @@ def read_value(s):
     read_past(s)
 
 
-@functools.lru_cache(maxsize=64)
-def read_coefficients(content):
+def after_header(content):
+    """The content from its second line on, and the number of rows there."""
     rows = measure(content)[2] - 1
     if rows < 0:
         raise Failure(b"Invalid argument")
     s = Stream(content)
     s.at = content.find(b"\n") + 1
+    return s, rows
+
+
+@functools.lru_cache(maxsize=64)
+def read_coefficients(content):
+    s, rows = after_header(content)
     x_names, z_names = [], []
     for row in range(rows):
         for names in (x_names, z_names):
@@ -517,11 +523,7 @@ def read_coefficients(content):
 
 @functools.lru_cache(maxsize=64)
 def read_predictions(content):
-    rows = measure(content)[2] - 1
-    if rows < 0:
-        raise Failure(b"Invalid argument")
-    s = Stream(content)
-    s.at = content.find(b"\n") + 1
+    s, rows = after_header(content)
     for _ in range(rows):
         for is_value in (0, 0, 0, 1, 1, 0, 1, 1, 0, 1, 1):
             (read_value if is_value else read_past)(s)
