@@ -144,8 +144,8 @@ std::string WithPasses(const std::string& text, const std::string& burnin,
 }
 
 // All X are missing and are imputed as what Z is, because the tables hold 0 and 1; all P are
-// missing and stay 0, for their predictor is -1000. The other predictors are log(3) X, or -log(3) X
-// for the chain's.
+// missing and stay 0 because their predictor is -1000. The other predictors are log(3) X, or
+// -log(3) X for the chain's.
 TEST(PredictionEdgeTest, WithoutACompleteRecordAllIsImputed) {
   const TinyStudy study;
   study.Write("data.csv", "Key,Hospital,Y,POA,Z1,X1\na,A,1,,1,\nb,A,0,,0,\nc,B,1,,0,\n");

@@ -8,13 +8,6 @@
 namespace Testing {
 namespace {
 
-Command FailingRun(const ScratchFolder& folder, Input input, const std::string& text = "") {
-  Command command = HovarIn(folder, {"none.xml"});
-  command.input = input;
-  command.inputText = text;
-  return command;
-}
-
 TEST(ErrorEndingTest, OneByteOrTheEndOfInputServesAsAKey) {
   const ScratchFolder folder;
   struct Row {

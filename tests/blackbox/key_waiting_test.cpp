@@ -17,13 +17,6 @@ using std::chrono::milliseconds;
 /// How long a process that waits for a key is watched: if it did not wait, it would be gone.
 constexpr milliseconds kWatch{150};
 
-Command FailingRun(const ScratchFolder& folder, Input input, const std::string& text = "") {
-  Command command = HovarIn(folder, {"none.xml"});
-  command.input = input;
-  command.inputText = text;
-  return command;
-}
-
 TEST(ErrorEndingTest, AnOpenPipeIsWaitedFor) {
   const ScratchFolder folder;
   Process process(FailingRun(folder, Input::kOpenPipe));

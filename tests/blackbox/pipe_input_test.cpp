@@ -85,15 +85,6 @@ TEST(PipeDefinitionTest, OfABatchIsAnError) {
   ExpectError(RunHovar(study, {"d.xml"}), "IO Exception", kPredictionProgress);
 }
 
-TEST(PipeDefinitionTest, OfStandardInputIsAnError) {
-  const TinyStudy study;
-  Command command = HovarIn(study, {"/dev/stdin"});
-  command.input = Input::kText;
-  command.inputText = PredictionText();
-  ExpectError(RunProcess(command), "IO Exception");
-  EXPECT_FALSE(study.Has("out"));
-}
-
 /// A command that gets a definition as a shell substitutes a process.
 Command Substituted(const TinyStudy& study, const Command& command) {
   Command shell;

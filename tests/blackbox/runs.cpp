@@ -18,6 +18,13 @@ Command HovarIn(const ScratchFolder& folder, const std::vector<std::string>& arg
   return command;
 }
 
+Command FailingRun(const ScratchFolder& folder, Input input, const std::string& text) {
+  Command command = HovarIn(folder, {"none.xml"});
+  command.input = input;
+  command.inputText = text;
+  return command;
+}
+
 ProcessResult RunHovar(const ScratchFolder& folder, const std::vector<std::string>& arguments) {
   return RunProcess(HovarIn(folder, arguments));
 }

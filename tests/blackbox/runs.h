@@ -22,6 +22,10 @@ inline constexpr char kProgramPath[] = "C:\\hovar\\hovar.exe";
 /// The program in a folder, started as kProgramPath, with an empty standard input.
 Command HovarIn(const ScratchFolder& folder, const std::vector<std::string>& arguments);
 
+/// A run in an empty folder, of a definition none.xml that is not there, which ends with the prompt
+/// and waits for a key on this standard input.
+Command FailingRun(const ScratchFolder& folder, Input input, const std::string& text = "");
+
 ProcessResult RunHovar(const ScratchFolder& folder, const std::vector<std::string>& arguments);
 
 /// A run that ended in one error: the banner, `progress` and the prompt on standard output, the one

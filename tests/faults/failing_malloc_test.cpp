@@ -116,13 +116,8 @@ TEST_P(FailingMallocTest, TheProgramEndsWithOutOfMemory) {
   std::cout << sample.Text() << "\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(Runs, FailingMallocTest,
-                         testing::Values("analysis.xml", "gee.xml", "prediction.xml",
-                                         "validation.xml", "batch.xml"),
-                         [](const auto& definition) {
-                           const std::string name = definition.param;
-                           return name.substr(0, name.find('.'));
-                         });
+INSTANTIATE_TEST_SUITE_P(Runs, FailingMallocTest, testing::ValuesIn(kStudyDefinitions),
+                         NameOfStudyRun);
 
 TEST(FailingMallocLauncherTest, TheLauncherEndsWithOutOfMemoryOrStartsTheProgram) {
   const FaultStudy study;

@@ -2,12 +2,25 @@
 
 // The studies that runs under faults are made on, and what such a run may leave behind.
 
+#include <gtest/gtest.h>
+
+#include <array>
 #include <map>
 #include <string>
 
 #include "support/files.h"
 
 namespace Testing {
+
+/// The definitions of the study, for test suites that are instantiated with each of them.
+inline constexpr std::array kStudyDefinitions = {"analysis.xml", "gee.xml", "prediction.xml",
+                                                 "validation.xml", "batch.xml"};
+
+/// The name of such an instance: the definition's without its ending.
+inline std::string NameOfStudyRun(const testing::TestParamInfo<const char*>& definition) {
+  const std::string name = definition.param;
+  return name.substr(0, name.find('.'));
+}
 
 /// The files that a run wrote, by name, below `out/`.
 using OutputFiles = std::map<std::string, std::string>;

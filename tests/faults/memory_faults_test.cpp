@@ -135,13 +135,8 @@ TEST(CountedNewTest, SeesAContainer) {
   EXPECT_GT(news.Count(), 0) << text;
 }
 
-INSTANTIATE_TEST_SUITE_P(Runs, MemoryFaultTest,
-                         testing::Values("analysis.xml", "gee.xml", "prediction.xml",
-                                         "validation.xml", "batch.xml"),
-                         [](const auto& definition) {
-                           const std::string name = definition.param;
-                           return name.substr(0, name.find('.'));
-                         });
+INSTANTIATE_TEST_SUITE_P(Runs, MemoryFaultTest, testing::ValuesIn(kStudyDefinitions),
+                         NameOfStudyRun);
 
 TEST(MemoryBeforeMainTest, NothingIsAllocatedBeforeTheProgramBegins) {
   EXPECT_EQ(allocationsBeforeMain, 0);

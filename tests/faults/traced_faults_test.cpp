@@ -141,13 +141,8 @@ TEST_P(TracedFaultTest, EachFailingCallIsAnswered) {
   EXPECT_LE(missed, kMissedShare * all);
 }
 
-INSTANTIATE_TEST_SUITE_P(Runs, TracedFaultTest,
-                         testing::Values("analysis.xml", "gee.xml", "prediction.xml",
-                                         "validation.xml", "batch.xml"),
-                         [](const auto& definition) {
-                           const std::string name = definition.param;
-                           return name.substr(0, name.find('.'));
-                         });
+INSTANTIATE_TEST_SUITE_P(Runs, TracedFaultTest, testing::ValuesIn(kStudyDefinitions),
+                         NameOfStudyRun);
 
 }  // namespace
 }  // namespace Testing

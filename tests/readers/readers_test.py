@@ -79,7 +79,7 @@ class Chains(unittest.TestCase):
         self.assertIsNone(hovar.summary(QUICKSTART / "no_steps" / "mcmc" / "Summary.csv"))
 
     def inference_data(self, version):
-        """What ArviZ is asked for; a stand-in answers, for Debian has no package of it."""
+        """What ArviZ is asked for; a stand-in answers because Debian has no package of it."""
         calls = []
         arviz = types.ModuleType("arviz")
         arviz.__version__ = version

@@ -18,7 +18,7 @@ constexpr int kHospitalDigits = 4;
 // Bounds the bytes of key, hospital ID, Y, their commas and the line end.
 constexpr std::size_t kFixedLineSize = 64;
 
-// Writes a positive number with at least `digits` digits; returns the place behind it.
+// Writes a positive number with at least `digits` digits; returns the place after it.
 char* WritePadded(char* out, std::int32_t number, int digits) {
   char text[16];
   const char* const end = std::to_chars(text, text + sizeof text, number).ptr;

@@ -28,7 +28,7 @@ std::vector<std::int32_t> DrawHospitalSizes(std::int32_t records, std::int32_t h
   }
 
   // Every hospital has one record beforehand; the others go by weight. What the division leaves
-  // over is carried to the next hospital, and nothing is left over behind the last one, because the
+  // over is carried to the next hospital, and nothing is left over after the last one, because the
   // weights add up to the total.
   const std::uint64_t shared = static_cast<std::uint64_t>(records - hospitals);
   std::vector<std::int32_t> sizes;

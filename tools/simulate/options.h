@@ -35,13 +35,13 @@ struct CommandLine {
   std::string fault;
 };
 
-/// Reads the arguments behind the program's name. An option given twice counts the last time.
+/// Reads the arguments after the program's name. An option given twice counts the last time.
 ///
 /// Numbers are read in the C locale and must use the whole argument.
 /// Errors: none are thrown; the first fault found is put into the result.
 CommandLine ParseCommandLine(std::span<const std::string_view> arguments);
 
-/// The text that --help prints, with a line end behind its last line.
+/// The text that --help prints, with a line end after its last line.
 std::string_view HelpText();
 
 }  // namespace Hovar::Simulate

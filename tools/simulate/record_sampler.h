@@ -41,7 +41,7 @@ class RecordSampler {
   RecordSampler(const StudyModel& model, const Options& options);
 
   /// Fills the record with the next one, reusing its storage. False, and the record untouched,
-  /// behind the last.
+  /// after the last.
   bool Next(Record& record);
 
  private:

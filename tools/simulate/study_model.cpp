@@ -91,7 +91,7 @@ DependentGroup AppendDependent(std::vector<Variable>& variables, double smallest
     DrawConditionals(variable, random);
     variable.zPrevalence =
         (xPrevalences[i] - variable.xGivenZ0) / (variable.xGivenZ1 - variable.xGivenZ0);
-    if (i > 0) {  // d has no effect of its own: it could not be told from those of the tests.
+    if (i > 0) {  // d has no effect: it could not be separated from those of the tests
       DrawCoefficients(variable, random);
     }
     variables.push_back(std::move(variable));

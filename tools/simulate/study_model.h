@@ -17,7 +17,7 @@
 /// everywhere, but an ordinary Z. And four variables depend on one another: three tests a, b, c and
 /// a variable d, "confirmed". Either all four are 0, or exactly two of the tests are 1 and d is 1,
 /// so that 2d = a + b + c in every record. The weight of d in this one relation is twice that of
-/// the others. Its Z cells are drawn behind the X cells, each from its own X cell alone; with the
+/// the others. Its Z cells are drawn after the X cells, each from its own X cell alone; with the
 /// probabilities by Bayes' rule this gives each of the four variables the tables of an ordinary
 /// one, and Z cells without any exact relation.
 #pragma once
