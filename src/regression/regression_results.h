@@ -22,7 +22,8 @@ inline constexpr std::array<std::string_view, 5> kModelLabels = {"[P|X]", "[Y|Z]
                                                                  "[Y|X,P=0]", "[Y|X,P=0,MCMC]"};
 
 /// What an analysis finds and the coefficient file carries; one row per variable, the intercept
-/// first.
+/// first. Names of X and Z, tables and blocks correspond by position; whoever fills them sees to
+/// that.
 struct RegressionResults {
   Vell::StringArray xNames;
   Vell::StringArray zNames;

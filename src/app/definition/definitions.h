@@ -2,7 +2,8 @@
 
 // Definition files describe a run entirely. The grammar is strict and positional: every element is
 // required, in the order of element_table.h, without attributes (but for the root's, which mean
-// nothing, and Seed's). Here are the records into which they are read. Input paths are used
+// nothing, and Seed's). Here are the records into which they are read; a field is named after its
+// element, of which element_table.h gives the meaning, the unit and the range. Input paths are used
 // as written; output names lie in the output folder.
 
 #include <cstdint>

@@ -2,6 +2,9 @@
 
 // The grammar of definition files: every element that a definition holds, in the order in which it
 // is read. docs/definitions.md describes the elements; the schema for editors is made from here.
+//
+// A definition holds the rows of its kind of run in this order, each where its path says, and
+// nothing else. CONTRIBUTING.md says what else a new element needs.
 
 #include <array>
 #include <string_view>

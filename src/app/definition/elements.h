@@ -11,7 +11,8 @@
 
 namespace Hovar {
 
-/// What the root element of a definition stands for.
+/// What the root element of a definition stands for. A batch lists other definitions; the others
+/// read a data file and write into an output folder.
 enum class RunKind : std::uint8_t { kAnalysis, kPrediction, kValidation, kBatch };
 
 /// The elements below a root. One that stands at one path in several kinds of run is one element.
@@ -55,6 +56,17 @@ enum class Element : std::uint8_t {
 
 /// What may stand between the tags of an element. All groups of one type, kGroup apart, hold the
 /// same elements.
+///
+///   kPath, kName       a path as it is used, or a name within the output folder; text as it stands
+///   kFlag              "true" or "false", without white space
+///   kSeedWord          a whole number from 0 to 2^32 - 1
+///   kCount             a whole number of 0 or more
+///   kPositiveCount     a whole number of 1 or more
+///   kSmallTolerance    a real number above 0 and below 1
+///   kPrecision         a finite real number of 0 or more
+///
+/// The program reads every number of 32 bits and every real; these ranges are those that make
+/// sense, for the schema and the check.
 enum class ElementType : std::uint8_t {
   kGroup,
   kFitSettings,
@@ -71,7 +83,8 @@ enum class ElementType : std::uint8_t {
   kPrecision,
 };
 
-/// How the text of a type is read.
+/// How the text of a type is read: as elements of its own, as text, as a flag, or by the number
+/// reading of XmlReader.
 enum class ValueKind : std::uint8_t { kElements, kText, kFlag, kWholeNumber, kReal };
 
 /// How the text of an element of this type is read; kElements where it holds elements instead.

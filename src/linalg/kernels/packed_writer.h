@@ -1,5 +1,8 @@
 #pragma once
 
+// The counterpart of set_columns.h, which draws the layout: that file reads packed cells, this one
+// writes them.
+
 #include <cassert>
 #include <cstdint>
 #include <span>

@@ -3,6 +3,9 @@
 // Everything that the system asks of the operating system, and the only folder that knows which one
 // it is: files, folders, one key press, clocks, processes. It knows nothing of text and formats.
 //
+// Nothing here raises an error or prints: a failure is a result, and whoever called decides what it
+// means. No memory is allocated, and nothing is locked: the system has a single thread.
+//
 // Paths are zero-terminated bytes in which both '\' and '/' separate folders, whatever the
 // platform; they are translated here, at the call, and nowhere else.
 
@@ -34,13 +37,16 @@ enum class LineEnds {
   kWithCarriageReturns,  // a carriage return before a line feed belongs to the line's end
 };
 
+/// The line ends of this platform.
 LineEnds TextLineEnds() noexcept;
 
 /// What this platform's other programs take to separate folders: '/' or '\'.
 char FolderSeparator() noexcept;
 
 /// Opens a file and returns its handle, or kNoFile. Never returns one of the three standard
-/// handles, even when the process was started without them.
+/// handles, even when the process was started without them. The caller owns the handle until it
+/// passes it to CloseFile; no program that this one starts gets it, except as a standard stream. A
+/// file that is created may be read and written by everyone whom the user's mask does not keep out.
 FileHandle OpenFile(const char* path, Access access) noexcept;
 
 /// Reads up to `size` bytes. Returns how many (0 at the end of the file), or -1 on failure. A call
