@@ -33,12 +33,6 @@ Platform::Access AccessOf(std::uint32_t mode) {
   throw Exceptions::IOException(Messages::kErrors.invalidOpenMode);
 }
 
-void Require(bool succeeded) {
-  if (!succeeded) {
-    throw Exceptions::IOException(Messages::kErrors.ioException);
-  }
-}
-
 }  // namespace
 
 FileStream::FileStream(const String& path, std::uint32_t mode, Platform::LineEnds textLineEnds)
@@ -81,7 +75,7 @@ void FileStream::Close() {
     isStored = (Platform::CloseFile(file_) || !CanWrite()) && isStored;
     file_ = Platform::kNoFile;
   }
-  Require(isStored);
+  RequireSuccess(isStored);
 }
 
 unsigned char* FileStream::Block() const noexcept { return buffer_.data() + kPushBackRoom; }
@@ -110,7 +104,7 @@ bool FileStream::TryFlush() noexcept {
   return true;
 }
 
-void FileStream::Flush() { Require(TryFlush()); }
+void FileStream::Flush() { RequireSuccess(TryFlush()); }
 
 void FileStream::DropWindow() noexcept {
   next_ = end_ = Block();
@@ -119,7 +113,7 @@ void FileStream::DropWindow() noexcept {
 }
 
 bool FileStream::FillWindow() {
-  Require(CanRead() && file_ != Platform::kNoFile);
+  RequireSuccess(CanRead() && file_ != Platform::kNoFile);
   Flush();
   returns_.MoveToStart(PlaceOf(end_));
   next_ = end_ = Block();
@@ -152,7 +146,7 @@ bool FileStream::ReadAfterWindow() {
     }
     std::fill_n(end_, held, '\r');
     count = Platform::ReadFile(file_, end_ + held, room - held);
-    Require(count >= 0);
+    RequireSuccess(count >= 0);
     if (position_ >= 0) {
       position_ += count;
     }
@@ -164,11 +158,11 @@ bool FileStream::ReadAfterWindow() {
 int FileStream::ReadByteOfNextBlock() { return FillWindow() ? *next_++ : kEndOfStream; }
 
 void FileStream::Unget(int byte) {
-  Require(byte != kEndOfStream && CanRead() && Pending() == 0);
+  RequireSuccess(byte != kEndOfStream && CanRead() && Pending() == 0);
   if (next_ == nullptr) {
     DropWindow();
   }
-  Require(next_ != buffer_.data());
+  RequireSuccess(next_ != buffer_.data());
   --next_;
   isBlockAltered_ = isBlockAltered_ || next_ < Block() || *next_ != byte;
   *next_ = static_cast<unsigned char>(byte);
@@ -176,7 +170,7 @@ void FileStream::Unget(int byte) {
 }
 
 void FileStream::StartWriting() {
-  Require(CanWrite() && file_ != Platform::kNoFile);
+  RequireSuccess(CanWrite() && file_ != Platform::kNoFile);
   if (next_ != end_) {
     Seek(0, 1);  // the system's position is ahead of ours by the window
   }
@@ -205,7 +199,7 @@ void FileStream::Write(const void* buffer, std::size_t count) {
 std::int64_t FileStream::Length() {
   Flush();
   const std::int64_t length = Platform::FileLength(file_);
-  Require(length >= 0);
+  RequireSuccess(length >= 0);
   return length;
 }
 
@@ -230,7 +224,7 @@ std::int64_t FileStream::TellOr(std::int64_t other) noexcept {
 
 std::int64_t FileStream::Tell() {
   const std::int64_t position = TellOr(-1);
-  Require(position >= 0);
+  RequireSuccess(position >= 0);
   return position;
 }
 
@@ -241,17 +235,17 @@ void FileStream::Seek(std::int64_t offset, int origin) {
   } else if (origin == 2) {
     offset += Length();
   }
-  Require(offset >= 0);
+  RequireSuccess(offset >= 0);
   const std::int64_t distance = position_ - offset;  // from the target to the window's end
   const bool isBlockOfFile = !isBlockAltered_ && returns_.IsEmpty();
   if (next_ != nullptr && isBlockOfFile && CanRead() && !CanWrite() && distance >= 0 &&
       distance <= end_ - Block()) {
-    Require(HasPosition());
+    RequireSuccess(HasPosition());
     next_ = end_ - distance;
   } else {
     AskPosition(offset, Platform::Origin::kStart);
     DropWindow();
-    Require(position_ >= 0);
+    RequireSuccess(position_ >= 0);
   }
   isEof_ = false;
 }

@@ -6,19 +6,17 @@
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/io/number_scanner.h"
 #include "foundation/io/number_text.h"
+#include "messages/error_texts.h"
 
 namespace Vell::IO {
-namespace {
-
-void Require(bool succeeded) {
-  if (!succeeded) {
-    throw Exceptions::IOException("IO Exception");
-  }
-}
-
-}  // namespace
 
 Stream::Stream(std::uint32_t mode, String name) : mode_(mode), name_(std::move(name)) {}
+
+void Stream::RequireSuccess(bool succeeded) {
+  if (!succeeded) {
+    throw Exceptions::IOException(Messages::kErrors.ioException);
+  }
+}
 
 int Stream::Peek() {
   if (next_ != end_) {
@@ -50,13 +48,13 @@ std::size_t Stream::Read(void* buffer, std::size_t count) {
 
 int Stream::Scan(const char* format, void* destination, std::size_t size) {
   const int result = ScanNumber(*this, format, destination, size);
-  Require(result == 1 || IsEof());
+  RequireSuccess(result == 1 || IsEof());
   return result;
 }
 
 int Stream::Print(const char* format, const void* value, std::size_t size) {
   const int count = PrintNumber(*this, format, value, size);
-  Require(count >= 1);
+  RequireSuccess(count >= 1);
   return count;
 }
 

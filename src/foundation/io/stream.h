@@ -165,6 +165,9 @@ class Stream {
   /// the byte before next_, or returns kEndOfStream.
   virtual int ReadByteOfNextBlock() = 0;
 
+  /// Errors: "IO Exception" unless the operation has succeeded.
+  static void RequireSuccess(bool succeeded);
+
   // The bytes that were read ahead and not yet taken, so that reading one costs no call.
   unsigned char* next_ = nullptr;
   unsigned char* end_ = nullptr;

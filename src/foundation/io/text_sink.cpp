@@ -1,11 +1,8 @@
 #include "foundation/io/text_sink.h"
 
-#include "foundation/exceptions/exceptions.h"
-#include "messages/error_texts.h"
-
 namespace Vell::IO {
 
-void TextSink::Unget(int /*byte*/) { throw Exceptions::IOException(Messages::kErrors.ioException); }
+void TextSink::Unget(int /*byte*/) { RequireSuccess(false); }
 
 void TextSink::Write(const void* buffer, std::size_t count) {
   if (use_ == Use::kKeep) {
@@ -13,8 +10,6 @@ void TextSink::Write(const void* buffer, std::size_t count) {
   }
 }
 
-void TextSink::Seek(std::int64_t /*offset*/, int /*origin*/) {
-  throw Exceptions::IOException(Messages::kErrors.ioException);
-}
+void TextSink::Seek(std::int64_t /*offset*/, int /*origin*/) { RequireSuccess(false); }
 
 }  // namespace Vell::IO
