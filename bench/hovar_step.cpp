@@ -114,6 +114,16 @@ std::string RunCStatistic(const Hovar::DataSet& data, const Scores& scores, doub
   return Quoted("value", Format("%.12f", value));
 }
 
+/// A folder that was not there before.
+std::filesystem::path NewFolder() {
+  std::string name = (std::filesystem::temp_directory_path() / "hovar_step_XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) {
+    static_cast<void>(std::fprintf(stderr, "hovar_step: cannot make %s\n", name.c_str()));
+    std::exit(2);
+  }
+  return name;
+}
+
 void RunWrite(const Arguments& arguments, const Hovar::DataSet& data, const Scores& scores,
               double& seconds) {
   Hovar::IndividualPredictions predictions;
@@ -122,16 +132,15 @@ void RunWrite(const Arguments& arguments, const Hovar::DataSet& data, const Scor
         &predictions.yGivenXWithoutPMcmc, &predictions.pGivenX, &predictions.pGivenAll}) {
     *column = scores.predictions;
   }
-  const std::filesystem::path output =
-      std::filesystem::temp_directory_path() / ("hovar_step_" + std::to_string(getpid()) + ".csv");
-  const Vell::String path(output.c_str());
+  const std::filesystem::path folder = NewFolder();
+  const Vell::String path((folder / "individual.csv").c_str());
   const Vell::String dataFile(arguments.dataFile.c_str());
   seconds = ProcessorSecondsOf([&] {
     Hovar::WriteOutputFile(path, [&](Vell::IO::TextWriter& writer) {
       Hovar::WriteIndividualPredictions(predictions, data, dataFile, writer);
     });
   });
-  std::filesystem::remove(output);
+  std::filesystem::remove_all(folder);
 }
 
 std::string RunMcmc(Hovar::DataSet& data, double lambda, double& seconds) {
@@ -145,8 +154,7 @@ std::string RunMcmc(Hovar::DataSet& data, double lambda, double& seconds) {
   const Hovar::LogisticRegression regression{data.hospitalSize, fit};
   const Vell::Vector pGivenX = Hovar::EstimateVector(regression.Fit(Hovar::RowsOfPGivenX(data)));
   const Vell::Vector prior = Hovar::PriorTable(results, data.variableCount);
-  const std::filesystem::path folder =
-      std::filesystem::temp_directory_path() / ("hovar_step_" + std::to_string(getpid()));
+  const std::filesystem::path folder = NewFolder();
   const Hovar::HBModelSettings settings{fit, {1, 0, kMcmcIterations}, Vell::String(folder.c_str())};
   Hovar::HBModel model(data, pGivenX, prior, settings);
   seconds = ProcessorSecondsOf([&] { model.Run(); });

@@ -3,13 +3,12 @@
 #
 #     tools/coverage.sh [FOLDER]
 #
-# builds below FOLDER (build/coverage) with g++ and leaves a page to look at in FOLDER/html.
+# builds below FOLDER (build/coverage) with g++ and leaves a page to look at in FOLDER/html. A folder that
+# holds anything but what an earlier call has made is refused.
 set -eu
 cd "$(dirname "$0")/.."
-folder=${1:-build/coverage}
+folder=$(tools/claim_folder.sh coverage.sh "${1:-build/coverage}")
 tools/install_packages.sh cmake g++ make libgtest-dev gcovr libxml2-utils python3 strace
-mkdir -p "$folder"
-folder=$(realpath "$folder")
 gcc -c tools/coverage_counts.c -o "$folder/coverage_counts.o"
 cmake -S . -B "$folder" -DCMAKE_CXX_COMPILER=g++ -DCMAKE_BUILD_TYPE=Debug -DHOVAR_BUILD_TESTS=ON \
   -DCMAKE_CXX_FLAGS="--coverage -fprofile-update=atomic" \

@@ -45,8 +45,7 @@ search() {
     kept=$folder/corpus/$target
     limit="-max_total_time=$seconds -max_len=4096"
   else
-    kept=$folder/short/$target
-    rm -rf "$kept"
+    kept=$scratch/$target
     limit="-runs=10000 -seed=1 -max_len=1024"
   fi
   mkdir -p "$kept"
@@ -55,6 +54,8 @@ search() {
     "$kept" "fuzz/corpus/$target"
 }
 
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
 for target in $targets; do
   fuzzer=$folder/fuzz/$target
   findings=$folder/findings/$target

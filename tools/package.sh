@@ -4,10 +4,11 @@
 #
 #     tools/package.sh [FOLDER]
 #
-# leaves them, with their SHA-256 sums, in FOLDER (build/packages). tools/try_packages.sh tries them.
+# leaves them, with their SHA-256 sums, in FOLDER (build/packages), in place of those of an earlier
+# call. A folder that holds anything else is refused. tools/try_packages.sh tries them.
 set -eu
 cd "$(dirname "$0")/.."
-folder=${1:-build/packages}
+folder=$(tools/claim_folder.sh package.sh "${1:-build/packages}")
 tools/install_packages.sh cmake g++ make dpkg-dev file
 # Files of the packages carry the time of the last change instead of that of the build, so that the
 # same sources give the same packages.
@@ -16,14 +17,12 @@ if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
 fi
 export SOURCE_DATE_EPOCH
 
-rm -rf "$folder"
-mkdir -p "$folder"
-folder=$(cd "$folder" && pwd)
+rm -rf "${folder:?}"/hovar?* "$folder/SHA256SUMS" "$folder/_CPack_Packages"
 
 pack() {  # PRESET
   echo "== $1"
   cmake --preset "$1" > /dev/null
-  cmake --build "build/$1" -j "${JOBS:-$(nproc)}" --target hovar_program hovar_launcher
+  cmake --build "build/$1" -j "${JOBS:-$(nproc)}" --target hovar_program hovar_command
   (cd "build/$1" && cpack -B "$folder" > cpack.log 2>&1) || { cat "build/$1/cpack.log"; exit 1; }
 }
 

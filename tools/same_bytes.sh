@@ -1,7 +1,7 @@
 #!/bin/sh
 # Shows that every build of the program writes the same bytes on every processor: builds it with g++
 # and clang, without and with optimisation, for any x86-64 and for one with AVX2 and FMA, with narrow
-# vectors only, statically, and under sanitizers; runs the batches of the examples and of twenty seeded
+# vectors only, with the flags of a release, statically, and under sanitizers; runs the batches of the examples and of twenty seeded
 # data sets with each, some also with a C library that is told to do without newer instructions; and
 # compares all files and the standard output with those of the first build. Only the seconds of a chain
 # may differ.
@@ -10,7 +10,8 @@
 #
 #     --windows PROGRAM   also run this Windows program (build/windows/libexec/hovar/hovar.exe), under
 #                         Wine
-#     FOLDER              where to build and run (build/same_bytes)
+#     FOLDER              where to build and run (build/same_bytes); one that holds anything but what
+#                         an earlier call has made is refused
 #
 # Ends with status 1 at a difference.
 set -eu
@@ -21,10 +22,8 @@ if [ "${1:-}" = --windows ]; then
   windows=$(cd "$(dirname "$2")" && pwd)/$(basename "$2")
   shift 2
 fi
-folder=${1:-build/same_bytes}
+folder=$(tools/claim_folder.sh same_bytes.sh "${1:-build/same_bytes}")
 tools/install_packages.sh cmake g++ make clang libclang-rt-14-dev
-mkdir -p "$folder"
-folder=$(cd "$folder" && pwd)
 jobs=${JOBS:-$(nproc)}
 wine=/usr/lib/wine/wine64
 
@@ -46,6 +45,8 @@ for compiler in g++ clang++; do
   build "$compiler-v3" "$compiler" "-O3 -DNDEBUG -march=x86-64-v3"
   build "$compiler-avx2" "$compiler" "-O3 -DNDEBUG" -DHOVAR_VECTOR_WIDTH=Avx2
   build "$compiler-portable" "$compiler" "-O3 -DNDEBUG" -DHOVAR_VECTOR_WIDTH=Portable
+  # All flags of a release, those against faults of memory among them.
+  build "$compiler-release" "$compiler" "" -DCMAKE_BUILD_TYPE=Release
 done
 build g++-static g++ "-O3 -DNDEBUG" -DHOVAR_STATIC=ON
 build clang++-sanitized clang++ "-O1 -g" -DHOVAR_SANITIZE=ON

@@ -202,7 +202,7 @@ if [ -n "$inNewSystem" ]; then
   # The launcher finds its own place by /proc.
   mkdir -p "$system/proc"
   mount -t proc proc "$system/proc"
-  trap 'umount "$system/proc"; rm -rf "$work"' EXIT
+  trap 'umount "$system/proc" && rm -rf "$work"' EXIT
   chroot "$system" cp -r /usr/share/doc/hovar/examples/quickstart /root/quickstart
   chroot "$system" sh -c 'cd /root/quickstart && hovar batch.xml < /dev/null > output.txt 2> errors.txt' ||
     fail "status $? in the new system"

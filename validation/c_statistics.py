@@ -15,6 +15,7 @@ Equal means: the same six-digit text.
 import csv
 import os
 import shutil
+import tempfile
 import sys
 from types import SimpleNamespace
 
@@ -77,7 +78,9 @@ class Case:
 
     def run(self, program, options, burnin, steps):
         """Runs the chain; returns the printed statistics and the names of pROC's jobs."""
-        folder = fresh_folder(options.folder, self.name.replace(" ", "_").replace(",", ""))
+        os.makedirs(options.folder, exist_ok=True)
+        scratch = tempfile.mkdtemp(dir=options.folder)
+        folder = fresh_folder(scratch, self.name.replace(" ", "_").replace(",", ""))
         write_data(os.path.join(folder, "data.csv"), self.y, self.p, self.z, self.x)
         program.analysis(folder, prior=0.1, seed=SEED, burnin=20, steps=50)
         columns = program.prediction(folder, seed=SEED, burnin=burnin, steps=steps)
@@ -107,7 +110,7 @@ class Case:
             jobs[name] = job
         self.records, self.incomplete = len(self.y), int((~complete).sum())
         self.missing_p = int(np.isnan(self.p).sum())
-        shutil.rmtree(folder)
+        shutil.rmtree(scratch)
         return printed, jobs
 
 

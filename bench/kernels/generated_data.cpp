@@ -26,8 +26,17 @@ constexpr double kMissingX = 0.03;
 // At most, so that wide files have complete records too.
 constexpr double kMissingCellsPerRecord = 1.8;
 
-std::filesystem::path ScratchPath() {
-  return std::filesystem::temp_directory_path() / ("hovar_bench_" + std::to_string(getpid()));
+/// The folder of this process, which is made at the first call and was not there before.
+const std::filesystem::path& ScratchPath() {
+  static const std::filesystem::path path = [] {
+    std::string name = (std::filesystem::temp_directory_path() / "hovar_bench_XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+      static_cast<void>(std::fprintf(stderr, "hovar_bench: cannot make %s\n", name.c_str()));
+      std::exit(2);
+    }
+    return std::filesystem::path(name);
+  }();
+  return path;
 }
 
 void WriteFile(const std::filesystem::path& path, std::int64_t records, std::int64_t variables) {
@@ -47,11 +56,7 @@ void WriteFile(const std::filesystem::path& path, std::int64_t records, std::int
 
 }  // namespace
 
-std::filesystem::path ScratchFolder() {
-  std::filesystem::path folder = ScratchPath();
-  std::filesystem::create_directories(folder);
-  return folder;
-}
+std::filesystem::path ScratchFolder() { return ScratchPath(); }
 
 void RemoveScratchFolder() noexcept {
   std::error_code ignored;
