@@ -25,7 +25,7 @@
 #               BetaYX[1], ...; the two are joined by position. Names that occur twice get a number.
 # all_chains    TRUE reads every folder chain-1, chain-2, ... also those that an earlier run with more
 #               chains has left. Otherwise these are left out, and a warning names them: the file
-#               chains.xml, which `hovar --chains` writes, says how many belong together.
+#               chains.json, which `hovar --chains` writes, says how many belong together.
 #
 # Iterations are counted from 1; the burn-in is not in the files. Chains must have the same columns
 # and the same number of draws.
@@ -106,15 +106,15 @@ hovar_chain_files <- function(folder, all_chains) {
   if (!is.na(count)) {
     expected <- sprintf("chain-%d", seq_len(count))
     if (!any(chains %in% expected)) {
-      hovar_stop(folder, " has none of the chains that its file chains.xml names")
+      hovar_stop(folder, " has none of the chains that its file chains.json names")
     }
     missing <- setdiff(expected, chains)
     if (length(missing) > 0) {
-      hovar_warn(folder, " lacks ", hovar_list(missing), ": its file chains.xml names ", count, " chains")
+      hovar_warn(folder, " lacks ", hovar_list(missing), ": its file chains.json names ", count, " chains")
     }
     left <- setdiff(chains, expected)
     if (length(left) > 0) {
-      hovar_warn(folder, ": left out ", hovar_list(left), " of an earlier run, as its file chains.xml names ",
+      hovar_warn(folder, ": left out ", hovar_list(left), " of an earlier run, as its file chains.json names ",
         count, " chains; all_chains reads all")
       chains <- intersect(chains, expected)
     }
@@ -133,16 +133,16 @@ hovar_numbered_chains <- function(folder) {
   chains[order(nchar(chains), chains)]
 }
 
-# How many chains belong together by the file chains.xml in a folder; NA where that says nothing.
+# How many chains belong together by the file chains.json in a folder; NA where that says nothing.
 hovar_chain_count <- function(folder) {
-  file <- hovar_below(folder, "chains.xml")
+  file <- hovar_below(folder, "chains.json")
   if (!isTRUE(hovar_kind(file) == "file")) return(NA)
   hovar_file_size(file)
   connection <- file(file, "rb")
   on.exit(close(connection))
   bytes <- readBin(connection, "raw", 200)
   text <- rawToChar(bytes[cumsum(bytes == 0) == 0])
-  count <- regmatches(text, regexec("^<!-- Chains 1 to ([1-9][0-9]{0,3}) -->", text, useBytes = TRUE))[[1]]
+  count <- regmatches(text, regexec('^\\{"chains": ([1-9][0-9]{0,3})\\}', text, useBytes = TRUE))[[1]]
   if (length(count) == 2) as.integer(count[2]) else NA
 }
 

@@ -42,7 +42,7 @@ def chains(folders, coefficients=None, all_chains=False):
     BetaYX[1], ...; the two are joined by position. Names that occur twice get a number.
 
     all_chains: read every folder chain-1, chain-2, ... also those that an earlier run with more chains
-    has left. Otherwise these are left out, and a warning names them: the file chains.xml, which
+    has left. Otherwise these are left out, and a warning names them: the file chains.json, which
     `hovar --chains` writes, says how many belong together.
 
     The rows are indexed by chain, from 1, and step. The burn-in is not in the files. Chains must
@@ -134,13 +134,13 @@ def _chain_files(folder, all_chains):
     if count is not None:
         expected = [f"chain-{number}" for number in range(1, count + 1)]
         if not set(expected).intersection(found):
-            raise ValueError(f"{_shown(folder)} has none of the chains that its file chains.xml names")
+            raise ValueError(f"{_shown(folder)} has none of the chains that its file chains.json names")
         missing = sorted(set(expected).difference(found), key=_number)
         if missing:
-            _warn(f"{_shown(folder)} lacks {_list(missing)}: its file chains.xml names {count} chains")
+            _warn(f"{_shown(folder)} lacks {_list(missing)}: its file chains.json names {count} chains")
         left = sorted(set(found).difference(expected), key=_number)
         if left:
-            _warn(f"{_shown(folder)}: left out {_list(left)} of an earlier run, as its file chains.xml "
+            _warn(f"{_shown(folder)}: left out {_list(left)} of an earlier run, as its file chains.json "
                   f"names {count} chains; all_chains reads all")
             found = [name for name in found if name not in left]
     return [_chain_file(folder / name) for name in found]
@@ -164,13 +164,13 @@ def _number(name):
 
 
 def _chain_count(folder):
-    """How many chains belong together by the file chains.xml in a folder; None where that says nothing."""
-    file = folder / "chains.xml"
+    """How many chains belong together by the file chains.json in a folder; None where that says nothing."""
+    file = folder / "chains.json"
     if not file.is_file():
         return None
     _file_size(file)
     with open(file, "rb") as stream:
-        found = re.match(rb"<!-- Chains 1 to ([1-9][0-9]{0,3}) -->", stream.read(200))
+        found = re.match(rb'\{"chains": ([1-9][0-9]{0,3})\}', stream.read(200))
     return int(found[1]) if found else None
 
 

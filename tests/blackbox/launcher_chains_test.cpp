@@ -90,37 +90,27 @@ TEST_F(ChainsTest, OnlyFolderAndSeedDifferInTheDefinitions) {
                      "<Element>5<", "<Element>1098288563<"));
 }
 
-TEST_F(ChainsTest, ABatchHoldsTheChainsThatBelongTogether) {
+TEST_F(ChainsTest, AFileSaysHowManyChainsBelongTogether) {
   ASSERT_EQ(Chains({"3", "analysis.xml"}).exitStatus, 0);
+  EXPECT_EQ(study_.Read("out/chains.json"), "{\"chains\": 3}\n");
   ASSERT_EQ(Chains({"2", "analysis.xml", "--only", "1"}).exitStatus, 0);
+  EXPECT_EQ(study_.Read("out/chains.json"), "{\"chains\": 2}\n");
   EXPECT_TRUE(study_.Has("out/chain-3/chain-3.xml"));
-  EXPECT_EQ(study_.Read("out/chains.xml"),
-            "<!-- Chains 1 to 2 -->\n"
-            "<Batch>\n"
-            "  <Simulations>\n"
-            "    <Simulation>out\\chain-1\\chain-1.xml</Simulation>\n"
-            "    <Simulation>out\\chain-2\\chain-2.xml</Simulation>\n"
-            "  </Simulations>\n"
-            "</Batch>\n");
-  const std::string draws = study_.Read("out/chain-2/mcmc/Chain.csv");
-  fs::remove(study_.Path() / "out/chain-2/mcmc/Chain.csv");
-  EXPECT_EQ(RunLauncher(study_, {"out/chains.xml"}).exitStatus, 0);
-  EXPECT_EQ(study_.Read("out/chain-2/mcmc/Chain.csv"), draws);
 }
 
-TEST_F(ChainsTest, WhatIsNoBatchOfChainsStays) {
-  for (const std::string own : {"<Batch></Batch>\n", ""}) {
-    study_.Write("out/chains.xml", own);
+TEST_F(ChainsTest, WhatIsNoNumberOfChainsStays) {
+  for (const std::string own : {"{\"draws\": 3}\n", ""}) {
+    study_.Write("out/chains.json", own);
     const ProcessResult result = Chains({"2", "analysis.xml"});
     EXPECT_EQ(result.exitStatus, 0);
-    ExpectHolds(result.error, "hovar: " + Shown("out\\chains.xml") +
-                                  " is not a batch of chains and stays as it is\n");
-    EXPECT_EQ(study_.Read("out/chains.xml"), own);
+    ExpectHolds(result.error, "hovar: " + Shown("out\\chains.json") +
+                                  " is no number of chains and stays as it is\n");
+    EXPECT_EQ(study_.Read("out/chains.json"), own);
   }
-  fs::remove(study_.Path() / "out/chains.xml");
-  fs::create_directories(study_.Path() / "out/chains.xml");
+  fs::remove(study_.Path() / "out/chains.json");
+  fs::create_directories(study_.Path() / "out/chains.json");
   EXPECT_EQ(Chains({"2", "analysis.xml"}).exitStatus, 0);
-  EXPECT_TRUE(fs::is_directory(study_.Path() / "out/chains.xml"));
+  EXPECT_TRUE(fs::is_directory(study_.Path() / "out/chains.json"));
 }
 
 TEST_F(ChainsTest, TheNumberOfJobsDoesNotMatter) {
@@ -228,7 +218,7 @@ TEST_F(ChainsTest, AFolderThatCannotBeMadeIsTold) {
   study_.Write("deep.xml", Replaced(ChainedAnalysisText(0, 5), ">out<", ">none/out<"));
   const ProcessResult result = Chains({"2", "deep.xml"});
   EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error, "hovar: cannot write " + Shown("none\\out\\chains.xml") + "\n");
+  EXPECT_EQ(result.error, "hovar: cannot write " + Shown("none\\out\\chains.json") + "\n");
 }
 
 TEST_F(ChainsTest, AFailureStopsTheOthers) {

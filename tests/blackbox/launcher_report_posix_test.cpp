@@ -77,7 +77,7 @@ TEST_F(ReportPosixTest, AGrowingFileIsTakenAsItWasFound) {
 
 TEST_F(ReportPosixTest, FoldersTooDeepAndChainsOfAnEarlierRunAreNamed) {
   work_.Write("out/a/b/c/d/e.csv", "f");
-  work_.Write("out/chains.xml", "<!-- Chains 1 to 2 -->\n<Batch/>\n");
+  work_.Write("out/chains.json", "{\"chains\": 2}\n");
   work_.Write("out/chain-2/a.csv", "f");
   work_.Write("out/chain-3/a.csv", "f");
   work_.Write("out/chain-03/a.csv", "f");

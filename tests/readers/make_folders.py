@@ -15,10 +15,9 @@ chain() {  # FOLDER NUMBER: makes a chain whose first draw is this number
   mkdir -p "$1/mcmc"
   printf 'Step,BetaYX[0]\\n1,%s\\n2,0.5\\n' "$2" > "$1/mcmc/Chain.csv"
 }
-batch() {  # COUNT: writes chains.xml as the command does
-  echo "<!-- Chains 1 to $1 -->"
-  echo "<Batch>"
-} > chains.xml
+count() {  # COUNT: writes chains.json as the command does
+  echo "{\\"chains\\": $1}" > chains.json
+}
 """
 
 folders = Path(sys.argv[1])

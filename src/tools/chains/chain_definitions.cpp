@@ -3,12 +3,14 @@
 #include <string_view>
 #include <utility>
 
+#include "foundation/io/platform/folders.h"
 #include "foundation/random/chain_seeds.h"
 #include "foundation/random/random_generator.h"
 #include "messages/error_texts.h"
 #include "tools/chains/messages.h"
 #include "tools/plan/definition_file.h"
 #include "tools/plan/seed_values.h"
+#include "tools/support/chain_list.h"
 #include "tools/support/files.h"
 #include "tools/support/message.h"
 #include "tools/support/messages.h"
@@ -115,6 +117,29 @@ std::optional<ChainSet> MakeChainSet(const std::string& path, int count) {
                                    SeedOfChain(*seed, static_cast<std::uint32_t>(number))));
   }
   return set;
+}
+
+bool WriteChainList(const ChainSet& set) {
+  namespace Platform = Vell::IO::Platform;
+  Platform::CreateFolder(set.folder.c_str());
+  const std::string file = JoinPath(set.folder, kChainListName);
+  const std::string text = ChainListText(static_cast<int>(set.chains.size()));
+  if (Platform::KindOf(file.c_str()) != Platform::PathKind::kMissing) {
+    const std::optional<std::string> earlier = ReadSmallFile(file);
+    if (earlier == text) {
+      return true;
+    }
+    if (!earlier || !ChainCountOf(*earlier)) {
+      Say(kChainMessages.noChainList, PastablePath(file));
+      return true;
+    }
+  }
+  // Another command that runs a chain of this set may have written it in the meantime.
+  if (!WriteWholeFile(file, text) && ReadSmallFile(file) != text) {
+    Say(kToolMessages.cannotWrite, PastablePath(file));
+    return false;
+  }
+  return true;
 }
 
 bool WriteChainDefinition(const ChainSet& set, const ChainDefinition& chain) {

@@ -29,6 +29,11 @@ struct ChainSet {
 /// when the file is no valid definition of an Analysis or its seed serves no several chains.
 std::optional<ChainSet> MakeChainSet(const std::string& path, int count);
 
+/// Makes the folder of the set and writes the list of its chains there (tools/support/chain_list.h).
+/// Something else of its name stays, and a line says so. False, with a line on standard error, when the
+/// list cannot be written.
+bool WriteChainList(const ChainSet& set);
+
 /// Makes the folder of a chain, in that of the set, and writes its definition there. False, with a
 /// line on standard error, when that fails.
 bool WriteChainDefinition(const ChainSet& set, const ChainDefinition& chain);

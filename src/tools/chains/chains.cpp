@@ -206,6 +206,9 @@ int RunChains(const ChainSettings& settings) {
   if (settings.collectOnly) {
     return Collect(*set);
   }
+  if (!WriteChainList(*set)) {
+    return kFailure;
+  }
   std::vector<const ChainDefinition*> chosen;
   for (const ChainDefinition& chain : set->chains) {
     if (settings.onlyChain == 0 || settings.onlyChain == chain.number) {

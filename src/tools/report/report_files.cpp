@@ -86,9 +86,9 @@ std::string AttributeText(std::string_view text) {
 
 /// How many chains belong together in a folder, as its list says; nothing without a list.
 std::optional<int> ListedChains(const Folder& folder) {
-  constexpr std::size_t kFirstLine = 64;
+  constexpr std::size_t kLongest = 64;
   const InputFile file(Platform::OpenFileIn(folder.Handle(), std::string(kChainListName).c_str()));
-  std::array<char, kFirstLine> text;
+  std::array<char, kLongest> text;
   const std::int64_t count = file.IsOpen() ? file.Read(text) : 0;
   return count > 0 ? ChainCountOf({text.data(), static_cast<std::size_t>(count)}) : std::nullopt;
 }

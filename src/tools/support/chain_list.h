@@ -1,22 +1,21 @@
 #pragma once
 
-// The list of the chains that belong together: a batch of their definitions, chains.xml, in the
-// output folder of the definition that they were made from. Without it nobody could tell the chains
-// of the last run from those that an earlier run with more of them left behind.
+// How many chains belong together: chains.json in the output folder of the definition that they were
+// made from. Without it nobody could tell the chains of the last run from those that an earlier run
+// with more of them left behind. The readers for R and Python read it too.
 
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace Hovar {
 
-inline constexpr std::string_view kChainListName = "chains.xml";
+inline constexpr std::string_view kChainListName = "chains.json";
 
-/// The list of chains with these definition files, in the order of their numbers from 1.
-std::string ChainListText(const std::vector<std::string>& definitionFiles);
+/// What the file holds for chains 1 to `count`.
+std::string ChainListText(int count);
 
-/// How many chains a list has; nothing for a text that is none.
+/// How many chains a file of such a text lists; nothing for another text.
 std::optional<int> ChainCountOf(std::string_view text);
 
 /// The number K of a chain's folder, "chain-K"; nothing for another name.

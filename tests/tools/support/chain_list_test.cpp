@@ -5,24 +5,16 @@
 namespace Hovar {
 namespace {
 
-TEST(ChainListTest, AListIsABatchThatSaysHowManyItHolds) {
-  const std::string text = ChainListText({"a/chain-1.xml", "a/chain-2.xml"});
-  EXPECT_EQ(text,
-            "<!-- Chains 1 to 2 -->\n"
-            "<Batch>\n"
-            "  <Simulations>\n"
-            "    <Simulation>a/chain-1.xml</Simulation>\n"
-            "    <Simulation>a/chain-2.xml</Simulation>\n"
-            "  </Simulations>\n"
-            "</Batch>\n");
-  EXPECT_EQ(ChainCountOf(text), 2);
+TEST(ChainListTest, AListSaysHowManyChainsBelongTogether) {
+  EXPECT_EQ(ChainListText(12), "{\"chains\": 12}\n");
+  EXPECT_EQ(ChainCountOf("{\"chains\": 12}\n"), 12);
 }
 
 TEST(ChainListTest, OtherTextsAreNone) {
-  for (const char* text : {"", "<Batch>", "<!-- Chains 1 to  -->\n", "<!-- Chains 1 to 0 -->\n",
-                           "<!-- Chains 1 to -2 -->\n", "<!-- Chains 1 to 02 -->\n",
-                           "<!-- Chains 1 to 2 -->", "<!-- Chains 1 to 2x -->\n",
-                           " <!-- Chains 1 to 2 -->\n", "<!-- Chains 1 to 99999999999 -->\n"}) {
+  for (const char* text :
+       {"", "{}", "{\"chains\": }\n", "{\"chains\": 0}\n", "{\"chains\": -2}\n",
+        "{\"chains\": 02}\n", "{\"chains\": 2}", "{\"chains\": 2x}\n", " {\"chains\": 2}\n",
+        "{\"chains\": 99999999999}\n"}) {
     EXPECT_EQ(ChainCountOf(text), std::nullopt) << text;
   }
 }
