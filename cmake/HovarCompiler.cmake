@@ -14,9 +14,14 @@ if(HOVAR_SANITIZE)
     hovar_compiler INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
                              -fno-omit-frame-pointer)
   target_link_options(hovar_compiler INTERFACE -fsanitize=address,undefined)
+else()
+  include(HovarHardening)
+  target_link_libraries(hovar_compiler INTERFACE hovar_hardening)
 endif()
 if(HOVAR_STATIC)
-  target_link_options(hovar_compiler INTERFACE -static)
+  # A hardened one is linked as -static-pie.
+  target_link_options(hovar_compiler INTERFACE
+                      $<$<NOT:$<CONFIG:Release,RelWithDebInfo,MinSizeRel>>:-static>)
 endif()
 if(HOVAR_BUILD_FUZZERS)
   # Lets a fuzzer see which branches an input takes.

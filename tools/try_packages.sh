@@ -24,7 +24,7 @@ while getopts b:i option; do
 done
 shift $((OPTIND - 1))
 packages=$(cd "${1:-build/packages}" && pwd)
-tools/install_packages.sh binutils bsdextrautils dpkg-dev groff-base lintian man-db mandoc
+tools/install_packages.sh binutils bsdextrautils devscripts dpkg-dev groff-base lintian man-db mandoc
 source=$(pwd)
 version=$(sed -n 's/^project(Hovar VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 work=$(mktemp -d)
@@ -39,6 +39,7 @@ passed() { echo "ok: $*"; }
 
 # The only file of the packages with this ending.
 package_file() {  # PATTERN
+  # shellcheck disable=SC2086  # a pattern
   set -- "$packages"/$1
   { [ $# -eq 1 ] && [ -f "$1" ]; } || fail "not one file $1"
   echo "$1"
@@ -102,6 +103,17 @@ check_contents() {  # NAME DOCUMENTS SHARE
   passed "$1: documents and examples"
 }
 
+# Addresses that nobody can know in advance, tables of the linker that nobody can change, guarded
+# stacks. A static program that is stripped no longer shows what guards its stack and which functions
+# of the C library are fortified; both kinds are compiled by the same flags.
+check_hardening() {  # NAME PROGRAM OPTION...
+  name=$1 program=$2
+  shift 2
+  hardening-check --nocfprotection "$@" "$program" > "$work/hardening.txt" ||
+    { cat "$work/hardening.txt" >&2; fail "$name: $(basename "$program") is not hardened"; }
+  passed "$name: $(basename "$program") is hardened"
+}
+
 check_page() {  # FILE
   groff -man -ww -Tutf8 "$1" > "$work/page.txt" 2> "$work/page.log"
   # What is as it should be: a page has the version in the place of a date.
@@ -124,10 +136,16 @@ mkdir "$work/clean folder"
 tar -xzf "$(package_file 'hovar-*-linux-x86_64.tar.gz')" -C "$work/clean folder"
 unpacked="$work/clean folder/hovar-$version-linux-x86_64"
 for program in bin/hovar libexec/hovar/hovar; do
-  readelf -d "$unpacked/$program" | grep -q 'There is no dynamic section' ||
-    fail "$program is not linked statically"
+  # A static program whose addresses vary has a dynamic section, but no library and no interpreter.
+  readelf -d "$unpacked/$program" > "$work/dynamic.txt"
+  ! grep -q NEEDED "$work/dynamic.txt" || fail "$program needs a library"
+  # hardening-check takes such a program for a library and says nothing of its addresses.
+  grep -q 'FLAGS_1.*PIE' "$work/dynamic.txt" || fail "$program has fixed addresses"
+  readelf -l --wide "$unpacked/$program" > "$work/segments.txt"
+  ! grep -q INTERP "$work/segments.txt" || fail "$program needs an interpreter"
+  check_hardening tar.gz "$unpacked/$program" --nostackprotector --nofortify
 done
-passed "tar.gz: programs without a dynamic section"
+passed "tar.gz: programs that need no library and no interpreter"
 check_version tar.gz "$unpacked/bin/hovar"
 check_contents tar.gz "$unpacked" "$unpacked/share/hovar"
 [ -s "$unpacked/LICENSE" ] || fail "tar.gz: no LICENSE"
@@ -157,16 +175,17 @@ fi
 # The pages of the manual know every option and every element.
 plain() { man -P cat -l "$1" | col -b; }
 "$unpacked/bin/hovar" --help | grep -o -e '--[a-z]*' | sort -u > "$work/options.txt"
-sed -n 's/.*\(Element\|StartTag\|Parameters\)(\(reader, \)*"\([A-Za-z]*\)".*/\3/p' \
-  src/app/definitions.cpp | sort -u > "$work/elements.txt"
+sed -n 's|^ *{k[A-Za-z]*, k[APVB]*, "\([A-Za-z]*/\)*\([A-Za-z]*\)".*|\2|p' \
+  src/app/definition/element_table.h | sort -u > "$work/elements.txt"
+[ "$(wc -l < "$work/elements.txt")" -ge 20 ] || fail "elements not found in the sources"
 plain "$unpacked/share/man/man1/hovar.1" > "$work/hovar.1.txt"
 plain "$unpacked/share/man/man5/hovar-definition.5" > "$work/hovar-definition.5.txt"
-for word in $(cat "$work/options.txt"); do
+while read -r word; do
   grep -q -e "$word" "$work/hovar.1.txt" || fail "hovar.1 lacks $word"
-done
-for word in $(cat "$work/elements.txt"); do
+done < "$work/options.txt"
+while read -r word; do
   grep -q -w "$word" "$work/hovar-definition.5.txt" || fail "hovar-definition.5 lacks $word"
-done
+done < "$work/elements.txt"
 passed "manual: $(wc -l < "$work/options.txt") options, $(wc -l < "$work/elements.txt") elements"
 
 echo "== .deb"
@@ -184,6 +203,9 @@ done
 for page in man1/hovar.1 man5/hovar-definition.5; do
   gunzip -c "$work/root/usr/share/man/$page.gz" > "$work/$(basename "$page")"
   check_page "$work/$(basename "$page")"
+done
+for program in bin/hovar libexec/hovar/hovar; do
+  check_hardening deb "$work/root/usr/$program"
 done
 run_quickstart deb "$documents/examples" "$work/root/usr/bin/hovar"
 compare_quickstart deb
@@ -226,6 +248,13 @@ else
   for file in hovar.exe libexec/hovar/hovar.exe LICENSE; do
     [ -s "$unpacked/$file" ] || fail "zip: no $file"
   done
+  for file in hovar.exe libexec/hovar/hovar.exe; do
+    objdump -p "$unpacked/$file" > "$work/header.txt"
+    for property in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
+      grep -q "^[[:space:]]*$property\$" "$work/header.txt" || fail "zip: $file lacks $property"
+    done
+  done
+  passed "zip: addresses vary, and data are never run"
   check_contents zip "$unpacked" "$unpacked/share/hovar"
   wine=/usr/lib/wine/wine64
   if [ -x "$wine" ]; then

@@ -1,6 +1,7 @@
 #include "regression/exchangeable_score.h"
 
 #include <algorithm>
+#include <span>
 
 #include "foundation/integer_size.h"
 
@@ -43,8 +44,9 @@ void ExchangeableScore::AddBlock(NormalEquations& equations, RecordBlock& block)
     AddColumnSums({residualSums_.Row(hospital_), block.residual},
                   {deviationSums_.Row(hospital_), terms_.deviation}, rows_,
                   {block.index, begin, end});
-    for (std::int32_t i = begin; i < end; ++i) {
-      const double pearson = terms_.pearson[static_cast<std::size_t>(i)];
+    for (const double pearson :
+         std::span(terms_.pearson)
+             .subspan(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin))) {
       pearsonSums_[hospital_] += pearson;
       pearsonSquares_ += pearson * pearson;
     }
@@ -85,9 +87,10 @@ void ExchangeableScore::Assemble(NormalEquations& equations) {
       double& score = scores[static_cast<std::size_t>(j)];
       score -= c * pearsonSums_[h] * deviation;
       equations.score[j] += score;
-      double* const row = correction.Row(j);
-      for (std::int32_t k = 0; k <= j; ++k) {
-        row[k] += c * deviation * deviations[static_cast<std::size_t>(k)];
+      double* element = correction.Row(j);
+      // Checked once: a check of every index would keep the loop scalar.
+      for (const double other : deviations.first(static_cast<std::size_t>(j) + 1)) {
+        *element++ += c * deviation * other;
       }
     }
   }

@@ -1,6 +1,7 @@
 #include "regression/logistic_kernels.h"
 
 #include <cstring>
+#include <span>
 
 #include "foundation/exponential.h"
 #include "linalg/kernels/dispatch.h"
@@ -75,9 +76,16 @@ struct ExchangeableTerms {
   template <int kLanes>
   [[gnu::always_inline]] void operator()() const noexcept {
     EvaluateTerms<kLanes, ExchangeableResidual>(block);
-    for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i) {
-      terms.deviation[i] = __builtin_sqrt(block.weight[i]);
-      terms.pearson[i] = block.residual[i] / terms.deviation[i];
+    // Checked once, for all have one size: a check of every index would keep the loop scalar.
+    const std::span deviations =
+        std::span(terms.deviation).first(static_cast<std::size_t>(block.count));
+    double* const deviation = deviations.data();
+    double* const pearson = terms.pearson.data();
+    const double* const weight = block.weight.data();
+    const double* const residual = block.residual.data();
+    for (std::size_t i = 0; i < deviations.size(); ++i) {
+      deviation[i] = __builtin_sqrt(weight[i]);
+      pearson[i] = residual[i] / deviation[i];
     }
   }
 };
