@@ -28,6 +28,7 @@ install(TARGETS hovar_program RUNTIME DESTINATION libexec/hovar)
 # The relative places of these are those of the repository, so that links in the documents hold.
 configure_file(packaging/README.txt.in packaging/README.txt @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/packaging/README.txt CHANGELOG.md CITATION.cff LICENSE
+              SECURITY.md
         DESTINATION ${documentFolder})
 install(DIRECTORY docs DESTINATION ${documentFolder}
         PATTERN man EXCLUDE)
