@@ -87,10 +87,11 @@ void ExchangeableScore::Assemble(NormalEquations& equations) {
       double& score = scores[static_cast<std::size_t>(j)];
       score -= c * pearsonSums_[h] * deviation;
       equations.score[j] += score;
-      double* element = correction.Row(j);
+      double* const row = correction.Row(j);
       // Checked once: a check of every index would keep the loop scalar.
-      for (const double other : deviations.first(static_cast<std::size_t>(j) + 1)) {
-        *element++ += c * deviation * other;
+      const double* const others = deviations.first(static_cast<std::size_t>(j) + 1).data();
+      for (std::int32_t k = 0; k <= j; ++k) {
+        row[k] += c * deviation * others[k];
       }
     }
   }
