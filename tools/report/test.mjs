@@ -15,7 +15,7 @@ const output = 'node_modules/.cache/tests';
 rmSync(output, { recursive: true, force: true });
 await build({
   entryPoints: tests.map((name) => join('tests', name)), outdir: output, outbase: 'tests', bundle: true,
-  platform: 'node', format: 'esm', target: 'node20', external: ['puppeteer-core'], outExtension: { '.js': '.mjs' },
+  platform: 'node', format: 'esm', target: 'node20', packages: 'external', outExtension: { '.js': '.mjs' },
   sourcemap: 'inline', logLevel: 'warning',
 });
 const bundles = tests.map((name) => join(output, name.replace(/\.ts$/, '.mjs')));

@@ -4,7 +4,7 @@ import { groupChains } from './analysis/chain_groups';
 import { diagnose, type GroupDiagnostics } from './analysis/diagnostics';
 import { defaultExpectation, judgeHospitals, pairOf, type HospitalJudgement } from './analysis/hospital_ratios';
 import { deriveHospitals, loadReport } from './read/load';
-import type { Report, SourceFile } from './model';
+import { contentOf, type Report, type SourceFile } from './model';
 
 export type EngineMessage =
   | { type: 'progress'; share: number; text: string }
@@ -12,11 +12,27 @@ export type EngineMessage =
   | { type: 'diagnostics'; groups: GroupDiagnostics[] }
   | { type: 'failure'; text: string };
 
-export async function runEngine(
-  sources: SourceFile[], post: (message: EngineMessage) => void | Promise<void>,
-): Promise<void> {
+/** A reader of the page sees no more; a hundred thousand messages would keep it busy. */
+const kProgressMs = 50;
+
+type Post = (message: EngineMessage) => void | Promise<void>;
+
+/** Passes on what is progress from time to time, and all the rest. */
+function throttled(post: Post): Post {
+  let last = -Infinity;
+  return (message) => {
+    if (message.type === 'progress') {
+      if (performance.now() - last < kProgressMs) return undefined;
+      last = performance.now();
+    }
+    return post(message);
+  };
+}
+
+export async function runEngine(sources: SourceFile[], postAll: Post): Promise<void> {
+  const post = throttled(postAll);
   try {
-    const total = sources.reduce((sum, source) => sum + source.blob.size, 0);
+    const total = sources.reduce((sum, source) => sum + contentOf(source.content).size, 0);
     let done = 0;
     const report = await loadReport(sources, async (count) => {
       done += count;
@@ -36,9 +52,7 @@ function firstJudgement(report: Report): HospitalJudgement | null {
   return file ? judgeHospitals(file, pairOf(defaultExpectation(report).column), false) : null;
 }
 
-async function diagnoseAll(
-  report: Report, post: (message: EngineMessage) => void | Promise<void>,
-): Promise<GroupDiagnostics[]> {
+async function diagnoseAll(report: Report, post: Post): Promise<GroupDiagnostics[]> {
   const groups = groupChains(report);
   const total = groups.reduce((sum, group) => sum + group.columns.length, 0);
   let done = 0;

@@ -9,7 +9,22 @@ export interface SourceFile {
   folder: number;
   folderName: string;
   path: string;
-  blob: Blob;
+  /** Bytes of a small file that the page holds: as a Blob each would cost messages to the browser. */
+  content: Blob | Uint8Array<ArrayBuffer>;
+}
+
+/** What is read of a file, whichever way it came: the part of a Blob that the readers use. */
+export interface FileBytes {
+  readonly size: number;
+  slice(start: number, end: number): { arrayBuffer(): Promise<ArrayBuffer> };
+}
+
+export function contentOf(content: SourceFile['content']): FileBytes {
+  if (content instanceof Blob) return content;
+  return {
+    size: content.length,
+    slice: (start, end) => ({ arrayBuffer: () => Promise.resolve(content.slice(start, end).buffer) }),
+  };
 }
 
 export type FileKind =
@@ -216,17 +231,34 @@ export function emptyReport(): Report {
   };
 }
 
+/** Whether a number can be one of records: whole, and not more than the program can count. */
+export const isRecordCount = (value: number): boolean => Number.isInteger(value) && value >= 0 && value <= kMostRecords;
+
+/** More hospitals than this are not judged: no study has them, and judging them would take minutes. */
+export const kMostHospitals = 50_000;
+
+/** A decimal number; NaN for other text, for an empty one, and for numbers to another base. */
+export function plainNumber(text: string): number {
+  const plain = text.trim();
+  const second = plain.charCodeAt(1) | 32;
+  return plain === '' || second === 120 || second === 98 || second === 111 ? NaN : Number(plain);
+}
+
 /** The text of a cell and its number, as the program writes numbers. */
 export function numberCell(text: string): NumberCell {
   const plain = text.trim();
   if (plain === 'inf') return { text, value: Infinity };
   if (plain === '-inf') return { text, value: -Infinity };
-  return { text, value: plain === '' ? NaN : Number(plain) };
+  return { text, value: plainNumber(plain) };
 }
+
+/** A path of at most so many characters; the middle of a longer one is left out. */
+export const shortPath = (text: string, length = 300): string =>
+  text.length <= length ? text : `${text.slice(0, length / 2)}…${text.slice(-length / 2)}`;
 
 /** "folder/path" of a file for a reader. */
 export function originText(origin: Origin): string {
-  return origin.folderName ? `${origin.folderName}/${origin.path}` : origin.path;
+  return shortPath(origin.folderName ? `${origin.folderName}/${origin.path}` : origin.path);
 }
 
 /** The columns of expectations with what was observed of them. */

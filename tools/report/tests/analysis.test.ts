@@ -13,7 +13,7 @@ import { chainText, coefficientText, hospitalText, kHospitalHeader, kIndividualH
 const kNames = ['XIntercept', 'XA', 'XB'];
 
 function source(folder: number, path: string, text: string): SourceFile {
-  return { folder, folderName: `run${folder}`, path, blob: new Blob([text]) };
+  return { folder, folderName: `run${folder}`, path, content: new Blob([text]) };
 }
 
 const load = (...files: SourceFile[]): Promise<Report> => loadReport(files, () => {});
@@ -24,7 +24,7 @@ function chain(folder: number, shape: Partial<ChainShape> = {}, path = 'mcmc/Cha
 
 /** The coefficient file that the run of a chain writes. */
 const ofChain = async (chainFile: SourceFile, path: string, names = kNames, gee = false): Promise<SourceFile> =>
-  source(chainFile.folder, path, coefficientText(names, gee, await chainFile.blob.text()));
+  source(chainFile.folder, path, coefficientText(names, gee, await new Blob([chainFile.content]).text()));
 
 const judged = async (report: Report) =>
   Promise.all(groupChains(report).map((group) => diagnose(report, group, () => {})));

@@ -44,12 +44,12 @@ test('a carriage return stays in the last field of its row', async () => {
 });
 
 test('a row of another width is an error that names the row', async () => {
-  await assert.rejects(csvTable(new Blob(['a,b\n1,2\n1,2,3\n'])), (error: Error) =>
+  await assert.rejects(csvTable(new Blob(['a,b\n1,2\n1,2,3\n']), 9), (error: Error) =>
     error instanceof TableError && error.message === 'row 3 has 3 cells, the header 2');
 });
 
 test('a quote that is never closed is an error', async () => {
-  await assert.rejects(csvTable(new Blob(['a,"b\n1,2\n'])), TableError);
+  await assert.rejects(csvTable(new Blob(['a,"b\n1,2\n']), 9), TableError);
 });
 
 test('all bytes are reported as read', async () => {

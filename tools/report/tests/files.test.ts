@@ -10,7 +10,7 @@ import { readDefinition, readDescription, readLog, readRunRecord } from '../src/
 import { chainText, coefficientText, hospitalText, kHospitalHeader, kIndividualHeader, kStatisticsText, summaryText } from './support/study';
 
 const kOrigin = { folder: 0, folderName: 'out', path: 'file' };
-const source = (path: string, text: string, folder = 0): SourceFile => ({ folder, folderName: `run${folder}`, path, blob: new Blob([text]) });
+const source = (path: string, text: string, folder = 0): SourceFile => ({ folder, folderName: `run${folder}`, path, content: new Blob([text]) });
 
 const kinds: [string, string][] = [
   [coefficientText(['XIntercept', 'XA']), 'coefficients'],

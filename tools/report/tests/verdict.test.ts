@@ -20,7 +20,7 @@ const kDraws = rowsOf('verdict_draws.csv');
 const kNames = ['XIntercept', 'XA'];
 
 function source(folder: number, path: string, text: string): SourceFile {
-  return { folder, folderName: `run${folder}`, path, blob: new Blob([text]) };
+  return { folder, folderName: `run${folder}`, path, content: new Blob([text]) };
 }
 
 const load = (...files: SourceFile[]): Promise<Report> => loadReport(files, () => {});
@@ -183,7 +183,7 @@ test('another expectation than those by P = 0 keeps its ratios', async () => {
 
 test('with P and X missing the columns of both are named', async () => {
   const both = predictions({ gee: true, missingP: true, missingX: true });
-  both[1] = source(0, 'hospital.csv', await both[1].blob.text().then((text) => text.replaceAll(',200,100,100,', ',200,80,80,')));
+  both[1] = source(0, 'hospital.csv', await new Blob([both[1].content]).text().then((text) => text.replaceAll(',200,100,100,', ',200,80,80,')));
   const report = await load(source(0, 'coefficients.csv', coefficientText(kNames, true)), ...both);
   // 240 records lack something, 200 of them P.
   assert.match(hospitalFinding(judgeHospitals(report.hospitals[0], pairOf('E[Y|X,P=0]'), false), report)?.details[0] ?? '',

@@ -3,6 +3,7 @@
 // The fifth block of the file holds the means of the chain's kept draws. Both are written with six
 // significant digits, so the means of the draws as written agree with the block but for what rounding
 // does: one unit in the sixth digit of the estimate, and half a unit of the largest draw.
+import { chainFolderOf, folderOf, meet, placeOf, valueOf } from './definitions';
 import { usesGee } from './estimating_equations';
 import type { ChainFile, CoefficientFile, DefinitionDigest, Origin, Report } from '../model';
 import { originText } from '../model';
@@ -16,20 +17,35 @@ export interface ChainCoefficients {
   gee: boolean;
 }
 
-const folderOf = (path: string) => path.slice(0, path.lastIndexOf('/') + 1);
-
 /** One unit in the sixth significant digit of a number. */
 const unitOf = (value: number) => (value === 0 ? 0 : 10 ** (Math.floor(Math.log10(Math.abs(value))) - 5));
 
-function agrees(chain: ChainFile, file: CoefficientFile): boolean {
-  const estimates = file.blocks[file.blocks.length - 1].estimate;
-  return estimates.length === chain.columns.length && estimates.every(({ value }, j) => {
+interface ColumnMean {
+  mean: number;
+  /** Of the sizes of the draws. */
+  largest: number;
+}
+
+const meansOfChains = new WeakMap<ChainFile, ColumnMean[]>();
+
+/** Formed once for a chain, for it may be compared with many files. */
+function meansOf(chain: ChainFile): ColumnMean[] {
+  const known = meansOfChains.get(chain) ?? chain.draws.map((draws) => {
     let [sum, largest] = [0, 0];
-    for (const draw of chain.draws[j]) {
+    for (const draw of draws) {
       sum += draw;
       largest = Math.max(largest, Math.abs(draw));
     }
-    const mean = sum / chain.draws[j].length;
+    return { mean: sum / draws.length, largest };
+  });
+  meansOfChains.set(chain, known);
+  return known;
+}
+
+function agrees(chain: ChainFile, file: CoefficientFile): boolean {
+  const estimates = file.blocks[file.blocks.length - 1].estimate;
+  return estimates.length === chain.columns.length && meansOf(chain).every(({ mean, largest }, j) => {
+    const { value } = estimates[j];
     // A draw that is no finite number leaves no mean, in the file either.
     if (!Number.isFinite(mean) || !Number.isFinite(value)) return Number.isFinite(mean) === Number.isFinite(value);
     return Math.abs(mean - value) <= (unitOf(value) + unitOf(largest) / 2) * (1 + 1e-9);
@@ -45,21 +61,10 @@ function candidates(origin: Origin, files: CoefficientFile[]): CoefficientFile[]
   return same.length === 1 ? same : [];
 }
 
-/** The folder names of a path, whichever way its separators lean. */
-const namesOf = (path: string) => path.split(/[\\/]/).filter((name) => name !== '' && name !== '.');
-
-/** Whether one path ends with all the names of the other, as paths from two starting folders do. */
-function meet(one: string[], other: string[]): boolean {
-  const length = Math.min(one.length, other.length);
-  return length > 0 && one.slice(-length).join('/') === other.slice(-length).join('/');
-}
-
 /** Whether the definition has the flag true and names the folder of the chain as its own. */
-function definesWithGee({ entries }: DefinitionDigest, { folderName, path }: Origin): boolean {
-  const valueOf = (name: string) => entries.find(([element]) => element.endsWith(name))?.[1] ?? '';
-  const chainFolder = [...namesOf(valueOf('Output / Folder')), ...namesOf(valueOf('McmcSubFolder'))];
-  return valueOf('UseGeneralizedEstimatingEquations') === 'true' &&
-    meet(chainFolder, [...namesOf(folderName), ...namesOf(folderOf(path))]);
+function definesWithGee(definition: DefinitionDigest, origin: Origin): boolean {
+  return valueOf(definition, 'UseGeneralizedEstimatingEquations') === 'true' &&
+    meet(chainFolderOf(definition), placeOf({ ...origin, path: folderOf(origin.path) }));
 }
 
 export function coefficientsOf(chain: ChainFile, report: Report): ChainCoefficients {

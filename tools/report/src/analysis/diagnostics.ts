@@ -7,7 +7,7 @@
 // 16 (2021), 667-718.
 import type { ChainSummary } from '../statistics/convergence';
 import { summarise } from '../statistics/convergence';
-import type { ChainFile, Report } from '../model';
+import { shortPath, type ChainFile, type Report } from '../model';
 import type { ChainGroup } from './chain_groups';
 
 export const kLargestRhat = 1.01;
@@ -105,7 +105,7 @@ function sameDraws(one: ChainFile, other: ChainFile): boolean {
 export function chainName(report: Report, chain: number): string {
   const { origin } = report.chains[chain];
   const folder = origin.path.split('/').slice(0, -1).join('/');
-  return [origin.folderName, folder].filter(Boolean).join('/') || origin.path;
+  return shortPath([origin.folderName, folder].filter(Boolean).join('/') || origin.path, 120);
 }
 
 /** Whether a coefficient reaches the thresholds. A constant column has no R-hat and does not. */

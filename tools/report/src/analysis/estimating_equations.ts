@@ -1,6 +1,8 @@
 // One rule: with generalized estimating equations the draws of the chain have the inverse of the
 // covariance that they should have, so they and what is made from them are not fit for inference. The
 // reason is in docs/limits.md. Which files of a report does this concern?
+import { folderOf, namedCoefficients, valueOf } from './definitions';
+import { isRecordCount, originText, shortPath } from '../model';
 import type { CalibrationColumn, CoefficientFile, Origin, Report } from '../model';
 import { plural } from '../view/format';
 
@@ -20,8 +22,6 @@ export function usesGee(file: CoefficientFile): boolean {
   return filled(fifth.ese) && !filled(fifth.mse);
 }
 
-const folderOf = (path: string) => path.slice(0, path.lastIndexOf('/') + 1);
-
 /** The coefficient file in the nearest folder above, else the only one of the folder or of all. */
 export function coefficientsBeside(origin: Origin, files: CoefficientFile[]): CoefficientFile | undefined {
   const same = files.filter((file) => file.origin.folder === origin.folder);
@@ -33,14 +33,33 @@ export function coefficientsBeside(origin: Origin, files: CoefficientFile[]): Co
   return files.length === 1 ? files[0] : undefined;
 }
 
-/** Whether a file comes from a run with the flag, by its coefficient file or else by all there is. */
-export function madeWithGee(report: Report, origin: Origin): boolean {
-  const beside = coefficientsBeside(origin, report.coefficients);
-  if (beside) return usesGee(beside);
-  if (report.coefficients.length > 0) return report.coefficients.some(usesGee);
-  return report.definitions.some((definition) => definition.entries.some(([path, text]) =>
-    path.endsWith('UseGeneralizedEstimatingEquations') && text === 'true'));
+interface Decision {
+  gee: boolean;
+  /** By which file, where it is not the one that a definition names; empty otherwise. */
+  note: string;
 }
+
+/**
+ * Whether a file comes from a run with the flag: by the coefficient file that the definition of its run names, else
+ * by the nearest one, else by all there is.
+ */
+function decide(report: Report, origin: Origin): Decision {
+  const named = namedCoefficients(report, origin, report.coefficients);
+  const found = named.flatMap(({ file }) => file ?? []);
+  if (found.length > 0) return { gee: found.some(usesGee), note: '' };
+  const beside = coefficientsBeside(origin, report.coefficients);
+  const gee = beside ? usesGee(beside) : report.coefficients.length > 0 ? report.coefficients.some(usesGee)
+    : report.definitions.some((definition) => valueOf(definition, 'UseGeneralizedEstimatingEquations') === 'true');
+  const differ = report.coefficients.some(usesGee) && !report.coefficients.every(usesGee);
+  if (report.coefficients.length === 0 || (named.length === 0 && !differ)) return { gee, note: '' };
+  const why = named.length > 0
+    ? `${originText(named[0].definition.origin)} takes the coefficients from “${shortPath(named[0].path)}”, which is not among these files.`
+    : `No definition among these files says which coefficients ${originText(origin)} was made with.`;
+  const by = beside ? `by the nearest coefficient file, ${originText(beside.origin)}` : 'by all coefficient files together';
+  return { gee, note: `${why} Whether the run used generalized estimating equations was decided ${by}.` };
+}
+
+export const madeWithGee = (report: Report, origin: Origin): boolean => decide(report, origin).gee;
 
 const shownPredictions = (report: Report) => report.hospitals[0] ?? report.individuals[0] ?? report.cStatistics[0];
 
@@ -50,7 +69,13 @@ export function predictionsUseGee(report: Report): boolean {
   return shown !== undefined && madeWithGee(report, shown.origin);
 }
 
-/** The same, and without predictions whether any coefficients do. */
+/** By which file that was decided, where it is not the one that a definition names; empty otherwise. */
+export function geeDecisionText(report: Report): string {
+  const shown = shownPredictions(report);
+  return shown ? decide(report, shown.origin).note : '';
+}
+
+/** Whether the predictions, and without predictions whether any coefficients do. */
 export function runUsesGee(report: Report): boolean {
   return shownPredictions(report) ? predictionsUseGee(report) : report.coefficients.some(usesGee);
 }
@@ -80,7 +105,7 @@ const kByX = 'E[P|X], and E[Y|X] and E[Y|X,P=0] with their C-statistics';
 export function unfitColumns(report: Report): UnfitColumns | null {
   if (!predictionsUseGee(report)) return null;
   const hospitals = report.hospitals.find((file) => !file.derived);
-  const incomplete = hospitals?.rows.reduce((sum, row) => sum + row.records - row.complete, 0) ?? NaN;
+  const incomplete = hospitals?.rows.reduce((sum, row) => sum + (isRecordCount(row.records) ? row.records - row.complete : 0), 0) ?? NaN;
   const missingP = incomplete === 0 ? 0 : report.individuals[0]?.missingP ?? NaN;
   // Records that lack P may lack an X too, which these files do not show.
   const missingX = incomplete - missingP;

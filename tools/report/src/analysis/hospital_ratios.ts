@@ -6,9 +6,9 @@
 import {
   adjustedLimits, funnelLimits, heterogeneity, observedToExpectedInterval, type Heterogeneity,
 } from '../statistics/funnel';
-import { kExpectations, kMostRecords, kPredictionColumns } from '../model';
-import { fixed, number, plural } from '../view/format';
-import { runUsesGee, unfitColumns, unfitExpectation } from './estimating_equations';
+import { isRecordCount, kExpectations, kMostRecords, kPredictionColumns } from '../model';
+import { count, fixed, kLongestName, list, number, plural, shorten } from '../view/format';
+import { geeDecisionText, runUsesGee, unfitColumns, unfitExpectation } from './estimating_equations';
 import type { CalibrationColumn, HospitalFile, HospitalRow, PredictionColumn, Report } from '../model';
 
 export type Position = 'above998' | 'above95' | 'inside' | 'below95' | 'below998' | 'unknown';
@@ -56,6 +56,11 @@ export const pairOf = (expected: PredictionColumn): CalibrationColumn =>
   kExpectations.find((pair) => pair.expected === expected) ?? kExpectations[0];
 
 export function defaultExpectation(report: Report): { column: PredictionColumn; reason: string } {
+  const preset = presetExpectation(report);
+  return { ...preset, reason: [preset.reason, geeDecisionText(report)].filter(Boolean).join(' ') };
+}
+
+function presetExpectation(report: Report): { column: PredictionColumn; reason: string } {
   if (runUsesGee(report)) {
     return {
       column: 'E[Y|X,P=0]',
@@ -105,8 +110,18 @@ export function judgeHospitals(file: HospitalFile, pair: CalibrationColumn, wide
   return { pair, ratios, heterogeneity: between, adjusted };
 }
 
-/** No run writes more records, and the limits of so many cases would take minutes. */
-const isCountable = ({ cases }: Counts): boolean => !(cases > kMostRecords);
+/**
+ * No run writes more records, and the limits of so many cases would take minutes. Nor are there more cases than
+ * records, but for the six digits of the rates.
+ */
+const isCountable = ({ row, cases }: Counts): boolean => isRecordCount(row.records) && !(cases > 1.001 * row.records + 1);
+
+/** The hospitals whose numbers of records no file can hold, in words; empty when there are none. */
+export function refusedText(ratios: readonly HospitalRatio[]): string {
+  const refused = ratios.filter(({ row }) => !isRecordCount(row.records)).map(({ row }) => shorten(row.id, kLongestName));
+  return refused.length === 0 ? '' : `Not judged, for the number of records is none, or more than the ${count(kMostRecords)} that a run ` +
+    `can hold: ${list(refused)}.`;
+}
 
 /** False where an expectation so near 0 that its reciprocal is infinite leaves no Q. */
 export const isTold = ({ q, tau2 }: Heterogeneity): boolean => Number.isFinite(q) && Number.isFinite(tau2);

@@ -1,6 +1,6 @@
 // One hospital that records P far less often than the others: its observed counts are imputed for the most part.
 import type { Report } from '../model';
-import { count, percent } from '../view/format';
+import { count, kLongestName, percent, shorten } from '../view/format';
 
 /** A hospital is far above the others with more than this share, and more than so many times the share of all. */
 export const kLargeShare = 0.2;
@@ -17,6 +17,6 @@ export function unevenMissingP(report: Report): string[] {
     missingP / records > kLargeShare && missingP / records > kFarAbove * overall);
   if (far.length === 0) return [];
   const most = far.reduce((a, b) => (b.missingP / b.records > a.missingP / a.records ? b : a));
-  return [`P is missing most often in ${most.id}: ${count(most.missingP)} of ${count(most.records)} records ` +
+  return [`P is missing most often in ${shorten(most.id, kLongestName)}: ${count(most.missingP)} of ${count(most.records)} records ` +
     `(${percent(most.missingP / most.records)}).`];
 }

@@ -1,6 +1,6 @@
 // Why variables were removed from the model, as far as the log says: the stage of column elimination.
 import type { LogDigest, RemovalStage, RemovedVariable } from '../model';
-import { list, plural } from '../view/format';
+import { kLongestName, list, plural, shorten } from '../view/format';
 
 /** What the stage looks for. It does not say which of several cases it met. */
 export const kRemovalReason: Record<RemovalStage, string> = {
@@ -32,5 +32,6 @@ export function removalTexts(log: LogDigest): string[] {
 }
 
 function nameOf({ z, x, stage }: RemovedVariable): string {
-  return kByZ.includes(stage) ? `${z} with ${x}` : x;
+  const xName = shorten(x, kLongestName);
+  return kByZ.includes(stage) ? `${shorten(z, kLongestName)} with ${xName}` : xName;
 }

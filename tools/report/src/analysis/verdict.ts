@@ -1,15 +1,16 @@
 // What the run says, in words. Each finding answers one question; the sections below show the evidence.
-import type { Calibration, Report } from '../model';
+import { isRecordCount, type Calibration, type Report } from '../model';
 import { missingCells, missingCellsTexts, kManyCells } from './missing_cells';
 import { removalTexts, removedForZ } from './removed_variables';
-import { count, fixed, list, number, percent, plural } from '../view/format';
+import { count, fixed, kLongestName, list, number, percent, plural, shorten } from '../view/format';
 import {
   chainName, isKnown, kFewestDraws, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary, type Verdict,
 } from './diagnostics';
 import { hasUnfitDraws, kMadeFromDraws, kNoDraws, kRemedy, kUnfitDraws, predictionsUseGee, unfitColumns } from './estimating_equations';
+import { leftoverChains } from './chain_runs';
 import { unevenMissingP } from './missing_by_hospital';
 import { contradictionsOf } from './contradictions';
-import { heterogeneityText, type HospitalJudgement, type HospitalRatio, type Position } from './hospital_ratios';
+import { heterogeneityText, refusedText, type HospitalJudgement, type HospitalRatio, type Position } from './hospital_ratios';
 
 /** good: nothing to do. look: worth a look. act: not to be relied on as it is. plain: a fact. */
 const kMostCheckWarnings = 3;
@@ -31,6 +32,7 @@ export function convergenceFinding(report: Report, groups: GroupDiagnostics[] | 
   if (!groups) return { question, level: 'wait', answer: 'The chains are being judged.', details: [], section: 'chains' };
   // A run with estimating equations that kept no draws has none to judge, which is how it should be.
   const kept = groups.filter(({ group, draws }) => !group.gee || draws > 0);
+  const apart = [leftoverChains(report).text, ...new Set(groups.map(({ group }) => group.note))].filter(Boolean);
   if (kept.length === 0) {
     return {
       question, section: 'chains', level: 'plain', details: [],
@@ -39,12 +41,12 @@ export function convergenceFinding(report: Report, groups: GroupDiagnostics[] | 
   }
   const findings = kept.map((group) => judgeGroup(report, group));
   const worst = findings.find((f) => f.level === 'act') ?? findings.find((f) => f.level === 'look') ?? findings[0];
-  if (findings.length === 1) return { question, section: 'chains', ...findings[0] };
+  if (findings.length === 1) return { question, section: 'chains', ...findings[0], details: [...findings[0].details, ...apart] };
   const group = (f: Judged) => `Group ${findings.indexOf(f) + 1}: ${f.answer}`;
   return {
     question, section: 'chains', level: worst.level,
     answer: `The folder holds ${findings.length} groups of chains that do not belong together. ${group(worst)}`,
-    details: [...worst.details, ...findings.filter((f) => f !== worst).map(group)],
+    details: [...worst.details, ...findings.filter((f) => f !== worst).map(group), ...apart],
   };
 }
 
@@ -63,7 +65,7 @@ function judgeGroup(report: Report, diagnostics: GroupDiagnostics): Judged {
   }
   const failing = summaries.map((summary, index) => ({ summary, index })).filter(({ summary }) => !reaches(summary));
   if (failing.length === 0) return { level, answer, details: remarks(report, diagnostics) };
-  const name = (index: number) => diagnostics.group.names[index] ?? diagnostics.group.columns[index];
+  const name = (index: number) => shorten(diagnostics.group.names[index] ?? diagnostics.group.columns[index], kLongestName);
   const described = failing.sort((a, b) => severity(b.summary) - severity(a.summary)).map(({ summary, index }) => (isKnown(summary)
     ? `${name(index)} (R-hat ${fixed(summary.rhat, 3)}, ESS bulk ${fixed(summary.essBulk, 0)}, tail ${fixed(summary.essTail, 0)})`
     : `${name(index)} (cannot be judged)`));
@@ -163,9 +165,11 @@ function ratioFinding(judgement: HospitalJudgement): Finding {
   details.push(`${byWhat} ${chance95} of ${count(known.length)} hospitals lie outside 95 % and ${chance998} outside 99.8 %` +
     `${judgement.adjusted ? ' if ratios vary by chance and by tau only' : ''}. Expectation: ${judgement.pair.expected}.`);
   if (judgement.heterogeneity) details.push(heterogeneityText(judgement));
+  const refused = refusedText(judgement.ratios);
+  if (refused) details.unshift(refused);
   return {
     question: 'Which hospitals stand out?', section: 'hospitals',
-    level: far.length > 0 ? 'look' : 'plain',
+    level: refused ? 'act' : far.length > 0 ? 'look' : 'plain',
     answer: far.length + near.length === 0
       ? `None: all ${count(known.length)} lie within the ${widened}95 % limits.`
       : `${count(far.length)} of ${count(known.length)} ${far.length === 1 ? 'lies' : 'lie'} outside the ${widened}99.8 % limits, ` +
@@ -176,7 +180,7 @@ function ratioFinding(judgement: HospitalJudgement): Finding {
 
 function sortedRatios(ratios: HospitalRatio[]): string[] {
   return [...ratios].sort((a, b) => Math.abs(Math.log(b.ratio || 1e-9)) - Math.abs(Math.log(a.ratio || 1e-9)))
-    .map((ratio) => `${ratio.row.id} (${fixed(ratio.ratio, 2)})`);
+    .map((ratio) => `${shorten(ratio.row.id, kLongestName)} (${fixed(ratio.ratio, 2)})`);
 }
 
 /** An adverb for a C-statistic of at least 0.5. */
@@ -237,8 +241,9 @@ export function missingFinding(report: Report): Finding | null {
   let records = NaN;
   let complete = NaN;
   if (hospitals) {
-    records = hospitals.rows.reduce((sum, row) => sum + row.records, 0);
-    complete = hospitals.rows.reduce((sum, row) => sum + row.complete, 0);
+    const rows = hospitals.rows.filter((row) => isRecordCount(row.records));
+    records = rows.reduce((sum, row) => sum + row.records, 0);
+    complete = rows.reduce((sum, row) => sum + row.complete, 0);
   } else if (log) {
     records = log.records;
     complete = log.completeLast;

@@ -74,11 +74,12 @@ export function filesOfPicker(files: Iterable<File>): SourceFile[] {
 
 /** Each folder at the top is one; files without a folder stand together in another. */
 function byFolder(found: Found[]): SourceFile[] {
-  const folders: string[] = [];
+  const folders = new Map<string, number>();
   return found.map(({ path, file }) => {
     const slash = path.indexOf('/');
     const folderName = slash < 0 ? '' : path.slice(0, slash);
-    if (!folders.includes(folderName)) folders.push(folderName);
-    return { folder: folders.indexOf(folderName), folderName, path: path.slice(slash + 1), blob: file };
+    const folder = folders.get(folderName) ?? folders.size;
+    folders.set(folderName, folder);
+    return { folder, folderName, path: path.slice(slash + 1), content: file };
   });
 }

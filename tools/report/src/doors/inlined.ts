@@ -2,7 +2,7 @@
 //
 //     <script type="text/hovar" data-folder="0" data-path="mcmc/Chain.csv" data-part="0">BASE64</script>
 //
-// in the order of their parts, and one element `hovar-folders` with the names of the folders as JSON.
+// in the order of their parts, one file behind the other, and one element `hovar-folders` with the names of the folders as JSON.
 // The browser takes these elements for data and never runs them.
 import type { SourceFile } from '../model';
 
@@ -10,29 +10,46 @@ const kSelector = 'script[type="text/hovar"]';
 
 export const hasInlinedFiles = (page: Document): boolean => page.querySelector(kSelector) !== null;
 
+/** How long the page may stop while it unpacks, but for a single part. */
+const kLongestStretchMs = 40;
+/** From here on bytes are put away at once, so that large files do not stand in the memory of the page. */
+const kLargePart = 1 << 16;
+
 /**
- * Decodes part by part, and takes each element out of the page so that its text is not kept twice.
- * `onShare` is told the share that is done; what it returns is awaited, so that the page can draw.
+ * Decodes part by part, and takes each element out of the page so that its text is not kept twice. Part 0
+ * begins a file, whatever its path: names that the page cannot tell apart, because they are no UTF-8 or differ
+ * in their line ends, are those of several files all the same. `onShare` is told the share that is done, some
+ * twenty times a second; what it returns is awaited, so that the page can draw.
+ * Errors: Error when a part is missing.
  */
 export async function inlinedFiles(
   page: Document, onShare: (share: number) => Promise<void>,
 ): Promise<SourceFile[]> {
   const names = folderNames(page);
   const elements = [...page.querySelectorAll<HTMLScriptElement>(kSelector)];
-  const parts = new Map<string, { folder: number; path: string; blobs: Blob[] }>();
+  const files: SourceFile[] = [];
+  let parts: BlobPart[] = [];
+  let pausedAt = performance.now();
   for (const [index, element] of elements.entries()) {
-    const folder = Number(element.dataset.folder ?? 0);
-    const path = (element.dataset.path ?? '').replace(/\\/g, '/');
-    const key = JSON.stringify([folder, path]);
-    const file = parts.get(key) ?? { folder, path, blobs: [] };
-    parts.set(key, file);
-    file.blobs.push(new Blob([decodeBase64(element.text)]));
+    const { folder: number = '0', path = '', part = '0' } = element.dataset;
+    if (part === '0') parts = [];
+    if (Number(part) !== parts.length) throw new Error(`part ${parts.length} of ${path} is missing`);
+    const bytes = decodeBase64(element.text);
     element.remove();
-    await onShare((index + 1) / elements.length);
+    const small = bytes.length < kLargePart;
+    parts.push(small ? bytes : new Blob([bytes]));
+    const next = elements[index + 1];
+    if ((next?.dataset.part ?? '0') === '0') {
+      const folder = Number(number);
+      const content = small && parts.length === 1 ? bytes : new Blob(parts);
+      files.push({ folder, folderName: names[folder] ?? '', path: path.replaceAll('\\', '/'), content });
+    }
+    if (performance.now() - pausedAt > kLongestStretchMs) {
+      await onShare((index + 1) / elements.length);
+      pausedAt = performance.now();
+    }
   }
-  return [...parts.values()].map(({ folder, path, blobs }) => ({
-    folder, folderName: names[folder] ?? '', path, blob: new Blob(blobs),
-  }));
+  return files;
 }
 
 function folderNames(page: Document): string[] {

@@ -1,10 +1,10 @@
 // Reads Chain.csv into one array per column.
-import type { ChainFile, Origin } from '../model';
+import { plainNumber, type ChainFile, type FileBytes, type Origin } from '../model';
 import { csvRows, requireWidth } from './csv';
 
-/** A column that grows by doubling. */
+/** A column that grows by doubling, from little: a header can promise many columns. */
 class Column {
-  private values = new Float64Array(1024);
+  private values = new Float64Array(16);
   private size = 0;
 
   add(value: number): void {
@@ -22,7 +22,7 @@ class Column {
 }
 
 export async function readChain(
-  blob: Blob, origin: Origin, onBytes: (count: number) => void,
+  blob: FileBytes, origin: Origin, onBytes: (count: number) => void,
 ): Promise<ChainFile> {
   let header: string[] | null = null;
   let columns: Column[] = [];
@@ -35,7 +35,7 @@ export async function readChain(
         continue;
       }
       requireWidth(cells, header.length, ++row);
-      for (let j = 0; j < cells.length; j++) columns[j].add(cells[j] === '' ? NaN : Number(cells[j]));
+      for (let j = 0; j < cells.length; j++) columns[j].add(plainNumber(cells[j]));
     }
   }
   const [steps, ...draws] = columns.map((column) => column.take());

@@ -1,32 +1,49 @@
 // Tells the files apart by what they hold: every table by its header, a log by its first line, a
 // definition by its root.
-import Papa from 'papaparse';
-import { kPredictionColumns, type FileKind } from '../model';
+import { kPredictionColumns, type FileBytes, type FileKind } from '../model';
+import { csvHeader } from './csv';
+import { describedRecords, linesOf } from './lines';
+import { xmlRoot } from './xml';
 
 const kHeadBytes = 1 << 16;
 export const kBlockNames = ['[P|X]', '[Y|Z]', '[Y|X]', '[Y|X,P=0]', '[Y|X,P=0,MCMC]'];
 
-/** A definition's root may stand behind declarations and comments. */
-const kRoot = /^\s*(?:<\?[^]*?\?>\s*|<![^]*?>\s*)*<(Analysis|Prediction|Validation|Batch)[\s/>]/;
+const kRoots = ['Analysis', 'Prediction', 'Validation', 'Batch'];
 
-/** The line that begins a description of the data; findings may stand before it. */
-const kDescription = /^".*": \d+ records?, \d+ hospitals?, \d+ variables?, \d+ POA indicators?\r?$/m;
+export interface Identity {
+  kind: FileKind;
+  /** Why the file is not used; empty otherwise. */
+  note: string;
+}
 
-export async function identify(blob: Blob): Promise<{ kind: FileKind; note: string }> {
+export async function identify(blob: FileBytes): Promise<Identity> {
   if (blob.size === 0) return { kind: 'unused', note: 'empty file' };
   const head = new TextDecoder('windows-1252')
     .decode(await blob.slice(0, kHeadBytes).arrayBuffer()).replace(/^ï»¿/, '');
-  const kind = kindOf(head);
+  const kind = kindOf(head, blob.size > kHeadBytes);
   return { kind, note: kind === 'unused' ? 'not a file of a run' : '' };
 }
 
-function kindOf(head: string): FileKind {
+/** Files that are looked at together: each costs a message to the browser, and among many these would add up. */
+const kTogether = 64;
+
+/** The items in their order, each with what its file is. */
+export async function* identified<Item extends { blob: FileBytes }>(items: Item[]): AsyncGenerator<[Item, Identity]> {
+  for (let from = 0; from < items.length; from += kTogether) {
+    const some = items.slice(from, from + kTogether);
+    const identities = await Promise.all(some.map(({ blob }) => identify(blob).catch((error: unknown): Identity =>
+      ({ kind: 'unused', note: `could not be read: ${String(error)}` }))));
+    for (const [index, item] of some.entries()) yield [item, identities[index]];
+  }
+}
+
+function kindOf(head: string, cut: boolean): FileKind {
   if (/^\s*\{\s*"format"\s*:\s*"hovar run record"/.test(head)) return 'runRecord';
-  if (kRoot.test(head)) return 'definition';
+  if (kRoots.includes(xmlRoot(head))) return 'definition';
   if (/^Number of records: -?\d+\r?\n/.test(head)) return 'log';
-  if (kDescription.test(head)) return 'description';
-  const row = (Papa.parse(head, { delimiter: ',', newline: '\n', preview: 1 }).data[0] ?? []) as string[];
-  return kindOfHeader(row);
+  // Findings may stand before the description.
+  for (const line of linesOf(head)) if (!Number.isNaN(describedRecords(line))) return 'description';
+  return kindOfHeader(csvHeader(head, cut));
 }
 
 export function kindOfHeader(row: string[]): FileKind {

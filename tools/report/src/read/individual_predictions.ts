@@ -2,8 +2,8 @@
 // calibration by tenths, C-statistics and the sums of each hospital.
 import { calibrationByTenths } from '../statistics/calibration';
 import { cStatistic } from '../statistics/concordance';
-import { kExpectations, kPredictionColumns, numberCell } from '../model';
-import type { Calibration, CalibrationColumn, HospitalRow, IndividualDigest, Origin, PredictionColumn } from '../model';
+import { kExpectations, kMostHospitals, kPredictionColumns, numberCell, plainNumber } from '../model';
+import type { Calibration, CalibrationColumn, FileBytes, HospitalRow, IndividualDigest, Origin, PredictionColumn } from '../model';
 import { csvRows, requireWidth } from './csv';
 
 const kColumns = kPredictionColumns.length;
@@ -23,8 +23,7 @@ class Predictions {
       });
     }
     for (let j = 0; j < kColumns; j++) {
-      const cell = cells[2 + j];
-      this.columns[j][this.size] = cell === '' ? NaN : Number(cell);
+      this.columns[j][this.size] = plainNumber(cells[2 + j]);
     }
     this.size++;
   }
@@ -46,7 +45,7 @@ interface HospitalSums {
 }
 
 export async function readIndividual(
-  blob: Blob, origin: Origin, onBytes: (count: number) => void,
+  blob: FileBytes, origin: Origin, onBytes: (count: number) => void,
 ): Promise<IndividualDigest> {
   const predictions = new Predictions();
   const hospitals = new Map<string, HospitalSums>();
@@ -69,13 +68,14 @@ export async function readIndividual(
   return {
     origin, records: predictions.size, missingP, withoutOutcomeKnownP,
     calibrations: kExpectations.map((pair) => calibrate(pair, predictions)),
-    hospitals: [...hospitals].map(([id, sums]) => hospitalRow(id, sums)),
+    hospitals: hospitals.size > kMostHospitals ? [] : [...hospitals].map(([id, sums]) => hospitalRow(id, sums)),
   };
 }
 
 function addToHospital(hospitals: Map<string, HospitalSums>, id: string, predictions: Predictions): void {
   let hospital = hospitals.get(id);
   if (!hospital) {
+    if (hospitals.size > kMostHospitals) return;
     hospital = { records: 0, knownP: 0, sums: new Float64Array(kColumns) };
     hospitals.set(id, hospital);
   }

@@ -1,7 +1,7 @@
 // Reads all files of a report. Runs in a worker; a browser that refuses workers runs it in the page.
-import { emptyReport, kMostRecords, type FileEntry, type HospitalFile, type IndividualDigest, type Origin, type Report, type SourceFile } from '../model';
+import { contentOf, emptyReport, isRecordCount, kMostHospitals, type FileBytes, type FileEntry, type FileKind, type HospitalFile, type IndividualDigest, type Origin, type Report, type SourceFile } from '../model';
 import { TableError } from './csv';
-import { identify } from './identify';
+import { identified } from './identify';
 import { readChain } from './chain_file';
 import { readIndividual } from './individual_predictions';
 import { readCStatistics, readCoefficients, readHospitals, readSummary } from './tables';
@@ -9,18 +9,25 @@ import { readDefinition, readDescription, readLog, readRunRecord } from './texts
 
 export type OnBytes = (count: number) => void | Promise<void>;
 
+/** More files of a kind than this are listed and not read: nobody can look at so many, and they would fill the page. */
+export const kMostOfAKind = 200;
+
 export async function loadReport(sources: SourceFile[], onBytes: OnBytes): Promise<Report> {
   const report = emptyReport();
-  for (const source of inOrder(sources)) {
-    const { kind, note } = await identify(source.blob);
+  const read = new Map<FileKind, number>();
+  const items = inOrder(sources).map((source) => ({ source, blob: contentOf(source.content) }));
+  for await (const [{ source, blob }, { kind, note }] of identified(items)) {
     const entry: FileEntry = {
       folder: source.folder, folderName: source.folderName, path: source.path,
-      bytes: source.blob.size, kind, note,
+      bytes: blob.size, kind, note,
     };
     report.files.push(entry);
+    const before = read.get(kind) ?? 0;
+    read.set(kind, before + 1);
     let counted = 0;
     try {
-      await readInto(report, entry, source.blob, (count) => {
+      if (kind !== 'unused' && before >= kMostOfAKind) throw new TableError(`left out: ${kMostOfAKind} files of this kind come before it`);
+      await readInto(report, entry, blob, (count) => {
         counted += count;
         return onBytes(count);
       });
@@ -28,7 +35,7 @@ export async function loadReport(sources: SourceFile[], onBytes: OnBytes): Promi
       entry.kind = 'unused';
       entry.note = error instanceof TableError ? error.message : `could not be read: ${String(error)}`;
     }
-    await onBytes(source.blob.size - counted);
+    await onBytes(blob.size - counted);
   }
   return report;
 }
@@ -36,23 +43,30 @@ export async function loadReport(sources: SourceFile[], onBytes: OnBytes): Promi
 /** The files of a folder come before those of the folders in it: what stands on top is shown first. */
 function inOrder(sources: SourceFile[]): SourceFile[] {
   const natural = new Intl.Collator('en', { numeric: true });
-  const depth = (path: string) => path.split('/').length;
-  return [...sources].sort((a, b) =>
-    a.folder - b.folder || depth(a.path) - depth(b.path) || natural.compare(a.path, b.path));
+  const placed = sources.map((source) => ({ source, depth: source.path.split('/').length }));
+  return placed.sort((a, b) => a.source.folder - b.source.folder || a.depth - b.depth || natural.compare(a.source.path, b.source.path))
+    .map(({ source }) => source);
 }
 
-async function readInto(report: Report, entry: FileEntry, blob: Blob, onBytes: OnBytes): Promise<void> {
+async function readInto(report: Report, entry: FileEntry, blob: FileBytes, onBytes: OnBytes): Promise<void> {
   const origin: Origin = { folder: entry.folder, folderName: entry.folderName, path: entry.path };
   switch (entry.kind) {
     case 'coefficients': report.coefficients.push(await readCoefficients(blob, origin)); break;
     case 'chain': report.chains.push(await readChain(blob, origin, onBytes)); break;
     case 'summary': report.summaries.push(await readSummary(blob, origin)); break;
-    case 'individual': report.individuals.push(await readIndividual(blob, origin, onBytes)); break;
+    case 'individual': {
+      const digest = await readIndividual(blob, origin, onBytes);
+      report.individuals.push(digest);
+      if (digest.hospitals.length === 0 && digest.records > 0) {
+        entry.note = `has more than ${kMostHospitals.toLocaleString('en')} hospitals, which are not shown`;
+      }
+      break;
+    }
     case 'hospitals': {
       const file = await readHospitals(blob, origin);
       report.hospitals.push(file);
-      if (file.rows.some((row) => row.records > kMostRecords)) {
-        entry.note = 'holds a number of records that no run writes; hospitals with so many are not judged';
+      if (!file.rows.every((row) => isRecordCount(row.records))) {
+        entry.note = 'holds a number of records that no run writes; its hospital is not judged';
       }
       break;
     }

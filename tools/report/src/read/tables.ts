@@ -1,11 +1,11 @@
 // Readers of the small tables: coefficients, summary, hospitals, C-statistics.
-import { numberCell } from '../model';
-import type { CStatisticFile, CoefficientFile, HospitalFile, HospitalRow, Origin, SummaryFile } from '../model';
-import { csvTable } from './csv';
+import { isRecordCount, kMostHospitals, kMostRecords, numberCell, plainNumber } from '../model';
+import type { CStatisticFile, CoefficientFile, FileBytes, HospitalFile, HospitalRow, Origin, SummaryFile } from '../model';
+import { csvTable, kMostCells, TableError } from './csv';
 import { kBlockNames } from './identify';
 
-export async function readCoefficients(blob: Blob, origin: Origin): Promise<CoefficientFile> {
-  const rows = (await csvTable(blob)).slice(1);
+export async function readCoefficients(blob: FileBytes, origin: Origin): Promise<CoefficientFile> {
+  const rows = (await csvTable(blob, kMostCells)).slice(1);
   const column = (index: number) => rows.map((row) => numberCell(row[index]));
   return {
     origin,
@@ -17,8 +17,8 @@ export async function readCoefficients(blob: Blob, origin: Origin): Promise<Coef
   };
 }
 
-export async function readSummary(blob: Blob, origin: Origin): Promise<SummaryFile> {
-  const rows = (await csvTable(blob)).slice(1);
+export async function readSummary(blob: FileBytes, origin: Origin): Promise<SummaryFile> {
+  const rows = (await csvTable(blob, kMostCells)).slice(1);
   return {
     origin,
     rows: rows.map(([variable, mean, variance, acceptance]) => ({
@@ -27,20 +27,25 @@ export async function readSummary(blob: Blob, origin: Origin): Promise<SummaryFi
   };
 }
 
-export async function readHospitals(blob: Blob, origin: Origin): Promise<HospitalFile> {
-  const rows = (await csvTable(blob)).slice(1);
-  return { origin, derived: false, rows: rows.map(hospitalRow) };
+export async function readHospitals(blob: FileBytes, origin: Origin): Promise<HospitalFile> {
+  const rows = (await csvTable(blob, kMostHospitals)).slice(1);
+  const hospitals = rows.map(hospitalRow);
+  const records = hospitals.reduce((sum, row) => sum + (isRecordCount(row.records) ? row.records : 0), 0);
+  if (!isRecordCount(records)) {
+    throw new TableError(`its hospitals have ${records.toLocaleString('en')} records together, and a run has at most ${kMostRecords.toLocaleString('en')}`);
+  }
+  return { origin, derived: false, rows: hospitals };
 }
 
 function hospitalRow(row: string[]): HospitalRow {
   const [id, records, complete, completeP0, ...means] = row;
   return {
-    id, records: Number(records), complete: Number(complete), completeP0: Number(completeP0), missingP: NaN,
+    id, records: plainNumber(records), complete: plainNumber(complete), completeP0: plainNumber(completeP0), missingP: NaN,
     means: means.map(numberCell),
   };
 }
 
-export async function readCStatistics(blob: Blob, origin: Origin): Promise<CStatisticFile> {
-  const rows = (await csvTable(blob)).slice(1);
+export async function readCStatistics(blob: FileBytes, origin: Origin): Promise<CStatisticFile> {
+  const rows = (await csvTable(blob, kMostCells)).slice(1);
   return { origin, rows: rows.map(([estimate, value]) => ({ estimate, value: numberCell(value) })) };
 }

@@ -1,17 +1,31 @@
 // Readers of logs, definitions and run records.
-import type { DataDescription, DefinitionDigest, LogDigest, Origin, RemovalStage, RunRecord } from '../model';
+import { kMostRecords } from '../model';
+import { TableError } from './csv';
+import { checkWarning, describedRecords, linesOf } from './lines';
+import { xmlAttribute, xmlParts } from './xml';
+import type { DataDescription, DefinitionDigest, FileBytes, LogDigest, Origin, RemovalStage, RunRecord } from '../model';
 
 /** Files of text are small; a larger one is cut, so that nothing can fill the memory. */
 const kLargestText = 16 << 20;
 const kLargestEntry = 500;
+/** More than a definition or a record of a run holds, its lists of runs apart. */
+const kMostEntries = 2000;
+/** The elements of a definition go four deep. */
+const kDeepest = 16;
 
-async function textOf(blob: Blob): Promise<string> {
+async function textOf(blob: FileBytes): Promise<string> {
   const bytes = await blob.slice(0, kLargestText).arrayBuffer();
   try {
     return new TextDecoder('utf-8', { fatal: true }).decode(bytes);
   } catch {
     return new TextDecoder('windows-1252').decode(bytes);
   }
+}
+
+/** Errors: TableError when no file can hold so many. */
+function requireCount(name: string, value: number): number {
+  if (value > kMostRecords) throw new TableError(`“${name}” is ${value}, and a run has at most ${kMostRecords.toLocaleString('en')} records`);
+  return value;
 }
 
 const kStageLines = new Map<string, RemovalStage>([
@@ -25,14 +39,14 @@ const kRemovedLine = /^("(?:[^"]|"")*"|[^,]*), (.*)$/;
  * In a batch the log of an earlier run also receives the lines of the later ones, so only the lines up
  * to a second count of records belong to the run.
  */
-export async function readLog(blob: Blob, origin: Origin): Promise<LogDigest> {
+export async function readLog(blob: FileBytes, origin: Origin): Promise<LogDigest> {
   const digest: LogDigest = {
     origin, analysis: false, records: NaN, variables: NaN, hospitals: NaN, completeFirst: NaN,
     completeLast: NaN, removed: [], contradictions: 0, unfinishedFits: 0,
   };
   let removing = false;
   let stage: RemovalStage = 'notInCoefficients';
-  for (const line of (await textOf(blob)).split(/\r?\n/)) {
+  for (const line of linesOf(await textOf(blob))) {
     const count = /^(Number of [^:]+): (-?\d+)$/.exec(line);
     if (count?.[1] === 'Number of records' && !Number.isNaN(digest.records)) break;
     if (count) {
@@ -57,6 +71,7 @@ export async function readLog(blob: Blob, origin: Origin): Promise<LogDigest> {
 }
 
 function addCount(digest: LogDigest, name: string, value: number): void {
+  requireCount(name, value);
   if (name === 'Number of records') digest.records = value;
   if (name === 'Number of variables') digest.variables = value;
   if (name === 'Number of hospitals') digest.hospitals = value;
@@ -67,24 +82,26 @@ function addCount(digest: LogDigest, name: string, value: number): void {
 }
 
 /** Saved after a run, the output of the check names the run's own outputs, which a next run would overwrite. */
-const kCheckWarning = /^.+?:\d+:\d+: warning: (?!.* would be overwritten)(.+)$/;
+const kOverwritten = ' would be overwritten';
 
 /**
  * The first description in what `hovar --check --data` prints. Shares are those of the printed percentages,
  * which have two decimals. A description without variables has none.
  */
-export async function readDescription(blob: Blob, origin: Origin): Promise<DataDescription> {
+export async function readDescription(blob: FileBytes, origin: Origin): Promise<DataDescription> {
   const missing = new Map<string, number>();
   const digest: DataDescription = { origin, records: NaN, missingP: NaN, missingX: [], warnings: [] };
-  for (const line of (await textOf(blob)).split(/\r?\n/)) {
-    const warning = kCheckWarning.exec(line);
-    if (warning && Number.isNaN(digest.records)) digest.warnings.push(warning[1].slice(0, kLargestEntry));
-    const records = /^".*": (\d+) records?, \d+ hospitals?, /.exec(line);
-    if (records && !Number.isNaN(digest.records)) break;
-    if (records) digest.records = Number(records[1]);
+  for (const line of linesOf(await textOf(blob))) {
+    const warning = Number.isNaN(digest.records) ? checkWarning(line) : '';
+    if (warning !== '' && !warning.includes(kOverwritten) && digest.warnings.length < kMostEntries) {
+      digest.warnings.push(warning.slice(0, kLargestEntry));
+    }
+    const records = describedRecords(line);
+    if (!Number.isNaN(records) && !Number.isNaN(digest.records)) break;
+    if (!Number.isNaN(records)) digest.records = requireCount('Number of records', records);
     if (Number.isNaN(digest.records)) continue;
     const p = /^ {2}P = 1: .*, missing: (\d+) \(/.exec(line);
-    if (p) digest.missingP = Number(p[1]);
+    if (p) digest.missingP = requireCount('Missing P', Number(p[1]));
     const variable = /^ {4}(".*"): [^;"]*; [^;"]*; (\d+\.\d+) %$/.exec(line);
     if (variable) missing.set(variable[1], Number(variable[2]) / 100);
     const removed = /^ {4}(".*"): [ZX] [^"]*$/.exec(line);
@@ -94,38 +111,53 @@ export async function readDescription(blob: Blob, origin: Origin): Promise<DataD
   return digest;
 }
 
-export async function readDefinition(blob: Blob, origin: Origin): Promise<DefinitionDigest> {
-  const text = (await textOf(blob)).replace(/<!-{2}[^]*?-->/g, '').replace(/<\?[^]*?\?>/g, '');
-  const root = /<(\w+)/.exec(text)?.[1] ?? '';
+export async function readDefinition(blob: FileBytes, origin: Origin): Promise<DefinitionDigest> {
   const entries: [string, string][] = [];
   const groups: string[] = [];
-  for (const match of text.matchAll(/<(\/?)([\w.:-]+)([^>]*?)(\/?)>([^<]*)/g)) {
-    const [, closing, name, attributes, empty, content] = match;
-    if (closing) {
-      groups.pop();
+  let root = '';
+  let depth = 0;
+  let content = '';
+  const pathOf = (names: string[]) => names.slice(1).join(' / ');
+  const add = (path: string, text: string) => {
+    if (text !== '' && entries.length < kMostEntries) entries.push([path, text.slice(0, kLargestEntry)]);
+  };
+  for (const part of xmlParts(await textOf(blob))) {
+    if (part.kind === 'text') {
+      content += part.text;
       continue;
     }
-    const path = [...groups.slice(1), name].join(' / ');
-    const type = /xsi:type="([^"]*)"/.exec(attributes)?.[1];
-    if (type) entries.push([path, type.slice(0, kLargestEntry)]);
-    if (!empty) groups.push(name);
-    if (content.trim()) entries.push([path, content.trim().slice(0, kLargestEntry)]);
+    // Text belongs to the element whose tag stands before it.
+    if (depth > 0 && depth <= kDeepest) add(pathOf(groups), content.trim());
+    content = '';
+    if (part.kind === 'close') {
+      if (depth > 0 && depth-- <= kDeepest) groups.pop();
+      continue;
+    }
+    const name = part.name.slice(0, kLargestEntry);
+    root ||= name;
+    if (depth < kDeepest) add(pathOf([...groups, name]), xmlAttribute(part.attributes, 'xsi:type') ?? '');
+    if (part.kind === 'open' && ++depth <= kDeepest) groups.push(name);
   }
   return { origin, root, entries };
 }
 
 /** What `hovar --json` writes. All plain values are shown, whatever their names. */
-export async function readRunRecord(blob: Blob, origin: Origin): Promise<RunRecord> {
+export async function readRunRecord(blob: FileBytes, origin: Origin): Promise<RunRecord> {
   const record = JSON.parse(await textOf(blob)) as Record<string, unknown>;
   const entries: [string, string][] = [];
-  const walk = (path: string, value: unknown): void => {
+  const walk = (path: string, value: unknown, depth: number): void => {
+    if (entries.length === kMostEntries || depth > kDeepest) return;
     if (value !== null && typeof value === 'object') {
-      for (const [key, inner] of Object.entries(value)) walk(path ? `${path} / ${key}` : key, inner);
-    } else if (entries.length < 200) {
+      for (const key of Object.keys(value)) {
+        if (entries.length === kMostEntries) return;
+        const inner = (value as Record<string, unknown>)[key];
+        walk(path ? `${path} / ${key.slice(0, kLargestEntry)}` : key.slice(0, kLargestEntry), inner, depth + 1);
+      }
+    } else {
       entries.push([path, String(value).slice(0, kLargestEntry)]);
     }
   };
-  walk('', record);
+  walk('', record, 0);
   return {
     origin, entries, exitStatus: typeof record.exitStatus === 'number' ? record.exitStatus : NaN,
     error: typeof record.error === 'string' ? record.error.slice(0, kLargestEntry) : '', warnings: warningsOf(record.runs),
@@ -134,7 +166,7 @@ export async function readRunRecord(blob: Blob, origin: Origin): Promise<RunReco
 
 function warningsOf(runs: unknown): RunRecord['warnings'] {
   const listOf = (value: unknown) => (Array.isArray(value) ? value : []) as Record<string, unknown>[];
-  return listOf(runs).flatMap((run) => listOf(run?.warnings)).map((warning) => ({
+  return listOf(runs).flatMap((run) => listOf(run?.warnings)).slice(0, kMostEntries).map((warning) => ({
     text: String(warning?.text ?? '').slice(0, kLargestEntry), fit: String(warning?.fit ?? '').slice(0, kLargestEntry),
     count: Number(warning?.count ?? 1),
   }));

@@ -37,6 +37,9 @@ export function list(items: string[], most = 8): string {
   return `${shown.slice(0, -1).join(', ')} and ${shown[shown.length - 1]}`;
 }
 
+/** Names in sentences are cut here, so that one cannot push the sentence out of sight. */
+export const kLongestName = 80;
+
 export function shorten(text: string, length: number): string {
   return text.length <= length ? text : `${text.slice(0, length - 1)}…`;
 }
