@@ -12,12 +12,13 @@ import { calibrationSection } from './view/calibration_section';
 import { chainSection } from './view/chain_section';
 import { startCharts } from './view/chart';
 import { coefficientSection } from './view/coefficient_section';
-import { byId, h } from './view/dom';
-import { count, list, plural } from './view/format';
+import { byId, h, setText } from './view/dom';
+import { count, kLongestName, list, plural, shorten } from './view/format';
 import { hospitalSection } from './view/hospital_section';
 import { runSection } from './view/run_section';
 import { startTheme } from './view/theme';
 import { verdictSection } from './view/verdict_section';
+import { visible } from './view/visible';
 
 /** Lets the browser draw and answer to its user between two steps. */
 const breathe = (): Promise<void> => new Promise((resolve) => setTimeout(resolve, 0));
@@ -108,13 +109,13 @@ async function receive(message: EngineMessage, report: Report | null): Promise<R
 function showProgress(text: string, share: number): void {
   document.body.dataset.state = 'loading';
   byId('loading').hidden = false;
-  byId('loading-text').textContent = text;
+  setText(byId('loading-text'), text);
   byId<HTMLProgressElement>('loading-bar').value = share;
 }
 
 function showFailure(text: string): void {
   byId('loading').hidden = true;
-  byId('failure').textContent = text;
+  setText(byId('failure'), text);
   byId('failure').hidden = false;
   document.body.dataset.state = 'failed';
 }
@@ -139,7 +140,7 @@ async function showReport(report: Report, firstJudgement: HospitalJudgement | nu
   if (report.coefficients.some((file) => file.xNames.length > 0)) await add(coefficientSection(report));
   if (report.chains.length > 0) await add(chainSection(report, null));
   await add(runSection(report));
-  document.title = `Hovar report: ${folderNames(report)}`;
+  document.title = visible(`Hovar report: ${folderNames(report)}`);
   showNavigation();
 }
 
@@ -159,7 +160,7 @@ function judgeAgain(report: Report, adjusted: boolean): void {
 
 function folderNames(report: Report): string {
   const names = [...new Set(report.files.map((file) => file.folderName).filter(Boolean))];
-  return names.length > 0 ? list(names, 6) : 'picked files';
+  return names.length > 0 ? list(names.map((name) => shorten(name, kLongestName)), 6) : 'picked files';
 }
 
 function verdict(report: Report): HTMLElement {

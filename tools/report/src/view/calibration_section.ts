@@ -6,7 +6,7 @@ import { separationWord } from '../analysis/verdict';
 import { originText } from '../model';
 import type { Calibration, CalibrationBin, IndividualDigest, Report } from '../model';
 import { chart } from './chart';
-import { choice, h, section, type Child } from './dom';
+import { choice, h, section, setText, type Child } from './dom';
 import { count, fixed, number, percent } from './format';
 import { plot, Plot } from './plots';
 import { dataTable, type Column } from './table';
@@ -14,11 +14,11 @@ import { dataTable, type Column } from './table';
 /** Smallest share of the records that a drawn group has. */
 const kSmallestDrawn = 0.01;
 
-const kQuestions: Record<string, string> = {
-  'E[Y|Z]': 'outcome, from Z', 'E[Y|X]': 'outcome, from X',
-  'E[Y|X,P=0]': 'outcome in hospital, records with P = 0', 'E[Y|X,P=0]-MCMC': 'the same, by the fifth block',
-  'E[P|X]': 'present on admission, from X', 'E[P|YPXZ]': 'present on admission, where P is known: 1 by design',
-};
+const kQuestions: ReadonlyMap<string, string> = new Map([
+  ['E[Y|Z]', 'outcome, from Z'], ['E[Y|X]', 'outcome, from X'],
+  ['E[Y|X,P=0]', 'outcome in hospital, records with P = 0'], ['E[Y|X,P=0]-MCMC', 'the same, by the fifth block'],
+  ['E[P|X]', 'present on admission, from X'], ['E[P|YPXZ]', 'present on admission, where P is known: 1 by design'],
+]);
 
 export function calibrationSection(report: Report): HTMLElement {
   return section('calibration', 'Calibration and separation',
@@ -46,7 +46,7 @@ function calibrationParts(report: Report): Child[] {
     table.setRows(numbered(current()));
     drawing.update();
     const unfit = current().observed === 'E[Y|P=0]' ? unfitColumns(report) : null;
-    note.textContent = [noteOf(current()), unfit?.text].filter(Boolean).join(' ');
+    setText(note, [noteOf(current()), unfit?.text].filter(Boolean).join(' '));
   };
   refresh();
   const files = report.individuals.length > 1 && choice('File', report.individuals.map((candidate, index) =>
@@ -126,7 +126,7 @@ function statisticsTable(report: Report): HTMLElement {
     : (report.individuals[0]?.calibrations ?? []).map((c) => ({ estimate: c.expected, text: '', value: c.cStatistic, computed: c.cStatistic }));
   const columns: Column<StatisticRow>[] = [
     { head: 'Prediction', text: (r) => r.estimate, free: true },
-    { head: 'Question', text: (r) => kQuestions[r.estimate] ?? '' },
+    { head: 'Question', text: (r) => kQuestions.get(r.estimate) ?? '' },
     ...(file ? [{ head: 'C-statistic', numeric: true, text: (r: StatisticRow) => r.text, order: (r: StatisticRow) => r.value }] : []),
     ...(report.individuals.length > 0 ? [{
       head: 'Known values only', hint: 'From the individual predictions; for E[Y|X,P=0] among records with P known to be 0',

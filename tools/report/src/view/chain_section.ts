@@ -1,6 +1,7 @@
 // Chains: a table of every coefficient's diagnostics, and for one coefficient the drawings.
 import { autocorrelation, runningMean } from '../statistics/convergence';
 import { density } from '../statistics/density';
+import { leftoverChains } from '../analysis/chain_runs';
 import {
   chainName, columnDraws, kFewestDraws, kLargestRhat, kSmallestEss, reaches, type GroupDiagnostics, type Summary,
 } from '../analysis/diagnostics';
@@ -9,8 +10,8 @@ import { repeatedText } from '../analysis/verdict';
 import { originText } from '../model';
 import type { Report, SummaryFile } from '../model';
 import { chart, legend, type Chart } from './chart';
-import { button, choice, h, section } from './dom';
-import { count, fixed, list, number, plural } from './format';
+import { button, choice, h, section, setText } from './dom';
+import { count, fixed, kLongestName, list, number, plural, shorten } from './format';
 import { lineChart } from './line_chart';
 import { plot, Plot } from './plots';
 import { dataTable, type Column } from './table';
@@ -18,6 +19,8 @@ import { seriesVariable } from './theme';
 
 const kMostLags = 50;
 const kDensityPoints = 256;
+/** A list of more is slow and of no use. */
+const kMostListed = 2000;
 const kSource = 'A. Vehtari, A. Gelman, D. Simpson, B. Carpenter, P.-C. Bürkner, Rank-normalization, folding, and localization: An ' +
   'improved R-hat for assessing convergence of MCMC, Bayesian Analysis 16 (2021), 667–718';
 
@@ -51,10 +54,12 @@ function groupParts(report: Report, diagnostics: GroupDiagnostics): Node[] {
   if (group.gee && draws === 0) {
     return [h('p', { class: 'note' }, `${kNoDraws} There is nothing to judge in ${list(names, 12)}.`), ...summaryTables(report)];
   }
+  const left = leftoverChains(report).text;
   const parts: (Node | false)[] = [
     group.gee && h('p', { class: 'note strong' }, `${kUnfitDraws} ${kMadeFromDraws}`),
     h('p', { class: 'note' }, `${plural(group.chains.length, 'chain')} with ${plural(draws, 'kept draw')}${names.length > 1 ? ' each' : ''}: ${list(names, 12)}. ` +
       `Thresholds: R-hat at most ${kLargestRhat}, bulk and tail effective sample size (ESS) at least ${kSmallestEss}. Source: ${kSource}.`),
+    left !== '' && h('p', { class: 'note strong' }, left),
     group.note !== '' && h('p', { class: 'note strong' }, group.note),
     diagnostics.repeated.length > 0 && h('p', { class: 'note strong' }, repeatedText(report, diagnostics)),
     diagnostics.cut && h('p', { class: 'note strong' }, `The chains differ in length; the first ${count(draws)} draws of each are judged.`),
@@ -69,8 +74,10 @@ function groupParts(report: Report, diagnostics: GroupDiagnostics): Node[] {
   return parts.filter((part): part is Node => part !== false);
 }
 
-const labelOf = ({ group }: GroupDiagnostics, index: number): string =>
-  group.names[index] === undefined ? group.columns[index] : `${group.names[index]} (${group.columns[index]})`;
+const labelOf = ({ group }: GroupDiagnostics, index: number): string => {
+  const column = shorten(group.columns[index], kLongestName);
+  return group.names[index] === undefined ? column : `${shorten(group.names[index], kLongestName)} (${column})`;
+};
 
 function tiles(diagnostics: GroupDiagnostics): HTMLElement {
   const { summaries, group } = diagnostics;
@@ -121,7 +128,9 @@ function coefficientViewer(
       lines: lines().map((values, i) => ({ name: names[i], values: runningMean(values) })),
     })),
   ];
-  const select = choice('Coefficient', summaries.map((_, i) => [String(i), labelOf(diagnostics, i)]), String(index), (value) => show(Number(value), false));
+  const all = summaries.length <= kMostListed;
+  const select = choice(all ? 'Coefficient' : `Coefficient (the first ${count(kMostListed)}; the table below has all)`,
+    summaries.slice(0, kMostListed).map((_, i) => [String(i), labelOf(diagnostics, i)]), String(index), (value) => show(Number(value), false));
   const step = (by: number) => show((index + by + summaries.length) % summaries.length, false);
   const element = h('div', { class: 'viewer' },
     h('h3', { tabindex: -1 }, 'One coefficient'),
@@ -134,9 +143,9 @@ function coefficientViewer(
     const inner = select.querySelector('select');
     if (inner) inner.value = String(index);
     const s = summaries[index];
-    summary.textContent = `${label()}: mean ${number(s.mean)}, standard deviation ${number(s.sd)}, R-hat ${fixed(s.rhat, 3)}, ` +
+    setText(summary, `${label()}: mean ${number(s.mean)}, standard deviation ${number(s.sd)}, R-hat ${fixed(s.rhat, 3)}, ` +
       `ESS bulk ${fixed(s.essBulk, 0)}, tail ${fixed(s.essTail, 0)}. ${
-        group.gee ? 'Not fit for inference.' : reaches(s) ? 'Reaches the thresholds.' : 'Does not reach the thresholds.'}`;
+        group.gee ? 'Not fit for inference.' : reaches(s) ? 'Reaches the thresholds.' : 'Does not reach the thresholds.'}`);
     for (const item of charts) item.update();
     if (scroll) {
       element.scrollIntoView({ block: 'start' });

@@ -3,15 +3,19 @@ import { usesGee } from '../analysis/estimating_equations';
 import { originText } from '../model';
 import type { CoefficientBlock, CoefficientFile, Report } from '../model';
 import { chart } from './chart';
-import { choice, h, section } from './dom';
+import { choice, h, section, setText } from './dom';
 import { number, shorten } from './format';
 import { plot, Plot } from './plots';
 import { dataTable, type Column } from './table';
+import { visible } from './visible';
 
 /** The 97.5 % point of the normal distribution. */
 const kNormal = 1.959963984540054;
 const kMeanings = ['present on admission, from X', 'outcome, from Z', 'outcome, from X', 'outcome in hospital, complete records',
   'the same, missing values filled in'];
+
+/** A drawing of more is slow, and nobody looks through it. */
+const kMostDrawn = 500;
 
 interface Estimate {
   block: number;
@@ -35,7 +39,7 @@ export function coefficientSection(report: Report): HTMLElement {
   const drawing = chart({
     title: 'Log-odds ratios of the five fits, with 95 % intervals', height: 240, smallest: 760,
     caption: ['To the right of 0 the odds are higher with the finding. The intercepts stand in the table only. Arrows at the edge mark ' +
-      'intervals that go on. '],
+      `intervals that go on. With more than ${kMostDrawn} variables the first ${kMostDrawn} are drawn.`],
   }, (width) => drawFits(file, width));
   const table = dataTable<number>({
     caption: 'Coefficients of the five fits', columns: columnsOf(file, odds), rows: variablesOf(file), csvName: 'coefficients.csv',
@@ -45,7 +49,7 @@ export function coefficientSection(report: Report): HTMLElement {
     table.setColumns(columnsOf(file, odds));
     table.setRows(variablesOf(file));
     drawing.update();
-    note.textContent = noteOf(file);
+    setText(note, noteOf(file));
   };
   refresh();
   const files = report.coefficients.length > 1 && choice('File', report.coefficients.map((candidate, index) =>
@@ -100,24 +104,25 @@ function blockColumns(block: CoefficientBlock, odds: boolean): Column<number>[] 
 
 function drawFits(file: CoefficientFile, width: number): Element {
   const drawnBlocks = usesGee(file) ? file.blocks.slice(0, -1) : file.blocks;
-  const estimates: Estimate[] = drawnBlocks.flatMap((block, b) => block.estimate.slice(1).map((cell, i) => {
+  const drawn = variablesOf(file).slice(1, kMostDrawn + 1);
+  const estimates: Estimate[] = drawnBlocks.flatMap((block, b) => block.estimate.slice(1, kMostDrawn + 1).map((cell, i) => {
     const half = kNormal * standardError(block, i + 1).value;
     return { block: b, variable: i + 1, estimate: cell.value, lower: cell.value - half, upper: cell.value + half };
   }));
   const [left, right] = drawnDomain(estimates);
   const clip = (value: number) => Math.min(Math.max(value, left), right);
-  const label = (index: number) => shorten(file.xNames[index], 26);
-  const longest = Math.max(0, ...file.xNames.slice(1).map((name) => Math.min(name.length, 26)));
+  const label = (index: number) => visible(shorten(file.xNames[index], 26));
+  const longest = Math.max(0, ...drawn.map((index) => label(index).length));
   const edges = estimates.flatMap((e) => [
     ...(e.upper > right ? [{ ...e, at: right, symbol: '›' }] : []), ...(e.lower < left ? [{ ...e, at: left, symbol: '‹' }] : []),
   ]);
-  const tip = (e: Estimate) => `${shorten(file.xNames[e.variable], 60)}, ${drawnBlocks[e.block].name}\n${number(e.estimate)} ` +
+  const tip = (e: Estimate) => `${visible(shorten(file.xNames[e.variable], 60))}, ${drawnBlocks[e.block].name}\n${number(e.estimate)} ` +
     `(${number(e.lower)} to ${number(e.upper)})\nodds ratio ${number(Math.exp(e.estimate))}`;
-  return plot(`Estimates and intervals of ${file.xNames.length - 1} variables in ${drawnBlocks.length} fits`, {
-    width, height: 80 + 20 * (file.xNames.length - 1), marginLeft: 16 + 7 * longest, marginTop: 30, marginBottom: 46,
+  return plot(`Estimates and intervals of ${drawn.length} variables in ${drawnBlocks.length} fits`, {
+    width, height: 80 + 20 * drawn.length, marginLeft: 16 + 7 * longest, marginTop: 30, marginBottom: 46,
     fx: { domain: drawnBlocks.map((_, b) => b), label: null, tickFormat: (b: number) => drawnBlocks[b].name, padding: 0.08 },
     x: { domain: [left, right], label: 'log-odds', labelAnchor: 'center', labelOffset: 36, labelArrow: 'none', ticks: 4, grid: true },
-    y: { domain: variablesOf(file).slice(1), label: null, tickFormat: label, tickSize: 0, type: 'band' },
+    y: { domain: drawn, label: null, tickFormat: label, tickSize: 0, type: 'band' },
     marks: [
       Plot.ruleX([0], { stroke: 'var(--muted)' }),
       Plot.ruleY(estimates, { fx: 'block', y: 'variable', x1: (e) => clip(e.lower), x2: (e) => clip(e.upper), stroke: 'var(--accent)', strokeWidth: 2 }),

@@ -1,5 +1,6 @@
 // Makes elements. Text from files enters the page as text nodes and attribute values only; nothing in
-// the page parses HTML, and its Content-Security-Policy refuses to.
+// the page parses HTML, and its Content-Security-Policy refuses to. On its way it is made visible.
+import { visible } from './visible';
 
 export type Child = Node | string | null | undefined | false;
 type Attribute = string | number | boolean | EventListener | undefined;
@@ -9,16 +10,21 @@ export function h<K extends keyof HTMLElementTagNameMap>(
 ): HTMLElementTagNameMap[K] {
   const element = document.createElement(tag);
   for (const [name, value] of Object.entries(attributes)) {
-    if (typeof value === 'function') element.addEventListener(name.replace(/^on/, ''), value);
+    if (typeof value === 'function') element.addEventListener(name.slice('on'.length), value);
     else if (value === true) element.setAttribute(name, '');
-    else if (value !== undefined && value !== false) element.setAttribute(name, String(value));
+    else if (value !== undefined && value !== false) element.setAttribute(name, visible(String(value)));
   }
   append(element, children);
   return element;
 }
 
 export function append(element: Element, children: Child[]): void {
-  for (const child of children) if (child) element.append(child);
+  for (const child of children) if (child) element.append(typeof child === 'string' ? visible(child) : child);
+}
+
+/** Puts a text in place of what an element holds. */
+export function setText(element: Element, text: string): void {
+  element.textContent = visible(text);
 }
 
 export function byId<T extends HTMLElement>(id: string): T {

@@ -7,10 +7,11 @@ import { kIntervalMethod, kLimitsMethod, kWideningMethod } from '../statistics/f
 import { kExpectations, kPredictionColumns, originText } from '../model';
 import type { HospitalFile, PredictionColumn, Report } from '../model';
 import { chart, legend, type Chart } from './chart';
-import { checkbox, choice, h, section } from './dom';
-import { count, fixed, plural, shorten } from './format';
+import { checkbox, choice, h, section, setText } from './dom';
+import { count, fixed, kLongestName, plural, shorten } from './format';
 import { cloud, plot, Plot } from './plots';
 import { dataTable, type Column } from './table';
+import { visible } from './visible';
 
 /** More hospitals than this are drawn without a symbol each, and their intervals as a band. */
 const kMostSymbols = 1200;
@@ -65,13 +66,13 @@ export function hospitalSection(
     searched = text;
     const matching = matches(judgement.ratios, text);
     table.setRows(matching);
-    found.textContent = text === '' ? '' : matching.length === 0 ? `No hospital ID holds “${text}”.`
-      : `${count(matching.length)} of ${count(judgement.ratios.length)} hospitals, ringed in the plots.`;
+    setText(found, text === '' ? '' : matching.length === 0 ? `No hospital ID holds “${shorten(text, kLongestName)}”.`
+      : `${count(matching.length)} of ${count(judgement.ratios.length)} hospitals, ringed in the plots.`);
   }
 
   function explain(): void {
-    reason.textContent = expectationNote(report, column);
-    spread.textContent = spreadText(judgement);
+    setText(reason, expectationNote(report, column));
+    setText(spread, spreadText(judgement));
   }
 
   const searchBox = h('input', {
@@ -163,8 +164,8 @@ interface Drawn extends HospitalRatio {
 function drawable(judgement: HospitalJudgement): Drawn[] {
   return judgement.ratios.filter((ratio) => ratio.position !== 'unknown').map((ratio) => ({
     ...ratio,
-    label: shorten(ratio.row.id, 18),
-    tip: `${shorten(ratio.row.id, 60)}\n${fixed(ratio.observed, 1)} observed, ${fixed(ratio.expected, 1)} expected\n` +
+    label: visible(shorten(ratio.row.id, 18)),
+    tip: `${visible(shorten(ratio.row.id, 60))}\n${fixed(ratio.observed, 1)} observed, ${fixed(ratio.expected, 1)} expected\n` +
       `O/E ${fixed(ratio.ratio, 2)} (${fixed(ratio.interval.lower, 2)} to ${fixed(ratio.interval.upper, 2)})\n${kPositionText[ratio.position]}`,
   }));
 }

@@ -2,6 +2,7 @@
 // uPlot draws their range only, so chains of any length cost the same.
 import uPlot from 'uplot';
 import { colour, seriesName } from './theme';
+import { visible } from './visible';
 
 export interface Line {
   name: string;
@@ -13,7 +14,7 @@ export function lineChart(options: {
 }): HTMLElement {
   const box = document.createElement('div');
   box.setAttribute('role', 'img');
-  box.setAttribute('aria-label', options.label);
+  box.setAttribute('aria-label', visible(options.label));
   const axis = (label: string, size: number): uPlot.Axis => ({
     label, labelSize: 18, size, font: '12px system-ui, sans-serif', labelFont: '12px system-ui, sans-serif', stroke: colour('ink'),
     grid: { stroke: colour('grid'), width: 1 }, ticks: { stroke: colour('grid'), width: 1, size: 4 },

@@ -1,9 +1,11 @@
 // A table that sorts by its headers, shows so many rows at a time, and can be saved as CSV.
-import { button, h, type Child } from './dom';
+import { button, h, setText, type Child } from './dom';
 import { saveCsv, type CsvCell } from './download';
 import { count } from './format';
 
 const kRowsAtATime = 50;
+/** "Show all" shows so many at most: the browser takes minutes to lay out a hundred thousand. */
+const kMostRows = 10_000;
 
 export interface Column<Row> {
   head: string;
@@ -47,7 +49,7 @@ export function dataTable<Row>(options: {
   const body = h('tbody');
   const status = h('p', { class: 'table-status', role: 'status' });
   const more = button('Show 50 more', () => show(shown + kRowsAtATime));
-  const all = button('Show all', () => show(Infinity));
+  const all = button('Show all', () => show(kMostRows));
   const save = options.csvName !== undefined &&
     button('Download as CSV', () => saveCsv(options.csvName ?? 'table.csv', csvRows(columns, sorted())));
   const table = h('table', { 'aria-label': options.caption }, head, body);
@@ -98,11 +100,11 @@ export function dataTable<Row>(options: {
       }, column.node ? column.node(row) : column.text(row))))));
     const [one, many] = options.rowName ?? ['row', 'rows'];
     const hidden = rows.length > ordered.length;
-    status.textContent = hidden
+    setText(status, hidden
       ? `${count(ordered.length)} of ${count(rows.length)} ${many}`
-      : `${count(rows.length)} ${rows.length === 1 ? one : many}`;
+      : `${count(rows.length)} ${rows.length === 1 ? one : many}`);
     more.hidden = !hidden;
-    all.hidden = !hidden;
+    all.hidden = !hidden || ordered.length >= kMostRows;
   }
 
   drawHead();

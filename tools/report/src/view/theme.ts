@@ -1,6 +1,8 @@
 // Light and dark. Drawings in SVG follow the style sheet by themselves; drawings on a canvas ask for
 // the colours of the moment and are made again when these change.
 
+import { setText } from './dom';
+
 const kThemes = ['auto', 'light', 'dark'] as const;
 const kLabels = { auto: 'Colours: as the system', light: 'Colours: light', dark: 'Colours: dark' };
 type Theme = (typeof kThemes)[number];
@@ -17,7 +19,7 @@ function apply(shown: Theme): void {
 
 export function startTheme(button: HTMLButtonElement): void {
   const tell = () => {
-    button.textContent = kLabels[theme];
+    setText(button, kLabels[theme]);
     for (const listener of listeners) listener();
   };
   button.addEventListener('click', () => {
@@ -26,7 +28,7 @@ export function startTheme(button: HTMLButtonElement): void {
     tell();
   });
   matchMedia('(prefers-color-scheme: dark)').addEventListener('change', tell);
-  button.textContent = kLabels[theme];
+  setText(button, kLabels[theme]);
 }
 
 /** Paper is light. */
