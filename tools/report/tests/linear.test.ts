@@ -36,7 +36,11 @@ async function duration(work: () => unknown): Promise<number> {
 
 async function assertLinear(make: (size: number) => string, work: (text: string) => unknown, size = kSmall): Promise<void> {
   const [small, large] = [make(size), make(kTimes * size)];
-  const growth = await duration(() => work(large)) / await duration(() => work(small));
+  let growth = Infinity;
+  // On a busy machine a measurement can be off; quadratic work is off each time.
+  for (let attempt = 0; attempt < 3 && growth >= kMostGrowth; attempt++) {
+    growth = Math.min(growth, await duration(() => work(large)) / await duration(() => work(small)));
+  }
   assert.ok(growth < kMostGrowth, `${kTimes} times as much takes ${growth.toFixed(0)} times as long`);
 }
 
@@ -58,7 +62,8 @@ for (const [name, make] of kXml) {
 }
 
 const kLines: [string, (size: number) => string][] = [
-  ['quotes with colons', repeated('": ', '"')], ['places of warnings', repeated(':1:1: warning: ', 'a')], ['colons and digits', repeated(':1')],
+  ['quotes with colons', repeated('": ', '"')], ['places of warnings', repeated(':1:1: warning: ', 'a')],
+  ['places of warnings of outputs', repeated(':1:1: warning: ', 'a', ' would be overwritten')], ['colons and digits', repeated(':1')],
   ['digits', repeated('1', '"a": ')], ['digits before a warning', repeated('1', ':', ': warning: ')], ['blanks', repeated(' ')],
   ['line feeds', repeated('\n')], ['carriage returns', repeated('\r')], ['commas', repeated(', ', '"')], ['missing', repeated(', missing: ', '  P = 1: ')],
   ['semicolons', repeated('; ', '    "": ')], ['quotes', repeated('"')], ['a count', repeated('9', 'Number of records: ', 'x')],
