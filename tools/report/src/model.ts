@@ -199,6 +199,8 @@ export interface DefinitionDigest {
   root: string;
   /** Element name and text, in the order of the file. */
   entries: [string, string][];
+  /** True when there are more entries than are kept. */
+  cut: boolean;
 }
 
 export interface RunRecord {
@@ -207,6 +209,8 @@ export interface RunRecord {
   exitStatus: number;
   error: string;
   warnings: { text: string; fit: string; count: number }[];
+  /** Paths of the definitions that ran, as recorded. */
+  definitions: string[];
   entries: [string, string][];
 }
 

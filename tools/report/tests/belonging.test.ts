@@ -48,6 +48,14 @@ for (const [what, file] of [['a batch', source('batch.xml', batch(1, 2, 3, 4))],
   });
 }
 
+test('a record names its chains also behind thousands of warnings, and a batch of too many runs is no list', async () => {
+  const long = JSON.parse(record(1, 2, 3, 4)) as { runs: Record<string, unknown>[] };
+  long.runs[0].warnings = [{ text: 'w', records: Array.from({ length: 5000 }, (_, i) => i) }];
+  assert.deepEqual(pathsOf(await load([...kSix, source('run.json', JSON.stringify(long))])), [['chain-1', 'chain-2', 'chain-3', 'chain-4']]);
+  const many = batch(1, 2, ...Array.from({ length: 2000 }, () => 1), 3, 4, 5, 6);
+  assert.deepEqual(pathsOf(await load([...kSix, source('batch.xml', many)])), [['chain-1', 'chain-2', 'chain-3', 'chain-4', 'chain-5', 'chain-6']]);
+});
+
 test('chains that nothing names, that each have a record, or that any list names stay', async () => {
   const all = [['chain-1', 'chain-2', 'chain-3', 'chain-4', 'chain-5', 'chain-6']];
   assert.deepEqual(pathsOf(await load(kSix)), all);

@@ -31,13 +31,10 @@ interface NamedRuns {
 }
 
 function namedRuns(report: Report): NamedRuns[] {
-  const batches = report.definitions.filter(({ root }) => root === 'Batch').map(({ origin, entries }) => ({
+  const batches = report.definitions.filter(({ root, cut }) => root === 'Batch' && !cut).map(({ origin, entries }) => ({
     origin, paths: entries.filter(([path]) => path.endsWith('Simulation')).map(([, text]) => namesOf(text)),
   }));
-  const records = report.runRecords.map(({ origin, entries }) => ({
-    origin, paths: entries.filter(([path]) => path.startsWith('runs / ') && path.endsWith(' / definition / path')).map(([, text]) => namesOf(text)),
-  }));
-  return [...batches, ...records];
+  return [...batches, ...report.runRecords.map(({ origin, definitions }) => ({ origin, paths: definitions.map(namesOf) }))];
 }
 
 /** The chains of a family that the definitions are of, by their names. */

@@ -126,7 +126,7 @@ export async function readDefinition(blob: FileBytes, origin: Origin): Promise<D
       content += part.text;
       continue;
     }
-    // Text belongs to the element whose tag stands before it.
+    // Text belongs to the innermost element that is open.
     if (depth > 0 && depth <= kDeepest) add(pathOf(groups), content.trim());
     content = '';
     if (part.kind === 'close') {
@@ -138,7 +138,7 @@ export async function readDefinition(blob: FileBytes, origin: Origin): Promise<D
     if (depth < kDeepest) add(pathOf([...groups, name]), xmlAttribute(part.attributes, 'xsi:type') ?? '');
     if (part.kind === 'open' && ++depth <= kDeepest) groups.push(name);
   }
-  return { origin, root, entries };
+  return { origin, root, entries, cut: entries.length === kMostEntries };
 }
 
 /** What `hovar --json` writes. All plain values are shown, whatever their names. */
@@ -161,11 +161,22 @@ export async function readRunRecord(blob: FileBytes, origin: Origin): Promise<Ru
   return {
     origin, entries, exitStatus: typeof record.exitStatus === 'number' ? record.exitStatus : NaN,
     error: typeof record.error === 'string' ? record.error.slice(0, kLargestEntry) : '', warnings: warningsOf(record.runs),
+    definitions: definitionsOf(record.runs),
   };
 }
 
+const listOf = (value: unknown) => (Array.isArray(value) ? value : []) as Record<string, unknown>[];
+
+/** The paths of the definitions that ran; none when there are too many to be kept, for a part would mislead. */
+function definitionsOf(runs: unknown): string[] {
+  const paths = listOf(runs).flatMap((run) => {
+    const { path } = (run?.definition ?? {}) as Record<string, unknown>;
+    return typeof path === 'string' && path.length <= kLargestEntry ? [path] : [];
+  });
+  return paths.length < kMostEntries ? paths : [];
+}
+
 function warningsOf(runs: unknown): RunRecord['warnings'] {
-  const listOf = (value: unknown) => (Array.isArray(value) ? value : []) as Record<string, unknown>[];
   return listOf(runs).flatMap((run) => listOf(run?.warnings)).slice(0, kMostEntries).map((warning) => ({
     text: String(warning?.text ?? '').slice(0, kLargestEntry), fit: String(warning?.fit ?? '').slice(0, kLargestEntry),
     count: Number(warning?.count ?? 1),
