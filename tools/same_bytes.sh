@@ -6,8 +6,10 @@
 # compares all files and the standard output with those of the first build. Only the seconds of a chain
 # may differ.
 #
-#     tools/same_bytes.sh [--windows PROGRAM] [FOLDER]
+#     tools/same_bytes.sh [--with PROGRAM] [--windows PROGRAM] [FOLDER]
 #
+#     --with PROGRAM      also run this program, such as that of an earlier commit
+#                         (libexec/hovar/hovar)
 #     --windows PROGRAM   also run this Windows program (build/windows/libexec/hovar/hovar.exe), under
 #                         Wine
 #     FOLDER              where to build and run (build/same_bytes); one that holds anything but what
@@ -18,10 +20,15 @@ set -eu
 cd "$(dirname "$0")/.."
 source_folder=$(pwd)
 windows=
-if [ "${1:-}" = --windows ]; then
-  windows=$(cd "$(dirname "$2")" && pwd)/$(basename "$2")
+other=
+while :; do
+  case ${1:-} in
+    --windows) windows=$(cd "$(dirname "$2")" && pwd)/$(basename "$2") ;;
+    --with) other=$(cd "$(dirname "$2")" && pwd)/$(basename "$2") ;;
+    *) break ;;
+  esac
   shift 2
-fi
+done
 folder=$(tools/claim_folder.sh same_bytes.sh "${1:-build/same_bytes}")
 tools/install_packages.sh cmake g++ make clang libclang-rt-14-dev
 jobs=${JOBS:-$(nproc)}
@@ -131,6 +138,11 @@ for name in $builds; do
   program=$folder/$name/libexec/hovar/hovar
   check "$name"
 done
+
+if [ -n "$other" ]; then
+  program=$other
+  check other
+fi
 
 # The C library chooses its functions, the exponential among them, by the processor. It is told that
 # the processor lacks something; whether that had an effect is asked of the loader.
