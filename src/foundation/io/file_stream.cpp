@@ -13,11 +13,15 @@ constexpr std::size_t kPushBackRoom = 8;
 constexpr std::size_t kBlockSize = 65536;
 
 Platform::Access AccessOf(std::uint32_t mode) {
-  const std::uint32_t kind = mode & ~0xFFU;
+  const bool isRegularOnly = (mode & Mode::kRegular) != 0;
+  const std::uint32_t kind = mode & ~0xFFU & ~Mode::kRegular;
+  if (isRegularOnly && (mode & 0xFFU) != Mode::kRead) {
+    throw Exceptions::IOException(Messages::kErrors.invalidOpenMode);
+  }
   if (kind == Mode::kText || kind == Mode::kBinary) {
     switch (mode & 0xFFU) {
       case Mode::kRead:
-        return Platform::Access::kRead;
+        return isRegularOnly ? Platform::Access::kReadRegular : Platform::Access::kRead;
       case Mode::kWrite:
         return Platform::Access::kWrite;
       case Mode::kReadWriteExisting:

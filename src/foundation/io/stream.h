@@ -28,6 +28,7 @@ inline constexpr std::uint32_t kReadAppend = 7;         // writes go to the end
 inline constexpr std::uint32_t kReadWriteCreate = 19;   // create or truncate
 inline constexpr std::uint32_t kText = 256;
 inline constexpr std::uint32_t kBinary = 512;
+inline constexpr std::uint32_t kRegular = 1024;  // with kRead: a regular file only, without waiting
 inline constexpr std::uint32_t kReadText = kRead | kText;
 inline constexpr std::uint32_t kWriteText = kWrite | kText;
 }  // namespace Mode

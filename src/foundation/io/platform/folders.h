@@ -15,8 +15,19 @@ enum class PathKind { kMissing, kFile, kFolder, kOther };
 /// What a path leads to, symbolic links followed.
 PathKind KindOf(const char* path) noexcept;
 
+/// What a path leads to that is neither a regular file nor a folder.
+enum class SpecialKind { kNone, kNamedPipe, kSocket, kDevice };
+
+SpecialKind SpecialKindOf(const char* path) noexcept;
+
 /// True for a named pipe, which whoever opens it for writing waits at until somebody reads it.
-bool IsNamedPipe(const char* path) noexcept;
+inline bool IsNamedPipe(const char* path) noexcept {
+  return SpecialKindOf(path) == SpecialKind::kNamedPipe;
+}
+
+/// True when a path leads to a regular file. Unlike in all other functions a '\' in it is a
+/// character like others where the system takes it as one: for paths that the system has given.
+bool IsFileOfSystem(const char* path) noexcept;
 
 /// What a symbolic link holds, zero-terminated; false when the path is none or it does not fit.
 /// Always false on Windows.

@@ -27,9 +27,19 @@ PathKind KindOf(const char* path) noexcept {
                                    : PathKind::kOther;
 }
 
-bool IsNamedPipe(const char* path) noexcept {
+SpecialKind SpecialKindOf(const char* path) noexcept {
   struct stat status {};
-  return Status(path, status) && S_ISFIFO(status.st_mode);
+  if (!Status(path, status) || S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) {
+    return SpecialKind::kNone;
+  }
+  return S_ISFIFO(status.st_mode)   ? SpecialKind::kNamedPipe
+         : S_ISSOCK(status.st_mode) ? SpecialKind::kSocket
+                                    : SpecialKind::kDevice;
+}
+
+bool IsFileOfSystem(const char* path) noexcept {
+  struct stat status {};
+  return stat(path, &status) == 0 && S_ISREG(status.st_mode);
 }
 
 bool LinkTarget(const char* path, char* target, std::size_t size) noexcept {

@@ -41,9 +41,12 @@ PathKind KindOf(const char* path) noexcept {
                                                                         : PathKind::kFile;
 }
 
-bool IsNamedPipe(const char* /*path*/) noexcept {
-  return false;  // their names are none of files
+SpecialKind SpecialKindOf(const char* path) noexcept {
+  // The names of pipes and sockets are none of files here.
+  return KindOf(path) == PathKind::kOther ? SpecialKind::kDevice : SpecialKind::kNone;
 }
+
+bool IsFileOfSystem(const char* path) noexcept { return KindOf(path) == PathKind::kFile; }
 
 bool LinkTarget(const char* /*path*/, char* /*target*/, std::size_t /*size*/) noexcept {
   return false;

@@ -23,6 +23,7 @@ inline constexpr FileHandle kStandardError = 2;
 
 enum class Access {
   kRead,               // the file must exist
+  kReadRegular,        // the same, of a regular file only; never waits, as opening a pipe does
   kWrite,              // created, or emptied
   kReadWriteExisting,  // the file must exist
   kReadAppend,         // created if missing; every write goes to the end
@@ -49,8 +50,9 @@ char FolderSeparator() noexcept;
 /// file that is created may be read and written by everyone whom the user's mask does not keep out.
 FileHandle OpenFile(const char* path, Access access) noexcept;
 
-/// Reads up to `size` bytes. Returns how many (0 at the end of the file), or -1 on failure. A call
-/// that a signal interrupted is repeated.
+/// Reads up to `size` bytes. Returns how many (0 at the end of the file), or -1 on failure. As in all
+/// functions of this folder, a call that a signal interrupted is repeated, unless a request to end is
+/// remembered (RememberStopRequests).
 std::int64_t ReadFile(FileHandle file, void* buffer, std::size_t size) noexcept;
 
 /// Writes all `size` bytes; false on failure. Short and interrupted writes are continued.
@@ -100,7 +102,9 @@ bool ProgramFile(char* path, std::size_t size) noexcept;
 /// Runs the program in file `program` with `arguments` (the first one is the name that it sees as
 /// its own, the last one is null) in place of the calling program, so that its exit status or
 /// signal is the caller's. Returns only on failure. Where the system cannot replace a program, the
-/// caller waits for the other one's end, which is then its own.
-void BecomeProgram(const char* program, const char* const* arguments) noexcept;
+/// caller waits for the other one's end, which is then its own; `warn` is called where the system
+/// cannot be asked to end the other one with the caller.
+void BecomeProgram(const char* program, const char* const* arguments,
+                   void (*warn)() noexcept = nullptr) noexcept;
 
 }  // namespace Vell::IO::Platform

@@ -12,6 +12,7 @@
 
 #include "foundation/io/platform/native_path_posix.h"
 #include "foundation/io/platform/platform.h"
+#include "foundation/io/platform/processes.h"
 
 namespace Vell::IO::Platform {
 namespace {
@@ -20,6 +21,8 @@ int OpenFlags(Access access) noexcept {
   switch (access) {
     case Access::kRead:
       return O_RDONLY;
+    case Access::kReadRegular:
+      return O_RDONLY | O_NONBLOCK | O_NOCTTY;
     case Access::kWrite:
       return O_WRONLY | O_CREAT | O_TRUNC;
     case Access::kReadWriteExisting:
@@ -34,11 +37,27 @@ int OpenFlags(Access access) noexcept {
 
 int Descriptor(FileHandle file) noexcept { return static_cast<int>(file); }
 
-/// Repeats a call for as long as a signal interrupts it.
+/// Whether a file that was opened without waiting is a regular one, which then is as if opened in
+/// the usual way.
+bool IsRegular(int descriptor) noexcept {
+  struct stat status {};
+  return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+         fcntl(descriptor, F_SETFL, O_RDONLY) == 0;
+}
+
+/// Whether a path leads to something that opening would change or wait for: a pipe would lose its
+/// other reader's bytes, a device may move.
+bool IsSpecial(const char* path) noexcept {
+  struct stat status {};
+  return stat(path, &status) == 0 && !S_ISREG(status.st_mode);
+}
+
+/// Repeats a call for as long as a signal interrupts it that does not ask for the end: a call that
+/// may wait for another process for ever must not outlast such a request.
 template <typename Call>
 auto WithoutInterruption(Call call) noexcept {
   auto result = call();
-  while (result < 0 && errno == EINTR) {
+  while (result < 0 && errno == EINTR && StopRequest() == 0) {
     result = call();
   }
   return result;
@@ -52,13 +71,18 @@ char FolderSeparator() noexcept { return '/'; }
 
 FileHandle OpenFile(const char* path, Access access) noexcept {
   const NativePath native(path);
-  if (native.Get() == nullptr) {
+  const bool isRegularOnly = access == Access::kReadRegular;
+  if (native.Get() == nullptr || (isRegularOnly && IsSpecial(native.Get()))) {
     return kNoFile;
   }
   const int opened = WithoutInterruption([&] {
     return open(native.Get(), OpenFlags(access) | O_CLOEXEC,
                 S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH);
   });
+  if (isRegularOnly && opened >= 0 && !IsRegular(opened)) {
+    close(opened);
+    return kNoFile;
+  }
   if (opened < 0 || opened > STDERR_FILENO) {
     return opened;
   }
@@ -145,7 +169,8 @@ bool ProgramFile(char* path, std::size_t size) noexcept {
   return true;
 }
 
-void BecomeProgram(const char* program, const char* const* arguments) noexcept {
+void BecomeProgram(const char* program, const char* const* arguments,
+                   void (* /*warn*/)() noexcept) noexcept {
   // execv takes its arguments as pointers to non-const for historical reasons; it changes nothing.
   execv(program, const_cast<char* const*>(arguments));
 }

@@ -42,6 +42,7 @@ struct OpenRule {
 OpenRule RuleOf(Access access) noexcept {
   switch (access) {
     case Access::kRead:
+    case Access::kReadRegular:
       return {GENERIC_READ, OPEN_EXISTING};
     case Access::kWrite:
       return {GENERIC_WRITE, CREATE_ALWAYS};
@@ -94,6 +95,10 @@ FileHandle OpenFile(const char* path, Access access) noexcept {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const HANDLE opened = CreateFileW(native.Get(), rule.access, kShareAll, nullptr, rule.disposition,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (access == Access::kReadRegular && opened != INVALID_HANDLE_VALUE && !HasPositions(opened)) {
+    CloseHandle(opened);
+    return kNoFile;
+  }
   return reinterpret_cast<FileHandle>(opened);  // INVALID_HANDLE_VALUE is kNoFile
 }
 

@@ -23,12 +23,35 @@ struct ProcessStreams {
 
 /// Starts the program in file `program` with `arguments` (the first one is the name that it sees as
 /// its own, the last one is null), in the current folder. Returns kNoProcess on failure, also when
-/// the file cannot be executed. No open file but the three streams reaches the new process.
+/// the file cannot be executed. No open file but the three streams reaches the new process. It
+/// answers every signal as a process usually does, but still ignores what this one ignores of the
+/// signals of failed writes (IgnoreWriteSignals), INT, TERM, HUP, QUIT (`nohup`) and job control.
+///
+/// The system ends the new process when this one, which has one thread, has ended in any way. When
+/// it cannot be asked to, `*isBound` becomes false, otherwise true.
 ProcessHandle StartProcess(const char* program, const char* const* arguments,
-                           const ProcessStreams& streams) noexcept;
+                           const ProcessStreams& streams, bool* isBound = nullptr) noexcept;
+
+/// The two ends of a pipe, both kNoFile where none could be made. No process inherits them.
+struct Pipe {
+  FileHandle output = kNoFile;  // where it is read
+  FileHandle input = kNoFile;   // where it is written
+};
+
+/// A pipe for what a started process writes. It holds a megabyte where the system allows it.
+Pipe NewPipe() noexcept;
+
+/// Reads what has arrived at the output of a NewPipe, up to `size` bytes, without waiting. Returns
+/// how many: 0 when there is nothing now, kPipeEnd when nobody can write any more, or kPipeFailure.
+inline constexpr std::int64_t kPipeEnd = -1;
+inline constexpr std::int64_t kPipeFailure = -2;
+std::int64_t ReadArrived(FileHandle pipe, void* buffer, std::size_t size) noexcept;
 
 /// What stands for the end by a signal in an exit status, beside the number of the signal.
 inline constexpr int kSignalStatus = 128;
+
+/// What stands for the status of a process that has ended, but of which it cannot be had.
+inline constexpr int kLostStatus = 255;
 
 /// The exit status of a process that has ended (kSignalStatus + n when signal n ended it), or
 /// nothing while it runs. The handle is of no use after a status was returned.
@@ -38,18 +61,37 @@ std::optional<int> PollProcess(ProcessHandle process) noexcept;
 /// is no such process.
 int WaitForProcess(ProcessHandle process) noexcept;
 
-/// Asks a process to end. It has ended when PollProcess or WaitForProcess says so.
+/// Asks a process to end, also one that is stopped. It has ended when PollProcess or WaitForProcess
+/// says so.
 void StopProcess(ProcessHandle process) noexcept;
 
-/// Lets at least `milliseconds` pass, or less when a request to end comes that is remembered.
-void Sleep(int milliseconds) noexcept;
+/// Ends a process, which is not asked.
+void KillProcess(ProcessHandle process) noexcept;
 
-/// From now on a request to end (INT, TERM or HUP; Ctrl-C, Ctrl-Break or the console's closing on
-/// Windows) does not end this process but is remembered, so that what it started can be stopped.
+/// To be called when a command starts, which may have any parent: nothing that the parent has set
+/// keeps it from learning of the ends of its processes or of requests to end. Signals that the
+/// parent ignores stay ignored, as `nohup` wants it. Nothing to do on a platform without signals.
+void ResetSignals() noexcept;
+
+/// From now on a request to end does not end this process but is remembered, so that what it
+/// started can be stopped: every signal that ends a process, can be caught and is no sign of a
+/// fault (INT, TERM, HUP, QUIT, USR1, XCPU, ...) unless it is ignored; Ctrl-C, Ctrl-Break or the
+/// console's closing on Windows. From the third request on, one that comes a second after the first
+/// ends this process at once.
 void RememberStopRequests() noexcept;
 
-/// The number of the request that came since RememberStopRequests (a signal's number), or 0.
+/// From now on requests to end are no longer remembered but end this process, as at its start.
+void ForgetStopRequests() noexcept;
+
+/// The number of the first request that came since RememberStopRequests (a signal's number), or 0.
 int StopRequest() noexcept;
+
+/// How many requests have come since then.
+int StopRequestCount() noexcept;
+
+/// Lets at least `milliseconds` pass. A request to end that is remembered ends the sleep in which it
+/// comes, or else the next one.
+void Sleep(int milliseconds) noexcept;
 
 /// True when standard error is a terminal.
 bool StandardErrorIsTerminal() noexcept;

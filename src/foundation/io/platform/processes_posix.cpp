@@ -1,14 +1,16 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 
 #include "foundation/io/platform/processes.h"
 
@@ -24,58 +26,165 @@ bool Connect(FileHandle file, int standard) noexcept {
   return file == standard || dup2(static_cast<int>(file), standard) == standard;
 }
 
+/// Moves a descriptor above those of the standard streams, which a process that was started without
+/// them has free. -1 on failure.
+int AboveStandard(int descriptor) noexcept {
+  if (descriptor < 0 || descriptor > STDERR_FILENO) {
+    return descriptor;
+  }
+  const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  close(descriptor);
+  return moved;
+}
+
+/// Both ends of a pipe or none.
+bool MakePipe(int (&ends)[2]) noexcept {
+  if (pipe2(ends, O_CLOEXEC) != 0) {
+    return false;
+  }
+  for (int& end : ends) {
+    end = AboveStandard(end);
+  }
+  if (ends[0] >= 0 && ends[1] >= 0) {
+    return true;
+  }
+  close(ends[0]);
+  close(ends[1]);
+  return false;
+}
+
+/// Blocks all signals while it lives.
+class BlockedSignals {
+ public:
+  BlockedSignals() noexcept {
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &before_);
+  }
+  ~BlockedSignals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  BlockedSignals(const BlockedSignals&) = delete;
+  BlockedSignals& operator=(const BlockedSignals&) = delete;
+
+ private:
+  sigset_t before_{};
+};
+
+/// True for a signal that a new process must ignore as this one does: those of failed writes, those
+/// by which shells and nohup shield what they start, and those of job control.
+bool StaysIgnored(int signal) noexcept {
+  constexpr std::array kShielded = {SIGPIPE, SIGXFSZ, SIGHUP,  SIGINT, SIGQUIT,
+                                    SIGTERM, SIGTSTP, SIGTTIN, SIGTTOU};
+  return std::find(kShielded.begin(), kShielded.end(), signal) != kShielded.end();
+}
+
+/// Gives back to each signal what it usually does, and lets all of them in. None is caught by this
+/// process's handler any more, which would lose a request to end.
+void AnswerSignalsAsUsual() noexcept {
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+    struct sigaction action {};
+    if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_DFL &&
+        !(action.sa_handler == SIG_IGN && StaysIgnored(signal))) {
+      static_cast<void>(std::signal(signal, SIG_DFL));
+    }
+  }
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+// What a new process writes to its parent before the program starts in it. The pipe closes then.
+constexpr char kIsUnbound = 'u';
+constexpr char kIsNotStarted = 'n';
+
 /// What the new process does between its start and the program's. Only calls that are safe in a
 /// copy of any process stand here.
 [[noreturn]] void RunChild(const char* program, const char* const* arguments,
-                           const ProcessStreams& streams, int failure) noexcept {
+                           const ProcessStreams& streams, pid_t parent, int report) noexcept {
+  const auto tell = [report](char what) { static_cast<void>(write(report, &what, 1) == 1); };
+  constexpr int kCannotExecute = 126;
+  if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) {
+    tell(kIsUnbound);
+  }
+  if (getppid() != parent) {
+    _exit(kCannotExecute);  // it ended before its end was bound to ours
+  }
+  AnswerSignalsAsUsual();
   if (Connect(streams.input, STDIN_FILENO) && Connect(streams.output, STDOUT_FILENO) &&
       Connect(streams.error, STDERR_FILENO)) {
     BecomeProgram(program, arguments);
   }
-  const char failed = 1;
-  static_cast<void>(write(failure, &failed, 1) == 1);
-  constexpr int kCannotExecute = 126;
+  tell(kIsNotStarted);
   _exit(kCannotExecute);
 }
-
-/// True when the new process reported that the program could not be started. The pipe closes
-/// without a byte when it was.
-bool ReportedFailure(int pipe) noexcept {
-  char failed = 0;
-  ssize_t count = 0;
-  while ((count = read(pipe, &failed, 1)) < 0 && errno == EINTR) {
-  }
-  return count == 1;
-}
-
-volatile std::sig_atomic_t stopRequest = 0;
-
-void RememberSignal(int signal) { stopRequest = signal; }
 
 }  // namespace
 
 ProcessHandle StartProcess(const char* program, const char* const* arguments,
-                           const ProcessStreams& streams) noexcept {
-  int failure[2];
-  if (pipe2(failure, O_CLOEXEC) != 0) {
+                           const ProcessStreams& streams, bool* isBound) noexcept {
+  int report[2];
+  if (!MakePipe(report)) {
     return kNoProcess;
   }
-  const pid_t process = fork();
-  if (process == 0) {
-    RunChild(program, arguments, streams, failure[1]);
+  const pid_t self = getpid();
+  pid_t process = -1;
+  {
+    const BlockedSignals blocked;
+    process = fork();
+    if (process == 0) {
+      RunChild(program, arguments, streams, self, report[1]);
+    }
   }
-  close(failure[1]);
-  const bool failed = process > 0 && ReportedFailure(failure[0]);
-  close(failure[0]);
-  if (failed) {
+  close(report[1]);
+  bool isStarted = process > 0;
+  bool isUnbound = false;
+  char what = 0;
+  for (ssize_t count = 1; process > 0 && count != 0;) {
+    count = read(report[0], &what, 1);
+    isUnbound = isUnbound || (count == 1 && what == kIsUnbound);
+    isStarted = isStarted && !(count == 1 && what == kIsNotStarted);
+    if (count < 0 && errno != EINTR) {
+      break;
+    }
+  }
+  close(report[0]);
+  if (process > 0 && !isStarted) {
     WaitForProcess(process);
   }
-  return failed || process < 0 ? kNoProcess : process;
+  if (isBound != nullptr) {
+    *isBound = !isUnbound;
+  }
+  return isStarted ? process : kNoProcess;
+}
+
+Pipe NewPipe() noexcept {
+  int ends[2];
+  if (!MakePipe(ends)) {
+    return {};
+  }
+  // The one end is read in turns with other work. Without the larger size it is read more often.
+  constexpr int kMegabyte = 1 << 20;
+  fcntl(ends[0], F_SETPIPE_SZ, kMegabyte);
+  if (fcntl(ends[0], F_SETFL, O_NONBLOCK) != 0) {
+    close(ends[0]);
+    close(ends[1]);
+    return {};
+  }
+  return {ends[0], ends[1]};
+}
+
+std::int64_t ReadArrived(FileHandle pipe, void* buffer, std::size_t size) noexcept {
+  ssize_t count = 0;
+  while ((count = read(static_cast<int>(pipe), buffer, size)) < 0 && errno == EINTR) {
+  }
+  return count > 0 ? count : count == 0 ? kPipeEnd : errno == EAGAIN ? 0 : kPipeFailure;
 }
 
 std::optional<int> PollProcess(ProcessHandle process) noexcept {
   int waited = 0;
   const pid_t ended = waitpid(static_cast<pid_t>(process), &waited, WNOHANG);
+  if (ended < 0 && errno != EINTR) {
+    return kLostStatus;  // somebody else has taken it
+  }
   return ended == process ? std::optional<int>(StatusOf(waited)) : std::nullopt;
 }
 
@@ -92,31 +201,12 @@ int WaitForProcess(ProcessHandle process) noexcept {
   return StatusOf(waited);
 }
 
-void StopProcess(ProcessHandle process) noexcept { kill(static_cast<pid_t>(process), SIGTERM); }
-
-void Sleep(int milliseconds) noexcept {
-  constexpr int kMillisecondsPerSecond = 1000;
-  constexpr long kNanosecondsPerMillisecond = 1'000'000;
-  timespec rest{milliseconds / kMillisecondsPerSecond,
-                (milliseconds % kMillisecondsPerSecond) * kNanosecondsPerMillisecond};
-  while (stopRequest == 0 && nanosleep(&rest, &rest) != 0 && errno == EINTR) {
-  }
+void StopProcess(ProcessHandle process) noexcept {
+  kill(static_cast<pid_t>(process), SIGTERM);
+  kill(static_cast<pid_t>(process), SIGCONT);
 }
 
-void RememberStopRequests() noexcept {
-  struct sigaction action {};
-  action.sa_handler = RememberSignal;
-  sigemptyset(&action.sa_mask);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    struct sigaction before {};
-    sigaction(signal, &action, &before);
-    if (before.sa_handler == SIG_IGN) {
-      sigaction(signal, &before, nullptr);
-    }
-  }
-}
-
-int StopRequest() noexcept { return stopRequest; }
+void KillProcess(ProcessHandle process) noexcept { kill(static_cast<pid_t>(process), SIGKILL); }
 
 bool StandardErrorIsTerminal() noexcept { return isatty(STDERR_FILENO) == 1; }
 

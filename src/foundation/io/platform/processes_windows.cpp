@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <bit>
 #include <csignal>
 
@@ -13,7 +12,6 @@
 namespace Vell::IO::Platform {
 namespace {
 
-constexpr int kHangUp = 1;
 constexpr int kAbort = 6;
 
 HANDLE ProcessOf(ProcessHandle process) noexcept {
@@ -103,9 +101,30 @@ class InheritanceList {
   bool isComplete_ = false;
 };
 
-/// Starts a process; in `job` when that is not null. Null on failure.
+/// A job that ends its processes when the last handle to it is closed, so with this process,
+/// whatever ends it. Null when there is none to be had.
+HANDLE NewJob() noexcept {
+  const HANDLE job = CreateJobObjectW(nullptr, nullptr);
+  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+  limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+  if (job != nullptr && SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits,
+                                                sizeof limits) == 0) {
+    CloseHandle(job);
+    return nullptr;
+  }
+  return job;
+}
+
+/// The job of all processes that are started here. Its handle is closed by the system, at the end.
+HANDLE OwnJob() noexcept {
+  static const HANDLE job = NewJob();
+  return job;
+}
+
+/// Starts a process in the job of this one. Null on failure. `isBound` says whether that job could
+/// be had.
 HANDLE Start(const char* program, const char* const* arguments, const ProcessStreams& streams,
-             HANDLE job) noexcept {
+             bool& isBound) noexcept {
   const NativePath file(program);
   CommandLine line(arguments);
   InheritedStreams inherited(streams);
@@ -126,54 +145,32 @@ HANDLE Start(const char* program, const char* const* arguments, const ProcessStr
                      &start.StartupInfo, &started) == 0) {
     return nullptr;
   }
-  if (job != nullptr) {
-    AssignProcessToJobObject(job, started.hProcess);
-  }
+  const HANDLE job = OwnJob();
+  isBound = job != nullptr && AssignProcessToJobObject(job, started.hProcess) != 0;
   ResumeThread(started.hThread);
   CloseHandle(started.hThread);
   return started.hProcess;
-}
-
-/// A job that ends its processes when the last handle to it is closed, so with this process,
-/// whatever ends it. Null when there is none to be had.
-HANDLE NewJob() noexcept {
-  const HANDLE job = CreateJobObjectW(nullptr, nullptr);
-  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
-  limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-  if (job != nullptr) {
-    SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
-  }
-  return job;
 }
 
 /// Ctrl-C and Ctrl-Break reach every process of the console. One that waits for another leaves them
 /// to it and goes on waiting for its end.
 BOOL WINAPI LeaveToOther(DWORD event) { return event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT; }
 
-std::atomic<int> stopRequest = 0;
-HANDLE stopEvent = nullptr;  // set when a request has come, to end a rest
-
-BOOL WINAPI RememberEvent(DWORD event) {
-  stopRequest = event == CTRL_C_EVENT ? SIGINT : event == CTRL_BREAK_EVENT ? SIGTERM : kHangUp;
-  SetEvent(stopEvent);
-  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
-    // The process is ended when this returns; the main thread needs the time that is left.
-    ::Sleep(INFINITE);
-  }
-  return TRUE;
-}
-
 }  // namespace
 
 // Windows cannot put another program in a process's place. The one that waits is its stand-in: it
 // ends with the other's exit code, and the other one ends with it.
-void BecomeProgram(const char* program, const char* const* arguments) noexcept {
-  const HandleCloser job(NewJob());
+void BecomeProgram(const char* program, const char* const* arguments,
+                   void (*warn)() noexcept) noexcept {
   SetConsoleCtrlHandler(LeaveToOther, TRUE);
-  const HANDLE process = Start(program, arguments, ProcessStreams(), job.Get());
+  bool isBound = true;
+  const HANDLE process = Start(program, arguments, ProcessStreams(), isBound);
   if (process == nullptr) {
     SetConsoleCtrlHandler(LeaveToOther, FALSE);
     return;
+  }
+  if (!isBound && warn != nullptr) {
+    warn();
   }
   WaitForSingleObject(process, INFINITE);
   DWORD exitCode = 1;
@@ -182,9 +179,33 @@ void BecomeProgram(const char* program, const char* const* arguments) noexcept {
 }
 
 ProcessHandle StartProcess(const char* program, const char* const* arguments,
-                           const ProcessStreams& streams) noexcept {
-  const HANDLE process = Start(program, arguments, streams, nullptr);
+                           const ProcessStreams& streams, bool* isBound) noexcept {
+  bool isInJob = true;
+  const HANDLE process = Start(program, arguments, streams, isInJob);
+  if (isBound != nullptr) {
+    *isBound = isInJob;
+  }
   return process == nullptr ? kNoProcess : reinterpret_cast<ProcessHandle>(process);
+}
+
+Pipe NewPipe() noexcept {
+  constexpr DWORD kMegabyte = 1 << 20;
+  HANDLE output = nullptr;
+  HANDLE input = nullptr;
+  if (CreatePipe(&output, &input, nullptr, kMegabyte) == 0) {
+    return {};
+  }
+  return {reinterpret_cast<FileHandle>(output), reinterpret_cast<FileHandle>(input)};
+}
+
+std::int64_t ReadArrived(FileHandle pipe, void* buffer, std::size_t size) noexcept {
+  DWORD arrived = 0;
+  if (PeekNamedPipe(ProcessOf(pipe), nullptr, 0, nullptr, &arrived, nullptr) == 0) {
+    return GetLastError() == ERROR_BROKEN_PIPE ? kPipeEnd : kPipeFailure;
+  }
+  const std::int64_t count =
+      arrived == 0 ? 0 : ReadFile(pipe, buffer, std::min<std::size_t>(size, arrived));
+  return count < 0 ? kPipeFailure : count;
 }
 
 std::optional<int> PollProcess(ProcessHandle process) noexcept {
@@ -209,22 +230,8 @@ void StopProcess(ProcessHandle process) noexcept {
   TerminateProcess(ProcessOf(process), kSignalStatus + SIGTERM);
 }
 
-void Sleep(int milliseconds) noexcept {
-  if (stopEvent != nullptr) {
-    WaitForSingleObject(stopEvent, static_cast<DWORD>(milliseconds));
-  } else {
-    ::Sleep(static_cast<DWORD>(milliseconds));
-  }
-}
-
-void RememberStopRequests() noexcept {
-  if (stopEvent == nullptr) {
-    stopEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    SetConsoleCtrlHandler(RememberEvent, TRUE);
-  }
-}
-
-int StopRequest() noexcept { return stopRequest; }
+// The system ends it at once; there is nothing that could be asked.
+void KillProcess(ProcessHandle process) noexcept { StopProcess(process); }
 
 bool StandardErrorIsTerminal() noexcept {
   DWORD mode = 0;
