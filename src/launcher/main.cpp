@@ -17,6 +17,7 @@
 #include "foundation/exceptions/exceptions.h"
 #include "foundation/exit_status.h"
 #include "foundation/io/platform/platform.h"
+#include "foundation/io/platform/processes.h"
 #include "launcher/messages.h"
 #include "launcher/options.h"
 #include "launcher_text.h"
@@ -32,8 +33,7 @@ using Hovar::kSuccess;
 
 /// Writes a line on standard error without memory and returns the exit status for it.
 int Fail(const Messages::Pattern& line) {
-  Platform::WriteFile(Platform::kStandardError, line.Text().data(), line.Text().size());
-  Platform::WriteFile(Platform::kStandardError, "\n", 1);
+  Hovar::SayWithoutMemory(line);
   return kFailure;
 }
 
@@ -47,7 +47,7 @@ int FailForMemory() { return Fail(Hovar::kLauncherMessages.outOfMemory); }
 }
 
 /// Lets the tool that the command line asks for do its work; the answer is an exit status.
-int RunTask(std::span<const char* const> arguments) {
+int RunTool(std::span<const char* const> arguments) {
   const std::optional<Hovar::Task> task =
       Hovar::ParseOptions(std::vector<std::string_view>(arguments.begin(), arguments.end()));
   if (!task) {
@@ -66,10 +66,19 @@ int RunTask(std::span<const char* const> arguments) {
   return report != nullptr ? Hovar::RunReport(*report) : kFailure;
 }
 
+/// The same; a tool that failed because its end was asked for ends as if by that signal.
+int RunTask(std::span<const char* const> arguments) {
+  const int status = RunTool(arguments);
+  return status == kFailure && Platform::StopRequest() != 0
+             ? Platform::kSignalStatus + Platform::StopRequest()
+             : status;
+}
+
 }  // namespace
 
 int main(int argumentCount, char** argumentVector) {
   std::set_terminate(EndWithoutException);
+  Platform::ResetSignals();
   Platform::IgnoreWriteSignals();
   std::span<const char* const> arguments(argumentVector, static_cast<std::size_t>(argumentCount));
   arguments = arguments.subspan(arguments.empty() ? 0 : 1);

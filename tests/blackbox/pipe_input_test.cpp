@@ -171,7 +171,7 @@ TEST(PipeDefinitionTest, IsAnErrorOfTheTools) {
     const ProcessResult result = RunLauncher(other, arguments);
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.error, arguments[0] == "--chains"
-                                ? "Error: IO Exception\n"
+                                ? "hovar: e.xml is a named pipe; a regular file is required\n"
                                 : "Error: IO Exception\n"
                                   "hovar: not done, 0 warnings; output in e.xml.output.txt\n");
     EXPECT_FALSE(other.Has("out"));

@@ -12,6 +12,7 @@
 #include "tools/plan/seed_values.h"
 #include "tools/support/chain_list.h"
 #include "tools/support/files.h"
+#include "tools/support/inputs.h"
 #include "tools/support/message.h"
 #include "tools/support/messages.h"
 #include "tools/support/shown_path.h"
@@ -53,6 +54,7 @@ ChainDefinition MakeChain(const DefinitionFile& definition, std::string_view byt
       JoinPath(JoinPath(chain.folder, definition.TextOf(Element::kMcmcSubFolder)), "Chain.csv");
   chain.coefficientFile =
       JoinPath(chain.folder, definition.TextOf(Element::kRegressionCoefficients));
+  chain.captureFile = JoinPath(chain.folder, definition.TextOf(Element::kLogFile)) + ".output.txt";
   chain.text = WithValues(bytes, {{definition.Find(Element::kFolder), chain.folder},
                                   {words[0], std::to_string(seed.z)},
                                   {words[1], std::to_string(seed.w)}});
@@ -62,6 +64,9 @@ ChainDefinition MakeChain(const DefinitionFile& definition, std::string_view byt
 /// The definition of an Analysis. Otherwise a line on standard error says what is wrong, in the
 /// program's words where it would refuse the file.
 std::optional<DefinitionFile> ReadAnalysis(const std::string& path) {
+  if (RefuseIrregular(path)) {
+    return std::nullopt;
+  }
   DefinitionReading reading = ReadDefinitionFile(path);
   if (!reading.definition) {
     SayLine(std::string(Messages::kErrorPrefix) + reading.error);
@@ -115,6 +120,10 @@ std::optional<ChainSet> MakeChainSet(const std::string& path, int count) {
   for (int number = 1; number <= count; ++number) {
     set.chains.push_back(MakeChain(*definition, *bytes, number,
                                    SeedOfChain(*seed, static_cast<std::uint32_t>(number))));
+    if (set.chains.back().text.size() > kLargestSmallFile) {
+      Say(kChainMessages.copyTooLarge, PastablePath(path), set.chains.back().name);
+      return std::nullopt;
+    }
   }
   return set;
 }
@@ -145,6 +154,9 @@ bool WriteChainList(const ChainSet& set) {
 bool WriteChainDefinition(const ChainSet& set, const ChainDefinition& chain) {
   Vell::IO::Platform::CreateFolder(set.folder.c_str());
   Vell::IO::Platform::CreateFolder(chain.folder.c_str());
+  if (RefuseIrregular(chain.file)) {
+    return false;
+  }
   if (!WriteWholeFile(chain.file, chain.text)) {
     Say(kToolMessages.cannotWrite, PastablePath(chain.file));
     return false;

@@ -17,6 +17,7 @@ struct ChainDefinition {
   std::string text;       // what it holds
   std::string chainFile;  // paths of what the run writes
   std::string coefficientFile;
+  std::string captureFile;  // for the program's lines
 };
 
 struct ChainSet {
@@ -26,7 +27,8 @@ struct ChainSet {
 };
 
 /// Makes the definitions of several chains of an Analysis. Nothing, and a line on standard error,
-/// when the file is no valid definition of an Analysis or its seed serves no several chains.
+/// when the file is no valid definition of an Analysis, its seed serves no several chains, or a
+/// definition of a chain would be larger than those that tools read.
 std::optional<ChainSet> MakeChainSet(const std::string& path, int count);
 
 /// Makes the folder of the set and writes the list of its chains there (tools/support/chain_list.h).
@@ -34,8 +36,8 @@ std::optional<ChainSet> MakeChainSet(const std::string& path, int count);
 /// list cannot be written.
 bool WriteChainList(const ChainSet& set);
 
-/// Makes the folder of a chain, in that of the set, and writes its definition there. False, with a
-/// line on standard error, when that fails.
+/// Makes the folder of a chain, in that of the set, and writes its definition there, into a regular
+/// file. False, with a line on standard error, when that fails.
 bool WriteChainDefinition(const ChainSet& set, const ChainDefinition& chain);
 
 }  // namespace Hovar

@@ -6,9 +6,9 @@
 
 #include "foundation/io/file_stream.h"
 #include "foundation/io/number_text.h"
-#include "foundation/io/platform/folders.h"
 #include "regression/coefficient_file.h"
 #include "tools/support/files.h"
+#include "tools/support/inputs.h"
 
 namespace Hovar {
 namespace {
@@ -58,9 +58,8 @@ class ChainReader {
 }  // namespace
 
 std::optional<ChainDraws> ReadChainFile(const std::string& path) {
-  namespace Platform = Vell::IO::Platform;
   const InputFile file(path);
-  if (!file.IsOpen() || Platform::KindOf(path.c_str()) != Platform::PathKind::kFile) {
+  if (!file.IsOpen()) {
     return std::nullopt;
   }
   ChainReader reader;
@@ -83,7 +82,7 @@ std::optional<ChainDraws> ReadChainFile(const std::string& path) {
 }
 
 std::vector<std::string> ReadCoefficientNames(const std::string& path) {
-  Vell::IO::FileStream stream(Vell::String(path), Vell::IO::Mode::kReadText);
+  Vell::IO::FileStream stream(Vell::String(path), kReadInput);
   RegressionResults results;
   ReadCoefficientFile(results, stream);
   std::vector<std::string> names;

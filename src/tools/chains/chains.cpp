@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/exit_status.h"
@@ -16,7 +17,9 @@
 #include "tools/run/child_run.h"
 #include "tools/run/progress.h"
 #include "tools/run/progress_display.h"
+#include "tools/support/inputs.h"
 #include "tools/support/message.h"
+#include "tools/support/messages.h"
 #include "tools/support/shown_path.h"
 
 namespace Hovar {
@@ -29,10 +32,10 @@ class RunningChain {
  public:
   explicit RunningChain(const ChainDefinition& chain)
       : chain_(chain),
-        plan_(MakeRunPlan(chain.file)),
+        plan_(MakeRunPlan(chain.file, chain.text)),
         start_(SteadySeconds()),
         progress_(plan_, start_),
-        run_(plan_.runs.front().logFile + ".output.txt") {}
+        run_(chain.captureFile) {}
 
   bool Start() { return run_.Start(chain_.file); }
   bool Advance() {
@@ -40,8 +43,7 @@ class RunningChain {
     progress_.Update(run_.Lines(), SteadySeconds());
     return isRunning;
   }
-  void Stop() { run_.Stop(); }
-
+  ChildRun& Run() noexcept { return run_; }
   const ChildRun& Run() const noexcept { return run_; }
   const std::string& Name() const noexcept { return chain_.name; }
   double Seconds() const { return SteadySeconds() - start_; }
@@ -78,6 +80,9 @@ class ChainPool {
         Show();
       }
       if (isGood && !running_.empty()) {
+        if (std::exchange(isBusy_, false)) {
+          pause.Restart();
+        }
         pause.Sleep();
       }
     }
@@ -96,7 +101,7 @@ class ChainPool {
       const ChainDefinition& chain = *waiting_.back();
       waiting_.pop_back();
       display_.Clear();  // a message of a failure must not be taken back with the bars
-      if (!WriteChainDefinition(set_, chain)) {
+      if (Platform::StopRequest() != 0 || !WriteChainDefinition(set_, chain)) {
         return false;
       }
       running_.push_back(std::make_unique<RunningChain>(chain));
@@ -112,13 +117,15 @@ class ChainPool {
   bool AdvanceRunning() {
     for (std::size_t i = 0; i < running_.size();) {
       RunningChain& chain = *running_[i];
-      if (chain.Advance()) {
-        ++i;
-        continue;
-      }
-      if (chain.Run().ExitStatus() != kSuccess) {
+      const bool isRunning = chain.Advance();
+      if (!chain.Run().Loss().empty() || (!isRunning && chain.Run().ExitStatus() != kSuccess)) {
         TellFailure(chain);
         return false;
+      }
+      isBusy_ = isBusy_ || chain.Run().IsBusy();
+      if (isRunning) {
+        ++i;
+        continue;
       }
       display_.Print(Filled(kChainMessages.chainDone, chain.Name(), DurationText(chain.Seconds())));
       running_.erase(running_.begin() + static_cast<std::ptrdiff_t>(i));
@@ -130,17 +137,25 @@ class ChainPool {
     if (Platform::StopRequest() != 0) {
       return;  // the terminal sent the request to the program too
     }
-    const std::string& error = chain.Run().Lines().Error();
-    display_.Print(error.empty() ? Filled(kChainMessages.chainEndedWithStatus, chain.Name(),
-                                          chain.Run().ExitStatus())
-                                 : chain.Name() + ": " + error);
+    const ChildRun& run = chain.Run();
+    const std::string& error = run.Lines().Error();
+    if (!run.Loss().empty()) {
+      display_.Print(run.Loss());
+    }
+    if (run.Loss().empty() || !error.empty()) {
+      display_.Print(error.empty() ? Filled(kChainMessages.chainEndedWithStatus, chain.Name(),
+                                            run.ExitStatus())
+                                   : chain.Name() + ": " + error);
+    }
     Say(kChainMessages.chainFailed, chain.Name(), PastablePath(chain.Run().CaptureFile()));
   }
 
   void StopAll() {
+    std::vector<ChildRun*> runs;
     for (const std::unique_ptr<RunningChain>& chain : running_) {
-      chain->Stop();
+      runs.push_back(&chain->Run());
     }
+    StopRuns(runs);
     running_.clear();
   }
 
@@ -158,6 +173,7 @@ class ChainPool {
   std::vector<const ChainDefinition*> waiting_;
   std::size_t jobs_;
   std::vector<std::unique_ptr<RunningChain>> running_;
+  bool isBusy_ = false;  // some chain, since the last pause
   ProgressDisplay display_;
 };
 
@@ -174,6 +190,7 @@ int Collect(const ChainSet& set) {
     std::optional<ChainDraws> read = ReadChainFile(chain.chainFile);
     const bool fits = read && (draws.empty() || HaveOneShape(*read, draws.front()));
     if (!fits) {
+      RefuseIrregular(chain.chainFile);
       Say(kChainMessages.cannotReadDraws, chain.name, PastablePath(chain.chainFile));
       return kFailure;
     }
@@ -184,8 +201,12 @@ int Collect(const ChainSet& set) {
     return kFailure;
   }
   NameEarlierChains(set);
+  const std::string& coefficientFile = set.chains.front().coefficientFile;
+  if (RefuseIrregular(coefficientFile)) {
+    return kFailure;
+  }
   const std::string text =
-      VerdictText(draws, ReadCoefficientNames(set.chains.front().coefficientFile), set.estimation);
+      VerdictText(draws, ReadCoefficientNames(coefficientFile), set.estimation);
   if (!Print(text)) {
     return kFailure;
   }
@@ -218,7 +239,12 @@ int RunChains(const ChainSettings& settings) {
   Platform::DetachStandardInput();
   Platform::RememberStopRequests();
   const int status = ChainPool(*set, std::move(chosen), JobsOf(settings)).Run();
-  return status != kSuccess || settings.onlyChain > 0 ? status : Collect(*set);
+  if (status != kSuccess || settings.onlyChain > 0) {
+    return status;
+  }
+  // Nothing runs any more that would have to be stopped.
+  Platform::ForgetStopRequests();
+  return Platform::StopRequest() != 0 ? kFailure : Collect(*set);
 }
 
 }  // namespace Hovar

@@ -18,6 +18,10 @@ struct ChainMessages {
       "hovar: <chain> has other fits than <chain>, so their data differ; run both again"};
   Messages::Pattern otherValue{
       "hovar: <chain> was run with <element> <value> instead of <value>; run it again"};
+  Messages::Pattern copyTooLarge{
+      "hovar: <file> is too large for --chains: with the folder and the seed of <chain> it has "
+      "more "
+      "than 16 MiB"};
   Messages::Pattern needsAnalysis{
       "hovar: --chains needs the definition of an Analysis, which <file> is not"};
   Messages::Pattern firstWordStandsStill{

@@ -4,6 +4,7 @@
 
 #include "foundation/io/csv_rules.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/inputs.h"
 
 namespace Hovar {
 
@@ -18,8 +19,7 @@ bool EndsField(int c) noexcept { return c == kSeparator || c == '\n'; }
 /// them.
 std::optional<WrongQuote> FirstWrongQuote(const std::string& path) {
   enum class At { kFieldStart, kPlain, kQuoted, kBehindQuote };
-  Vell::IO::FileStream stream(Vell::String(std::string_view(path)),
-                              Vell::IO::Mode::kRead | Vell::IO::Mode::kBinary);
+  Vell::IO::FileStream stream(Vell::String(std::string_view(path)), kReadInputBytes);
   At at = At::kFieldStart;
   std::int64_t opened = 0;
   bool hasLineFeed = false;  // the quoted field
@@ -103,8 +103,7 @@ std::string DecodedField(std::string_view field) {
 }
 
 RecordWalker::RecordWalker(const std::string& path)
-    : stream_(Vell::String(std::string_view(path)),
-              Vell::IO::Mode::kRead | Vell::IO::Mode::kBinary) {}
+    : stream_(Vell::String(std::string_view(path)), kReadInputBytes) {}
 
 bool RecordWalker::Next() {
   record_.clear();

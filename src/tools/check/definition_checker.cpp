@@ -19,6 +19,7 @@
 #include "tools/plan/messages.h"
 #include "tools/support/error_capture.h"
 #include "tools/support/files.h"
+#include "tools/support/inputs.h"
 #include "tools/support/message.h"
 #include "tools/support/paths.h"
 #include "tools/support/text_places.h"
@@ -53,7 +54,7 @@ bool CheckInputFile(Findings& findings, const std::string& path, FileRole role,
       break;
   }
   if (ErrorOf([&path] {
-        Vell::IO::FileStream(Vell::String(path), Vell::IO::Mode::kReadText).Peek();
+        Vell::IO::FileStream(Vell::String(path), kReadInput).Peek();
       }).has_value()) {
     findings.AddError(file, place, Filled(kInputMessages.cannotRead, subject));
     return false;

@@ -14,6 +14,7 @@
 #include "tools/check/csv.h"
 #include "tools/check/findings.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/inputs.h"
 #include "tools/support/text_places.h"
 
 namespace Hovar {
@@ -29,7 +30,7 @@ template <typename Read>
 std::optional<Stop> StopOf(const std::string& path, Read read) {
   std::int64_t offset = 0;
   std::optional<std::string> error = ErrorOf([&] {
-    Vell::IO::FileStream stream(Vell::String(std::string_view(path)), Vell::IO::Mode::kReadText);
+    Vell::IO::FileStream stream(Vell::String(std::string_view(path)), kReadInput);
     try {
       read(stream);
     } catch (const Vell::Exceptions::Exception&) {

@@ -8,6 +8,7 @@
 #include "messages/error_texts.h"
 #include "tools/support/error_capture.h"
 #include "tools/support/files.h"
+#include "tools/support/inputs.h"
 #include "tools/support/memory_stream.h"
 
 namespace Hovar {
@@ -145,8 +146,8 @@ std::optional<std::string> ErrorOfReading(const TextSource& text, std::int64_t& 
       const auto stream = Vell::MakeShared<MemoryStream>(*text.Bytes(), text.Path());
       readFrom(stream, [&] { return stream->Tell(); });
     } else {
-      const auto stream = Vell::MakeShared<FileStream>(Vell::String(std::string_view(text.Path())),
-                                                       Vell::IO::Mode::kReadText);
+      const auto stream =
+          Vell::MakeShared<FileStream>(Vell::String(std::string_view(text.Path())), kReadInput);
       readFrom(stream, [&] { return stream->TellOr(0); });
     }
   });

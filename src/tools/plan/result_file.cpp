@@ -1,20 +1,16 @@
 #include "tools/plan/result_file.h"
 
 #include "foundation/io/file_stream.h"
-#include "foundation/io/platform/folders.h"
 #include "regression/coefficient_file.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/inputs.h"
 
 namespace Hovar {
 
 std::optional<RegressionResults> ReadResultFile(const std::string& path) {
-  namespace Platform = Vell::IO::Platform;
-  if (Platform::KindOf(path.c_str()) != Platform::PathKind::kFile) {
-    return std::nullopt;  // reading a pipe would wait
-  }
   RegressionResults results;
   const std::optional<std::string> error = ErrorOf([&] {
-    Vell::IO::FileStream stream(Vell::String(path), Vell::IO::Mode::kReadText);
+    Vell::IO::FileStream stream(Vell::String(path), kReadInput);
     ReadCoefficientFile(results, stream);
   });
   return error.has_value() ? std::nullopt : std::optional(std::move(results));

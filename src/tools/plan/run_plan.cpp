@@ -49,7 +49,8 @@ PlannedRun PlanOf(const DefinitionFile& definition) {
   return run;
 }
 
-void Follow(RunPlan& plan, const std::string& path, std::vector<std::string>& batches);
+void Follow(RunPlan& plan, const std::string& path, std::optional<std::string> bytes,
+            std::vector<std::string>& batches);
 
 void FollowBatch(RunPlan& plan, const DefinitionFile& batch, std::vector<std::string>& batches) {
   const bool isCircle = std::find(batches.begin(), batches.end(), batch.path) != batches.end();
@@ -59,15 +60,16 @@ void FollowBatch(RunPlan& plan, const DefinitionFile& batch, std::vector<std::st
   batches.push_back(batch.path);
   for (const std::string& simulation : batch.simulations) {
     if (plan.filesFollowed < kMostFiles) {
-      Follow(plan, simulation, batches);
+      Follow(plan, simulation, ReadSmallFile(simulation), batches);
     }
   }
   batches.pop_back();
 }
 
-void Follow(RunPlan& plan, const std::string& path, std::vector<std::string>& batches) {
+/// `bytes` is nothing when the file cannot be read.
+void Follow(RunPlan& plan, const std::string& path, std::optional<std::string> bytes,
+            std::vector<std::string>& batches) {
   ++plan.filesFollowed;
-  std::optional<std::string> bytes = ReadSmallFile(path);
   if (!bytes) {
     return;
   }
@@ -90,7 +92,15 @@ RunPlan MakeRunPlan(const std::string& definition) {
   RunPlan plan;
   plan.definition = definition;
   std::vector<std::string> batches;
-  Follow(plan, definition, batches);
+  Follow(plan, definition, ReadSmallFile(definition), batches);
+  return plan;
+}
+
+RunPlan MakeRunPlan(const std::string& definition, std::string bytes) {
+  RunPlan plan;
+  plan.definition = definition;
+  std::vector<std::string> batches;
+  Follow(plan, definition, std::move(bytes), batches);
   return plan;
 }
 

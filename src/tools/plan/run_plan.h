@@ -50,4 +50,7 @@ struct RunPlan {
 
 RunPlan MakeRunPlan(const std::string& definition);
 
+/// The same for a definition with these bytes, whatever its file holds.
+RunPlan MakeRunPlan(const std::string& definition, std::string bytes);
+
 }  // namespace Hovar

@@ -17,6 +17,9 @@ struct ReportMessages {
   Messages::Pattern link{"hovar: left out <path>: a symbolic link"};
   Messages::Pattern noFile{"hovar: left out <path>: no regular file"};
   Messages::Pattern tooDeep{"hovar: left out <path>: more than four folders deep"};
+  Messages::Pattern pageBehindBackslash{
+      "hovar: the page <file> is not found, because each '\\' in it separates folders; install the "
+      "command in a folder without one in its path"};
   Messages::Pattern notThePage{"hovar: this is not the page of a report: <file>"};
 };
 

@@ -20,9 +20,19 @@ namespace {
 constexpr std::string_view kPlaceForFiles = "<!-- hovar:files -->";
 constexpr std::string_view kReportName = "report.html";
 
-/// The page of the installation, or of the build tree to which the launcher belongs.
-std::string PageFile() {
-  return std::string(InstallationFolder().View()) + "/share/hovar/report.html";
+/// The page of the installation, or of the build tree to which the launcher belongs. Otherwise a
+/// line on standard error says why it cannot be had.
+std::optional<std::string> PageFile() {
+  const std::optional<Installation> installation = FindInstallation();
+  if (!installation) {
+    return std::nullopt;
+  }
+  std::string page = std::string(installation->root.View()) + "/share/hovar/report.html";
+  if (page.find('\\') != std::string::npos) {
+    Say(kReportMessages.pageBehindBackslash, page);
+    return std::nullopt;
+  }
+  return page;
 }
 
 /// The place of the line that holds nothing but the mark for the files.
@@ -44,12 +54,15 @@ std::size_t FindPlace(std::string_view page) {
 }  // namespace
 
 bool WriteReport(const std::string& reportFile, const std::vector<std::string>& folders) {
-  const std::string pageFile = PageFile();
-  const std::optional<std::string> page = ReadSmallFile(pageFile);
+  const std::optional<std::string> pageFile = PageFile();
+  if (!pageFile) {
+    return false;
+  }
+  const std::optional<std::string> page = ReadSmallFile(*pageFile);
   const std::size_t place = page ? FindPlace(*page) : std::string::npos;
   if (place == std::string::npos) {
-    SayLine(page ? Filled(kReportMessages.notThePage, pageFile)
-                 : Filled(kReportMessages.cannotReadPage, pageFile));
+    SayLine(page ? Filled(kReportMessages.notThePage, *pageFile)
+                 : Filled(kReportMessages.cannotReadPage, *pageFile));
     return false;
   }
   OutputFile report(reportFile);

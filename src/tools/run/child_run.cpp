@@ -19,30 +19,49 @@ ChildRun::ChildRun(std::string captureFile, LineHandler handleLine)
     : captureFile_(std::move(captureFile)), handleLine_(std::move(handleLine)) {}
 
 ChildRun::~ChildRun() {
-  if (process_ != Platform::kNoProcess && !HasEnded()) {
-    Platform::StopProcess(process_);
+  if (IsRunning()) {
+    Platform::KillProcess(process_);
     Platform::WaitForProcess(process_);
+  }
+  for (const Platform::FileHandle file : {capture_, lineSource_}) {
+    if (file != Platform::kNoFile) {
+      Platform::CloseFile(file);
+    }
   }
 }
 
+bool ChildRun::OpenCapture() {
+  if (!captureFile_.empty()) {
+    capture_ = Platform::OpenFile(captureFile_.c_str(), Platform::Access::kWrite);
+    if (capture_ == Platform::kNoFile) {
+      Say(kToolMessages.cannotWrite, PastablePath(captureFile_));
+      return false;
+    }
+  }
+  return true;
+}
+
 bool ChildRun::Start(const std::string& definition) {
-  const Platform::FileHandle output =
-      Platform::OpenFile(captureFile_.c_str(), Platform::Access::kWrite);
-  capture_ = std::make_unique<InputFile>(captureFile_);
-  if (output == Platform::kNoFile || !capture_->IsOpen()) {
-    Say(kToolMessages.cannotWrite, PastablePath(captureFile_));
+  const std::optional<Installation> installation = FindInstallation();
+  if (!installation || !OpenCapture()) {
     return false;
   }
-  const Vell::String root = InstallationFolder();
-  const Vell::String program = ProgramFileIn(root);
-  const Vell::String name = ProgramNameIn(root);
-  const std::array<const char*, 3> arguments{name.CStr(), definition.c_str(), nullptr};
-  process_ = Platform::StartProcess(program.CStr(), arguments.data(),
-                                    {Platform::kStandardInput, output, output});
-  Platform::CloseFile(output);
+  const Platform::Pipe pipe = Platform::NewPipe();
+  lineSource_ = pipe.output;
+  const std::array<const char*, 3> arguments{installation->programName.CStr(), definition.c_str(),
+                                             nullptr};
+  bool isBound = true;
+  if (pipe.input != Platform::kNoFile) {
+    process_ = Platform::StartProcess(installation->program.CStr(), arguments.data(),
+                                      {Platform::kStandardInput, pipe.input, pipe.input}, &isBound);
+    Platform::CloseFile(pipe.input);
+  }
   if (process_ == Platform::kNoProcess) {
-    Say(kRunMessages.cannotStart, program.View());
+    Say(kRunMessages.cannotStart, installation->program.View());
     return false;
+  }
+  if (!isBound) {
+    Say(kRunMessages.outlivesCommand);
   }
   return true;
 }
@@ -58,29 +77,72 @@ bool ChildRun::Advance() {
 }
 
 void ChildRun::Stop() {
-  if (process_ != Platform::kNoProcess && !HasEnded()) {
-    Platform::StopProcess(process_);
-    exitStatus_ = Platform::WaitForProcess(process_);
-    ReadNew();
-    HandleRest();
+  ChildRun* const self = this;
+  StopRuns({&self, 1});
+}
+
+void StopRuns(std::span<ChildRun* const> runs) {
+  constexpr double kPatience = 3;  // seconds
+  const double start = SteadySeconds();
+  const auto forEachRunning = [runs](auto take) {
+    for (ChildRun* const run : runs) {
+      if (run->IsRunning()) {
+        take(*run);
+      }
+    }
+  };
+  forEachRunning([](const ChildRun& run) { Platform::StopProcess(run.process_); });
+  PollPause pause;
+  for (bool isRunning = true; isRunning;) {
+    const bool isOver = SteadySeconds() - start >= kPatience || Platform::StopRequestCount() > 1;
+    isRunning = false;
+    forEachRunning([&](ChildRun& run) {
+      if (isOver) {
+        Platform::KillProcess(run.process_);
+      }
+      isRunning = run.Advance() || isRunning;
+    });
+    if (isRunning) {
+      pause.Sleep();
+    }
   }
 }
 
 void ChildRun::ReadNew() {
+  // More than the pipe holds, so that all is read after the end; not for ever, if it never ends.
+  constexpr std::size_t kMostAtOnce = std::size_t{4} << 20;
+  constexpr std::size_t kMuch = std::size_t{16} << 10;  // a quarter of a small pipe
   std::array<char, 65536> block;
-  for (std::int64_t count = capture_->Read(block); count > 0; count = capture_->Read(block)) {
-    std::string_view text(block.data(), static_cast<std::size_t>(count));
-    for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
-      partialLine_.append(text.substr(0, end + 1));
-      text.remove_prefix(end + 1);
-      lines_.Take(std::string_view(partialLine_).substr(0, partialLine_.size() - 1));
-      if (handleLine_) {
-        handleLine_(partialLine_);
-      }
-      partialLine_.clear();
+  std::size_t taken = 0;
+  while (taken < kMostAtOnce) {
+    const std::int64_t count = Platform::ReadArrived(lineSource_, block.data(), block.size());
+    if (count == Platform::kPipeFailure) {
+      loss_ = kRunMessages.cannotReadLines.Text();
     }
-    partialLine_.append(text);
+    if (count <= 0) {
+      break;
+    }
+    Take({block.data(), static_cast<std::size_t>(count)});
+    taken += static_cast<std::size_t>(count);
   }
+  isBusy_ = taken >= kMuch;
+}
+
+void ChildRun::Take(std::string_view text) {
+  if (capture_ != Platform::kNoFile && loss_.empty() &&
+      !Platform::WriteFile(capture_, text.data(), text.size())) {
+    loss_ = Filled(kToolMessages.cannotWrite, PastablePath(captureFile_));
+  }
+  for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
+    partialLine_.append(text.substr(0, end + 1));
+    text.remove_prefix(end + 1);
+    lines_.Take(std::string_view(partialLine_).substr(0, partialLine_.size() - 1));
+    if (handleLine_) {
+      handleLine_(partialLine_);
+    }
+    partialLine_.clear();
+  }
+  partialLine_.append(text);
 }
 
 void ChildRun::HandleRest() {

@@ -1,18 +1,18 @@
 #pragma once
 
 // One run of the program as a child process. What it writes on standard output and standard error
-// goes, in its order, into one file, which is read as it grows. Its standard input is empty, so
-// that it never waits for a key.
+// comes, in its order, through one pipe, so that a full disk takes nothing of it. Its standard input
+// is empty, so that it never waits for a key.
 
+#include <cstddef>
 #include <functional>
-#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "foundation/io/platform/processes.h"
 #include "tools/run/run_lines.h"
-#include "tools/support/files.h"
 
 namespace Hovar {
 
@@ -21,9 +21,10 @@ class ChildRun {
   /// Called with each line and its line feed, which the last one may lack.
   using LineHandler = std::function<void(std::string_view line)>;
 
-  /// `captureFile` is created or emptied by Start.
+  /// All that the program writes goes into `captureFile`, which Start creates or empties; into no
+  /// file when the path is empty.
   explicit ChildRun(std::string captureFile, LineHandler handleLine = {});
-  /// Stops the program if it still runs.
+  /// Ends the program, which is not asked, if it still runs.
   ~ChildRun();
   ChildRun(const ChildRun&) = delete;
   ChildRun& operator=(const ChildRun&) = delete;
@@ -33,9 +34,16 @@ class ChildRun {
 
   /// Reads new output. True while the program runs; not to be called after its end.
   bool Advance();
-  /// Asks the program to end, waits for it and reads the rest.
+  /// Ends the program as StopRuns does.
   void Stop();
 
+  /// True when so much was read at last that the program may have to wait before it can write more.
+  bool IsBusy() const noexcept { return isBusy_; }
+  /// The line that says why not all that the program writes is read and kept, or the empty text.
+  const std::string& Loss() const noexcept { return loss_; }
+  bool IsRunning() const noexcept {
+    return process_ != Vell::IO::Platform::kNoProcess && !HasEnded();
+  }
   bool HasEnded() const noexcept { return exitStatus_.has_value(); }
   /// The program's exit status (128 + n when signal n ended it), or -1 while it runs.
   int ExitStatus() const noexcept { return exitStatus_.value_or(-1); }
@@ -43,17 +51,28 @@ class ChildRun {
   const std::string& CaptureFile() const noexcept { return captureFile_; }
 
  private:
+  friend void StopRuns(std::span<ChildRun* const> runs);
+
+  bool OpenCapture();
   void ReadNew();
+  void Take(std::string_view text);
   void HandleRest();
 
   std::string captureFile_;
   LineHandler handleLine_;
-  std::unique_ptr<InputFile> capture_;
+  Vell::IO::Platform::FileHandle capture_ = Vell::IO::Platform::kNoFile;
+  Vell::IO::Platform::FileHandle lineSource_ = Vell::IO::Platform::kNoFile;
+  std::string loss_;
+  bool isBusy_ = false;
   Vell::IO::Platform::ProcessHandle process_ = Vell::IO::Platform::kNoProcess;
   std::optional<int> exitStatus_;
   std::string partialLine_;
   RunLines lines_;
 };
+
+/// Asks the programs that still run to end, all at once, waits for them and reads the rest. Those
+/// that have not ended after a few seconds, or at a second request to end, are not asked any more.
+void StopRuns(std::span<ChildRun* const> runs);
 
 /// Seconds on a monotonic clock, from an arbitrary start.
 double SteadySeconds();
@@ -63,6 +82,8 @@ double SteadySeconds();
 class PollPause {
  public:
   void Sleep();
+  /// To be called when there was much to do: the next pauses are short again.
+  void Restart() noexcept { milliseconds_ = 1; }
 
  private:
   int milliseconds_ = 1;

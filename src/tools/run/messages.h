@@ -7,6 +7,7 @@ namespace Hovar {
 /// What a watched run says on standard error.
 struct RunMessages {
   Messages::Pattern cannotMoveAside{"hovar: cannot move <file> aside"};
+  Messages::Pattern cannotReadLines{"hovar: cannot read what the program writes"};
   Messages::Pattern cannotStart{"hovar: cannot start <file>"};
   Messages::Pattern done{"hovar: done, <warnings>; output in <file>"};
   Messages::Pattern endedWithStatus{"hovar: the program ended with status <status>"};
@@ -14,6 +15,9 @@ struct RunMessages {
       "hovar: <file> changed during the run; the record has its hash from before"};
   Messages::Pattern kept{"hovar: kept <file> as <file>"};
   Messages::Pattern notDone{"hovar: not done, <warnings>; output in <file>"};
+  Messages::Pattern outlivesCommand{
+      "hovar: the system does not end the program with this command; if the command is killed, end "
+      "the program too"};
   Messages::Pattern recordIsOfRun{
       "hovar: the record cannot be written to <file>, a file of the run itself"};
   Messages::Pattern wouldMoveInput{

@@ -127,8 +127,9 @@ void RunRecord::NoteEnd(bool withData) {
   }
   std::set<std::string> known;
   for (const InputFacts& data : data_) {
-    if (withData && !data.sha256.empty() && known.insert(data.path).second &&
-        Sha256OfFile(data.path) != data.sha256) {
+    const bool isToHash = withData && !data.sha256.empty() && known.insert(data.path).second;
+    const bool hasOther = isToHash && Sha256OfFile(data.path) != data.sha256;
+    if (hasOther && Platform::StopRequest() == 0) {  // which would have ended the hashing
       AddChanged(data.path);
     }
   }

@@ -30,30 +30,19 @@ namespace {
 
 namespace Platform = Vell::IO::Platform;
 
-// What follows the name of the log; for a temporary file, the name of the run record.
-constexpr std::string_view kCaptureSuffix = ".output.txt";
-constexpr std::string_view kTemporarySuffix = ".output.part";
-
-/// The file for the program's lines: beside the log of the first run. Its folder is made as the
-/// program would make it. Without a log to be beside, the file is beside the definition.
-std::string PathBesideLog(const RunPlan& plan, std::string_view suffix) {
+/// The file for the program's lines where a bar takes their place: beside the log of the first run.
+/// Its folder is made as the program would make it. Without a log to be beside, the file is beside
+/// the definition.
+std::string CaptureFileFor(const RunPlan& plan) {
+  constexpr std::string_view kSuffix = ".output.txt";
   if (!plan.runs.empty()) {
     const PlannedRun& run = plan.runs.front();
     Platform::CreateFolder(run.folder.c_str());
     if (Platform::FolderIsWritable(run.folder.c_str())) {
-      return run.logFile + std::string(suffix);
+      return run.logFile + std::string(kSuffix);
     }
   }
-  return plan.definition + std::string(suffix);
-}
-
-std::string CaptureFileFor(const RunSettings& settings, const RunPlan& plan) {
-  if (settings.showProgress) {
-    return PathBesideLog(plan, kCaptureSuffix);
-  }
-  const bool isDevice = Platform::KindOf(settings.recordFile.c_str()) == Platform::PathKind::kOther;
-  return isDevice ? PathBesideLog(plan, kTemporarySuffix)
-                  : settings.recordFile + std::string(kTemporarySuffix);
+  return plan.definition + std::string(kSuffix);
 }
 
 /// What a supervised run writes besides the program's own outputs.
@@ -127,15 +116,23 @@ class Bar {
 /// Supervises the program to its end and returns the exit status.
 int Supervise(ChildRun& run, Bar& bar, const LineEcho& echo) {
   PollPause pause;
-  while (run.Advance() && Platform::StopRequest() == 0 && echo.IsGood()) {
+  while (run.Advance() && Platform::StopRequest() == 0 && echo.IsGood() && run.Loss().empty()) {
     bar.Update(run.Lines());
+    if (run.IsBusy()) {
+      pause.Restart();
+    }
     pause.Sleep();
   }
   const bool hasEnded = run.HasEnded();
   run.Stop();
   bar.End(run);
-  if (!hasEnded && Platform::StopRequest() != 0) {
+  const bool isWhole = hasEnded && echo.IsGood() && run.Loss().empty();
+  if (!isWhole && Platform::StopRequest() != 0) {
     return Platform::kSignalStatus + Platform::StopRequest();
+  }
+  if (!run.Loss().empty()) {
+    SayLine(run.Loss());
+    return kFailure;
   }
   if (!echo.IsGood()) {
     Say(kToolMessages.cannotPrint);
@@ -146,22 +143,6 @@ int Supervise(ChildRun& run, Bar& bar, const LineEcho& echo) {
   }
   return run.ExitStatus();
 }
-
-/// Removes a file, if its path is not empty, at the end of the scope.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(std::string path) : path_(std::move(path)) {}
-  ~TemporaryFile() {
-    if (!path_.empty()) {
-      Platform::RemoveFile(path_.c_str());
-    }
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-
- private:
-  std::string path_;
-};
 
 /// True when the run reads or writes the file itself.
 bool BelongsToRun(const std::string& path, const RunPlan& plan) {
@@ -187,6 +168,9 @@ int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
       return kFailure;
     }
     record.emplace(plan);
+  }
+  if (Platform::StopRequest() != 0) {
+    return Platform::kSignalStatus + Platform::StopRequest();
   }
   if (!run.Start(settings.definition)) {
     return kFailure;
@@ -217,7 +201,7 @@ int RunSupervised(const RunSettings& settings) {
     return kFailure;
   }
   const bool isSupervised = settings.showProgress || !settings.recordFile.empty();
-  const std::string captureFile = isSupervised ? CaptureFileFor(settings, plan) : std::string();
+  const std::string captureFile = settings.showProgress ? CaptureFileFor(plan) : std::string();
   if (settings.keepOutputs && !KeepOutputs(plan, FurtherOutputs(settings, captureFile))) {
     return kFailure;
   }
@@ -227,7 +211,6 @@ int RunSupervised(const RunSettings& settings) {
   }
   Platform::DetachStandardInput();
   Platform::RememberStopRequests();
-  const TemporaryFile temporary(settings.showProgress ? std::string() : captureFile);
   LineEcho echo;
   ChildRun run(
       captureFile,

@@ -10,7 +10,7 @@ namespace Hovar {
 namespace Platform = Vell::IO::Platform;
 
 InputFile::InputFile(const std::string& path)
-    : file_(Platform::OpenFile(path.c_str(), Platform::Access::kRead)) {}
+    : file_(Platform::OpenFile(path.c_str(), Platform::Access::kReadRegular)) {}
 
 InputFile::~InputFile() {
   if (IsOpen()) {
@@ -40,15 +40,10 @@ std::optional<std::int64_t> FileSize(const std::string& path) {
 }
 
 std::optional<std::string> ReadSmallFile(const std::string& path) {
-  constexpr std::size_t kLimit = std::size_t{16} << 20;
   constexpr std::size_t kBlock = std::size_t{64} << 10;
-  // Opening a pipe would wait for, and take, what is meant for another reader.
-  if (Platform::KindOf(path.c_str()) != Platform::PathKind::kFile) {
-    return std::nullopt;
-  }
   const InputFile file(path);
   std::string text;
-  while (file.IsOpen() && text.size() <= kLimit) {
+  while (file.IsOpen() && text.size() <= kLargestSmallFile) {
     const std::size_t size = text.size();
     text.resize(size + kBlock);
     const std::int64_t count = file.Read({text.data() + size, kBlock});
@@ -57,7 +52,7 @@ std::optional<std::string> ReadSmallFile(const std::string& path) {
     }
     text.resize(size + static_cast<std::size_t>(count));
     if (count < static_cast<std::int64_t>(kBlock)) {
-      return text;
+      return text.size() <= kLargestSmallFile ? std::optional(std::move(text)) : std::nullopt;
     }
   }
   return std::nullopt;

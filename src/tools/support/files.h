@@ -14,7 +14,7 @@
 
 namespace Hovar {
 
-/// A file opened for reading, which the object closes; IsOpen says whether that succeeded.
+/// A regular file opened for reading, which the object closes; IsOpen says whether that succeeded.
 class InputFile {
  public:
   explicit InputFile(const std::string& path);
@@ -30,18 +30,20 @@ class InputFile {
   /// later call finds what has been written after the former end in the meantime.
   std::int64_t Read(std::span<char> buffer) const noexcept;
 
-  /// The length in bytes; -1 when it has none, as a pipe.
+  /// The length in bytes, or -1 on failure.
   std::int64_t Length() const noexcept { return Vell::IO::Platform::FileLength(file_); }
 
  private:
   Vell::IO::Platform::FileHandle file_;
 };
 
-/// The length of a file in bytes, -1 when it has none, as a pipe; nothing when it cannot be opened.
+/// The length of a regular file in bytes; nothing when it cannot be opened.
 std::optional<std::int64_t> FileSize(const std::string& path);
 
-/// The bytes of a regular file of up to 16 MiB; nothing when there is no such file, it is larger or
-/// cannot be read.
+inline constexpr std::size_t kLargestSmallFile = std::size_t{16} << 20;
+
+/// The bytes of a regular file of up to kLargestSmallFile bytes; nothing when there is no such file,
+/// it is larger or cannot be read.
 std::optional<std::string> ReadSmallFile(const std::string& path);
 
 /// A file that is written beside its name, as NAME.part, and takes its name, and the place of an

@@ -6,36 +6,34 @@
 #include "foundation/io/platform/folders.h"
 #include "foundation/io/platform/platform.h"
 #include "program_names.h"
+#include "tools/support/message.h"
+#include "tools/support/messages.h"
 
 namespace Hovar {
 
 namespace Platform = Vell::IO::Platform;
+using Vell::String;
 
-Vell::String InstallationFolder() {
+std::optional<Installation> FindInstallation() {
   std::array<char, 4096> file;
   if (!Platform::ProgramFile(file.data(), file.size())) {
-    return Vell::String();
+    SayWithoutMemory(kToolMessages.noInstallation);
+    return std::nullopt;
   }
-  Vell::String folder(file.data());
+  String root(file.data());
   for (int level = 0; level < 2; ++level) {
-    const std::int32_t separator = folder.FindLast('/');
+    const std::int32_t separator = root.FindLast('/');
     if (separator < 0) {
-      return Vell::String();
+      SayWithoutMemory(kToolMessages.noInstallation);
+      return std::nullopt;
     }
-    folder.Truncate(separator);
-    if (Platform::KindOf(ProgramFileIn(folder).CStr()) == Platform::PathKind::kFile) {
+    root.Truncate(separator);
+    if (Platform::IsFileOfSystem(Vell::Concatenate(root, kProgramFile).CStr())) {
       break;
     }
   }
-  return folder;
-}
-
-Vell::String ProgramFileIn(const Vell::String& root) {
-  return Vell::Concatenate(root, kProgramFile);
-}
-
-Vell::String ProgramNameIn(const Vell::String& root) {
-  return Vell::Concatenate(root, kProgramName);
+  return Installation{root, Vell::Concatenate(root, kProgramFile),
+                      Vell::Concatenate(root, kProgramName)};
 }
 
 }  // namespace Hovar

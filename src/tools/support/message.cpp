@@ -13,6 +13,11 @@ void SayLine(std::string_view line) {
   Platform::WriteFile(Platform::kStandardError, text.data(), text.size());
 }
 
+void SayWithoutMemory(const Messages::Pattern& message) noexcept {
+  Platform::WriteFile(Platform::kStandardError, message.Text().data(), message.Text().size());
+  Platform::WriteFile(Platform::kStandardError, "\n", 1);
+}
+
 bool Print(std::string_view text) {
   const bool isWritten = Platform::WriteFile(Platform::kStandardOutput, text.data(), text.size());
   if (!isWritten) {

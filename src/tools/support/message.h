@@ -33,6 +33,9 @@ void Say(const Messages::PatternWithParts<sizeof...(Parts)>& message, const Part
   SayLine(Filled(message, parts...));
 }
 
+/// Writes a message without parts as Say does, but needs no memory.
+void SayWithoutMemory(const Messages::Pattern& message) noexcept;
+
 /// Writes a text on standard output. False when that fails, which a line on standard error says.
 bool Print(std::string_view text);
 

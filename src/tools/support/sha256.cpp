@@ -4,7 +4,7 @@
 #include <bit>
 #include <vector>
 
-#include "foundation/io/platform/folders.h"
+#include "foundation/io/platform/processes.h"
 #include "tools/support/files.h"
 
 namespace Hovar {
@@ -103,12 +103,7 @@ std::string Sha256Of(std::string_view bytes) {
 }
 
 std::optional<std::string> Sha256OfFile(const std::string& path) {
-  using Vell::IO::Platform::KindOf;
-  using Vell::IO::Platform::PathKind;
   constexpr std::size_t kRead = std::size_t{1} << 20;
-  if (KindOf(path.c_str()) != PathKind::kFile) {
-    return std::nullopt;
-  }
   const InputFile file(path);
   if (!file.IsOpen()) {
     return std::nullopt;
@@ -117,6 +112,9 @@ std::optional<std::string> Sha256OfFile(const std::string& path) {
   std::vector<char> buffer(kRead);
   std::int64_t count = 0;
   while ((count = file.Read(buffer)) > 0) {
+    if (Vell::IO::Platform::StopRequest() != 0) {
+      return std::nullopt;
+    }
     hash.Add({buffer.data(), static_cast<std::size_t>(count)});
   }
   return count == 0 ? std::optional<std::string>(hash.Finish()) : std::nullopt;

@@ -34,7 +34,8 @@ class Sha256 {
 /// The digest of a whole text.
 std::string Sha256Of(std::string_view bytes);
 
-/// The digest of a regular file; nothing when it cannot be read.
+/// The digest of a regular file; nothing when it cannot be read, and when a request to end comes
+/// that is remembered.
 std::optional<std::string> Sha256OfFile(const std::string& path);
 
 }  // namespace Hovar

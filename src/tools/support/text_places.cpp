@@ -6,13 +6,13 @@
 #include "foundation/io/file_stream.h"
 #include "foundation/io/platform/platform.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/inputs.h"
 
 namespace Hovar {
 namespace {
 
 using Vell::IO::FileStream;
 
-constexpr std::uint32_t kReadBytes = Vell::IO::Mode::kRead | Vell::IO::Mode::kBinary;
 constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 
 /// Passes the bytes of a text from `offset` on to `take`, block by block, until it returns false.
@@ -25,7 +25,7 @@ void ReadBlocks(const TextSource& text, std::int64_t offset, Take take) {
     return;
   }
   ErrorOf([&] {
-    FileStream stream(Vell::String(std::string_view(text.Path())), kReadBytes);
+    FileStream stream(Vell::String(std::string_view(text.Path())), kReadInputBytes);
     stream.Seek(offset);
     for (std::string_view block = stream.Window(); !block.empty(); block = stream.Window()) {
       if (!take(block)) {
