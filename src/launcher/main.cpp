@@ -18,6 +18,7 @@
 #include "foundation/exit_status.h"
 #include "foundation/io/platform/platform.h"
 #include "foundation/io/platform/processes.h"
+#include "foundation/io/platform/temporary_files.h"
 #include "launcher/messages.h"
 #include "launcher/options.h"
 #include "launcher_text.h"
@@ -42,6 +43,7 @@ int FailForMemory() { return Fail(Hovar::kLauncherMessages.outOfMemory); }
 /// Ends the process where an error could not be raised, or not be handled; always with exit status
 /// 1. A machine without memory when the process started leaves the runtime nothing to throw with.
 [[noreturn]] void EndWithoutException() noexcept {
+  Platform::RemoveTemporaryFiles();
   std::_Exit(std::current_exception() == nullptr ? FailForMemory()
                                                  : Fail(Hovar::kLauncherMessages.endedByFault));
 }
@@ -53,6 +55,7 @@ int RunTool(std::span<const char* const> arguments) {
   if (!task) {
     return kFailure;
   }
+  Platform::RemoveTemporaryFilesAtEnd();
   if (const auto* const run = std::get_if<Hovar::RunSettings>(&*task)) {
     return Hovar::RunSupervised(*run);
   }

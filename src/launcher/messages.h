@@ -14,6 +14,9 @@ struct LauncherMessages {
   Messages::Pattern needs{"hovar: <option> needs a <value>"};
   Messages::Pattern needsFolder{"hovar: --report needs a FOLDER"};
   Messages::Pattern needsNumber{"hovar: <option> needs a number from 1 to <number>"};
+  Messages::Pattern needsPath{
+      "hovar: <option> needs a <value>, and <word> looks like an option; write ./<word> if it is a "
+      "name"};
   Messages::Pattern noOption{"hovar: there is no option <option>"};
   Messages::Pattern notWithChains{"hovar: <option> does not go with --chains"};
   Messages::Pattern notWithCheck{"hovar: <option> does not go with --check"};
@@ -23,6 +26,7 @@ struct LauncherMessages {
   Messages::Pattern onlyAndOthers{"hovar: --only does not go with --jobs or --collect"};
   Messages::Pattern outOfMemory{"hovar: out of memory"};
   Messages::Pattern seeHelp{"hovar: see hovar --help"};
+  Messages::Pattern takesNoValue{"hovar: <option> takes no value"};
 };
 
 inline constexpr LauncherMessages kLauncherMessages;

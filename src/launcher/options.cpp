@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <utility>
 
 #include "launcher/messages.h"
 #include "tools/support/message.h"
@@ -16,6 +17,14 @@ constexpr int kMostChains = 9999;
 constexpr std::array<std::string_view, 12> kOptionNames{
     "--json",   "--keep", "--progress", "--check",   "--strict", "--data",
     "--chains", "--jobs", "--only",     "--collect", "--report", "--output"};
+
+constexpr std::array<std::string_view, 5> kOptionsWithValue{"--json", "--chains", "--jobs",
+                                                            "--only", "--output"};
+
+bool TakesValue(std::string_view option) noexcept {
+  return std::find(kOptionsWithValue.begin(), kOptionsWithValue.end(), option) !=
+         kOptionsWithValue.end();
+}
 
 void RefuseUsage(std::string_view reason) {
   SayLine(reason);
@@ -51,7 +60,16 @@ class Parser {
     }
   }
 
-  void TakeOption(std::string_view option) {
+  /// Takes an option, "--option" or "--option=value".
+  void TakeOption(std::string_view argument) {
+    const std::string_view option = argument.substr(0, argument.find('='));
+    if (option.size() < argument.size()) {
+      value_ = argument.substr(option.size() + 1);
+      if (IsLauncherOption(option) && !TakesValue(option)) {
+        problem_ = Filled(kLauncherMessages.takesNoValue, option);
+        return;
+      }
+    }
     if (std::find(given_.begin(), given_.end(), option) != given_.end()) {
       problem_ = Filled(kLauncherMessages.givenTwice, option);
       return;
@@ -82,16 +100,32 @@ class Parser {
     }
   }
 
-  std::string Text(std::string_view option, std::string_view what) {
-    if (next_ == arguments_.size() || arguments_[next_].empty()) {
-      problem_ = Filled(kLauncherMessages.needs, option, what);
-      return {};
+  /// The value of an option: what follows its equals sign, or else the next argument.
+  std::string_view Value() {
+    if (value_) {
+      return *std::exchange(value_, std::nullopt);
     }
-    return std::string(arguments_[next_++]);
+    return next_ < arguments_.size() ? arguments_[next_++] : std::string_view();
+  }
+
+  /// The name of a file. What begins with a hyphen is taken for an option that stands where the name is
+  /// missing, unless it follows an equals sign.
+  std::string Text(std::string_view option, std::string_view what) {
+    const bool isCertain = value_.has_value();
+    const std::string_view text = Value();
+    if (text.empty()) {
+      problem_ = Filled(kLauncherMessages.needs, option, what);
+    } else if (text.starts_with('-') && !isCertain) {
+      problem_ = Filled(kLauncherMessages.needsPath, option, what, text, text);
+    }
+    return std::string(text);
   }
 
   int Number(std::string_view option, std::string_view what) {
-    const std::string text = Text(option, what);
+    const std::string_view text = Value();
+    if (text.empty()) {
+      problem_ = Filled(kLauncherMessages.needs, option, what);
+    }
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
@@ -164,6 +198,7 @@ class Parser {
 
   const std::vector<std::string_view>& arguments_;
   std::size_t next_ = 0;
+  std::optional<std::string_view> value_;  // behind the equals sign of the option that is taken
   bool onlyNames_ = false;
   std::vector<std::string_view> given_;
   std::vector<std::string> names_;
@@ -177,7 +212,8 @@ class Parser {
 }  // namespace
 
 bool IsLauncherOption(std::string_view argument) noexcept {
-  return std::find(kOptionNames.begin(), kOptionNames.end(), argument) != kOptionNames.end();
+  const std::string_view name = argument.substr(0, argument.find('='));
+  return std::find(kOptionNames.begin(), kOptionNames.end(), name) != kOptionNames.end();
 }
 
 std::optional<Task> ParseOptions(const std::vector<std::string_view>& arguments) {

@@ -19,7 +19,8 @@ namespace Hovar {
 /// The tool that a command line asks for, with its settings.
 using Task = std::variant<RunSettings, CheckSettings, ChainSettings, ReportSettings>;
 
-/// True for a first argument that begins a command line of the launcher.
+/// True for a first argument that begins a command line of the launcher: the name of an option, which an
+/// equals sign and a value may follow.
 bool IsLauncherOption(std::string_view argument) noexcept;
 
 /// The meaning of the arguments (without the launcher's own name). When they have none, a line on

@@ -55,9 +55,11 @@ TEST(FullDiskTest, UnderARunRecordIsAnError) {
   const TinyStudy study;
   const ProcessResult result = RunLauncher(study, {"--json", "/dev/full", "analysis.xml"});
   EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error, "hovar: cannot write /dev/full\n");
+  EXPECT_EQ(result.error,
+            "hovar: the run is complete; its record could not be written: /dev/full: the disk is "
+            "full\n");
   EXPECT_TRUE(study.Has("out/fitted.csv"));
-  EXPECT_EQ(FilesBelow(study).count("out/analysis.log.output.part"), 0U);
+  EXPECT_FALSE(HasTemporaryFile(study));
 }
 
 TEST(FullDiskTest, UnderAReportIsAnError) {

@@ -18,12 +18,13 @@ Settings Parsed(const Arguments& arguments) {
 }
 
 TEST(OptionsTest, OnlyKnownOptionsBeginACommandLineOfTheLauncher) {
-  for (const char* option : {"--json", "--keep", "--progress", "--chains", "--jobs", "--only",
-                             "--collect", "--report", "--output"}) {
+  for (const char* option :
+       {"--json", "--keep", "--progress", "--chains", "--jobs", "--only", "--collect", "--report",
+        "--output", "--json=r.json", "--json=", "--keep=1"}) {
     EXPECT_TRUE(IsLauncherOption(option)) << option;
   }
-  for (const char* argument : {"", "-", "--", "--help", "--version", "--Keep", "--keep=1", "-k",
-                               "keep", "a.xml", "--keepx"}) {
+  for (const char* argument : {"", "-", "--", "--help", "--version", "--Keep", "-k", "keep",
+                               "a.xml", "--keepx", "--jsonx=r.json", "=--json"}) {
     EXPECT_FALSE(IsLauncherOption(argument)) << argument;
   }
 }
@@ -38,6 +39,18 @@ TEST(OptionsTest, ARunWithItsOptionsInAnyOrder) {
     EXPECT_TRUE(run.keepOutputs);
     EXPECT_TRUE(run.showProgress);
   }
+}
+
+TEST(OptionsTest, AValueMayFollowAnEqualsSign) {
+  const auto run = Parsed<RunSettings>({"--json=a=b.json", "--keep", "a.xml"});
+  EXPECT_EQ(run.recordFile, "a=b.json");
+  EXPECT_EQ(run.definition, "a.xml");
+  EXPECT_TRUE(run.keepOutputs);
+  EXPECT_EQ(Parsed<RunSettings>({"--json=-x", "a.xml"}).recordFile, "-x") << "no doubt there";
+  EXPECT_EQ(Parsed<ReportSettings>({"--report", "out", "--output=p.html"}).reportFile, "p.html");
+  const auto chains = Parsed<ChainSettings>({"--chains=4", "a.xml", "--jobs=2"});
+  EXPECT_EQ(chains.chainCount, 4);
+  EXPECT_EQ(chains.jobs, 2);
 }
 
 TEST(OptionsTest, AfterTwoDashesEverythingIsAName) {
@@ -75,6 +88,16 @@ TEST(OptionsTest, WrongCommandLinesAreRefusedWithTheReason) {
   const std::pair<Arguments, std::string> rows[] = {
       {{"--json"}, "--json needs a FILE"},
       {{"--json", "", "a.xml"}, "--json needs a FILE"},
+      {{"--json=", "a.xml"}, "--json needs a FILE"},
+      {{"--json", "--keep", "a.xml"},
+       "--json needs a FILE, and --keep looks like an option; write ./--keep if it is a name"},
+      {{"--report", "out", "--output", "-x"},
+       "--output needs a FILE, and -x looks like an option; write ./-x if it is a name"},
+      {{"--keep=yes", "a.xml"}, "--keep takes no value"},
+      {{"--json=a", "--json=b", "a.xml"}, "--json is given twice"},
+      {{"--chains", "--jobs", "2", "a.xml"}, "--chains needs a number from 1 to 9999"},
+      {{"--chains="}, "--chains needs a N"},
+      {{"--keep", "--quiet=1", "a.xml"}, "there is no option --quiet"},
       {{"--json", "r.json"}, "the DEFINITION is missing"},
       {{"--keep", "a.xml", "b.xml"}, "more than one DEFINITION is given"},
       {{"--keep", "--keep", "a.xml"}, "--keep is given twice"},

@@ -66,9 +66,10 @@ int main() {
   for (const std::string_view label : std::span(Hovar::kModelLabels).first<4>()) {
     PrintText("Other lines", std::string(label));
   }
-  PrintTables("Lines of the command hovar", Hovar::kToolMessages, Hovar::kRunMessages,
-              Hovar::kReportMessages, Hovar::kChainMessages, Hovar::kVerdictLines,
-              Hovar::kEquations, Hovar::kLauncherMessages, Hovar::kFindingLines);
+  PrintTables("Lines of the command hovar", Hovar::kToolMessages, Hovar::kWriteReasons,
+              Hovar::kRunMessages, Hovar::kReportMessages, Hovar::kChainMessages,
+              Hovar::kVerdictLines, Hovar::kEquations, Hovar::kLauncherMessages,
+              Hovar::kFindingLines);
   PrintTables("Findings of hovar --check", Hovar::kGrammarMessages, Hovar::kValueMessages,
               Hovar::kInputMessages, Hovar::kTableMessages, Hovar::kDataMessages,
               Hovar::kColumnMessages, Hovar::kModelMessages, Hovar::kOutputMessages,

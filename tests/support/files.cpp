@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -29,6 +30,12 @@ std::string ScratchFolder::Write(std::string_view name, std::string_view content
 }
 
 std::string ScratchFolder::Read(std::string_view name) const { return ReadFile(path_ / name); }
+
+bool HasTemporaryFile(const ScratchFolder& folder) {
+  const std::filesystem::recursive_directory_iterator all(folder.Path());
+  return std::any_of(begin(all), end(all),
+                     [](const auto& entry) { return entry.path().extension() == ".part"; });
+}
 
 std::string ReadFile(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);

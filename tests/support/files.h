@@ -28,6 +28,9 @@ class ScratchFolder {
   std::filesystem::path path_;
 };
 
+/// True when anything below the folder has the name of a temporary file of the command (*.part).
+bool HasTemporaryFile(const ScratchFolder& folder);
+
 /// A whole file as bytes; a missing file fails the test and reads as empty.
 std::string ReadFile(const std::filesystem::path& path);
 

@@ -15,6 +15,7 @@
 #include "tools/support/inputs.h"
 #include "tools/support/message.h"
 #include "tools/support/messages.h"
+#include "tools/support/output_file.h"
 #include "tools/support/shown_path.h"
 
 namespace Hovar {

@@ -11,6 +11,7 @@
 #include "tools/chains/chain_comparison.h"
 #include "tools/chains/chain_definitions.h"
 #include "tools/chains/chain_files.h"
+#include "tools/chains/chain_outputs.h"
 #include "tools/chains/messages.h"
 #include "tools/chains/verdict_text.h"
 #include "tools/report/report.h"
@@ -35,7 +36,7 @@ class RunningChain {
         plan_(MakeRunPlan(chain.file, chain.text)),
         start_(SteadySeconds()),
         progress_(plan_, start_),
-        run_(chain.captureFile) {}
+        run_(Capture(chain.captureFile)) {}
 
   bool Start() { return run_.Start(chain_.file); }
   bool Advance() {
@@ -210,7 +211,7 @@ int Collect(const ChainSet& set) {
   if (!Print(text)) {
     return kFailure;
   }
-  return RunReport({folders, ShownPath(set.folder + "/report.html")});
+  return RunReport({folders, ShownPath(ReportOf(set))});
 }
 
 std::size_t JobsOf(const ChainSettings& settings) {
@@ -221,7 +222,7 @@ std::size_t JobsOf(const ChainSettings& settings) {
 
 int RunChains(const ChainSettings& settings) {
   const std::optional<ChainSet> set = MakeChainSet(settings.definition, settings.chainCount);
-  if (!set) {
+  if (!set || !MayWriteChainFiles(settings.definition, *set)) {
     return kFailure;
   }
   if (settings.collectOnly) {

@@ -13,6 +13,8 @@ struct ChainMessages {
   Messages::Pattern earlierChain{
       "hovar: not collected: <folder>, which an earlier run with more chains wrote"};
   Messages::Pattern noChainList{"hovar: <file> is no number of chains and stays as it is"};
+  Messages::Pattern fileOfRun{
+      "hovar: --chains would write over <file>, a file of the run; nothing was written"};
   Messages::Pattern otherDefinition{"hovar: <chain> was run with another definition; run it again"};
   Messages::Pattern otherFits{
       "hovar: <chain> has other fits than <chain>, so their data differ; run both again"};

@@ -18,6 +18,7 @@
 #include "tools/plan/file_nouns.h"
 #include "tools/plan/messages.h"
 #include "tools/support/error_capture.h"
+#include "tools/support/file_identity.h"
 #include "tools/support/files.h"
 #include "tools/support/inputs.h"
 #include "tools/support/message.h"

@@ -4,6 +4,7 @@
 
 #include "tools/check/output_messages.h"
 #include "tools/plan/file_nouns.h"
+#include "tools/support/file_identity.h"
 #include "tools/support/message.h"
 #include "tools/support/paths.h"
 #include "tools/support/shown_path.h"

@@ -50,11 +50,6 @@ std::string CollisionText(const PlannedFile& output, const WrittenFile& earlier,
 
 }  // namespace
 
-const WrittenFile* OutputCheck::Written(std::string_view path) const {
-  const auto found = files_.find(NormalPath(path));
-  return found != files_.end() ? &found->second : nullptr;
-}
-
 bool OutputCheck::LogEmpties(const DefinitionFile& definition, const std::string& input) {
   return IsSameFile(definition.outputs.front().path, input);
 }
@@ -80,11 +75,10 @@ PathKind OutputCheck::KindOf(const std::string& path) const {
   if (LeadsThroughNothing(path)) {
     return PathKind::kMissing;
   }
-  const std::string normal = NormalPath(path);
-  if (files_.contains(normal)) {
+  if (Written(path) != nullptr) {
     return PathKind::kFile;
   }
-  if (folders_.contains(normal)) {
+  if (folders_.contains(NormalPath(path))) {
     return PathKind::kFolder;
   }
   return Platform::KindOf(OnDisk(path).c_str());
@@ -157,7 +151,7 @@ bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
     case PathKind::kFolder:
       return addError(Filled(kOutputMessages.isFolder, Subject(output)));
     case PathKind::kFile:
-      return files_.contains(NormalPath(output.path)) || IsWritable(OnDisk(output.path)) ||
+      return Written(output.path) != nullptr || IsWritable(OnDisk(output.path)) ||
              addError(Filled(kOutputMessages.cannotWrite, Subject(output)));
     case PathKind::kOther:
       WarnOfPipe(findings, definition, output);
@@ -209,10 +203,10 @@ void OutputCheck::WarnOfCollision(Findings& findings, const DefinitionFile& defi
   // Its own spelling is not there yet, or it would be an earlier output.
   if (const auto other = spellings_.find(LowerCase(NormalPath(output.path)));
       other != spellings_.end()) {
-    findings.AddWarning(definition.path, place,
-                        Filled(kOutputMessages.caseOfOutput, Subject(output),
-                               Quoted(ShownPath(files_.at(other->second).path))),
-                        Weight::kHarmless);
+    findings.AddWarning(
+        definition.path, place,
+        Filled(kOutputMessages.caseOfOutput, Subject(output), Quoted(ShownPath(other->second))),
+        Weight::kHarmless);
   }
 }
 
@@ -255,9 +249,8 @@ void OutputCheck::MakeFile(Findings& findings, const DefinitionFile& definition,
   }
   const bool isInput = WarnOfInputs(findings, definition, output);
   WarnOfCollision(findings, definition, output, isInput);
-  const std::string normal = NormalPath(output.path);
-  files_.insert_or_assign(normal, WrittenFile{output.path, output.role, definition.path, run_});
-  spellings_.emplace(LowerCase(normal), normal);
+  files_.Set(output.path, WrittenFile{output.path, output.role, definition.path, run_});
+  spellings_.emplace(LowerCase(NormalPath(output.path)), output.path);
 }
 
 void OutputCheck::Check(Findings& findings, const DefinitionFile& definition) {

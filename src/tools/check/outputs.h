@@ -7,12 +7,12 @@
 #include <cstddef>
 #include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "foundation/io/platform/folders.h"
 #include "tools/check/findings.h"
 #include "tools/plan/definition_file.h"
+#include "tools/support/file_identity.h"
 
 namespace Hovar {
 
@@ -33,7 +33,7 @@ class OutputCheck {
   void WarnOfOverwriting(Findings& findings) const;
 
   /// What an earlier run would have written under this path, or null.
-  const WrittenFile* Written(std::string_view path) const;
+  const WrittenFile* Written(const std::string& path) const { return files_.Find(path); }
 
   /// True when the run's own log file, which is emptied first, is this input file.
   static bool LogEmpties(const DefinitionFile& definition, const std::string& input);
@@ -64,10 +64,10 @@ class OutputCheck {
   };
 
   int run_ = 0;
-  std::vector<Overwritten> overwritten_;          // in the order of the runs
-  std::map<std::string, WrittenFile> files_;      // by normal path
+  std::vector<Overwritten> overwritten_;  // in the order of the runs
+  FileMap<WrittenFile> files_;
   std::map<std::string, bool> folders_;           // made by runs; by normal path
-  std::map<std::string, std::string> spellings_;  // the first normal path of those small letters
+  std::map<std::string, std::string> spellings_;  // the first path of those small letters
 };
 
 }  // namespace Hovar

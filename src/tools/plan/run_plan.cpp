@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "tools/plan/estimating_equations.h"
 #include "tools/support/files.h"
+#include "tools/support/paths.h"
 
 namespace Hovar {
 namespace {
@@ -59,7 +61,7 @@ void FollowBatch(RunPlan& plan, const DefinitionFile& batch, std::vector<std::st
   }
   batches.push_back(batch.path);
   for (const std::string& simulation : batch.simulations) {
-    if (plan.filesFollowed < kMostFiles) {
+    if (plan.definitions.size() < kMostFiles) {
       Follow(plan, simulation, ReadSmallFile(simulation), batches);
     }
   }
@@ -69,7 +71,7 @@ void FollowBatch(RunPlan& plan, const DefinitionFile& batch, std::vector<std::st
 /// `bytes` is nothing when the file cannot be read.
 void Follow(RunPlan& plan, const std::string& path, std::optional<std::string> bytes,
             std::vector<std::string>& batches) {
-  ++plan.filesFollowed;
+  plan.definitions.push_back(path);
   if (!bytes) {
     return;
   }
@@ -102,6 +104,22 @@ RunPlan MakeRunPlan(const std::string& definition, std::string bytes) {
   std::vector<std::string> batches;
   Follow(plan, definition, std::move(bytes), batches);
   return plan;
+}
+
+ProtectedFiles FilesOf(const RunPlan& plan) {
+  std::set<std::string> paths(plan.definitions.begin(), plan.definitions.end());
+  for (const PlannedRun& run : plan.runs) {
+    paths.insert(run.inputs.begin(), run.inputs.end());
+    for (const std::string& output : run.outputs) {
+      paths.insert(output);
+      paths.insert(ParentOf(output));
+    }
+  }
+  ProtectedFiles files;
+  for (const std::string& path : paths) {
+    files.Add(path);
+  }
+  return files;
 }
 
 }  // namespace Hovar

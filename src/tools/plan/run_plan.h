@@ -3,7 +3,6 @@
 // What a definition is about to do: the runs in their order (a Batch is followed into the
 // definitions that it lists) and the files that each reads and writes.
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,6 +11,7 @@
 
 #include "app/definition/root_element.h"
 #include "tools/plan/definition_file.h"
+#include "tools/support/protected_files.h"
 
 namespace Hovar {
 
@@ -44,13 +44,15 @@ struct RunPlan {
   /// The runs that the program would start. A definition that it would refuse, or that closes a
   /// circle of batches, adds nothing.
   std::vector<PlannedRun> runs;
-  /// Definition files that were looked at.
-  std::size_t filesFollowed = 0;
+  /// Definition files that were looked at, be they there or not, in this order; some several times.
+  std::vector<std::string> definitions;
 };
 
 RunPlan MakeRunPlan(const std::string& definition);
 
 /// The same for a definition with these bytes, whatever its file holds.
 RunPlan MakeRunPlan(const std::string& definition, std::string bytes);
+/// All files and folders that the runs read or write.
+ProtectedFiles FilesOf(const RunPlan& plan);
 
 }  // namespace Hovar

@@ -11,6 +11,7 @@
 #include "tools/support/installation.h"
 #include "tools/support/message.h"
 #include "tools/support/messages.h"
+#include "tools/support/output_file.h"
 #include "tools/support/sentence_parts.h"
 #include "tools/support/shown_path.h"
 
@@ -65,7 +66,10 @@ bool WriteReport(const std::string& reportFile, const std::vector<std::string>& 
                  : Filled(kReportMessages.cannotReadPage, *pageFile));
     return false;
   }
-  OutputFile report(reportFile);
+  if (!MayReplace(reportFile, OwnOutput::kReportPage)) {
+    return false;
+  }
+  OutputFile report(reportFile, OwnOutput::kReportPage);
   if (!report.Open()) {
     Say(kToolMessages.cannotWrite, reportFile);
     return false;

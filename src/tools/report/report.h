@@ -9,11 +9,11 @@
 namespace Hovar {
 
 /// Writes the report of these folders to a file. False, with a line on standard error, when a
-/// folder, the page or a file cannot be read or the report cannot be written; an earlier report
-/// stays then.
+/// folder, the page or a file cannot be read or the report cannot be written, or when it would take the
+/// place of a file that is no report (MayReplace); an earlier report stays then.
 ///
 /// Each folder is followed four levels deep. Regular files *.csv, *.log, *.xml, *.json and *.txt go
-/// in, in the order of their names, but neither reports themselves nor the program's lines
+/// in, in the order of their names, but neither reports themselves, whatever their names, nor the program's lines
 /// (*.output.txt), which hold the seconds that a run took: equal results give equal reports.
 bool WriteReport(const std::string& reportFile, const std::vector<std::string>& folders);
 

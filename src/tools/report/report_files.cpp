@@ -11,9 +11,11 @@
 #include "tools/report/messages.h"
 #include "tools/support/base64.h"
 #include "tools/support/chain_list.h"
+#include "tools/support/files.h"
 #include "tools/support/json_text.h"
 #include "tools/support/message.h"
 #include "tools/support/messages.h"
+#include "tools/support/replacement.h"
 #include "tools/support/shown_path.h"
 
 namespace Hovar {
@@ -187,6 +189,9 @@ class FolderReport {
       const std::int64_t count = file.Read(buffer_);
       if (count < static_cast<std::int64_t>(buffer_.size())) {
         return Fail(path + name);
+      }
+      if (part == 0 && BeginsOwnOutput({buffer_.data(), buffer_.size()}, OwnOutput::kReportPage)) {
+        return true;  // an earlier report, whatever its name
       }
       AddPart(path + name, part, {buffer_.data(), buffer_.size()});
       rest -= count;

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/support/files.h"
+#include "tools/support/output_file.h"
 
 namespace Hovar {
 

@@ -15,28 +15,23 @@ namespace Hovar {
 
 namespace Platform = Vell::IO::Platform;
 
-ChildRun::ChildRun(std::string captureFile, LineHandler handleLine)
-    : captureFile_(std::move(captureFile)), handleLine_(std::move(handleLine)) {}
+ChildRun::ChildRun(std::optional<Capture> capture, LineHandler handleLine)
+    : capture_(std::move(capture)), handleLine_(std::move(handleLine)) {}
 
 ChildRun::~ChildRun() {
   if (IsRunning()) {
     Platform::KillProcess(process_);
     Platform::WaitForProcess(process_);
   }
-  for (const Platform::FileHandle file : {capture_, lineSource_}) {
-    if (file != Platform::kNoFile) {
-      Platform::CloseFile(file);
-    }
+  if (lineSource_ != Platform::kNoFile) {
+    Platform::CloseFile(lineSource_);
   }
 }
 
 bool ChildRun::OpenCapture() {
-  if (!captureFile_.empty()) {
-    capture_ = Platform::OpenFile(captureFile_.c_str(), Platform::Access::kWrite);
-    if (capture_ == Platform::kNoFile) {
-      Say(kToolMessages.cannotWrite, PastablePath(captureFile_));
-      return false;
-    }
+  if (capture_ && !capture_->Create()) {
+    Say(kToolMessages.cannotWriteBecause, PastablePath(capture_->Path()), capture_->Reason());
+    return false;
   }
   return true;
 }
@@ -129,9 +124,9 @@ void ChildRun::ReadNew() {
 }
 
 void ChildRun::Take(std::string_view text) {
-  if (capture_ != Platform::kNoFile && loss_.empty() &&
-      !Platform::WriteFile(capture_, text.data(), text.size())) {
-    loss_ = Filled(kToolMessages.cannotWrite, PastablePath(captureFile_));
+  if (capture_ && loss_.empty() && !capture_->Write(text)) {
+    loss_ = Filled(kToolMessages.cannotWriteBecause, PastablePath(capture_->Path()),
+                   capture_->Reason());
   }
   for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
     partialLine_.append(text.substr(0, end + 1));

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "foundation/io/platform/processes.h"
+#include "tools/run/capture.h"
 #include "tools/run/run_lines.h"
 
 namespace Hovar {
@@ -21,9 +22,8 @@ class ChildRun {
   /// Called with each line and its line feed, which the last one may lack.
   using LineHandler = std::function<void(std::string_view line)>;
 
-  /// All that the program writes goes into `captureFile`, which Start creates or empties; into no
-  /// file when the path is empty.
-  explicit ChildRun(std::string captureFile, LineHandler handleLine = {});
+  /// All that the program writes goes into `capture`, which Start creates; into no file without one.
+  explicit ChildRun(std::optional<Capture> capture, LineHandler handleLine = {});
   /// Ends the program, which is not asked, if it still runs.
   ~ChildRun();
   ChildRun(const ChildRun&) = delete;
@@ -48,7 +48,9 @@ class ChildRun {
   /// The program's exit status (128 + n when signal n ended it), or -1 while it runs.
   int ExitStatus() const noexcept { return exitStatus_.value_or(-1); }
   const RunLines& Lines() const noexcept { return lines_; }
-  const std::string& CaptureFile() const noexcept { return captureFile_; }
+  /// The file of the program's lines, whose name is certain once Start has succeeded; empty without
+  /// one.
+  std::string CaptureFile() const { return capture_ ? capture_->Path() : std::string(); }
 
  private:
   friend void StopRuns(std::span<ChildRun* const> runs);
@@ -58,9 +60,8 @@ class ChildRun {
   void Take(std::string_view text);
   void HandleRest();
 
-  std::string captureFile_;
+  std::optional<Capture> capture_;
   LineHandler handleLine_;
-  Vell::IO::Platform::FileHandle capture_ = Vell::IO::Platform::kNoFile;
   Vell::IO::Platform::FileHandle lineSource_ = Vell::IO::Platform::kNoFile;
   std::string loss_;
   bool isBusy_ = false;

@@ -1,11 +1,11 @@
 #include "tools/run/kept_outputs.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "foundation/io/platform/folders.h"
 #include "tools/run/messages.h"
 #include "tools/support/message.h"
-#include "tools/support/paths.h"
 #include "tools/support/shown_path.h"
 
 namespace Hovar {
@@ -13,48 +13,59 @@ namespace {
 
 namespace Platform = Vell::IO::Platform;
 
-bool IsAmong(const std::string& path, const std::vector<std::string>& paths) {
-  return std::any_of(paths.begin(), paths.end(),
-                     [&path](const std::string& other) { return IsSameFile(path, other); });
+/// Files by identity, without more to say of them.
+using Files = FileMap<bool>;
+
+void AddAll(Files& files, const std::vector<std::string>& paths) {
+  for (const std::string& path : paths) {
+    files.Set(path, true);
+  }
 }
+
+bool IsAmong(const std::string& path, const Files& files) { return files.Find(path) != nullptr; }
 
 /// An input of a run that would be gone when the run starts, or the empty text.
 std::string EndangeredInput(const RunPlan& plan, const std::vector<std::string>& outputs) {
-  std::vector<std::string> written;
+  Files moved;
+  AddAll(moved, outputs);
+  Files written;
   for (const PlannedRun& run : plan.runs) {
     std::vector<std::string> inputs = run.inputs;
     inputs.push_back(run.definition);
     for (const std::string& input : inputs) {
-      if (IsAmong(input, outputs) && !IsAmong(input, written)) {
+      if (IsAmong(input, moved) && !IsAmong(input, written)) {
         return input;
       }
     }
-    written.insert(written.end(), run.outputs.begin(), run.outputs.end());
+    AddAll(written, run.outputs);
   }
-  return IsAmong(plan.definition, outputs) ? plan.definition : std::string();
+  return IsAmong(plan.definition, moved) ? plan.definition : std::string();
 }
 
-bool MoveAside(const std::string& path) {
-  constexpr int kMostNumbers = 1'000'000;
-  for (int number = 1; number < kMostNumbers; ++number) {
-    std::string other = path;
-    other.append(".").append(std::to_string(number));
-    if (Platform::KindOf(other.c_str()) != Platform::PathKind::kMissing) {
-      continue;
-    }
-    if (Platform::Rename(path.c_str(), other.c_str())) {
-      Say(kRunMessages.kept, PastablePath(path), PastablePath(other));
-      return true;
-    }
-    break;
+/// Moves a file aside, if it is one.
+bool MoveAside(const std::string& path, const ProtectedFiles& files) {
+  const std::optional<Platform::PathKind> kind = Platform::LookAt(path.c_str());
+  if (kind && *kind != Platform::PathKind::kFile) {
+    return true;
   }
-  Say(kRunMessages.cannotMoveAside, PastablePath(path));
-  return false;
+  const std::string other =
+      kind ? TakeNumberedName(path, files,
+                              [&path](const std::string& name) {
+                                return Platform::Rename(path.c_str(), name.c_str());
+                              })
+           : std::string();
+  if (other.empty()) {
+    Say(kRunMessages.cannotMoveAside, PastablePath(path));
+    return false;
+  }
+  Say(kRunMessages.kept, PastablePath(path), PastablePath(other));
+  return true;
 }
 
 }  // namespace
 
-bool KeepOutputs(const RunPlan& plan, const std::vector<std::string>& further) {
+bool KeepOutputs(const RunPlan& plan, const ProtectedFiles& files,
+                 const std::vector<std::string>& further) {
   std::vector<std::string> outputs;
   for (const PlannedRun& run : plan.runs) {
     outputs.insert(outputs.end(), run.outputs.begin(), run.outputs.end());
@@ -65,9 +76,8 @@ bool KeepOutputs(const RunPlan& plan, const std::vector<std::string>& further) {
     Say(kRunMessages.wouldMoveInput, input);
     return false;
   }
-  return std::all_of(outputs.begin(), outputs.end(), [](const std::string& output) {
-    return Platform::KindOf(output.c_str()) != Platform::PathKind::kFile || MoveAside(output);
-  });
+  return std::all_of(outputs.begin(), outputs.end(),
+                     [&files](const std::string& output) { return MoveAside(output, files); });
 }
 
 }  // namespace Hovar

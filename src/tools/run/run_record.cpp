@@ -153,7 +153,8 @@ std::string RunRecord::Text(const RunLines& lines, int exitStatus) const {
   json.Number("formatVersion", 1);
   WriteProgram(json);
   WriteText(json, "host", Host());
-  json.Bytes("folder", WorkingFolder());
+  const std::string folder = WorkingFolder();
+  folder.empty() ? json.Null("folder") : json.Bytes("folder", folder);
   json.Text("start", UtcText(start_));
   json.Text("end", UtcText(end_));
   json.Number("exitStatus", exitStatus);

@@ -1,27 +1,24 @@
 #include "tools/run/supervised_run.h"
 
-#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "foundation/exit_status.h"
-#include "foundation/io/platform/folders.h"
 #include "messages/error_texts.h"
 #include "tools/plan/run_plan.h"
 #include "tools/run/child_run.h"
 #include "tools/run/kept_outputs.h"
 #include "tools/run/messages.h"
+#include "tools/run/own_files.h"
 #include "tools/run/program_start.h"
 #include "tools/run/progress.h"
 #include "tools/run/progress_display.h"
 #include "tools/run/run_record.h"
-#include "tools/support/files.h"
 #include "tools/support/message.h"
 #include "tools/support/messages.h"
-#include "tools/support/paths.h"
+#include "tools/support/output_file.h"
 #include "tools/support/sentence_parts.h"
 #include "tools/support/shown_path.h"
 
@@ -29,34 +26,6 @@ namespace Hovar {
 namespace {
 
 namespace Platform = Vell::IO::Platform;
-
-/// The file for the program's lines where a bar takes their place: beside the log of the first run.
-/// Its folder is made as the program would make it. Without a log to be beside, the file is beside
-/// the definition.
-std::string CaptureFileFor(const RunPlan& plan) {
-  constexpr std::string_view kSuffix = ".output.txt";
-  if (!plan.runs.empty()) {
-    const PlannedRun& run = plan.runs.front();
-    Platform::CreateFolder(run.folder.c_str());
-    if (Platform::FolderIsWritable(run.folder.c_str())) {
-      return run.logFile + std::string(kSuffix);
-    }
-  }
-  return plan.definition + std::string(kSuffix);
-}
-
-/// What a supervised run writes besides the program's own outputs.
-std::vector<std::string> FurtherOutputs(const RunSettings& settings,
-                                        const std::string& captureFile) {
-  std::vector<std::string> files;
-  if (settings.showProgress) {
-    files.push_back(captureFile);
-  }
-  if (!settings.recordFile.empty()) {
-    files.push_back(settings.recordFile);
-  }
-  return files;
-}
 
 /// Passes the program's lines on to the streams that they were meant for.
 class LineEcho {
@@ -144,29 +113,30 @@ int Supervise(ChildRun& run, Bar& bar, const LineEcho& echo) {
   return run.ExitStatus();
 }
 
-/// True when the run reads or writes the file itself.
-bool BelongsToRun(const std::string& path, const RunPlan& plan) {
-  std::vector<std::string> files{plan.definition};
-  for (const PlannedRun& run : plan.runs) {
-    files.push_back(run.definition);
-    files.insert(files.end(), run.inputs.begin(), run.inputs.end());
-    files.insert(files.end(), run.outputs.begin(), run.outputs.end());
+/// Writes the record and returns the exit status: that of the run, or 1 when a run without an error has
+/// no record under its name.
+int WriteRecord(OutputFile& file, const std::string& name, const std::string& text, int status) {
+  file.Write(text);
+  const std::optional<std::string> written = file.CompleteOrKeepBeside();
+  if (written == name) {
+    return status;
   }
-  return std::any_of(files.begin(), files.end(),
-                     [&path](const std::string& file) { return IsSameFile(file, path); });
+  const std::string shown = PastablePath(name);
+  if (written) {
+    Say(kRunMessages.recordKept, shown, file.Reason(), PastablePath(*written));
+  } else if (status == kSuccess) {
+    Say(kRunMessages.runCompleteRecordFailed, shown, file.Reason());
+  } else {
+    Say(kRunMessages.recordFailed, shown, file.Reason());
+  }
+  return status == kSuccess ? kFailure : status;
 }
 
-/// Runs and, if a record is wanted, writes it; its file is opened first, so that a failure to write
-/// it shows before a long run.
+/// Runs and, if a record is wanted, writes it.
 int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
-                const LineEcho& echo) {
-  std::optional<OutputFile> recordFile;
+                const LineEcho& echo, OutputFile& recordFile) {
   std::optional<RunRecord> record;
   if (!settings.recordFile.empty()) {
-    if (!recordFile.emplace(settings.recordFile).Open()) {
-      Say(kToolMessages.cannotWrite, settings.recordFile);
-      return kFailure;
-    }
     record.emplace(plan);
   }
   if (Platform::StopRequest() != 0) {
@@ -177,17 +147,50 @@ int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
   }
   Bar bar(plan, settings.showProgress);
   const int status = Supervise(run, bar, echo);
-  if (record) {
-    // Whoever has asked for the end does not wait for large files to be hashed.
-    record->NoteEnd(Platform::StopRequest() == 0);
-    for (const std::string& file : record->ChangedFiles()) {
-      Say(kRunMessages.inputChanged, PastablePath(file));
-    }
-    recordFile->Write(record->Text(run.Lines(), status));
-    if (!recordFile->Complete()) {
-      Say(kToolMessages.cannotWrite, settings.recordFile);
-      return kFailure;
-    }
+  if (!record) {
+    return status;
+  }
+  // Whoever has asked for the end does not wait for large files to be hashed.
+  record->NoteEnd(Platform::StopRequest() == 0);
+  for (const std::string& file : record->ChangedFiles()) {
+    Say(kRunMessages.inputChanged, PastablePath(file));
+  }
+  return WriteRecord(recordFile, settings.recordFile, record->Text(run.Lines(), status), status);
+}
+
+int RunWatched(const RunSettings& settings, const RunPlan& plan) {
+  std::optional<OwnFiles> own = ChooseOwnFiles(settings, plan);
+  if (!own) {
+    return kFailure;
+  }
+  // First of all, so that a failure shows before a long run and before anything is moved.
+  OutputFile record(settings.recordFile, OwnOutput::kRecord, &own->protectedFiles);
+  if (!settings.recordFile.empty() && !OpenRecord(record, settings.recordFile, plan)) {
+    return kFailure;
+  }
+  std::optional<Capture> capture;
+  std::vector<std::string> further;
+  if (settings.showProgress) {
+    further.push_back(capture.emplace(CaptureFor(plan), &own->protectedFiles).Path());
+  }
+  if (!settings.recordFile.empty()) {
+    further.push_back(settings.recordFile);
+  }
+  if (settings.keepOutputs && !KeepOutputs(plan, FilesOf(plan), further)) {
+    return kFailure;
+  }
+  Platform::DetachStandardInput();
+  Platform::RememberStopRequests();
+  LineEcho echo;
+  ChildRun run(
+      std::move(capture),
+      settings.showProgress ? ChildRun::LineHandler() : [&echo](auto line) { echo.Take(line); });
+  const int status = RunRecorded(settings, plan, run, echo, record);
+  if (settings.showProgress && run.HasEnded()) {
+    const std::string warnings = Counted(run.Lines().WarningCount(), "warning");
+    const std::string file = PastablePath(run.CaptureFile());
+    SayLine(status == kSuccess ? Filled(kRunMessages.done, warnings, file)
+                               : Filled(kRunMessages.notDone, warnings, file));
   }
   return status;
 }
@@ -196,33 +199,14 @@ int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
 
 int RunSupervised(const RunSettings& settings) {
   const RunPlan plan = MakeRunPlan(settings.definition);
-  if (!settings.recordFile.empty() && BelongsToRun(settings.recordFile, plan)) {
-    Say(kRunMessages.recordIsOfRun, settings.recordFile);
+  if (settings.showProgress || !settings.recordFile.empty()) {
+    return RunWatched(settings, plan);
+  }
+  if (settings.keepOutputs && !KeepOutputs(plan, FilesOf(plan), {})) {
     return kFailure;
   }
-  const bool isSupervised = settings.showProgress || !settings.recordFile.empty();
-  const std::string captureFile = settings.showProgress ? CaptureFileFor(plan) : std::string();
-  if (settings.keepOutputs && !KeepOutputs(plan, FurtherOutputs(settings, captureFile))) {
-    return kFailure;
-  }
-  if (!isSupervised) {
-    const char* const argument = settings.definition.c_str();
-    return ExecuteProgram({&argument, 1});
-  }
-  Platform::DetachStandardInput();
-  Platform::RememberStopRequests();
-  LineEcho echo;
-  ChildRun run(
-      captureFile,
-      settings.showProgress ? ChildRun::LineHandler() : [&echo](auto line) { echo.Take(line); });
-  const int status = RunRecorded(settings, plan, run, echo);
-  if (settings.showProgress && run.HasEnded()) {
-    const std::string warnings = Counted(run.Lines().WarningCount(), "warning");
-    const std::string file = PastablePath(captureFile);
-    SayLine(status == kSuccess ? Filled(kRunMessages.done, warnings, file)
-                               : Filled(kRunMessages.notDone, warnings, file));
-  }
-  return status;
+  const char* const argument = settings.definition.c_str();
+  return ExecuteProgram({&argument, 1});
 }
 
 }  // namespace Hovar

@@ -1,7 +1,5 @@
 #include "tools/support/files.h"
 
-#include <utility>
-
 #include "foundation/io/platform/folders.h"
 #include "foundation/string.h"
 
@@ -56,67 +54,6 @@ std::optional<std::string> ReadSmallFile(const std::string& path) {
     }
   }
   return std::nullopt;
-}
-
-OutputFile::OutputFile(std::string path)
-    : path_(std::move(path)),
-      part_(path_ + ".part"),
-      isDirect_(Platform::KindOf(path_.c_str()) == Platform::PathKind::kOther) {}
-
-OutputFile::~OutputFile() {
-  if (file_ != Platform::kNoFile) {
-    Platform::CloseFile(file_);
-    if (!isDirect_) {
-      Platform::RemoveFile(part_.c_str());
-    }
-  }
-}
-
-bool OutputFile::Open() {
-  if (Platform::KindOf(path_.c_str()) != Platform::PathKind::kFolder) {
-    const std::string& name = isDirect_ ? path_ : part_;
-    file_ = Platform::OpenFile(name.c_str(), Platform::Access::kWrite);
-  }
-  isGood_ = file_ != Platform::kNoFile;
-  return isGood_;
-}
-
-void OutputFile::Write(std::string_view text) {
-  constexpr std::size_t kBlock = std::size_t{64} << 10;
-  block_.append(text);
-  if (block_.size() >= kBlock) {
-    WriteBlock();
-  }
-}
-
-void OutputFile::WriteBlock() {
-  isGood_ = isGood_ && Platform::WriteFile(file_, block_.data(), block_.size());
-  block_.clear();
-}
-
-bool OutputFile::Complete() {
-  WriteBlock();
-  if (file_ == Platform::kNoFile) {
-    return false;
-  }
-  const bool isClosed = Platform::CloseFile(std::exchange(file_, Platform::kNoFile));
-  if (isDirect_) {
-    return isGood_ && isClosed;
-  }
-  if (isGood_ && isClosed && Platform::ReplaceFile(part_.c_str(), path_.c_str())) {
-    return true;
-  }
-  Platform::RemoveFile(part_.c_str());
-  return false;
-}
-
-bool WriteWholeFile(const std::string& path, std::string_view text) {
-  OutputFile file(path);
-  if (!file.Open()) {
-    return false;
-  }
-  file.Write(text);
-  return file.Complete();
 }
 
 std::string JoinPath(std::string_view folder, std::string_view name) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// Files as the launcher's tools read and write them: a small one as a whole, a large one in blocks,
-// and an output that appears under its name only when it is complete.
+// Files as the launcher's tools read them: a small one as a whole, a large one in blocks. How they
+// write them is the matter of output_file.h.
 
 #include <cstddef>
 #include <cstdint>
@@ -45,38 +45,6 @@ inline constexpr std::size_t kLargestSmallFile = std::size_t{16} << 20;
 /// The bytes of a regular file of up to kLargestSmallFile bytes; nothing when there is no such file,
 /// it is larger or cannot be read.
 std::optional<std::string> ReadSmallFile(const std::string& path);
-
-/// A file that is written beside its name, as NAME.part, and takes its name, and the place of an
-/// earlier file, when it is complete. Until then, and if anything fails, the earlier file stays and
-/// the part is removed. A name that leads to a device or a pipe is written directly.
-class OutputFile {
- public:
-  explicit OutputFile(std::string path);
-  ~OutputFile();
-  OutputFile(const OutputFile&) = delete;
-  OutputFile& operator=(const OutputFile&) = delete;
-
-  /// False when the file cannot be created.
-  bool Open();
-  /// Adds bytes. A failure shows in Complete.
-  void Write(std::string_view text);
-  /// Hands all bytes to the operating system and gives the file its name. False when any step since
-  /// Open failed.
-  bool Complete();
-
- private:
-  void WriteBlock();
-
-  std::string path_;
-  std::string part_;
-  bool isDirect_;
-  bool isGood_ = false;
-  Vell::IO::Platform::FileHandle file_ = Vell::IO::Platform::kNoFile;
-  std::string block_;
-};
-
-/// As OutputFile, for a text in memory; false when any step failed.
-bool WriteWholeFile(const std::string& path, std::string_view text);
 
 /// As Vell::JoinPath, by which the program makes its output paths.
 std::string JoinPath(std::string_view folder, std::string_view name);

@@ -82,10 +82,6 @@ std::string_view LastName(std::string_view path) {
   return path.substr(path.find_last_of("/\\") + 1);
 }
 
-bool IsSameFile(const std::string& one, const std::string& other) {
-  return NormalPath(one) == NormalPath(other) || Platform::SameFile(one.c_str(), other.c_str());
-}
-
 bool DiffersInCaseOnly(const std::string& one, const std::string& other) {
   const std::string a = NormalPath(one);
   const std::string b = NormalPath(other);

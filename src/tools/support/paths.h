@@ -10,7 +10,7 @@ namespace Hovar {
 constexpr bool IsSeparator(char c) noexcept { return c == '/' || c == '\\'; }
 
 /// A path as one text for all its spellings: absolute, '/' between folders, without "." and "..".
-/// Symbolic links are not resolved.
+/// Symbolic links are not resolved: file_identity.h says when two paths mean one file.
 std::string NormalPath(std::string_view path);
 
 /// The part of a path before its last name, which is required: "." when there is none.
@@ -25,9 +25,6 @@ std::string BehindLinks(const std::string& path);
 
 /// The part of a path after its last separator.
 std::string_view LastName(std::string_view path);
-
-/// True for two spellings of one path, and for two paths that lead to one file.
-bool IsSameFile(const std::string& one, const std::string& other);
 
 /// True for two paths that differ in nothing but the case of ASCII letters.
 bool DiffersInCaseOnly(const std::string& one, const std::string& other);

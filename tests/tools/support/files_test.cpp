@@ -12,62 +12,6 @@ namespace {
 
 using Testing::ScratchFolder;
 
-TEST(OutputFileTest, AppearsWhenItIsComplete) {
-  const ScratchFolder folder;
-  folder.Write("file", "earlier");
-  OutputFile file(folder.File("file"));
-  ASSERT_TRUE(file.Open());
-  file.Write(std::string(200'000, 'x'));
-  file.Write("y");
-  EXPECT_EQ(folder.Read("file"), "earlier");
-  EXPECT_TRUE(file.Complete());
-  EXPECT_EQ(folder.Read("file"), std::string(200'000, 'x') + "y");
-  EXPECT_FALSE(folder.Has("file.part"));
-}
-
-TEST(OutputFileTest, LeavesNothingWhenItIsGivenUp) {
-  const ScratchFolder folder;
-  folder.Write("file", "earlier");
-  {
-    OutputFile file(folder.File("file"));
-    ASSERT_TRUE(file.Open());
-    file.Write("later");
-  }
-  EXPECT_EQ(folder.Read("file"), "earlier");
-  EXPECT_FALSE(folder.Has("file.part"));
-}
-
-TEST(OutputFileTest, FoldersAndMissingFoldersCannotBeWritten) {
-  const ScratchFolder folder;
-  EXPECT_FALSE(OutputFile(folder.Path().string()).Open());
-  EXPECT_FALSE(OutputFile(folder.File("none/file")).Open());
-  EXPECT_FALSE(WriteWholeFile(folder.File("none/file"), "x"));
-}
-
-TEST(OutputFileTest, WhatWasNeverOpenIsNotComplete) {
-  const ScratchFolder folder;
-  OutputFile file(folder.File("none/file"));
-  file.Write("x");
-  EXPECT_FALSE(file.Complete());
-}
-
-TEST(OutputFileTest, AFolderInItsPlaceIsNotReplaced) {
-  const ScratchFolder folder;
-  OutputFile file(folder.File("file"));
-  ASSERT_TRUE(file.Open());
-  folder.Write("file/inside", "stays");
-  EXPECT_FALSE(file.Complete());
-  EXPECT_EQ(folder.Read("file/inside"), "stays");
-  EXPECT_FALSE(folder.Has("file.part"));
-}
-
-TEST(OutputFileTest, ADeviceIsWrittenDirectly) {
-  EXPECT_TRUE(WriteWholeFile("/dev/null", "x"));
-  EXPECT_FALSE(std::filesystem::exists("/dev/null.part"));
-  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
-  EXPECT_FALSE(WriteWholeFile("/dev/full", "x"));
-}
-
 TEST(ReadSmallFileTest, RegularFilesOnly) {
   const ScratchFolder folder;
   const std::string text(150'000, 'z');

@@ -30,12 +30,6 @@ TEST(PathsTest, RelativePathsBeginInTheCurrentFolder) {
   EXPECT_EQ(NormalPath("a/../b"), here + "/b");
 }
 
-TEST(PathsTest, OneFileIsTheSameByEverySpelling) {
-  EXPECT_TRUE(Hovar::IsSameFile("none/a", "none/a"));
-  EXPECT_TRUE(Hovar::IsSameFile("none/a", ".\\none\\b\\..\\a")) << "there is no such file";
-  EXPECT_FALSE(Hovar::IsSameFile("none/a", "none/b"));
-}
-
 TEST(PathsTest, OnlyCapitalsOfAsciiBecomeSmall) {
   EXPECT_EQ(Hovar::LowerCase("AZaz09[@`{\xC3\x84"), "azaz09[@`{\xC3\x84");
 }

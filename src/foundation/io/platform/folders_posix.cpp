@@ -1,10 +1,13 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
 #include "foundation/io/platform/folders.h"
+#include "foundation/io/platform/interruption_posix.h"
 #include "foundation/io/platform/native_path_posix.h"
 
 namespace Vell::IO::Platform {
@@ -12,20 +15,31 @@ namespace {
 
 bool Status(const char* path, struct stat& status) noexcept {
   const NativePath native(path);
-  return native.Get() != nullptr && stat(native.Get(), &status) == 0;
+  if (native.Get() == nullptr) {
+    errno = ENAMETOOLONG;
+    return false;
+  }
+  return WithoutInterruption([&] { return stat(native.Get(), &status); }) == 0;
+}
+
+/// True after a call that failed because there is nothing at its path.
+bool FailedForNothing() noexcept {
+  return errno == ENOENT || errno == ENOTDIR || errno == ELOOP || errno == ENAMETOOLONG;
 }
 
 }  // namespace
 
-PathKind KindOf(const char* path) noexcept {
+std::optional<PathKind> LookAt(const char* path) noexcept {
   struct stat status {};
   if (!Status(path, status)) {
-    return PathKind::kMissing;
+    return FailedForNothing() ? std::optional(PathKind::kMissing) : std::nullopt;
   }
   return S_ISREG(status.st_mode)   ? PathKind::kFile
          : S_ISDIR(status.st_mode) ? PathKind::kFolder
                                    : PathKind::kOther;
 }
+
+PathKind KindOf(const char* path) noexcept { return LookAt(path).value_or(PathKind::kMissing); }
 
 SpecialKind SpecialKindOf(const char* path) noexcept {
   struct stat status {};
@@ -44,7 +58,9 @@ bool IsFileOfSystem(const char* path) noexcept {
 
 bool LinkTarget(const char* path, char* target, std::size_t size) noexcept {
   const NativePath native(path);
-  const ssize_t length = native.Get() == nullptr ? -1 : readlink(native.Get(), target, size);
+  const ssize_t length = native.Get() == nullptr ? -1 : WithoutInterruption([&] {
+    return readlink(native.Get(), target, size);
+  });
   if (length < 0 || static_cast<std::size_t>(length) >= size) {
     return false;
   }
@@ -52,35 +68,64 @@ bool LinkTarget(const char* path, char* target, std::size_t size) noexcept {
   return true;
 }
 
-bool SameFile(const char* one, const char* other) noexcept {
-  struct stat first {};
-  struct stat second {};
-  return Status(one, first) && Status(other, second) && first.st_dev == second.st_dev &&
-         first.st_ino == second.st_ino;
+std::optional<FileStamp> StampOf(const char* path) noexcept {
+  constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+  struct stat status {};
+  if (!Status(path, status)) {
+    return std::nullopt;
+  }
+  return FileStamp{
+      {status.st_dev, status.st_ino},
+      status.st_size,
+      std::int64_t{status.st_mtim.tv_sec} * kNanosecondsPerSecond + status.st_mtim.tv_nsec};
+}
+
+bool FoldName(const char* name, char* folded, std::size_t size) noexcept {
+  const bool fits = std::strlen(name) < size;
+  if (fits) {
+    std::strcpy(folded, name);
+  }
+  return fits;
 }
 
 bool FolderIsWritable(const char* path) noexcept {
   const NativePath native(path);
-  return native.Get() != nullptr && access(native.Get(), W_OK | X_OK) == 0;
+  return native.Get() != nullptr &&
+         WithoutInterruption([&] { return access(native.Get(), W_OK | X_OK); }) == 0;
+}
+
+bool IsTaken(const char* path) noexcept {
+  const NativePath native(path);
+  struct stat status {};
+  return native.Get() != nullptr &&
+         (WithoutInterruption([&] { return lstat(native.Get(), &status); }) == 0 ||
+          !FailedForNothing());
 }
 
 bool Rename(const char* from, const char* to) noexcept {
   const NativePath source(from);
   const NativePath target(to);
-  return source.Get() != nullptr && target.Get() != nullptr && KindOf(to) == PathKind::kMissing &&
-         std::rename(source.Get(), target.Get()) == 0;
+  if (source.Get() == nullptr || target.Get() == nullptr) {
+    return false;
+  }
+  const int renamed = WithoutInterruption(
+      [&] { return renameat2(AT_FDCWD, source.Get(), AT_FDCWD, target.Get(), RENAME_NOREPLACE); });
+  // Some file systems, and old kernels, cannot be asked to leave what is there alone.
+  return renamed == 0 ||
+         ((errno == EINVAL || errno == ENOSYS) && !IsTaken(to) &&
+          WithoutInterruption([&] { return std::rename(source.Get(), target.Get()); }) == 0);
 }
 
 bool ReplaceFile(const char* from, const char* to) noexcept {
   const NativePath source(from);
   const NativePath target(to);
   return source.Get() != nullptr && target.Get() != nullptr &&
-         std::rename(source.Get(), target.Get()) == 0;
+         WithoutInterruption([&] { return std::rename(source.Get(), target.Get()); }) == 0;
 }
 
 bool RemoveFile(const char* path) noexcept {
   const NativePath native(path);
-  return native.Get() != nullptr && unlink(native.Get()) == 0;
+  return native.Get() != nullptr && WithoutInterruption([&] { return unlink(native.Get()); }) == 0;
 }
 
 bool CurrentFolder(char* path, std::size_t size) noexcept { return getcwd(path, size) != nullptr; }

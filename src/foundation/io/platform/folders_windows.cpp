@@ -3,6 +3,8 @@
 // A macro there, the name of a function here.
 #undef ReplaceFile
 
+#include <string_view>
+
 #include "foundation/io/platform/folders.h"
 #include "foundation/io/platform/wide_text_windows.h"
 
@@ -27,11 +29,14 @@ bool Move(const char* from, const char* to, DWORD flags) noexcept {
 
 }  // namespace
 
-PathKind KindOf(const char* path) noexcept {
+std::optional<PathKind> LookAt(const char* path) noexcept {
   const HandleCloser file(Open(path, 0));
   BY_HANDLE_FILE_INFORMATION information;
   if (!file.IsOpen()) {
-    return PathKind::kMissing;
+    const DWORD error = GetLastError();
+    const bool isUnknown = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION ||
+                           error == ERROR_NOT_READY || error == ERROR_IO_DEVICE;
+    return isUnknown ? std::nullopt : std::optional(PathKind::kMissing);
   }
   if (GetFileType(file.Get()) != FILE_TYPE_DISK ||
       GetFileInformationByHandle(file.Get(), &information) == 0) {
@@ -40,6 +45,8 @@ PathKind KindOf(const char* path) noexcept {
   return (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::kFolder
                                                                         : PathKind::kFile;
 }
+
+PathKind KindOf(const char* path) noexcept { return LookAt(path).value_or(PathKind::kMissing); }
 
 SpecialKind SpecialKindOf(const char* path) noexcept {
   // The names of pipes and sockets are none of files here.
@@ -52,17 +59,48 @@ bool LinkTarget(const char* /*path*/, char* /*target*/, std::size_t /*size*/) no
   return false;
 }
 
-bool SameFile(const char* one, const char* other) noexcept {
-  const HandleCloser firstFile(Open(one, 0));
-  const HandleCloser secondFile(Open(other, 0));
-  BY_HANDLE_FILE_INFORMATION first;
-  BY_HANDLE_FILE_INFORMATION second;
-  return firstFile.IsOpen() && secondFile.IsOpen() &&
-         GetFileInformationByHandle(firstFile.Get(), &first) != 0 &&
-         GetFileInformationByHandle(secondFile.Get(), &second) != 0 &&
-         first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
-         first.nFileIndexHigh == second.nFileIndexHigh &&
-         first.nFileIndexLow == second.nFileIndexLow;
+std::optional<FileStamp> StampOf(const char* path) noexcept {
+  constexpr int kHalf = 32;
+  const HandleCloser file(Open(path, 0));
+  BY_HANDLE_FILE_INFORMATION facts;
+  if (!file.IsOpen() || GetFileInformationByHandle(file.Get(), &facts) == 0) {
+    return std::nullopt;
+  }
+  const auto whole = [](DWORD high, DWORD low) { return std::uint64_t{high} << kHalf | low; };
+  return FileStamp{{facts.dwVolumeSerialNumber, whole(facts.nFileIndexHigh, facts.nFileIndexLow)},
+                   static_cast<std::int64_t>(whole(facts.nFileSizeHigh, facts.nFileSizeLow)),
+                   static_cast<std::int64_t>(whole(facts.ftLastWriteTime.dwHighDateTime,
+                                                   facts.ftLastWriteTime.dwLowDateTime))};
+}
+
+bool FoldName(const char* name, char* folded, std::size_t size) noexcept {
+  const NativePath native(name);
+  if (native.Get() == nullptr) {
+    return false;
+  }
+  WideBuffer capitals;
+  const int length = LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, native.Get(), -1,
+                                   capitals.data(), kMostWideCharacters, nullptr, nullptr, 0);
+  if (length <= 0) {
+    return false;
+  }
+  // Windows drops points and blanks at the end of a name.
+  std::wstring_view text(capitals.data());
+  capitals[text.find_last_not_of(L". ") + 1] = L'\0';
+  return ToBytes(capitals.data(), folded, size);
+}
+
+bool IsTaken(const char* path) noexcept {
+  const NativePath native(path);
+  if (native.Get() == nullptr) {
+    return false;
+  }
+  if (GetFileAttributesW(native.Get()) != INVALID_FILE_ATTRIBUTES) {
+    return true;
+  }
+  const DWORD error = GetLastError();
+  return error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND &&
+         error != ERROR_INVALID_NAME;
 }
 
 bool FolderIsWritable(const char* path) noexcept {

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "foundation/io/platform/interruption_posix.h"
 #include "foundation/io/platform/native_path_posix.h"
 #include "foundation/io/platform/platform.h"
 #include "foundation/io/platform/processes.h"
@@ -50,17 +51,6 @@ bool IsRegular(int descriptor) noexcept {
 bool IsSpecial(const char* path) noexcept {
   struct stat status {};
   return stat(path, &status) == 0 && !S_ISREG(status.st_mode);
-}
-
-/// Repeats a call for as long as a signal interrupts it that does not ask for the end: a call that
-/// may wait for another process for ever must not outlast such a request.
-template <typename Call>
-auto WithoutInterruption(Call call) noexcept {
-  auto result = call();
-  while (result < 0 && errno == EINTR && StopRequest() == 0) {
-    result = call();
-  }
-  return result;
 }
 
 }  // namespace

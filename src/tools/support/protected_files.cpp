@@ -1,0 +1,35 @@
+#include "tools/support/protected_files.h"
+
+namespace Hovar {
+
+void ProtectedFiles::Add(const std::string& path) {
+  paths_.push_back(path);
+  files_.Set(path, path);
+}
+
+void ProtectedFiles::LookAgain() {
+  for (const std::string& path : paths_) {
+    files_.Set(path, path);
+  }
+}
+
+std::string TakeNumberedName(const std::string& path, const ProtectedFiles& files,
+                             const std::function<bool(const std::string& name)>& take) {
+  constexpr int kMostNumbers = 1'000'000;
+  for (int number = 1; number < kMostNumbers; ++number) {
+    std::string name = path;
+    name.append(".").append(std::to_string(number));
+    if (files.Find(name) != nullptr || Vell::IO::Platform::IsTaken(name.c_str())) {
+      continue;
+    }
+    if (take(name)) {
+      return name;
+    }
+    if (!Vell::IO::Platform::IsTaken(name.c_str())) {
+      break;
+    }
+  }
+  return {};
+}
+
+}  // namespace Hovar
