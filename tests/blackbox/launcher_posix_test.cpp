@@ -13,15 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A launcher whose program is a shell script.
-std::string LauncherOfScript(const ScratchFolder& place, const std::string& script) {
-  const std::string launcher = CopyTreeWithPageTo(place.Path());
-  fs::remove(place.Path() / ProgramFile());
-  place.Write(ProgramFile(), "#!/bin/sh\n" + script);
-  fs::permissions(place.Path() / ProgramFile(), fs::perms::owner_all);
-  return launcher;
-}
-
 /// The digest of a file by coreutils.
 std::string DigestOf(const ScratchFolder& folder, const std::string& name) {
   Command command;

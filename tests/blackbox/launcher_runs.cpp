@@ -53,6 +53,14 @@ std::string CopyTreeWithPageTo(const fs::path& root) {
   return CopyTreeTo(root);
 }
 
+std::string LauncherOfScript(const ScratchFolder& place, const std::string& script) {
+  const std::string launcher = CopyTreeWithPageTo(place.Path());
+  fs::remove(place.Path() / ProgramFile());
+  place.Write(ProgramFile(), "#!/bin/sh\n" + script);
+  fs::permissions(place.Path() / ProgramFile(), fs::perms::owner_all);
+  return launcher;
+}
+
 std::string ChainedAnalysisText(int burnin, int steps) {
   return Replaced(Replaced(AnalysisText(), "<Burnin>0<", "<Burnin>" + std::to_string(burnin) + "<"),
                   "<Steps>0<", "<Steps>" + std::to_string(steps) + "<");

@@ -37,6 +37,9 @@ std::string CopyTreeWithPageTo(const std::filesystem::path& root);
 inline constexpr std::string_view kPageHead = "<!DOCTYPE html>\n<p>not <!-- hovar:files --> here\n";
 inline constexpr std::string_view kPageTail = "\n<p>the end\n";
 
+/// The same with a shell script as the program. POSIX only.
+std::string LauncherOfScript(const ScratchFolder& place, const std::string& script);
+
 /// An analysis with a chain of so many iterations.
 std::string ChainedAnalysisText(int burnin, int steps);
 

@@ -3,42 +3,15 @@
 // rights.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "check_runs.h"
 #include "launcher_runs.h"
+#include "limited_rights.h"
 
 namespace Testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// The command without the right to pass over the rights of files: as it stands, and for root with
-/// no capability.
-Command WithoutRights(Command command) {
-  if (geteuid() == 0) {
-    const std::string program = command.program.string();
-    command.program = "/usr/bin/setpriv";
-    command.arguments[0] = program;
-    command.arguments.insert(command.arguments.begin(),
-                             {"setpriv", "--bounding-set=-all", "--inh-caps=-all", "--"});
-  }
-  return command;
-}
-
-/// Takes rights to a file or folder away for one scope.
-class LimitedRights {
- public:
-  LimitedRights(const fs::path& path, fs::perms rights) : path_(path) {
-    fs::permissions(path_, rights);
-  }
-  ~LimitedRights() { fs::permissions(path_, fs::perms::owner_all); }
-  LimitedRights(const LimitedRights&) = delete;
-  LimitedRights& operator=(const LimitedRights&) = delete;
-
- private:
-  fs::path path_;
-};
 
 /// What the check of d.xml prints when the program can not open a file.
 std::string ErrorsWithoutRights(const ScratchFolder& folder, const std::string& file) {
@@ -50,10 +23,6 @@ std::string ErrorsWithoutRights(const ScratchFolder& folder, const std::string& 
   EXPECT_EQ(run.error, "Error: " + CannotOpen(file) + "\n");
   return check.output;
 }
-
-constexpr auto kNone = fs::perms::none;
-constexpr auto kReadOnly = fs::perms::owner_read;
-constexpr auto kReadAndSearch = fs::perms::owner_read | fs::perms::owner_exec;
 
 TEST(RightsTest, InputsThatMayNotBeRead) {
   struct Input {
