@@ -87,7 +87,7 @@ class HostileFileTest : public testing::Test {
   const std::vector<HostilePlace> places_ = HostilePlaces();
   const ScratchFolder installation_;
   const std::string launcher_ = CopyTreeWithPageTo(installation_.Path());
-  const HostileEnd none_;
+  const HostileEnd none_{};
   std::map<std::string, HostileEnd> alone_;
   std::map<std::string, int> ruleCounts_;
   int brokenCount_ = 0;

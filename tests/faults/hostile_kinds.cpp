@@ -36,6 +36,36 @@ void MakeSocket(const fs::path& path) {
   fs::rename(place, path);
 }
 
+/// What a link of this kind leads to; empty for what is none.
+fs::path TargetOf(HostileKind kind, const fs::path& path, const fs::path& elsewhere) {
+  switch (kind) {
+    case HostileKind::kZeros:
+      return "/dev/zero";
+    case HostileKind::kFullDevice:
+      return "/dev/full";
+    case HostileKind::kNullDevice:
+      return "/dev/null";
+    case HostileKind::kTerminalDevice:
+      return "/dev/tty";
+    case HostileKind::kLink:
+      return elsewhere / "target";
+    case HostileKind::kLinkToFolder:
+      return elsewhere;
+    case HostileKind::kLinkToItself:
+      return path.filename();
+    case HostileKind::kLinksInACircle:
+      return elsewhere / "circle";
+    case HostileKind::kDanglingLink:
+      return elsewhere / "none";
+    case HostileKind::kKernelFile:
+      return "/proc/self/status";
+    case HostileKind::kEndlessKernelFile:
+      return "/proc/self/pagemap";
+    default:
+      return {};
+  }
+}
+
 void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(5)); }
 
 }  // namespace
@@ -95,31 +125,16 @@ HostileFile::~HostileFile() {
 }
 
 void HostileFile::Make(const std::string& content, const fs::path& elsewhere) {
-  const auto linkTo = [this](const fs::path& target) { fs::create_symlink(target, path_); };
+  if (const fs::path target = TargetOf(kind_, path_, elsewhere); !target.empty()) {
+    fs::create_symlink(target, path_);
+  }
   switch (kind_) {
-    case HostileKind::kRegular:
-      Write(path_, content);
-      break;
-    case HostileKind::kMissing:
-      break;
     case HostileKind::kPipe:
+      EXPECT_EQ(::mkfifo(path_.c_str(), 0600), 0);
+      break;
     case HostileKind::kSlowPipe:
       EXPECT_EQ(::mkfifo(path_.c_str(), 0600), 0);
-      if (kind_ == HostileKind::kSlowPipe) {
-        worker_ = std::thread([this, content] { WriteSlowly(content); });
-      }
-      break;
-    case HostileKind::kZeros:
-      linkTo("/dev/zero");
-      break;
-    case HostileKind::kFullDevice:
-      linkTo("/dev/full");
-      break;
-    case HostileKind::kNullDevice:
-      linkTo("/dev/null");
-      break;
-    case HostileKind::kTerminalDevice:
-      linkTo("/dev/tty");
+      worker_ = std::thread([this, content] { WriteSlowly(content); });
       break;
     case HostileKind::kSocket:
       MakeSocket(path_);
@@ -129,20 +144,12 @@ void HostileFile::Make(const std::string& content, const fs::path& elsewhere) {
       break;
     case HostileKind::kLink:
       Write(elsewhere / "target", content);
-      linkTo(elsewhere / "target");
-      break;
-    case HostileKind::kLinkToFolder:
-      linkTo(elsewhere);
-      break;
-    case HostileKind::kLinkToItself:
-      linkTo(path_.filename());
       break;
     case HostileKind::kLinksInACircle:
-      linkTo(elsewhere / "circle");
       fs::create_symlink(path_, elsewhere / "circle");
       break;
-    case HostileKind::kDanglingLink:
-      linkTo(elsewhere / "none");
+    case HostileKind::kRegular:
+      Write(path_, content);
       break;
     case HostileKind::kUnreadable:
       Write(path_, content);
@@ -156,11 +163,7 @@ void HostileFile::Make(const std::string& content, const fs::path& elsewhere) {
       Write(path_, content);
       fs::resize_file(path_, std::uintmax_t{1} << 40);
       break;
-    case HostileKind::kKernelFile:
-      linkTo("/proc/self/status");
-      break;
-    case HostileKind::kEndlessKernelFile:
-      linkTo("/proc/self/pagemap");
+    default:
       break;
   }
 }

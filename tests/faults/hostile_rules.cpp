@@ -91,6 +91,10 @@ class Judge {
     } else {
       Require(status == 0 || run_.end.wasAsked || !result_.error.empty(), "a failure says why");
     }
+    if (cell_.place->IsOfTheTool() && KindOfTask() == Task::kEchoedRun && IsPlainFile() &&
+        !Has(cell_, "--keep") && !cell_.name.name.starts_with("-")) {
+      Require(status == 0, "a record can have each name that a file can have");
+    }
     if (cell_.place->IsOfTheTool() || KindOfTask() == Task::kReport || !IsComparable()) {
       return;
     }
