@@ -101,13 +101,17 @@ class Judge {
     JudgeStatusBesideProgram(alone_.Result().exitStatus);
   }
 
+  /// True where --keep moves out of the way what the program cannot write.
+  bool IsMadeRoomFor() const { return Has(cell_, "--keep") && cell_.place->isOutput; }
+
   void JudgeStatusBesideProgram(int expected) {
     const int status = result_.exitStatus;
     const bool isOption = cell_.Definition().starts_with("-");
     const bool isMoved = Has(cell_, "--keep") || KindOfTask() == Task::kWatchedRun;
     const bool mayRefuse = isOption || (IsTooLong() && isMoved);
     if (IsRun(KindOfTask())) {
-      Require(status == expected || (mayRefuse && status == 1), "it ends as the program does");
+      Require(status == expected || (mayRefuse && status == 1) || (IsMadeRoomFor() && status == 0),
+              "it ends as the program does");
     } else if (KindOfTask() == Task::kCheck) {
       const bool isUnseen = Kind() == HostileKind::kFullDevice && cell_.place->isOutput;
       Require((Has(cell_, "--strict") ? expected == 0 || status == 1 : status == expected) ||
@@ -251,9 +255,11 @@ class Judge {
       case Task::kCheck:
         return false;
       case Task::kEchoedRun:
-        return path == "r.json" || (isOwnOutput && cell_.place->IsOfTheTool());
+        return path == "r.json" || (isOwnOutput && cell_.place->IsOfTheTool()) ||
+               (IsMadeRoomFor() && path.starts_with(folder));
       case Task::kWatchedRun:
-        return path == "r.json" || path.ends_with(".output.txt") || path == folder ||
+        return path == "r.json" || (IsMadeRoomFor() && path.starts_with(folder)) ||
+               path.ends_with(".output.txt") || path == folder ||
                (isOwnOutput && cell_.place->IsOfTheTool());
       case Task::kChains:
         return isOfChain || (IsChosenLink() && path.starts_with("elsewhere/")) ||

@@ -89,8 +89,8 @@ TEST(ControlCharacterTest, InTheNamesOfRecordsAndReports) {
     SCOPED_TRACE(testing::PrintToString(arguments));
     ExpectPlain(RunLauncher(study, arguments, launcher));
   }
-  study.Write(evil + "/" + evil, "f");
-  ExpectPlain(RunLauncher(study, {"--report", evil}, launcher));
+  study.Write("folder" + evil + "/" + evil, "f");
+  ExpectPlain(RunLauncher(study, {"--report", "folder" + evil}, launcher));
 }
 
 TEST(ControlCharacterTest, InOptions) {
