@@ -2,9 +2,13 @@
 // follows ".." on the disk.
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <cstring>
 
 #include "check_runs.h"
 #include "support/running_process.h"
@@ -97,6 +101,29 @@ TEST(CheckOutputsTest, SymbolicLinks) {
   EXPECT_EQ(ExpectAgreement(study),
             "d.xml:7:9: error: The folder \"out\" is a symbolic link that leads nowhere. Remove "
             "the link, or make its target.\n1 error, 0 warnings\n");
+}
+
+TEST(CheckOutputsTest, ASocket) {
+  const TinyStudy study;
+  study.Write("d.xml", QuietAnalysis());
+  fs::create_directory(study.Path() / "out");
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strcpy(address.sun_path, study.File("out/fitted.csv").c_str());
+  const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  ASSERT_EQ(bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  close(socket);
+  EXPECT_EQ(ExpectAgreement(study),
+            "d.xml:8:25: error: The coefficient file \"out/fitted.csv\" is no regular file and "
+            "cannot be written. Name a regular file.\n1 error, 0 warnings\n");
+}
+
+TEST(CheckOutputsTest, ADevice) {
+  const TinyStudy study;
+  study.Write("d.xml", QuietAnalysis());
+  fs::create_directory(study.Path() / "out");
+  fs::create_symlink("/dev/null", study.Path() / "out/fitted.csv");
+  EXPECT_EQ(ExpectAgreement(study), "0 errors, 0 warnings\n");
 }
 
 TEST(CheckOutputsTest, ANamedPipe) {

@@ -23,6 +23,8 @@ struct OutputMessages {
       "of a path is made."};
   // One output.
   Messages::Pattern cannotWrite{"The <output> cannot be written. Ask for the right to write it."};
+  Messages::Pattern cannotWriteDevice{
+      "The <output> is no regular file and cannot be written. Name a regular file."};
   Messages::Pattern endsWithSeparator{
       "The <output> ends with a separator of folders. Give the file a name."};
   Messages::Pattern isFolder{"The <output> is a folder. Give the file a name of its own."};

@@ -28,11 +28,14 @@ bool IsWritable(const std::string& path) {
   return file != Platform::kNoFile && Platform::CloseFile(file);
 }
 
-void WarnOfPipe(Findings& findings, const DefinitionFile& definition, const PlannedFile& output) {
-  if (Platform::IsNamedPipe(output.path.c_str())) {
+/// Of a pipe only a warning is said: to open it is to wait for its reader.
+bool WarnedOfPipe(Findings& findings, const DefinitionFile& definition, const PlannedFile& output) {
+  const bool isPipe = Platform::IsNamedPipe(output.path.c_str());
+  if (isPipe) {
     findings.AddWarning(definition.path, definition.PlaceOfValue(output.element),
                         Filled(kOutputMessages.isPipe, Subject(output)), Weight::kFiles);
   }
+  return isPipe;
 }
 
 /// That an output is an earlier one; `run` is the number of the run that is checked.
@@ -154,8 +157,8 @@ bool OutputCheck::CanMake(Findings& findings, const DefinitionFile& definition,
       return Written(output.path) != nullptr || IsWritable(OnDisk(output.path)) ||
              addError(Filled(kOutputMessages.cannotWrite, Subject(output)));
     case PathKind::kOther:
-      WarnOfPipe(findings, definition, output);
-      return true;
+      return WarnedOfPipe(findings, definition, output) || IsWritable(OnDisk(output.path)) ||
+             addError(Filled(kOutputMessages.cannotWriteDevice, Subject(output)));
     case PathKind::kMissing:
       break;
   }

@@ -43,7 +43,7 @@ std::string PastablePath(std::string_view path) { return ShellWord(ShownPath(pat
 
 std::string ShellWord(std::string_view text) {
   std::string shown(text);
-  if (!shown.empty() && std::all_of(shown.begin(), shown.end(), IsPlain)) {
+  if (!shown.empty() && IsPrintable(shown) && std::all_of(shown.begin(), shown.end(), IsPlain)) {
     return shown;
   }
   if (!IsSlashSystem()) {

@@ -24,6 +24,9 @@ TEST(ShownPathTest, PathsCanBePastedIntoAShell) {
   EXPECT_EQ(PastablePath("it's"), "'it'\\''s'");
   EXPECT_EQ(PastablePath(""), "''");
   EXPECT_EQ(PastablePath("it's\na\x1b\\b"), "$'it\\'s\\na\\x1b/b'");
+  // Without a byte that means something to a shell, but with one that is escaped.
+  EXPECT_EQ(PastablePath("a\x9B.csv"), "$'a\\x9b.csv'");
+  EXPECT_EQ(PastablePath("a\xE2\x80\xAE.csv"), "$'a\\xe2\\x80\\xae.csv'");
   EXPECT_EQ(Hovar::ShellWord("a\\b"), "'a\\b'");
   EXPECT_EQ(Hovar::ShellWord("a\\b\n"), "$'a\\\\b\\n'");
 }
