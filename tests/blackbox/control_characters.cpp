@@ -1,7 +1,6 @@
 #include "control_characters.h"
 
 #include <cstdint>
-#include <cstdio>
 
 namespace Testing {
 namespace {
@@ -39,6 +38,15 @@ bool IsBetween(std::uint32_t code, std::uint32_t first, std::uint32_t last) {
   return code >= first && code <= last;
 }
 
+/// A character as Unicode writes it, with a blank behind it.
+std::string NumberOf(std::uint32_t code) {
+  std::string digits;
+  for (int shift = 12; shift >= 0; shift -= 4) {
+    digits += "0123456789ABCDEF"[code >> static_cast<unsigned>(shift) & 0xFU];
+  }
+  return "U+" + digits + " ";
+}
+
 bool IsControl(std::uint32_t code) {
   return (code < 0x20 && code != '\n' && code != '\t') || IsBetween(code, 0x7F, 0x9F) ||
          IsBetween(code, 0x200E, 0x200F) || IsBetween(code, 0x202A, 0x202E) ||
@@ -52,9 +60,7 @@ std::string ControlCharactersIn(std::string_view text) {
   while (!text.empty()) {
     const Character character = FirstOf(text);
     if (IsControl(character.code)) {
-      char number[16];
-      std::snprintf(number, sizeof number, "U+%04X ", character.code);
-      found += number;
+      found += NumberOf(character.code);
     }
     text.remove_prefix(character.size);
   }

@@ -9,8 +9,6 @@
 namespace Testing {
 namespace {
 
-namespace fs = std::filesystem;
-
 /// A name with C0 and C1 control characters, a line feed and one that turns the order of letters.
 constexpr char kEvil[] = "e\x1b[2J\x07\n#forged\x7f\xc2\x9b\xe2\x80\xae.csv";
 
