@@ -42,6 +42,22 @@ ProcessEnd ChildProcess::Wait() {
   int status = 0;
   while (waitpid(id_, &status, 0) < 0 && errno == EINTR) {
   }
+  return EndOf(status);
+}
+
+std::optional<ProcessEnd> ChildProcess::WaitFor(std::chrono::milliseconds time) {
+  const auto deadline = std::chrono::steady_clock::now() + time;
+  int status = 0;
+  while (waitpid(id_, &status, WNOHANG) != id_) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      return std::nullopt;
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+  }
+  return EndOf(status);
+}
+
+ProcessEnd ChildProcess::EndOf(int status) {
   id_ = -1;
   ProcessEnd end;
   if (WIFEXITED(status)) {

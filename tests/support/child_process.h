@@ -2,8 +2,10 @@
 
 // Child processes, pipes, and what else tests of the platform layer need of the operating system.
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,8 +29,12 @@ class ChildProcess {
   ChildProcess& operator=(const ChildProcess&) = delete;
 
   ProcessEnd Wait();
+  /// Empty when it still runs after this time.
+  std::optional<ProcessEnd> WaitFor(std::chrono::milliseconds time);
 
  private:
+  ProcessEnd EndOf(int status);
+
   int id_;
 };
 
