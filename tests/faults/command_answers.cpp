@@ -71,7 +71,8 @@ CommandAnswers::CommandAnswers(const CommandTool& tool, const CommandStudy& stud
 void CommandAnswers::ExpectWhole(const CommandResult& result) const {
   EXPECT_EQ(result.run.end, whole_.end) << result.run.Text();
   EXPECT_EQ(Comparable(result.run.output), Comparable(whole_.output));
-  ExpectSameFiles(study_.Files(), complete_);
+  ExpectSameFiles(study_.Files(), complete_,
+                  result.IsHit("unlink") ? FurtherFiles::kAllowed : FurtherFiles::kNone);
   ExpectEnded(result);
 }
 
@@ -86,7 +87,7 @@ void CommandAnswers::ExpectAnswer(const CommandResult& result) const {
   if (!result.IsHit("write(2<") && !result.IsHit("write(2,")) {
     EXPECT_TRUE(SaysWhy(result.run, whole_)) << "no reason:\n" << result.run.Text();
   }
-  ExpectUndamaged(files, result.IsHit("unlink") ? Leftovers::kAllowed : Leftovers::kNone);
+  ExpectUndamaged(files, result.IsHit("unlink") ? FurtherFiles::kAllowed : FurtherFiles::kNone);
   ExpectRepaired();
 }
 
@@ -99,14 +100,14 @@ void CommandAnswers::ExpectEnd(const CommandResult& result, int signal) const {
   EXPECT_TRUE(result.run.end == ProcessEnd{.signal = signal} ||
               result.run.end == ProcessEnd{.exitStatus = kSignalStatus + signal})
       << result.run.Text();
-  ExpectUndamaged(study_.Files(), Leftovers::kNone);
+  ExpectUndamaged(study_.Files(), FurtherFiles::kNone);
   ExpectRepaired();
 }
 
 void CommandAnswers::ExpectKilled(const CommandResult& result) const {
   ExpectEnded(result);
   EXPECT_EQ(result.run.end, ProcessEnd{.signal = SIGKILL}) << result.run.Text();
-  ExpectUndamaged(study_.Files(), Leftovers::kAllowed);
+  ExpectUndamaged(study_.Files(), FurtherFiles::kAllowed);
   ExpectRepaired();
 }
 
@@ -124,7 +125,7 @@ void CommandAnswers::ExpectRepaired() const {
       EXPECT_TRUE(files[name] == content) << name << " is not repaired";
     }
   }
-  ExpectUndamaged(files, Leftovers::kAllowed);
+  ExpectUndamaged(files, FurtherFiles::kAllowed);
 }
 
 /// True for a file to which --keep has moved an earlier one.
@@ -135,24 +136,31 @@ bool CommandAnswers::IsKept(const std::string& name) const {
          study_.Before().contains(match[1]);
 }
 
-void CommandAnswers::ExpectUndamaged(const FolderFiles& files, Leftovers leftovers) const {
+void CommandAnswers::ExpectUndamaged(const FolderFiles& files, FurtherFiles further) const {
   for (const auto& [name, content] : study_.Before()) {
     const auto there = files.find(name);
-    const bool isAside = std::any_of(files.begin(), files.end(), [&](const auto& file) {
-      return file.second == content && file.first.starts_with(name) && IsKept(file.first);
-    });
-    EXPECT_TRUE(there != files.end() || isAside) << name << " is gone";
+    const bool isThere = there != files.end();
+    const bool isAside = HasAside(files, name, content);
+    EXPECT_TRUE(isThere || isAside) << name << " is gone";
     const bool mustStay = tool_.keepsEarlier || complete_.at(name) == content;
-    EXPECT_TRUE(!mustStay || isAside || (there != files.end() && there->second == content))
+    EXPECT_TRUE(!mustStay || isAside || (isThere && there->second == content))
         << name << " is damaged";
   }
   for (const auto& [name, content] : files) {
     const bool isKnown = study_.Before().contains(name) || complete_.contains(name);
-    EXPECT_TRUE(isKnown || IsKept(name) || leftovers == Leftovers::kAllowed) << name << " is left";
+    EXPECT_TRUE(isKnown || IsKept(name) || further == FurtherFiles::kAllowed) << name << " is left";
     if (isKnown) {
       ExpectKnown(name, content);
     }
   }
+}
+
+/// True when --keep has moved what an earlier file held.
+bool CommandAnswers::HasAside(const FolderFiles& files, const std::string& name,
+                              const std::string& content) const {
+  return std::any_of(files.begin(), files.end(), [&](const auto& file) {
+    return file.second == content && file.first.starts_with(name) && IsKept(file.first);
+  });
 }
 
 /// Of a file that belongs to the run.

@@ -27,11 +27,11 @@ class CommandAnswers {
   void ExpectRepaired() const;
 
  private:
-  enum class Leftovers { kNone, kAllowed };
-
-  void ExpectUndamaged(const FolderFiles& files, Leftovers leftovers) const;
+  void ExpectUndamaged(const FolderFiles& files, FurtherFiles further) const;
   void ExpectKnown(const std::string& name, const std::string& content) const;
   bool IsKept(const std::string& name) const;
+  bool HasAside(const FolderFiles& files, const std::string& name,
+                const std::string& content) const;
 
   const CommandTool& tool_;
   const CommandStudy& study_;

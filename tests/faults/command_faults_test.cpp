@@ -29,7 +29,7 @@ class CommandFaultTest : public testing::TestWithParam<CommandTool> {
     ASSERT_TRUE(reason.empty()) << reason;
   }
 
-  std::vector<FaultPlace> Places() const {
+  static std::vector<FaultPlace> Places() {
     return GetParam().startsProgram
                ? std::vector{FaultPlace::kCommand, FaultPlace::kStart, FaultPlace::kProgram}
                : std::vector{FaultPlace::kCommand};

@@ -15,13 +15,17 @@ namespace {
 
 constexpr std::size_t kSampledKills = 20;
 
-struct EndingSignal {
-  int number;
+/// What takes the place of a call.
+struct Ending {
+  int signal;
   const char* effect;
 };
 
-constexpr EndingSignal kRequests[] = {
-    {SIGTERM, "signal=SIGTERM"}, {SIGINT, "signal=SIGINT"}, {SIGHUP, "signal=SIGHUP"}};
+constexpr Ending kKill{SIGKILL, "signal=SIGKILL"};
+constexpr Ending kTerminate{SIGTERM, "signal=SIGTERM"};
+constexpr Ending kInterrupt{SIGINT, "signal=SIGINT"};
+constexpr Ending kHangUp{SIGHUP, "signal=SIGHUP"};
+constexpr Ending kFault{SIGSEGV, "signal=SIGSEGV"};
 
 class CommandKillTest : public testing::TestWithParam<CommandTool> {
  protected:
@@ -38,11 +42,23 @@ class CommandKillTest : public testing::TestWithParam<CommandTool> {
     return command_.CallsOf(place);
   }
 
-  /// A run in which the signal takes the place of a call.
-  CommandResult RunWith(FaultPlace place, const CommandCall& call, const char* effect,
-                        StandIn program = StandIn::kNone) const {
-    study_.Restore();
-    return command_.Run(place, {call, effect, false}, program);
+  /// Runs with each signal in the place of each call, and gives `expect` the result and the signal.
+  template <typename Expect>
+  void EndAtEach(const std::vector<CommandCall>& calls, FaultPlace place,
+                 const std::vector<Ending>& endings, StandIn program, Expect expect) const {
+    ASSERT_FALSE(calls.empty());
+    Sample sample(kSampledKills, endings.size() * calls.size());
+    for (const Ending& ending : endings) {
+      for (const CommandCall& call : calls) {
+        if (sample.Takes()) {
+          const CallFault fault{call, ending.effect, false};
+          SCOPED_TRACE(NameOf(place) + ": " + fault.Text());
+          study_.Restore();
+          expect(command_.Run(place, fault, program), ending.signal);
+        }
+      }
+    }
+    std::cout << NameOf(place) << ": " << sample.Text() << "\n";
   }
 
   CommandStudy study_;
@@ -51,34 +67,21 @@ class CommandKillTest : public testing::TestWithParam<CommandTool> {
 };
 
 TEST_P(CommandKillTest, KilledAtEachCall) {
-  const std::vector<CommandCall> calls = CallsOf(FaultPlace::kCommand);
-  Sample sample(kSampledKills, calls.size());
-  for (const CommandCall& call : calls) {
-    if (sample.Takes()) {
-      SCOPED_TRACE(call.name + " " + std::to_string(call.number));
-      const CommandResult result = RunWith(FaultPlace::kCommand, call, "signal=SIGKILL");
-      if (result.run.end.signal == SIGKILL) {
-        answers_.ExpectKilled(result);
-      } else {
-        answers_.ExpectWhole(result);  // it had less to wait for, and ended with fewer calls
-      }
-    }
-  }
-  std::cout << sample.Text() << "\n";
+  EndAtEach(CallsOf(FaultPlace::kCommand), FaultPlace::kCommand, {kKill}, StandIn::kNone,
+            [this](const CommandResult& result, int) {
+              if (result.run.end.signal == SIGKILL) {
+                answers_.ExpectKilled(result);
+              } else {
+                answers_.ExpectWhole(result);  // it had less to wait for, and made fewer calls
+              }
+            });
 }
 
 TEST_P(CommandKillTest, AskedToEndAtEachCall) {
-  const std::vector<CommandCall> calls = CallsOf(FaultPlace::kCommand);
-  Sample sample(kSampledKills, std::size(kRequests) * calls.size());
-  for (const auto& [signal, effect] : kRequests) {
-    for (const CommandCall& call : calls) {
-      if (sample.Takes()) {
-        SCOPED_TRACE(call.name + " " + std::to_string(call.number) + ", " + effect);
-        answers_.ExpectEnd(RunWith(FaultPlace::kCommand, call, effect), signal);
-      }
-    }
-  }
-  std::cout << sample.Text() << "\n";
+  EndAtEach(CallsOf(FaultPlace::kCommand), FaultPlace::kCommand, {kTerminate, kInterrupt, kHangUp},
+            StandIn::kNone, [this](const CommandResult& result, int signal) {
+              answers_.ExpectEnd(result, signal);
+            });
 }
 
 INSTANTIATE_TEST_SUITE_P(Tools, CommandKillTest, testing::ValuesIn(CommandTools()),
@@ -99,41 +102,27 @@ class CommandChildTest : public CommandKillTest {};
 
 TEST_P(CommandChildTest, AKilledProgramIsReported) {
   for (const FaultPlace place : {FaultPlace::kStart, FaultPlace::kProgram}) {
-    const std::vector<CommandCall> calls = CallsOf(place);
-    Sample sample(kSampledKills, std::size(kRequests) * calls.size());
-    for (const char* const effect : {"signal=SIGKILL", "signal=SIGTERM", "signal=SIGSEGV"}) {
-      for (const CommandCall& call : calls) {
-        if (sample.Takes()) {
-          SCOPED_TRACE(NameOf(place) + ", " + call.name + " " + std::to_string(call.number) + ", " +
-                       effect);
-          answers_.ExpectAnswer(RunWith(place, call, effect));
-        }
-      }
-    }
-    std::cout << NameOf(place) << ": " << sample.Text() << "\n";
+    EndAtEach(CallsOf(place), place, {kKill, kTerminate, kFault}, StandIn::kNone,
+              [this](const CommandResult& result, int) { answers_.ExpectAnswer(result); });
   }
 }
 
 // The program would run on for a minute.
 TEST_P(CommandChildTest, NoProgramOutlivesTheCommand) {
   study_.Restore();
-  const std::vector<CommandCall> calls = command_.CallsBesideProgram();
-  ASSERT_FALSE(calls.empty());
-  constexpr const char* kEffects[] = {"signal=SIGKILL", "signal=SIGTERM", "signal=SIGINT",
-                                      "signal=SIGHUP",  "signal=SIGQUIT", "signal=SIGUSR1",
-                                      "signal=SIGXCPU", "signal=SIGSEGV"};
-  Sample sample(kSampledKills, std::size(kEffects) * calls.size());
-  for (const char* const effect : kEffects) {
-    for (const CommandCall& call : calls) {
-      if (sample.Takes()) {
-        SCOPED_TRACE(call.name + " " + std::to_string(call.number) + ", " + effect);
-        const CommandResult result = RunWith(FaultPlace::kCommand, call, effect, StandIn::kStaying);
-        EXPECT_FALSE(result.hasHung);
-        EXPECT_EQ(result.left, std::vector<std::string>());
-      }
-    }
-  }
-  std::cout << sample.Text() << "\n";
+  EndAtEach(command_.CallsBesideProgram(), FaultPlace::kCommand,
+            {kKill,
+             kTerminate,
+             kInterrupt,
+             kHangUp,
+             kFault,
+             {SIGQUIT, "signal=SIGQUIT"},
+             {SIGUSR1, "signal=SIGUSR1"},
+             {SIGXCPU, "signal=SIGXCPU"}},
+            StandIn::kStaying, [](const CommandResult& result, int) {
+              EXPECT_FALSE(result.hasHung);
+              EXPECT_EQ(result.left, std::vector<std::string>());
+            });
 }
 
 INSTANTIATE_TEST_SUITE_P(Tools, CommandChildTest, testing::ValuesIn(StartingTools()),

@@ -31,8 +31,10 @@ struct CommandTool {
 
 const std::vector<CommandTool>& CommandTools();
 
-/// Expects the same names with the same bytes.
-void ExpectSameFiles(const FolderFiles& files, const FolderFiles& expected);
+enum class FurtherFiles { kNone, kAllowed };
+
+/// Expects the same names with the same bytes; with kAllowed, others beside them.
+void ExpectSameFiles(const FolderFiles& files, const FolderFiles& expected, FurtherFiles further);
 
 /// A text without the times that the program took.
 std::string WithoutDurations(const std::string& text);
@@ -50,7 +52,7 @@ class CommandStudy {
   void Restore() const;
   /// What was there before the tool ran.
   const FolderFiles& Before() const { return before_; }
-  /// What is there now. The times of a run record are left out.
+  /// What is there now. A run record is without time and place, printed lines without durations.
   FolderFiles Files() const;
 
  private:

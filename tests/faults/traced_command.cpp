@@ -183,6 +183,7 @@ CommandResult TracedCommand::Finish(const std::vector<std::string>& begin,
   std::vector<std::string> arguments = begin;
   arguments.insert(arguments.end(), arguments_.begin(), arguments_.end());
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) {
     pointers.push_back(argument.data());
   }
