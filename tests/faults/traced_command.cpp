@@ -76,26 +76,41 @@ std::vector<std::string> Children() {
   return children;
 }
 
-/// Waits for the processes that a run has left, which have become children of this one. Those that
-/// do not end in time are ended; their command lines are returned.
-std::vector<std::string> TakeLeftProcesses() {
+bool IsTracer(const std::string& process) { return CommandLineOf(process).starts_with("strace "); }
+
+/// True when all children of this process end in time.
+bool ChildrenEnd() {
   const auto deadline = std::chrono::steady_clock::now() + kTimeToEnd;
   while (waitpid(-1, nullptr, WNOHANG) >= 0) {
     if (std::chrono::steady_clock::now() > deadline) {
-      break;
+      return false;
     }
     std::this_thread::sleep_for(std::chrono::microseconds(200));
   }
-  std::vector<std::string> left;
+  return true;
+}
+
+void KillChildren() {
   for (const std::string& child : Children()) {
-    const std::string line = CommandLineOf(child);
-    if (!line.starts_with("strace ")) {  // it ends with what it traces
-      left.push_back(line);
-      kill(std::stoi(child), SIGKILL);
+    kill(std::stoi(child), SIGKILL);
+  }
+}
+
+/// Waits for the processes that a run has left, which have become children of this one. Those that
+/// do not end in time are ended; their command lines are returned.
+std::vector<std::string> TakeLeftProcesses() {
+  std::vector<std::string> left;
+  if (ChildrenEnd()) {
+    return left;
+  }
+  for (const std::string& child : Children()) {
+    if (!IsTracer(child)) {  // which ends with what it traces
+      left.push_back(CommandLineOf(child));
     }
   }
-  while (waitpid(-1, nullptr, 0) >= 0) {
-  }
+  do {
+    KillChildren();
+  } while (!ChildrenEnd());
   return left;
 }
 
@@ -203,7 +218,10 @@ CommandResult TracedCommand::Finish(const std::vector<std::string>& begin,
   const std::optional<ProcessEnd> end = process->WaitFor(patience);
   result.run.end = end.value_or(ProcessEnd());
   result.hasHung = !end.has_value();
-  process.reset();  // which kills it
+  if (result.hasHung) {
+    KillChildren();  // the tracer too, without which the process cannot be waited for
+  }
+  process.reset();
   result.left = TakeLeftProcesses();
   result.run.output = ReadFile(output);
   result.run.error = ReadFile(error);
