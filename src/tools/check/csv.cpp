@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "foundation/io/csv_rules.h"
-#include "tools/support/error_capture.h"
 #include "tools/support/inputs.h"
+#include "tools/support/text_places.h"
 
 namespace Hovar {
 
@@ -102,8 +102,11 @@ std::string DecodedField(std::string_view field) {
   return decoded;
 }
 
-RecordWalker::RecordWalker(const std::string& path)
-    : stream_(Vell::String(std::string_view(path)), kReadInputBytes) {}
+RecordWalker::RecordWalker(const std::string& path) : path_(path) {
+  LookAgain(path_, [this] {
+    stream_.emplace(Vell::String(std::string_view(path_)), kReadInputBytes);
+  });
+}
 
 bool RecordWalker::Next() {
   record_.clear();
@@ -111,7 +114,7 @@ bool RecordWalker::Next() {
   hasLineFeed_ = false;
   std::int64_t quotes = 0;
   while (!hasLineFeed_) {
-    const std::string_view window = stream_.Window();
+    const std::string_view window = LookAgain(path_, [this] { return stream_->Window(); });
     if (window.empty()) {
       return !record_.empty();
     }
@@ -128,27 +131,19 @@ bool RecordWalker::Next() {
         record_ += '\n';
       }
     }
-    stream_.TakeFromWindow(taken);
+    stream_->TakeFromWindow(taken);
     next_ += static_cast<std::int64_t>(taken);
   }
   return true;
 }
 
 std::string HeaderOf(const std::string& path) {
-  std::string header;
-  ErrorOf([&] {
-    RecordWalker walker(path);
-    if (walker.Next()) {
-      header = walker.Record();
-    }
-  });
-  return header;
+  RecordWalker walker(path);
+  return walker.Next() ? walker.Record() : std::string();
 }
 
 std::optional<WrongQuote> WrongQuoteIn(const std::string& path) {
-  std::optional<WrongQuote> wrong;
-  ErrorOf([&] { wrong = FirstWrongQuote(path); });
-  return wrong;
+  return LookAgain(path, [&path] { return FirstWrongQuote(path); });
 }
 
 }  // namespace Hovar

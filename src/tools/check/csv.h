@@ -31,11 +31,11 @@ std::string_view FieldOf(std::string_view record, std::size_t index, QuoteUse qu
 /// quotes, and with each doubled one once.
 std::string DecodedField(std::string_view field);
 
-/// Walks through the records of a file.
+/// Walks through the records of a file that was read before.
+/// Errors: UnreadableFile; OutOfMemoryException.
 class RecordWalker {
  public:
   /// Opens the file.
-  /// Errors: FileOpenException; "Out of memory".
   explicit RecordWalker(const std::string& path);
 
   /// The next record without its line feed, or nothing at the end. A last one without a line feed
@@ -47,14 +47,16 @@ class RecordWalker {
   bool HasLineFeed() const noexcept { return hasLineFeed_; }
 
  private:
-  Vell::IO::FileStream stream_;
+  std::string path_;
+  std::optional<Vell::IO::FileStream> stream_;
   std::string record_;
   std::int64_t offset_ = 0;
   std::int64_t next_ = 0;
   bool hasLineFeed_ = false;
 };
 
-/// The first record of a file; empty when the file cannot be read.
+/// The first record of a file.
+/// Errors: as of RecordWalker.
 std::string HeaderOf(const std::string& path);
 
 /// A double quote that breaks the rules of the program's reader.

@@ -188,15 +188,12 @@ bool CheckDataFile(Findings& findings, const DefinitionFile& definition, DataSet
   if (stop.has_value()) {
     AddDataError(findings, definition, *stop);
   } else {
-    // A file that is gone or can no longer be read has no other cause to report.
-    ErrorOf([&] {
-      WarnOfCells(findings, definition);
-      WarnOfHospitals(findings, definition, dataSet);
-    });
+    WarnOfCells(findings, definition);
+    WarnOfHospitals(findings, definition, dataSet);
   }
   WarnOfPairs(findings, definition);  // wrong pairs have wrong indicators, so they come first
   if (!stop.has_value()) {
-    ErrorOf([&] { WarnOfContradictions(findings, definition, dataSet); });
+    WarnOfContradictions(findings, definition, dataSet);
   }
   const FileTraits traits = TraitsOf(definition.data);
   WarnOfByteOrderMark(findings, definition.data, traits);

@@ -173,7 +173,7 @@ bool CheckCoefficientFile(Findings& findings, const DefinitionFile& definition,
       CheckTable(findings, path, kCoefficientForm,
                  [&results](Vell::IO::Stream& stream) { ReadCoefficientFile(results, stream); });
   if (isRead) {
-    ErrorOf([&] { WarnOfValues(findings, path, kCoefficientForm); });
+    WarnOfValues(findings, path, kCoefficientForm);
   }
   return isRead;
 }
@@ -187,10 +187,8 @@ bool CheckIndividualPredictions(Findings& findings, const DefinitionFile& defini
       findings, path, kPredictionForm,
       [&predictions](Vell::IO::Stream& stream) { ReadIndividualPredictions(predictions, stream); });
   if (isRead) {
-    ErrorOf([&] {
-      WarnOfQuotedCommas(findings, path);
-      WarnOfValues(findings, path, kPredictionForm);
-    });
+    WarnOfQuotedCommas(findings, path);
+    WarnOfValues(findings, path, kPredictionForm);
   }
   return isRead;
 }
@@ -229,7 +227,7 @@ void CheckPredictionCount(Findings& findings, const DefinitionFile& definition,
     findings.AddWarning(definition.individualPredictions, end,
                         Filled(kModelMessages.moreLines, lines, ofData, Quoted(definition.data)));
   }
-  ErrorOf([&] { WarnOfOtherRecords(findings, definition); });
+  WarnOfOtherRecords(findings, definition);
 }
 
 }  // namespace Hovar

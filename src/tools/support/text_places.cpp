@@ -5,7 +5,6 @@
 
 #include "foundation/io/file_stream.h"
 #include "foundation/io/platform/platform.h"
-#include "tools/support/error_capture.h"
 #include "tools/support/inputs.h"
 
 namespace Hovar {
@@ -24,7 +23,7 @@ void ReadBlocks(const TextSource& text, std::int64_t offset, Take take) {
     }
     return;
   }
-  ErrorOf([&] {
+  LookAgain(text.Path(), [&] {
     FileStream stream(Vell::String(std::string_view(text.Path())), kReadInputBytes);
     stream.Seek(offset);
     for (std::string_view block = stream.Window(); !block.empty(); block = stream.Window()) {

@@ -5,16 +5,42 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "foundation/exceptions/exceptions.h"
+
 namespace Hovar {
 
+/// A file that was read before cannot be read again.
+class UnreadableFile final : public std::exception {
+ public:
+  explicit UnreadableFile(std::string path) : path_(std::move(path)) {}
+  const char* what() const noexcept override { return path_.c_str(); }
+  const std::string& Path() const noexcept { return path_; }
+
+ private:
+  std::string path_;
+};
+
+/// Calls what reads a file again and finds no fault in what it holds. Its result is the call's.
+/// Errors: UnreadableFile; OutOfMemoryException.
+template <typename Call>
+auto LookAgain(const std::string& path, Call call) {
+  try {
+    return call();
+  } catch (const Vell::Exceptions::OutOfMemoryException&) {
+    throw;
+  } catch (const Vell::Exceptions::Exception&) {
+    throw UnreadableFile(path);
+  }
+}
+
 /// The text that is looked at: the bytes of a file that was read before, or a file, which each look
-/// opens anew. A look answers with what it could read: a file that is gone or cannot be read gives
-/// the first place and empty texts.
+/// opens anew. Errors of all looks: UnreadableFile.
 class TextSource {
  public:
   TextSource() = default;

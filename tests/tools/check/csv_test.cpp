@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/files.h"
+#include "tools/support/text_places.h"
 
 namespace {
 
@@ -76,7 +77,7 @@ TEST(CheckCsvTest, TheHeaderIsTheFirstRecord) {
   const Testing::ScratchFolder folder;
   EXPECT_EQ(Hovar::HeaderOf(folder.Write("f", "a,\"b\nc\"\nd\n")), "a,\"b\nc\"");
   EXPECT_EQ(Hovar::HeaderOf(folder.Write("f", "")), "");
-  EXPECT_EQ(Hovar::HeaderOf("/nowhere/f"), "");
+  EXPECT_THROW(Hovar::HeaderOf("/nowhere/f"), Hovar::UnreadableFile);
 }
 
 TEST(CheckCsvTest, TheFirstQuoteThatBreaksTheRules) {
@@ -103,7 +104,7 @@ TEST(CheckCsvTest, TheFirstQuoteThatBreaksTheRules) {
   expect("a\"\"b\n", Kind::kWithin, 1, 2);
   expect("\"a\"b,c\n", Kind::kOther, 3, 4);
   expect("a,\"b,c\nd,\"e\",f\n", Kind::kOther, 2, 11);  // closed by the quote before e
-  EXPECT_FALSE(Hovar::WrongQuoteIn("/nowhere/f").has_value());
+  EXPECT_THROW(Hovar::WrongQuoteIn("/nowhere/f"), Hovar::UnreadableFile);
 }
 
 }  // namespace

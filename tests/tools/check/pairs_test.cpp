@@ -11,6 +11,7 @@ std::string Lines(const std::string& names, int indicators) {
   const Testing::ScratchFolder folder;
   Hovar::DefinitionFile definition;
   definition.path = "d.xml";
+  definition.text = {"d.xml", ""};
   definition.data = folder.Write("data.csv", "Key,Hospital,Y," + names + "\n");
   definition.poaCount = indicators;
   definition.values.push_back({Hovar::Element::kNumberOfPoaIndicators, 0, "", ""});

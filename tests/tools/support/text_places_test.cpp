@@ -46,10 +46,10 @@ TEST(CheckPlacesTest, LinesAcrossBlocks) {
   }
 }
 
-TEST(CheckPlacesTest, AMissingFileHasNothing) {
-  EXPECT_EQ(TextOf(PlaceOf("/nowhere/f", 5)), "1:1");
-  EXPECT_EQ(Hovar::BytesAt("/nowhere/f", 0, 5), "");
-  EXPECT_EQ(Hovar::TraitsOf("/nowhere/f").length, 0);
+TEST(CheckPlacesTest, AFileThatIsGoneIsAnError) {
+  EXPECT_THROW(PlaceOf("/nowhere/f", 5), Hovar::UnreadableFile);
+  EXPECT_THROW(Hovar::BytesAt("/nowhere/f", 0, 5), Hovar::UnreadableFile);
+  EXPECT_THROW(Hovar::TraitsOf("/nowhere/f"), Hovar::UnreadableFile);
 }
 
 TEST(CheckPlacesTest, Bytes) {
