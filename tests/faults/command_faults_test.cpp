@@ -61,6 +61,9 @@ TEST_P(CommandFaultTest, EachFailingCallIsAnswered) {
   for (const FaultPlace place : Places()) {
     study_.Restore();
     for (const CommandCall& call : command_.CallsOf(place)) {
+      if (call.name == "access" && GetParam().startsProgram) {
+        continue;  // where a folder seems not to be writable, the printed lines go to another one
+      }
       for (const std::string& error : ErrorsOf(call.name)) {
         faults.push_back({place, {call, "error=" + error, false}});
       }
