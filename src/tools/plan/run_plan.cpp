@@ -73,6 +73,9 @@ void Follow(RunPlan& plan, const std::string& path, std::optional<std::string> b
             std::vector<std::string>& batches) {
   plan.definitions.push_back(path);
   if (!bytes) {
+    if (plan.unreadable.empty() && IsSmallFile(path)) {
+      plan.unreadable = path;
+    }
     return;
   }
   const DefinitionReading reading = ReadDefinition({path, std::move(bytes)});

@@ -46,6 +46,9 @@ struct RunPlan {
   std::vector<PlannedRun> runs;
   /// Definition files that were looked at, be they there or not, in this order; some several times.
   std::vector<std::string> definitions;
+  /// The first definition file that is there but could not be read, or empty. The runs are then not
+  /// all that the program may start.
+  std::string unreadable;
 };
 
 RunPlan MakeRunPlan(const std::string& definition);

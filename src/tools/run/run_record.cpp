@@ -89,7 +89,9 @@ void WriteProgram(JsonWriter& json) {
 }  // namespace
 
 RunRecord::InputFacts RunRecord::FactsOf(const std::string& path) {
-  return {path, Sha256OfFile(path).value_or(std::string()), FileSize(path).value_or(0)};
+  const std::optional<std::string> hash = Sha256OfFile(path);
+  const std::int64_t size = hash ? FileSize(path).value_or(-1) : -1;
+  return size >= 0 ? InputFacts{path, *hash, size} : InputFacts{path, {}, 0};
 }
 
 /// Of a definition, of which no bytes are known when it could not be read.
@@ -106,6 +108,13 @@ RunRecord::RunRecord(const RunPlan& plan)
     data_.push_back(place != known.end() ? place->second : FactsOf(run.data));
     known.emplace(run.data, data_.back());
   }
+}
+
+std::string RunRecord::UnreadableData() const {
+  const auto found = std::find_if(data_.begin(), data_.end(), [](const InputFacts& data) {
+    return data.sha256.empty() && Platform::KindOf(data.path.c_str()) == Platform::PathKind::kFile;
+  });
+  return found != data_.end() ? found->path : std::string();
 }
 
 void RunRecord::AddChanged(const std::string& path) {

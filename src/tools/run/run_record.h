@@ -18,6 +18,9 @@ class RunRecord {
   /// Notes the inputs of the planned runs as they are now, before the program starts.
   explicit RunRecord(const RunPlan& plan);
 
+  /// The first data file that is there but could not be read, or the empty text.
+  std::string UnreadableData() const;
+
   /// Notes the end of the program, and which files no longer have the bytes that were noted before:
   /// changed, removed or no longer readable. Of a file that could not be read before nothing is
   /// said. Without `withData`, which takes as long as hashing them, data files are not looked at.

@@ -138,6 +138,10 @@ int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
   std::optional<RunRecord> record;
   if (!settings.recordFile.empty()) {
     record.emplace(plan);
+    if (!record->UnreadableData().empty()) {
+      Say(kToolMessages.cannotRead, PastablePath(record->UnreadableData()));
+      return kFailure;
+    }
   }
   if (Platform::StopRequest() != 0) {
     return Platform::kSignalStatus + Platform::StopRequest();
@@ -199,6 +203,11 @@ int RunWatched(const RunSettings& settings, const RunPlan& plan) {
 
 int RunSupervised(const RunSettings& settings) {
   const RunPlan plan = MakeRunPlan(settings.definition);
+  if (!plan.unreadable.empty()) {
+    // What the program could read and write all the same would be neither kept nor recorded.
+    Say(kToolMessages.cannotRead, PastablePath(plan.unreadable));
+    return kFailure;
+  }
   if (settings.showProgress || !settings.recordFile.empty()) {
     return RunWatched(settings, plan);
   }

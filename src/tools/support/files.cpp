@@ -37,6 +37,11 @@ std::optional<std::int64_t> FileSize(const std::string& path) {
   return file.IsOpen() ? std::optional(file.Length()) : std::nullopt;
 }
 
+bool IsSmallFile(const std::string& path) {
+  return Platform::KindOf(path.c_str()) == Platform::PathKind::kFile &&
+         FileSize(path).value_or(0) <= static_cast<std::int64_t>(kLargestSmallFile);
+}
+
 std::optional<std::string> ReadSmallFile(const std::string& path) {
   constexpr std::size_t kBlock = std::size_t{64} << 10;
   const InputFile file(path);

@@ -46,6 +46,10 @@ inline constexpr std::size_t kLargestSmallFile = std::size_t{16} << 20;
 /// it is larger or cannot be read.
 std::optional<std::string> ReadSmallFile(const std::string& path);
 
+/// True when a regular file that could not be read would have to be readable: it is not too large
+/// for ReadSmallFile.
+bool IsSmallFile(const std::string& path);
+
 /// As Vell::JoinPath, by which the program makes its output paths.
 std::string JoinPath(std::string_view folder, std::string_view name);
 
