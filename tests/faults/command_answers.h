@@ -29,6 +29,7 @@ class CommandAnswers {
  private:
   void ExpectUndamaged(const FolderFiles& files, FurtherFiles further) const;
   void ExpectKnown(const std::string& name, const std::string& content) const;
+  FolderFiles Accepted(const CommandResult& result) const;
   bool IsKept(const std::string& name) const;
   bool HasAside(const FolderFiles& files, const std::string& name,
                 const std::string& content) const;
