@@ -180,12 +180,12 @@ class FolderReport {
   bool AddFile(const Folder& folder, const std::string& path, const std::string& name) {
     constexpr std::int64_t kPart = std::int64_t{3} << 20;
     const InputFile file(Platform::OpenFileIn(folder.Handle(), name.c_str()));
-    if (!file.IsOpen()) {
+    std::int64_t rest = file.IsOpen() ? file.Length() : -1;
+    if (rest < 0) {
       return Fail(path + name);
     }
-    std::int64_t rest = file.Length();
     for (int part = 0; rest > 0 || part == 0; ++part) {
-      buffer_.resize(static_cast<std::size_t>(std::min(std::max<std::int64_t>(rest, 0), kPart)));
+      buffer_.resize(static_cast<std::size_t>(std::min(rest, kPart)));
       const std::int64_t count = file.Read(buffer_);
       if (count < static_cast<std::int64_t>(buffer_.size())) {
         return Fail(path + name);

@@ -82,7 +82,10 @@ bool VisitFolder(FolderHandle folder, FolderVisitor visitor, void* context) {
   const int own =
       OpenedAboveStandardHandles([&] { return openat(Descriptor(folder), ".", kFolderFlags); });
   const auto close = [](DIR* reading) { closedir(reading); };
-  const std::unique_ptr<DIR, decltype(close)> reading(own < 0 ? nullptr : fdopendir(own), close);
+  DIR* opened = nullptr;
+  while (own >= 0 && (opened = fdopendir(own)) == nullptr && errno == EINTR) {
+  }
+  const std::unique_ptr<DIR, decltype(close)> reading(opened, close);
   if (reading == nullptr) {
     if (own >= 0) {
       ::close(own);

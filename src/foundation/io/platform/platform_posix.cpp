@@ -151,7 +151,8 @@ std::int64_t ProcessorMilliseconds() noexcept {
 }
 
 bool ProgramFile(char* path, std::size_t size) noexcept {
-  const ssize_t length = readlink("/proc/self/exe", path, size);
+  const ssize_t length =
+      WithoutInterruption([&] { return readlink("/proc/self/exe", path, size); });
   if (length <= 0 || static_cast<std::size_t>(length) >= size) {
     return false;
   }
