@@ -103,9 +103,8 @@ std::string DecodedField(std::string_view field) {
 }
 
 RecordWalker::RecordWalker(const std::string& path) : path_(path) {
-  LookAgain(path_, [this] {
-    stream_.emplace(Vell::String(std::string_view(path_)), kReadInputBytes);
-  });
+  LookAgain(path_,
+            [this] { stream_.emplace(Vell::String(std::string_view(path_)), kReadInputBytes); });
 }
 
 bool RecordWalker::Next() {

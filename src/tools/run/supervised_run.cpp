@@ -31,15 +31,29 @@ namespace Platform = Vell::IO::Platform;
 class LineEcho {
  public:
   void Take(std::string_view line) {
-    const Platform::FileHandle stream = line.starts_with(Messages::kErrorPrefix)
-                                            ? Platform::kStandardError
-                                            : Platform::kStandardOutput;
-    isGood_ = isGood_ && Platform::WriteFile(stream, line.data(), line.size());
+    if (line.starts_with(Messages::kErrorPrefix)) {
+      TakeError(line);
+    } else {
+      Write(Platform::kStandardOutput, line);
+    }
   }
   /// False when a line could not be written.
   bool IsGood() const noexcept { return isGood_; }
 
  private:
+  /// A terminal gets names in errors printable; whatever else takes the lines gets them as they are.
+  void TakeError(std::string_view line) {
+    if (line.ends_with('\n') && Platform::StandardErrorIsTerminal()) {
+      line.remove_suffix(1);
+      Write(Platform::kStandardError, Printable(line) + '\n');
+    } else {
+      Write(Platform::kStandardError, line);
+    }
+  }
+  void Write(Platform::FileHandle stream, std::string_view text) {
+    isGood_ = isGood_ && Platform::WriteFile(stream, text.data(), text.size());
+  }
+
   bool isGood_ = true;
 };
 

@@ -22,7 +22,7 @@ namespace Hovar {
 struct FilePlace {
   Vell::IO::Platform::FileId folder;  // the nearest one that exists
   std::string names;                  // from there on, in their one form, with '/' between them
-  auto operator<=>(const FilePlace&) const = default;
+  auto operator<=>(const FilePlace&) const = default;  // NOLINT(modernize-use-nullptr): as FileId
 };
 
 struct FileIdentity {

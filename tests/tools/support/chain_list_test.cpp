@@ -11,10 +11,9 @@ TEST(ChainListTest, AListSaysHowManyChainsBelongTogether) {
 }
 
 TEST(ChainListTest, OtherTextsAreNone) {
-  for (const char* text :
-       {"", "{}", "{\"chains\": }\n", "{\"chains\": 0}\n", "{\"chains\": -2}\n",
-        "{\"chains\": 02}\n", "{\"chains\": 2}", "{\"chains\": 2x}\n", " {\"chains\": 2}\n",
-        "{\"chains\": 99999999999}\n"}) {
+  for (const char* text : {"", "{}", "{\"chains\": }\n", "{\"chains\": 0}\n", "{\"chains\": -2}\n",
+                           "{\"chains\": 02}\n", "{\"chains\": 2}", "{\"chains\": 2x}\n",
+                           " {\"chains\": 2}\n", "{\"chains\": 99999999999}\n"}) {
     EXPECT_EQ(ChainCountOf(text), std::nullopt) << text;
   }
 }
