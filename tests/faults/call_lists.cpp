@@ -61,9 +61,20 @@ std::vector<CommandCall> CallsOfMain(const std::vector<std::string>& trace) {
   CallCounter counter;
   bool isMain = false;
   for (const std::string& line : trace) {
-    // The first thing that main does is to ignore signals of writes.
-    isMain = isMain || line.starts_with("rt_sigaction(SIGPIPE");
+    // The first thing that main does is to see to its signals.
+    isMain = isMain || line.starts_with("rt_sig");
     if (counter.Take(line) && isMain) {
+      calls.push_back(counter.Call());
+    }
+  }
+  return calls;
+}
+
+std::vector<CommandCall> AllCalls(const std::vector<std::string>& trace) {
+  std::vector<CommandCall> calls;
+  CallCounter counter;
+  for (const std::string& line : trace) {
+    if (counter.Take(line)) {
       calls.push_back(counter.Call());
     }
   }

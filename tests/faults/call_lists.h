@@ -17,6 +17,9 @@ struct CommandCall {
 /// The calls from the start of main to the end, of the trace of one process.
 std::vector<CommandCall> CallsOfMain(const std::vector<std::string>& trace);
 
+/// All calls in the trace of one process.
+std::vector<CommandCall> AllCalls(const std::vector<std::string>& trace);
+
 /// The calls of a copy of the command up to the one that makes it the program.
 std::vector<CommandCall> CallsOfStart(const std::vector<std::string>& trace);
 

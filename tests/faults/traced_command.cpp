@@ -184,7 +184,12 @@ std::vector<CommandCall> TracedCommand::CallsOf(FaultPlace place) const {
     return CallsOfMain(result.trace);
   }
   // The command would meet the others too.
-  return Without(CallsOfStart(result.trace), CallsOf(FaultPlace::kCommand));
+  const CommandResult command =
+      RunTraced(FaultPlace::kCommand, kNoFault, StandIn::kNone, kPatience);
+  std::vector<CommandCall> others = AllCalls(command.trace);
+  // Its own start is traced no more.
+  others.erase(std::remove(others.begin(), others.end(), CommandCall{"execve", 1}), others.end());
+  return Without(CallsOfStart(result.trace), others);
 }
 
 std::vector<CommandCall> TracedCommand::CallsBesideProgram() const {
