@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/exit_status.h"
+#include "foundation/io/platform/temporary_files.h"
 #include "tools/chains/chain_comparison.h"
 #include "tools/chains/chain_definitions.h"
 #include "tools/chains/chain_files.h"
@@ -245,6 +246,7 @@ int RunChains(const ChainSettings& settings) {
   }
   // Nothing runs any more that would have to be stopped.
   Platform::ForgetStopRequests();
+  Platform::RemoveTemporaryFilesAtEnd();
   return Platform::StopRequest() != 0 ? kFailure : Collect(*set);
 }
 

@@ -1,8 +1,8 @@
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <ctime>
 
+#include "foundation/io/platform/end_requests_posix.h"
 #include "foundation/io/platform/processes.h"
 
 namespace Vell::IO::Platform {
@@ -24,16 +24,6 @@ std::int64_t MillisecondsSince(const timespec& start) noexcept {
          (now.tv_nsec - start.tv_nsec) / kNanosecondsPerMillisecond;
 }
 
-/// Lets the signal do what it would have done without us.
-void EndBySignal(int signal) noexcept {
-  static_cast<void>(std::signal(signal, SIG_DFL));
-  sigset_t only;
-  sigemptyset(&only);
-  sigaddset(&only, signal);
-  static_cast<void>(std::raise(signal));
-  sigprocmask(SIG_UNBLOCK, &only, nullptr);
-}
-
 void RememberSignal(int signal) {
   const int error = errno;
   if (stopRequest == 0) {
@@ -51,21 +41,6 @@ void RememberSignal(int signal) {
   errno = error;
 }
 
-/// Calls `take` with every signal that ends a process, can be caught and is no sign of a fault in
-/// it. Those of failed writes are no requests either (IgnoreWriteSignals).
-template <typename Take>
-void ForEachRequest(Take take) noexcept {
-  constexpr std::array kRequests = {SIGHUP,    SIGINT,  SIGQUIT,   SIGTERM, SIGUSR1,
-                                    SIGUSR2,   SIGALRM, SIGVTALRM, SIGPROF, SIGXCPU,
-                                    SIGSTKFLT, SIGIO,   SIGPWR};
-  for (const int signal : kRequests) {
-    take(signal);
-  }
-  for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) {
-    take(signal);
-  }
-}
-
 }  // namespace
 
 void ResetSignals() noexcept {
@@ -80,7 +55,7 @@ void RememberStopRequests() noexcept {
   struct sigaction action {};
   action.sa_handler = RememberSignal;
   sigfillset(&action.sa_mask);
-  ForEachRequest([&action](int signal) {
+  ForEachEndRequest([&action](int signal) {
     struct sigaction before {};
     sigaction(signal, &action, &before);
     if (before.sa_handler == SIG_IGN) {
@@ -90,7 +65,7 @@ void RememberStopRequests() noexcept {
 }
 
 void ForgetStopRequests() noexcept {
-  ForEachRequest([](int signal) {
+  ForEachEndRequest([](int signal) {
     struct sigaction before {};
     if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == RememberSignal) {
       static_cast<void>(std::signal(signal, SIG_DFL));

@@ -22,7 +22,7 @@ struct ForgetName {
 };
 using TemporaryNameHandle = std::unique_ptr<TemporaryName, ForgetName>;
 
-/// A file that is read at any place, while what is written goes to its end.
+/// A file that is written at its end.
 struct NewFile {
   FileHandle file = kNoFile;
   TemporaryNameHandle name;
@@ -40,9 +40,5 @@ void RemoveTemporaryFiles() noexcept;
 /// Windows) first removes the files. To be called before RememberStopRequests, whose signals then
 /// end nothing. Signals that are ignored stay so.
 void RemoveTemporaryFilesAtEnd() noexcept;
-
-/// As ReadFile, from a place in the file; what is written meanwhile does not move.
-std::int64_t ReadFileAt(FileHandle file, std::int64_t offset, void* buffer,
-                        std::size_t size) noexcept;
 
 }  // namespace Vell::IO::Platform

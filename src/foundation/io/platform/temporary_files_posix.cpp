@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <initializer_list>
 
+#include "foundation/io/platform/end_requests_posix.h"
 #include "foundation/io/platform/interruption_posix.h"
 #include "foundation/io/platform/native_path_posix.h"
 #include "foundation/io/platform/temporary_files.h"
@@ -24,8 +24,8 @@ class TemporaryName {
 namespace {
 
 TemporaryName* volatile firstName = nullptr;
-pid_t ownerOfNames =
-    0;  // a copy of this process, before another program takes its place, owns none
+// A copy of this process, before another program takes its place, owns none.
+pid_t ownerOfNames = 0;
 
 /// Holds all signals back for as long as it lives.
 class SignalsHeldBack {
@@ -50,13 +50,6 @@ void Remember(TemporaryName* name) noexcept {
     firstName->before = name;
   }
   firstName = name;
-}
-
-/// Removes the files and lets the signal do what it would have done without us.
-void EndBySignal(int signal) {
-  RemoveTemporaryFiles();
-  static_cast<void>(std::signal(signal, SIG_DFL));
-  static_cast<void>(std::raise(signal));  // arrives when this handler returns
 }
 
 }  // namespace
@@ -89,7 +82,7 @@ NewFile CreateTemporaryFile(const char* path) {
   NewFile made;
   const SignalsHeldBack held;
   const int opened = WithoutInterruption([&] {
-    return open(entry->path.Get(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_APPEND | O_CLOEXEC,
+    return open(entry->path.Get(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_APPEND | O_CLOEXEC,
                 S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH);
   });
   made.file = opened;
@@ -116,23 +109,27 @@ void RemoveTemporaryFiles() noexcept {
   }
 }
 
+void EndBySignal(int signal) noexcept {
+  RemoveTemporaryFiles();
+  static_cast<void>(std::signal(signal, SIG_DFL));
+  static_cast<void>(std::raise(signal));  // arrives when it is not blocked any more
+  sigset_t only;
+  sigemptyset(&only);
+  sigaddset(&only, signal);
+  sigprocmask(SIG_UNBLOCK, &only, nullptr);
+}
+
 void RemoveTemporaryFilesAtEnd() noexcept {
   struct sigaction action {};
   action.sa_handler = EndBySignal;
   sigfillset(&action.sa_mask);
-  for (const int signal :
-       {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGUSR1, SIGUSR2, SIGXCPU, SIGVTALRM}) {
+  ForEachEndRequest([&action](int signal) {
     struct sigaction before {};
     sigaction(signal, nullptr, &before);
     if (before.sa_handler == SIG_DFL) {
       sigaction(signal, &action, nullptr);
     }
-  }
-}
-
-std::int64_t ReadFileAt(FileHandle file, std::int64_t offset, void* buffer,
-                        std::size_t size) noexcept {
-  return WithoutInterruption([&] { return pread(static_cast<int>(file), buffer, size, offset); });
+  });
 }
 
 }  // namespace Vell::IO::Platform

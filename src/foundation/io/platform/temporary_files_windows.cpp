@@ -107,20 +107,4 @@ void RemoveTemporaryFiles() noexcept {
 
 void RemoveTemporaryFilesAtEnd() noexcept { SetConsoleCtrlHandler(RemoveAtEvent, TRUE); }
 
-std::int64_t ReadFileAt(FileHandle file, std::int64_t offset, void* buffer,
-                        std::size_t size) noexcept {
-  constexpr std::size_t kMostAtOnce = std::size_t{1} << 24;
-  constexpr int kHalf = 32;
-  OVERLAPPED place{};
-  place.Offset = static_cast<DWORD>(offset);
-  place.OffsetHigh = static_cast<DWORD>(offset >> kHalf);
-  DWORD count = 0;
-  const auto handle = reinterpret_cast<HANDLE>(file);  // NOLINT(performance-no-int-to-ptr): it was
-  if (::ReadFile(handle, buffer, static_cast<DWORD>(std::min(size, kMostAtOnce)), &count, &place) !=
-      0) {
-    return count;
-  }
-  return GetLastError() == ERROR_HANDLE_EOF ? 0 : -1;
-}
-
 }  // namespace Vell::IO::Platform
