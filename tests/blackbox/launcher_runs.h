@@ -34,7 +34,8 @@ inline const std::string kPredictionProgress = std::string(kTinyReading) +
 
 /// The same with a small page for reports in share/: kPageHead, the line for the files, kPageTail.
 std::string CopyTreeWithPageTo(const std::filesystem::path& root);
-inline constexpr std::string_view kPageHead = "<!DOCTYPE html>\n<p>not <!-- hovar:files --> here\n";
+inline constexpr std::string_view kPageHead =
+    "<!DOCTYPE html>\n<title>Hovar report</title>\n<p>not <!-- hovar:files --> here\n";
 inline constexpr std::string_view kPageTail = "\n<p>the end\n";
 
 /// The same with a shell script as the program. POSIX only.

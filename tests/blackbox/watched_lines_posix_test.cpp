@@ -36,7 +36,8 @@ TEST(WatchedLinesTest, AFullDiskUnderThemIsTold) {
     }
     const ProcessResult result = RunLauncher(study, row.arguments);
     EXPECT_EQ(result.exitStatus, 1);
-    ExpectHolds(result.error, "hovar: cannot write " + row.folder + "analysis.log.output.txt\n");
+    ExpectHolds(result.error, "hovar: cannot write " + row.folder +
+                                  "analysis.log.output.txt: it is no regular file\n");
   }
 }
 

@@ -93,7 +93,11 @@ class Judge {
     }
     if (cell_.place->IsOfTheTool() && KindOfTask() == Task::kEchoedRun && IsPlainFile() &&
         !Has(cell_, "--keep") && !cell_.name.name.starts_with("-")) {
-      Require(status == 0, "a record can have each name that a file can have");
+      // What is there and is no record, by its contents or its name, is not replaced.
+      const bool isRefused = run_.before.contains(cell_.File()) && !Has(cell_, "--keep") &&
+                             !cell_.File().ends_with(".json") &&
+                             Holds(result_.error, "is no record of a run");
+      Require(status == 0 || isRefused, "a record can have each name that a file can have");
     }
     if (cell_.place->IsOfTheTool() || KindOfTask() == Task::kReport || !IsComparable()) {
       return;
@@ -265,7 +269,8 @@ class Judge {
                (isOwnOutput && cell_.place->IsOfTheTool());
       case Task::kChains:
         return isOfChain || (IsChosenLink() && path.starts_with("elsewhere/")) ||
-               path == folder + "/report.html" || (isOwnOutput && cell_.place->IsOfTheTool());
+               path == folder + "/report.html" || path == folder + "/chains.json" ||
+               (isOwnOutput && cell_.place->IsOfTheTool());
       case Task::kReport:
         return isOwnOutput || (!Has(cell_, "--output") && path.ends_with("/report.html"));
     }

@@ -54,8 +54,9 @@ TEST(RegressionTest, AWatchedRunEndsWithTheOneThatWatches) {
   EXPECT_TRUE(study.Has("run.json"));
 }
 
-// The program is a child then, and writes its lines, the one about its error too, into a file.
-TEST(RegressionTest, ARecordedRunWithoutAnErrorLineSaysHowItEnded) {
+// The program is a child then. Its lines once went into a file, in which the one about its error had no
+// room either.
+TEST(RegressionTest, AWatchedRunSaysWhyItEnded) {
   for (const std::vector<std::string>& arguments :
        {std::vector<std::string>{"--json", "/dev/null", "prediction.xml"},
         {"--progress", "prediction.xml"}}) {
@@ -64,7 +65,7 @@ TEST(RegressionTest, ARecordedRunWithoutAnErrorLineSaysHowItEnded) {
     Command command = LauncherIn(study, arguments);
     command.fileSizeLimit = 30;
     const ProcessResult result = RunProcess(command);
-    ExpectHolds(result.error, "hovar: the program ended with status 1\n");
+    ExpectHolds(result.error, "Error: IO Exception\n");
     EXPECT_EQ(result.exitStatus, 1) << "signal " << result.signal;
   }
 }

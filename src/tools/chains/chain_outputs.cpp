@@ -5,7 +5,6 @@
 
 #include "tools/chains/messages.h"
 #include "tools/plan/run_plan.h"
-#include "tools/run/capture.h"
 #include "tools/support/chain_list.h"
 #include "tools/support/message.h"
 #include "tools/support/shown_path.h"
@@ -17,23 +16,31 @@ std::string ReportOf(const ChainSet& set) { return set.folder + "/report.html"; 
 bool MayWriteChainFiles(const std::string& path, const ChainSet& set) {
   ProtectedFiles files = FilesOf(MakeRunPlan(path));
   std::vector<std::string> own{ReportOf(set), set.folder + '/' + std::string(kChainListName)};
+  std::vector<std::string> results;
   for (const ChainDefinition& chain : set.chains) {
     own.push_back(chain.file);
+    own.push_back(chain.captureFile);
     const DefinitionReading reading = ReadDefinition({chain.file, chain.text});
     if (reading.definition) {
-      const std::vector<PlannedFile>& outputs = reading.definition->outputs;
-      own.push_back(CaptureOf(outputs.front().path));
-      std::for_each(outputs.begin(), outputs.end(),
-                    [&files](const PlannedFile& output) { files.Add(output.path); });
+      for (const PlannedFile& output : reading.definition->outputs) {
+        results.push_back(output.path);
+      }
     }
   }
-  return std::none_of(own.begin(), own.end(), [&files](const std::string& file) {
-    const bool isTaken = files.Find(file) != nullptr;
-    if (isTaken) {
-      Say(kChainMessages.fileOfRun, PastablePath(file));
+  const auto isTaken = [&files](const std::string& file) {
+    if (files.Find(file) == nullptr) {
+      return false;
     }
-    return isTaken;
-  });
+    Say(kChainMessages.fileOfRun, PastablePath(file));
+    return true;
+  };
+  if (std::any_of(results.begin(), results.end(), isTaken)) {
+    return false;
+  }
+  for (const std::string& result : results) {
+    files.Add(result);
+  }
+  return std::none_of(own.begin(), own.end(), isTaken);
 }
 
 }  // namespace Hovar

@@ -13,6 +13,12 @@ void ProtectedFiles::LookAgain() {
   }
 }
 
+const std::string* ProtectedFiles::Find(const std::string& path) const {
+  using Vell::IO::Platform::KindOf;
+  using Vell::IO::Platform::PathKind;
+  return KindOf(path.c_str()) == PathKind::kOther ? nullptr : files_.Find(path);
+}
+
 std::string TakeNumberedName(const std::string& path, const ProtectedFiles& files,
                              const std::function<bool(const std::string& name)>& take) {
   constexpr int kMostNumbers = 1'000'000;

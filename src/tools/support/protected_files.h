@@ -18,8 +18,9 @@ class ProtectedFiles {
   /// Looks again where the files are: a run makes files and folders.
   void LookAgain();
 
-  /// The path, as it was added, of the file that `path` means too; null where it means none of them.
-  const std::string* Find(const std::string& path) const { return files_.Find(path); }
+  /// The path, as it was added, of the file that `path` means too; null where it means none of them, or
+  /// a device or a pipe, which no writing can damage.
+  const std::string* Find(const std::string& path) const;
 
  private:
   std::vector<std::string> paths_;
