@@ -188,7 +188,8 @@ TEST(ChainsRequestTest, AChainThatEndsWithoutAnErrorLineIsTold) {
   const TinyStudy study;
   const ScratchFolder place;
   const std::string launcher = LauncherOfScript(place, "exit 3\n");
-  const ProcessResult result = RunLauncher(study, {"--chains", "2", "analysis.xml"}, launcher);
+  const ProcessResult result =
+      RunLauncher(study, {"--chains", "2", "analysis.xml", "--jobs", "1"}, launcher);
   EXPECT_EQ(result.exitStatus, 1);
   ExpectHolds(result.error, "chain-1: ended with status 3\n");
   ExpectHolds(result.error, "hovar: chain-1 failed; its output is in ");

@@ -21,17 +21,22 @@ const std::string* ProtectedFiles::Find(const std::string& path) const {
 
 std::string TakeNumberedName(const std::string& path, const ProtectedFiles& files,
                              const std::function<bool(const std::string& name)>& take) {
+  using Vell::IO::Platform::IsTaken;
   constexpr int kMostNumbers = 1'000'000;
   for (int number = 1; number < kMostNumbers; ++number) {
     std::string name = path;
     name.append(".").append(std::to_string(number));
-    if (files.Find(name) != nullptr || Vell::IO::Platform::IsTaken(name.c_str())) {
+    const std::optional<bool> isTaken = IsTaken(name.c_str());
+    if (!isTaken) {
+      break;
+    }
+    if (*isTaken || files.Find(name) != nullptr) {
       continue;
     }
     if (take(name)) {
       return name;
     }
-    if (!Vell::IO::Platform::IsTaken(name.c_str())) {
+    if (IsTaken(name.c_str()) != true) {
       break;
     }
   }

@@ -52,7 +52,7 @@ TemporaryFile::TemporaryFile(const std::string& path) {
     path_ = WithRoom(path) + '.' + digits + ".part";
     made_ = Platform::CreateTemporaryFile(path_.c_str());
     reason_ = IsOpen() ? std::string_view() : LastWriteReason();
-    if (!IsOpen() && !Platform::IsTaken(path_.c_str())) {
+    if (!IsOpen() && Platform::IsTaken(path_.c_str()) != true) {
       return;
     }
   }

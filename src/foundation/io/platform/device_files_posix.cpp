@@ -22,7 +22,7 @@ namespace {
 bool IsDirect(int file) noexcept {
   struct stat status {};
   struct statfs system {};
-  return fstat(file, &status) == 0 &&
+  return WithoutInterruption([&] { return fstat(file, &status); }) == 0 &&
          (S_ISCHR(status.st_mode) || (S_ISFIFO(status.st_mode) && fstatfs(file, &system) == 0 &&
                                       system.f_type == PIPEFS_MAGIC));
 }

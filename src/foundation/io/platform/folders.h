@@ -79,9 +79,9 @@ bool ReplaceFile(const char* from, const char* to) noexcept;
 /// Removes a file, not a folder; false on failure.
 bool RemoveFile(const char* path) noexcept;
 
-/// True when an entry of this name exists, be it a link that leads nowhere, or when that cannot be
-/// told.
-bool IsTaken(const char* path) noexcept;
+/// Whether an entry of this name exists, be it a link that leads nowhere; nothing when the system does
+/// not say.
+std::optional<bool> IsTaken(const char* path) noexcept;
 
 /// The current folder's absolute path, zero-terminated and with '/' between folders; false when it
 /// cannot be found or does not fit.

@@ -53,7 +53,7 @@ SpecialKind SpecialKindOf(const char* path) noexcept {
 
 bool IsFileOfSystem(const char* path) noexcept {
   struct stat status {};
-  return stat(path, &status) == 0 && S_ISREG(status.st_mode);
+  return WithoutInterruption([&] { return stat(path, &status); }) == 0 && S_ISREG(status.st_mode);
 }
 
 bool LinkTarget(const char* path, char* target, std::size_t size) noexcept {
@@ -94,12 +94,16 @@ bool FolderIsWritable(const char* path) noexcept {
          WithoutInterruption([&] { return access(native.Get(), W_OK | X_OK); }) == 0;
 }
 
-bool IsTaken(const char* path) noexcept {
+std::optional<bool> IsTaken(const char* path) noexcept {
   const NativePath native(path);
   struct stat status {};
-  return native.Get() != nullptr &&
-         (WithoutInterruption([&] { return lstat(native.Get(), &status); }) == 0 ||
-          !FailedForNothing());
+  if (native.Get() == nullptr) {
+    return false;
+  }
+  if (WithoutInterruption([&] { return lstat(native.Get(), &status); }) == 0) {
+    return true;
+  }
+  return FailedForNothing() ? std::optional(false) : std::nullopt;
 }
 
 bool Rename(const char* from, const char* to) noexcept {
@@ -112,7 +116,7 @@ bool Rename(const char* from, const char* to) noexcept {
       [&] { return renameat2(AT_FDCWD, source.Get(), AT_FDCWD, target.Get(), RENAME_NOREPLACE); });
   // Some file systems, and old kernels, cannot be asked to leave what is there alone.
   return renamed == 0 ||
-         ((errno == EINVAL || errno == ENOSYS) && !IsTaken(to) &&
+         ((errno == EINVAL || errno == ENOSYS) && IsTaken(to) == false &&
           WithoutInterruption([&] { return std::rename(source.Get(), target.Get()); }) == 0);
 }
 

@@ -90,7 +90,7 @@ bool FoldName(const char* name, char* folded, std::size_t size) noexcept {
   return ToBytes(capitals.data(), folded, size);
 }
 
-bool IsTaken(const char* path) noexcept {
+std::optional<bool> IsTaken(const char* path) noexcept {
   const NativePath native(path);
   if (native.Get() == nullptr) {
     return false;
@@ -99,8 +99,9 @@ bool IsTaken(const char* path) noexcept {
     return true;
   }
   const DWORD error = GetLastError();
-  return error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND &&
-         error != ERROR_INVALID_NAME;
+  const bool isFree =
+      error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME;
+  return isFree ? std::optional(false) : std::nullopt;
 }
 
 bool FolderIsWritable(const char* path) noexcept {

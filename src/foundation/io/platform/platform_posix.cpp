@@ -42,15 +42,15 @@ int Descriptor(FileHandle file) noexcept { return static_cast<int>(file); }
 /// the usual way.
 bool IsRegular(int descriptor) noexcept {
   struct stat status {};
-  return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
-         fcntl(descriptor, F_SETFL, O_RDONLY) == 0;
+  return WithoutInterruption([&] { return fstat(descriptor, &status); }) == 0 &&
+         S_ISREG(status.st_mode) && fcntl(descriptor, F_SETFL, O_RDONLY) == 0;
 }
 
 /// Whether a path leads to something that opening would change or wait for: a pipe would lose its
 /// other reader's bytes, a device may move.
 bool IsSpecial(const char* path) noexcept {
   struct stat status {};
-  return stat(path, &status) == 0 && !S_ISREG(status.st_mode);
+  return WithoutInterruption([&] { return stat(path, &status); }) == 0 && !S_ISREG(status.st_mode);
 }
 
 }  // namespace
@@ -135,9 +135,9 @@ void CreateFolder(const char* path) noexcept {
 bool StandardInputIsTerminal() noexcept { return isatty(STDIN_FILENO) == 1; }
 
 void DetachStandardInput() noexcept {
-  const int empty = open("/dev/null", O_RDONLY);
+  const int empty = WithoutInterruption([] { return open("/dev/null", O_RDONLY); });
   if (empty > STDIN_FILENO) {
-    dup2(empty, STDIN_FILENO);
+    WithoutInterruption([&] { return dup2(empty, STDIN_FILENO); });
     close(empty);
   }
 }

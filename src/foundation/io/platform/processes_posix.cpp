@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "foundation/io/platform/interruption_posix.h"
 #include "foundation/io/platform/processes.h"
 
 namespace Vell::IO::Platform {
@@ -23,7 +24,8 @@ int StatusOf(int waited) noexcept {
 
 /// Makes `file` the standard stream `standard` of this process.
 bool Connect(FileHandle file, int standard) noexcept {
-  return file == standard || dup2(static_cast<int>(file), standard) == standard;
+  return file == standard ||
+         WithoutInterruption([&] { return dup2(static_cast<int>(file), standard); }) == standard;
 }
 
 /// Moves a descriptor above those of the standard streams, which a process that was started without
