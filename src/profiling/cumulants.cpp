@@ -87,15 +87,19 @@ CumulantCurve::CumulantCurve(const CumulantTable& table, const EtaGrid& grid,
 }
 
 Derivatives CumulantCurve::Beyond(double eta) const noexcept {
-  if (eta < grid_.First()) {
-    const Derivatives end = pieces_.front().At(0, grid_.Width(0));
-    const double events = end.slope * Vell::Exp(eta - grid_.First());
-    return {end.value - end.slope + events, events, events};
+  const bool isLeft = eta < grid_.First();
+  const Derivatives end = isLeft ? pieces_.front().At(0, grid_.Width(0))
+                                 : pieces_.back().At(1, grid_.Width(kEtaIntervals - 1));
+  if (!(end.slope > 0 && end.slope < patients_)) {
+    return {end.value, end.slope, 0};  // nobody
   }
-  const Derivatives end = pieces_.back().At(1, grid_.Width(kEtaIntervals - 1));
-  const double spared = patients_ - end.slope;
-  const double left = spared * Vell::Exp(grid_.Last() - eta);
-  return {end.value + patients_ * (eta - grid_.Last()) - spared + left, patients_ - left, left};
+  // n log(1 + odds e^(rate distance)) / rate, less its value at the end.
+  const double odds = end.slope / (patients_ - end.slope);
+  const double rate = end.curvature * (1 + odds) / end.slope;
+  const double factor = Vell::Exp(rate * (eta - (isLeft ? grid_.First() : grid_.Last())));
+  const double q = odds * factor / (1 + odds * factor);
+  const double value = patients_ / rate * (Vell::Log(1 + odds * factor) - Vell::Log(1 + odds));
+  return {end.value + value, patients_ * q, patients_ * q * (1 - q) * rate};
 }
 
 }  // namespace Hovar

@@ -22,8 +22,8 @@
 // standard errors, V = K'' events, that is 2e-7 / V^2; of the widest grid, 24 log-odds over 47
 // intervals, 4e-7 V.
 //
-// Beyond the ends of the grid K continues as that of a Poisson variable, of the events on the left
-// and of the patients without one on the right, which it approaches there.
+// Beyond the ends of the grid K goes on as that of n patients who are all alike, with the same K', K''
+// at the end and the same limits: no event on the left, nothing else on the right.
 //
 // Source: D. R. Cox, D. V. Hinkley, Theoretical Statistics (1974), on exponential families.
 

@@ -106,6 +106,19 @@ EffectParameters Moved(const EffectParameters& at, const Column& step, double sh
   return {at.mu + share * step[0], at.gamma + share * step[1], std::fabs(at.tau + share * step[2])};
 }
 
+void StoreVariances(EffectFit& fit, const Curvature& curvature,
+                    const std::array<bool, kParameters>& isFree) noexcept {
+  for (std::size_t i = 0; i < kParameters; ++i) {
+    Column unit{};
+    unit[i] = 1;
+    const Column column = curvature.Solve(unit);
+    fit.variance[i] = isFree[i] ? column[i] : 0;
+    if (i == 0 && isFree[1]) {
+      fit.covarianceMuGamma = column[1];
+    }
+  }
+}
+
 EffectFit Climb(std::span<const HospitalOutcomes> hospitals, const EffectParameters& start,
                 const std::array<bool, kParameters>& isFree) noexcept {
   constexpr int kMostSteps = 60;
@@ -140,16 +153,7 @@ EffectFit Climb(std::span<const HospitalOutcomes> hospitals, const EffectParamet
     }
   }
   fit.logLikelihood = now.value;
-  const Curvature curvature(now, isFree);
-  for (std::size_t i = 0; i < kParameters; ++i) {
-    Column unit{};
-    unit[i] = 1;
-    const Column column = curvature.Solve(unit);
-    fit.variance[i] = isFree[i] ? column[i] : 0;
-    if (i == 0 && isFree[1]) {
-      fit.covarianceMuGamma = column[1];
-    }
-  }
+  StoreVariances(fit, Curvature(now, isFree), isFree);
   return fit;
 }
 
@@ -178,14 +182,29 @@ double LogLikelihood(std::span<const HospitalOutcomes> hospitals,
   return sum;
 }
 
+EffectFit FitMeans(std::span<const HospitalOutcomes> hospitals, const EffectParameters& start,
+                   MeanModel meanModel) noexcept {
+  return Climb(hospitals, start, {true, meanModel == MeanModel::kByCovariate, false});
+}
+
+EffectFit StepMeans(std::span<const HospitalOutcomes> hospitals, const EffectParameters& start,
+                    MeanModel meanModel) noexcept {
+  const std::array<bool, kParameters> isFree = {true, meanModel == MeanModel::kByCovariate, false};
+  const Evaluation now(hospitals, start);
+  const Column gradient = {now.gradient[0], isFree[1] ? now.gradient[1] : 0, 0};
+  const Curvature curvature(now, isFree);
+  const Column move = curvature.Solve(gradient);
+  EffectFit fit{Moved(start, move, 1)};
+  fit.logLikelihood = now.value + (gradient[0] * move[0] + gradient[1] * move[1]) / 2;
+  StoreVariances(fit, curvature, isFree);
+  fit.converged = curvature.IsExact();
+  return fit;
+}
+
 EffectFit FitEffects(std::span<const HospitalOutcomes> hospitals, const EffectParameters& start,
-                     const FreeParameters& freeParameters) noexcept {
+                     MeanModel meanModel) noexcept {
   // Without differences the likelihood is concave.
-  EffectFit none =
-      Climb(hospitals, {start.mu, start.gamma, 0}, {true, freeParameters.gamma, false});
-  if (!freeParameters.tau) {
-    return none;
-  }
+  const EffectFit none = FitMeans(hospitals, {start.mu, start.gamma, 0}, meanModel);
   // The best of some starts: Newton's method finds the maximum that it begins near to.
   EffectParameters best = none.at;
   double largest = -HUGE_VAL;
@@ -197,7 +216,7 @@ EffectFit FitEffects(std::span<const HospitalOutcomes> hospitals, const EffectPa
       best = at;
     }
   }
-  EffectFit fit = Climb(hospitals, best, {true, freeParameters.gamma, true});
+  EffectFit fit = Climb(hospitals, best, {true, meanModel == MeanModel::kByCovariate, true});
   constexpr double kSmallestTau = 1e-4;
   if (fit.at.tau < kSmallestTau || fit.logLikelihood <= none.logLikelihood) {
     return none;

@@ -27,11 +27,8 @@ struct EffectParameters {
   }
 };
 
-/// What a fit looks for; the rest stays as it starts.
-struct FreeParameters {
-  bool gamma = false;
-  bool tau = true;
-};
+/// Whether the mean of the shifts depends on the covariate.
+enum class MeanModel { kPlain, kByCovariate };
 
 struct EffectFit {
   EffectParameters at;
@@ -51,9 +48,19 @@ bool HasEffectModel(std::span<const HospitalOutcomes> hospitals) noexcept;
 double LogLikelihood(std::span<const HospitalOutcomes> hospitals,
                      const EffectParameters& at) noexcept;
 
-/// Maximises the likelihood by Newton's method from `start`, a tau of 0 included: where the
-/// likelihood falls from tau = 0 on, the fit is there. Requires HasEffectModel.
+/// Maximises the likelihood by Newton's method from `start`, or from what fits without differences
+/// where that is better. Where the likelihood falls from tau = 0 on, the fit is there. Requires
+/// HasEffectModel.
 EffectFit FitEffects(std::span<const HospitalOutcomes> hospitals, const EffectParameters& start,
-                     const FreeParameters& freeParameters) noexcept;
+                     MeanModel meanModel) noexcept;
+
+/// Maximises it over mu, and gamma, with the tau of `start`, which may be 0.
+EffectFit FitMeans(std::span<const HospitalOutcomes> hospitals, const EffectParameters& start,
+                   MeanModel meanModel) noexcept;
+
+/// One step of Newton's method over mu, and gamma, with the tau of `start`, and the maximum that it
+/// predicts: for a start nearby.
+EffectFit StepMeans(std::span<const HospitalOutcomes> hospitals, const EffectParameters& start,
+                    MeanModel meanModel) noexcept;
 
 }  // namespace Hovar

@@ -109,17 +109,6 @@ Derivatives TailOf(const SideSums& sums, std::size_t j, double sign, double scal
 
 }  // namespace
 
-double TailTable::Upper(const EtaGrid& grid, double eta, double share) const noexcept {
-  const EtaGrid::Place place = grid.Find(std::clamp(eta, grid.First(), grid.Last()));
-  const auto at = [&](std::size_t j) {
-    return Derivatives{above.value[j] + share * equal.value[j],
-                       above.slope[j] + share * equal.slope[j],
-                       above.curvature[j] + share * equal.curvature[j]};
-  };
-  const Quintic piece(at(place.interval), at(place.interval + 1), place.width);
-  return std::clamp(piece.Value(place.fraction), 0.0, 1.0);
-}
-
 ReferenceTails TailComputation::Compute(TailTable& table, const EtaGrid& grid,
                                         const CumulantTable& cumulants,
                                         std::span<const double> risks, std::int64_t events) {

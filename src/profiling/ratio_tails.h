@@ -22,6 +22,14 @@
 
 namespace Hovar {
 
+/// The probabilities of more events than O, of O and of fewer, under one shift or averaged over
+/// several. Under the reference risks themselves, eta = 0, each has all its digits.
+struct ReferenceTails {
+  double above = 0;
+  double equal = 1;
+  double below = 0;
+};
+
 /// P(S > O) and P(S = O) with two derivatives by eta, at the nodes of a grid.
 struct TailTable {
   struct Probability {
@@ -39,16 +47,11 @@ struct TailTable {
   Probability above;
   Probability equal;
 
-  /// P(S > O | eta) + share P(S = O | eta) by interpolation, at the nearer end of the grid for an
-  /// eta beyond it.
-  double Upper(const EtaGrid& grid, double eta, double share) const noexcept;
-};
-
-/// The tails under the reference risks themselves, eta = 0, each with all its digits.
-struct ReferenceTails {
-  double above = 0;
-  double equal = 1;
-  double below = 0;
+  /// The means of P(S > O | eta) and P(S = O | eta) over a distribution of eta, whose distribution
+  /// function is given: sums over quarters of the intervals of what the function gains there times
+  /// the interpolated value in the middle. Beyond the grid the value is that at its end.
+  template <typename DistributionFunction>
+  ReferenceTails MeanOver(const EtaGrid& grid, const DistributionFunction& distribution) const;
 };
 
 /// Computes tails; keeps its working memory for the next hospital.
@@ -68,5 +71,30 @@ class TailComputation {
   std::vector<double> tilted_;
   std::vector<double> side_;  // masses from O outwards, O itself left out
 };
+
+template <typename DistributionFunction>
+ReferenceTails TailTable::MeanOver(const EtaGrid& grid,
+                                   const DistributionFunction& distribution) const {
+  constexpr int kParts = 4;
+  double before = distribution(grid.First());
+  ReferenceTails mean{before * above.value.front(), before * equal.value.front(), 0};
+  for (std::size_t j = 0; j < kEtaIntervals; ++j) {
+    const double width = grid.Width(j);
+    const double node = grid.Node(j);
+    const Quintic abovePiece(above.At(j), above.At(j + 1), width);
+    const Quintic equalPiece(equal.At(j), equal.At(j + 1), width);
+    for (int part = 0; part < kParts; ++part) {
+      const double after = distribution(node + width * (part + 1) / kParts);
+      const double middle = (part + 0.5) / kParts;
+      mean.above += (after - before) * abovePiece.Value(middle);
+      mean.equal += (after - before) * equalPiece.Value(middle);
+      before = after;
+    }
+  }
+  mean.above += (1 - before) * above.value.back();
+  mean.equal += (1 - before) * equal.value.back();
+  mean.below = 1 - mean.above - mean.equal;
+  return mean;
+}
 
 }  // namespace Hovar

@@ -19,7 +19,7 @@ LINKS = {
     "regression": ["data"],
     "mcmc": ["regression"],
     "prediction": ["mcmc"],
-    "profiling": ["prediction"],
+    "profiling": ["diagnostics", "prediction"],
     "diagnostics": ["foundation"],
     "app_definition": ["mcmc"],
     "app": ["prediction", "app_definition"],

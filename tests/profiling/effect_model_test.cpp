@@ -12,6 +12,7 @@ namespace {
 
 using Hovar::EffectFit;
 using Hovar::HospitalOutcomes;
+using Hovar::MeanModel;
 using Testing::ModelHospital;
 using Testing::ModelStudy;
 using Testing::ReferenceHospitals;
@@ -26,7 +27,8 @@ TEST(EffectModelTest, EstimatesEqualThoseOfLme4) {
     SCOPED_TRACE(row[0] + " " + row[1]);
     const bool byVolume = row[1] == "volume";
     const ModelStudy study(ReferenceHospitals(row[0], byVolume));
-    const EffectFit fit = Hovar::FitEffects(study.Outcomes(), {}, {byVolume, true});
+    const EffectFit fit = Hovar::FitEffects(study.Outcomes(), {},
+                                            byVolume ? MeanModel::kByCovariate : MeanModel::kPlain);
     EXPECT_TRUE(fit.converged);
     EXPECT_NEAR(fit.at.mu, std::stod(row[2]), 1e-5);
     EXPECT_NEAR(fit.at.gamma, std::stod(row[3]), 1e-5);
@@ -48,7 +50,7 @@ TEST(EffectModelTest, ConditionalModesEqualTheRanefOfLme4) {
       set = row[0];
       modes.clear();
       const ModelStudy study(ReferenceHospitals(set, false));
-      const EffectFit fit = Hovar::FitEffects(study.Outcomes(), {}, {});
+      const EffectFit fit = Hovar::FitEffects(study.Outcomes(), {}, MeanModel::kPlain);
       for (const HospitalOutcomes& outcomes : study.Outcomes()) {
         modes.push_back(fit.at.tau * Hovar::ConditionalMode(outcomes, fit.at.mu, fit.at.tau).z);
       }
@@ -100,8 +102,8 @@ TEST(EffectModelTest, DerivativesAreThoseOfTheLogLikelihood) {
 
 TEST(EffectModelTest, TheEstimateDoesNotDependOnTheStart) {
   const ModelStudy study(ReferenceHospitals("ordinary", false));
-  const EffectFit one = Hovar::FitEffects(study.Outcomes(), {}, {});
-  const EffectFit other = Hovar::FitEffects(study.Outcomes(), {2.5, 0, 2.9}, {});
+  const EffectFit one = Hovar::FitEffects(study.Outcomes(), {}, MeanModel::kPlain);
+  const EffectFit other = Hovar::FitEffects(study.Outcomes(), {2.5, 0, 2.9}, MeanModel::kPlain);
   EXPECT_NEAR(other.at.mu, one.at.mu, 1e-8);
   EXPECT_NEAR(other.at.tau, one.at.tau, 1e-8);
   EXPECT_GT(one.variance[0], 0);
@@ -125,7 +127,7 @@ TEST(EffectModelTest, AHospitalOfEventsOnlyDoesNotEndTheFit) {
   hospitals.push_back({std::vector<double>(300, 0.2), 0, 0});
   hospitals.push_back({{}, 0, 0});
   const ModelStudy study(hospitals);
-  const EffectFit fit = Hovar::FitEffects(study.Outcomes(), {}, {});
+  const EffectFit fit = Hovar::FitEffects(study.Outcomes(), {}, MeanModel::kPlain);
   EXPECT_TRUE(fit.converged);
   EXPECT_GT(fit.at.tau, 1);
   EXPECT_TRUE(std::isfinite(fit.logLikelihood));
