@@ -88,8 +88,8 @@ CumulantCurve::CumulantCurve(const CumulantTable& table, const EtaGrid& grid,
 
 Derivatives CumulantCurve::Beyond(double eta) const noexcept {
   const bool isLeft = eta < grid_.First();
-  const Derivatives end = isLeft ? pieces_.front().At(0, grid_.Width(0))
-                                 : pieces_.back().At(1, grid_.Width(kEtaIntervals - 1));
+  const Derivatives end = isLeft ? pieces_.front().At(0, 1 / grid_.Width(0))
+                                 : pieces_.back().At(1, 1 / grid_.Width(kEtaIntervals - 1));
   if (!(end.slope > 0 && end.slope < patients_)) {
     return {end.value, end.slope, 0};  // nobody
   }

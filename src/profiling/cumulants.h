@@ -64,9 +64,17 @@ class CumulantCurve {
   Derivatives At(double eta) const noexcept {
     if (eta >= grid_.First() && eta <= grid_.Last()) {
       const EtaGrid::Place place = grid_.Find(eta);
-      return pieces_[place.interval].At(place.fraction, place.width);
+      return pieces_[place.interval].At(place.fraction, place.perWidth);
     }
     return Beyond(eta);
+  }
+  /// K'(eta) alone.
+  double Slope(double eta) const noexcept {
+    if (eta >= grid_.First() && eta <= grid_.Last()) {
+      const EtaGrid::Place place = grid_.Find(eta);
+      return pieces_[place.interval].Slope(place.fraction, place.perWidth);
+    }
+    return Beyond(eta).slope;
   }
   double Patients() const noexcept { return patients_; }
   const EtaGrid& Grid() const noexcept { return grid_; }

@@ -73,7 +73,7 @@ void AddMiddleTwoThirds(EffectEvidence& evidence, std::span<const HospitalOutcom
   const auto eventsAt = [&](double eta) {
     double sum = 0;
     for (const HospitalOutcomes& outcomes : hospitals) {
-      sum += outcomes.curve->At(eta).slope;
+      sum += outcomes.curve->Slope(eta);
     }
     return sum;
   };

@@ -205,15 +205,16 @@ EffectFit FitEffects(std::span<const HospitalOutcomes> hospitals, const EffectPa
                      MeanModel meanModel) noexcept {
   // Without differences the likelihood is concave.
   const EffectFit none = FitMeans(hospitals, {start.mu, start.gamma, 0}, meanModel);
-  // The best of some starts: Newton's method finds the maximum that it begins near to.
-  EffectParameters best = none.at;
-  double largest = -HUGE_VAL;
-  for (const double tau : {start.tau, 0.05, 0.15, 0.4, 1.0}) {
-    const EffectParameters at{none.at.mu, none.at.gamma, tau};
-    const double value = tau > 0 ? LogLikelihood(hospitals, at) : -HUGE_VAL;
-    if (value > largest) {
-      largest = value;
-      best = at;
+  // Newton's method finds the maximum that it begins near to: without a tau to start from, the best of
+  // some is taken.
+  EffectParameters best{none.at.mu, none.at.gamma, start.tau};
+  if (!(start.tau > 0)) {
+    double largest = -HUGE_VAL;
+    for (const double tau : {0.05, 0.15, 0.4, 1.0}) {
+      const EffectParameters at{none.at.mu, none.at.gamma, tau};
+      const double value = LogLikelihood(hospitals, at);
+      best.tau = value > largest ? tau : best.tau;
+      largest = std::max(largest, value);
     }
   }
   EffectFit fit = Climb(hospitals, best, {true, meanModel == MeanModel::kByCovariate, true});

@@ -24,6 +24,9 @@ EtaGrid::EtaGrid(double first, double coreFirst, double coreLast, double last) n
     rightWidth_ = (last_ - coreLast_) / kSide;
   }
   coreWidth_ = (coreLast_ - coreFirst_) / static_cast<double>(right_ - left_);
+  perLeftWidth_ = 1 / leftWidth_;
+  perCoreWidth_ = 1 / coreWidth_;
+  perRightWidth_ = 1 / rightWidth_;
 }
 
 double EtaGrid::Node(std::size_t j) const noexcept {

@@ -23,7 +23,7 @@ class EtaGrid {
   struct Place {
     std::size_t interval;
     double fraction;
-    double width;
+    double perWidth;  // 1 / width
   };
 
   EtaGrid() = default;
@@ -41,22 +41,21 @@ class EtaGrid {
 
   Place Find(double eta) const noexcept {
     if (eta < coreFirst_ && left_ > 0) {
-      return FindIn(eta - first_, 0, left_, leftWidth_);
+      return FindIn(eta - first_, 0, left_, perLeftWidth_);
     }
     if (eta > coreLast_ && right_ < kEtaIntervals) {
-      return FindIn(eta - coreLast_, right_, kEtaIntervals, rightWidth_);
+      return FindIn(eta - coreLast_, right_, kEtaIntervals, perRightWidth_);
     }
-    return FindIn(eta - coreFirst_, left_, right_, coreWidth_);
+    return FindIn(eta - coreFirst_, left_, right_, perCoreWidth_);
   }
 
  private:
-  static Place FindIn(double distance, std::size_t begin, std::size_t end, double width) noexcept {
-    const double steps = distance / width;
-    const auto count = static_cast<double>(end - begin - 1);
-    const double whole = steps < 1        ? 0
-                         : steps >= count ? count
-                                          : static_cast<double>(static_cast<int>(steps));
-    return {begin + static_cast<std::size_t>(whole), steps - whole, width};
+  static Place FindIn(double distance, std::size_t begin, std::size_t end,
+                      double perWidth) noexcept {
+    const double steps = distance * perWidth;
+    const auto last = static_cast<int>(end - begin) - 1;
+    const int whole = steps < 1 ? 0 : steps >= last ? last : static_cast<int>(steps);
+    return {begin + static_cast<std::size_t>(whole), steps - whole, perWidth};
   }
 
   double first_ = -1;
@@ -68,6 +67,9 @@ class EtaGrid {
   double leftWidth_ = 1;
   double coreWidth_ = 2.0 / kEtaIntervals;
   double rightWidth_ = 1;
+  double perLeftWidth_ = 1;
+  double perCoreWidth_ = kEtaIntervals / 2.0;
+  double perRightWidth_ = 1;
 };
 
 /// One number per node.
@@ -97,14 +99,17 @@ class Quintic {
           6 * a - 3 * b + c / 2};
   }
 
+  double Slope(double x, double perWidth) const noexcept {
+    return ((((5 * c_[5] * x + 4 * c_[4]) * x + 3 * c_[3]) * x + 2 * c_[2]) * x + c_[1]) * perWidth;
+  }
   double Value(double x) const noexcept {
     return ((((c_[5] * x + c_[4]) * x + c_[3]) * x + c_[2]) * x + c_[1]) * x + c_[0];
   }
-  Derivatives At(double x, double width) const noexcept {
+  Derivatives At(double x, double perWidth) const noexcept {
     const double slope =
         (((5 * c_[5] * x + 4 * c_[4]) * x + 3 * c_[3]) * x + 2 * c_[2]) * x + c_[1];
     const double curvature = ((20 * c_[5] * x + 12 * c_[4]) * x + 6 * c_[3]) * x + 2 * c_[2];
-    return {Value(x), slope / width, curvature / (width * width)};
+    return {Value(x), slope * perWidth, curvature * perWidth * perWidth};
   }
 
  private:

@@ -12,6 +12,9 @@ namespace {
 /// Posterior weights below this are left out.
 constexpr double kNegligibleWeight = 2e-5;
 
+/// With so many hospitals mu is so well known beside their effects that a rule of 3 nodes does.
+constexpr std::size_t kManyHospitals = 500;
+
 /// The fall of the log-likelihood to which the grid of tau reaches.
 constexpr double kDrop = 10;
 
@@ -128,7 +131,7 @@ HyperPosterior MakeHyperPosterior(std::span<const HospitalOutcomes> hospitals, c
       continue;
     }
     const std::size_t begin = posterior.points.size();
-    if (meanModel == MeanModel::kPlain) {
+    if (meanModel == MeanModel::kPlain && hospitals.size() < kManyHospitals) {
       AppendPoints(posterior.points, likelihood, slice.best, GaussHermite<5>::Rule(), meanModel);
     } else {
       AppendPoints(posterior.points, likelihood, slice.best, GaussHermite<3>::Rule(), meanModel);

@@ -72,7 +72,8 @@ class LimitSearch {
       return Derivatives{Vell::Log(evidence_.first[j]), slope,
                          evidence_.third[j] / evidence_.first[j] - slope * slope};
     };
-    const Quintic piece(logarithm(place.interval), logarithm(place.interval + 1), place.width);
+    const Quintic piece(logarithm(place.interval), logarithm(place.interval + 1),
+                        grid_.Width(place.interval));
     return Vell::Exp(piece.Value(place.fraction)) / evidence_.expected;
   }
 

@@ -16,10 +16,10 @@ constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 
 /// log of the expected events of the hospital's patients in one drawn from the distribution of all.
 double LogExpected(const HospitalOutcomes& outcomes, const EffectParameters& at) noexcept {
-  const auto& rule = GaussHermite<9>::Rule();
+  const auto& rule = GaussHermite<7>::Rule();
   double sum = 0;
   for (std::size_t k = 0; k < rule.nodes.size(); ++k) {
-    sum += rule.weights[k] * outcomes.curve->At(at.mu + at.tau * rule.nodes[k]).slope;
+    sum += rule.weights[k] * outcomes.curve->Slope(at.mu + at.tau * rule.nodes[k]);
   }
   return Vell::Log(sum);
 }

@@ -62,7 +62,7 @@ TEST(CumulantsTest, InterpolationMissesTheLogLikelihoodByNoMoreThanItsBound) {
       const double eta = grid.First() + step * (grid.Last() - grid.First()) / 1000;
       const Hovar::Derivatives at = curve.At(eta);
       const Hovar::Derivatives direct = Direct(risks, eta);
-      const double width = grid.Find(eta).width;
+      const double width = 1 / grid.Find(eta).perWidth;
       const double bound = variance * std::pow(width, 6) / 46080;
       ASSERT_NEAR(at.value, direct.value, bound + 1e-12 * (1 + std::fabs(direct.value))) << eta;
       ASSERT_NEAR(at.slope, direct.slope, 1e-4 * (1 + direct.slope) * width) << eta;
@@ -74,14 +74,14 @@ TEST(CumulantsTest, TheGridIsFinestWhereTheOutcomesAreLikely) {
   const std::vector<double> risks = Risks(20'000, 0.4);
   const EtaGrid grid = Hovar::MakeEtaGrid(risks, 4000, {0, 1.5, 0});
   const double standardError = 1 / std::sqrt(Direct(risks, 0).curvature);
-  EXPECT_LT(grid.Find(0).width, 0.5 * standardError);
+  EXPECT_GT(grid.Find(0).perWidth, 2 / standardError);
   EXPECT_LE(grid.First(), -1.5);
   EXPECT_GE(grid.Last(), 1.5);
   for (std::size_t j = 0; j < Hovar::kEtaIntervals; ++j) {
     const EtaGrid::Place place = grid.Find((grid.Node(j) + grid.Node(j + 1)) / 2);
     EXPECT_EQ(place.interval, j);
     EXPECT_NEAR(place.fraction, 0.5, 1e-9);
-    EXPECT_NEAR(place.width, grid.Node(j + 1) - grid.Node(j), 1e-12);
+    EXPECT_NEAR(1 / place.perWidth, grid.Node(j + 1) - grid.Node(j), 1e-12);
   }
 }
 
