@@ -48,8 +48,9 @@ double LogGamma(double x) noexcept {
   constexpr double kLarge = 10;
   constexpr double kHalfLogTwoPi = 0.918938533204672742;
   double shift = 0;
-  for (; x < kLarge; x += 1) {
+  while (x < kLarge) {
     shift -= Vell::Log(x);
+    x += 1;
   }
   const double inverse = 1 / (x * x);
   const double series =

@@ -2,9 +2,10 @@
 
 // The posterior distribution of one hospital's shift eta = m + tau z, given the mean m, tau and its
 // outcomes: tabulated in z at 25 points within 6 standard deviations of the mode, where it is as
-// smooth as a normal density. Sums of the density at so close points are integrals to all digits (the error of the trapezoidal rule falls like exp(-2 (pi / h)^2) with points h standard deviations
-// apart), and the distribution function between them, from a rule with the end points' first two
-// derivatives, has an error below 1e-5.
+// smooth as a normal density. What lies beyond is left out, some 1e-6 of the most skewed ones. Sums of
+// the density at so close points are integrals to all digits (the error of the trapezoidal rule falls
+// like exp(-2 (pi / h)^2) with points h standard deviations apart), and the distribution function
+// between them, from a rule with the end points' first two derivatives, has an error below 1e-5.
 
 #include <array>
 #include <cstddef>
