@@ -1,6 +1,7 @@
 #include "profiling/shift_posterior.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "foundation/logarithm.h"
 #include "linalg/kernels/exponentials.h"
@@ -8,7 +9,9 @@
 namespace Hovar {
 namespace {
 
-constexpr double kReach = 6;  // standard deviations
+constexpr double kReach = 6;      // standard deviations
+constexpr double kLeast = 1e-14;  // of K' beside the number of patients
+constexpr double kFlat = 1e-9;    // of K'' beside K'
 
 /// The cubic polynomial with these values and slopes (times the interval's width) at 0 and 1.
 double Cubic(double left, double leftSlope, double right, double rightSlope, double x) noexcept {
@@ -31,13 +34,16 @@ ShiftPosterior::ShiftPosterior(const HospitalOutcomes& outcomes, double mean, do
   Values events;
   for (std::size_t i = 0; i < kPoints; ++i) {
     const double z = firstZ_ + static_cast<double>(i) * step_;
-    const Derivatives l = outcomes.LogLikelihood(mean + tau * z);
-    density_[i] = l.value - z * z / 2 - atMode;
-    slope[i] = tau * l.slope - z;
-    second[i] = tau * tau * l.curvature - 1;
-    events[i] = outcomes.observed - l.slope;
+    const double eta = mean + tau * z;
+    const Derivatives k = outcomes.curve->At(eta);
+    density_[i] = outcomes.observed * eta - k.value - z * z / 2 - atMode;
+    slope[i] = tau * (outcomes.observed - k.slope) - z;
+    second[i] = -tau * tau * k.curvature - 1;
+    // Where hardly a patient has the event, or hardly one has not, rounding could turn the order.
+    events[i] =
+        std::max({k.slope, kLeast * outcomes.curve->Patients(), i > 0 ? events[i - 1] : 0.0});
     logEvents_[i] = Vell::Log(events[i]);
-    zByLogEvents_[i] = events[i] / (-l.curvature * tau);
+    zByLogEvents_[i] = events[i] / (std::max(k.curvature, kFlat * events[i]) * tau);
   }
   Vell::ReplaceByExponentials(density_);
   double sum = 0;
@@ -94,9 +100,10 @@ double ShiftPosterior::DistributionOfLogEvents(double value, double& density) no
 }
 
 double ShiftPosterior::Quantile(double u) const noexcept {
-  const auto above = std::upper_bound(distribution_.begin(), distribution_.end(), u);
-  const auto interval = static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(
-      above - distribution_.begin() - 1, 0, static_cast<std::ptrdiff_t>(kPoints) - 2));
+  const std::ptrdiff_t below = std::distance(
+      distribution_.begin(), std::upper_bound(distribution_.begin(), distribution_.end(), u));
+  const auto interval = static_cast<std::size_t>(
+      std::clamp<std::ptrdiff_t>(below - 1, 0, static_cast<std::ptrdiff_t>(kPoints) - 2));
   double left = 0;
   double right = 1;
   constexpr int kBisections = 24;

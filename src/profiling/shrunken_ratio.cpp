@@ -21,7 +21,8 @@ double LogExpected(const HospitalOutcomes& outcomes, const EffectParameters& at)
   for (std::size_t k = 0; k < rule.nodes.size(); ++k) {
     sum += rule.weights[k] * outcomes.curve->Slope(at.mu + at.tau * rule.nodes[k]);
   }
-  return Vell::Log(sum);
+  constexpr double kLeast = 1e-14;  // beside the number of patients, as for the distribution
+  return Vell::Log(std::max(sum, kLeast * outcomes.curve->Patients()));
 }
 
 /// The value of log r below which it lies with probability p: log(F / (1 - F)) is interpolated.

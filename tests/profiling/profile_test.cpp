@@ -255,4 +255,30 @@ TEST(ProfileTest, UncertainEventsAreThoseWithoutAP) {
   EXPECT_EQ(Hovar::CountUncertainEvents(data), (std::vector<std::int32_t>{1, 2}));
 }
 
+// With separation the coefficients can say that an event is impossible, or certain.
+TEST(ProfileTest, ImpossibleEventsAndCertainOnesAreJudgedAllTheSame) {
+  std::vector<ModelHospital> hospitals = SpreadHospitals(30, 0.3, 0, 0);
+  hospitals[2] = {std::vector<double>(40, 0.0), 3, 0};
+  hospitals[7] = {std::vector<double>(40, 1.0), 12, 0};
+  hospitals[9] = {std::vector<double>(40, 0.0), 0, 0};
+  hospitals[11] = {std::vector<double>(1, 0.3), 1, 0};
+  hospitals[13] = {std::vector<double>(1, 1e-12), 0, 0};
+  const ProfileSummary summary = MakeProfile({hospitals, hospitals}, Settings()).summary;
+  EXPECT_TRUE(summary.effects.hasModel);
+  EXPECT_TRUE(std::isfinite(summary.effects.tau));
+  for (const HospitalJudgement& judgement : summary.hospitals) {
+    EXPECT_TRUE(std::isfinite(judgement.ratio.limits95.lower));
+    EXPECT_TRUE(std::isfinite(judgement.ratio.limits95.upper));
+    EXPECT_LE(judgement.ratio.limits998.lower, judgement.ratio.limits95.lower);
+    EXPECT_GE(judgement.ratio.limits998.upper, judgement.ratio.limits95.upper);
+    EXPECT_GE(judgement.ratio.p, 0);
+    EXPECT_TRUE(std::isfinite(judgement.shrunken.ratio));
+    EXPECT_GE(judgement.shrunken.aboveOne, 0);
+    EXPECT_LE(judgement.shrunken.aboveOne, 1);
+    EXPECT_LE(judgement.shrunken.limits95.lower, judgement.shrunken.limits95.upper);
+    EXPECT_GE(judgement.rank, 1);
+  }
+  EXPECT_LT(summary.hospitals[2].ratio.p, 1e-9);
+}
+
 }  // namespace
