@@ -1,5 +1,5 @@
-// Judges the hospitals of a data file over completed studies and prints what each part took as one
-// line of JSON:
+// Judges the hospitals of a data file over completed studies and prints what each part took as a line
+// of JSON, the last one of its output:
 //
 //     hovar_profile DATAFILE POA STUDIES SWEEPS
 //
