@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -279,6 +280,51 @@ TEST(ProfileTest, ImpossibleEventsAndCertainOnesAreJudgedAllTheSame) {
     EXPECT_GE(judgement.rank, 1);
   }
   EXPECT_LT(summary.hospitals[2].ratio.p, 1e-9);
+}
+
+TEST(ProfileTest, OutliersWidenTauAndAreLeftOutOfTheOtherOne) {
+  std::vector<ModelHospital> hospitals = SpreadHospitals(60, 0.3, 0, 0);
+  const ProfileSummary even = MakeProfile({hospitals}, Settings()).summary;
+  ASSERT_GT(even.effects.tau, 0.1);
+  for (const std::size_t h : {16U, 33U, 50U}) {  // the largest ones
+    hospitals[h].events = std::floor(3.5 * hospitals[h].events);
+  }
+  const ProfileSummary summary = MakeProfile({hospitals}, Settings()).summary;
+  EXPECT_GE(summary.effects.flaggedPerStudy, 3);
+  EXPECT_GT(summary.effects.tau, 1.3 * even.effects.tau);
+  EXPECT_LT(summary.effects.tauWithoutFlagged, 1.1 * even.effects.tau);
+  for (const std::size_t h : {16U, 33U, 50U}) {
+    EXPECT_EQ(summary.hospitals[h].byPosterior, Hovar::Flag::kVeryHigh);
+    EXPECT_EQ(summary.hospitals[h].byLimits, Hovar::Flag::kVeryHigh);
+  }
+  EXPECT_DOUBLE_EQ(summary.byLimits.byChance, 0.05 * summary.byLimits.judged);
+}
+
+// Effects of 0.3 z - 0.3 x, where x (SD 1) times 0.5 is what sets the log-odds of a hospital's patients
+// apart: a correlation of -0.71. With 100 hospitals its standard error is some (1 - 0.5) / 10, and
+// more for what outcomes leave unknown of effects.
+TEST(ProfileTest, ACorrelationOfEffectsWithThePatientsRisksIsFound) {
+  std::mt19937_64 random(2019);
+  const auto uniform = [&] { return (static_cast<double>(random() >> 11) + 0.5) * 0x1p-53; };
+  const auto study = [&](double slope) {
+    std::vector<ModelHospital> hospitals(100);
+    for (ModelHospital& hospital : hospitals) {
+      const double x = Hovar::NormalQuantile(uniform());
+      const double effect = 0.3 * Hovar::NormalQuantile(uniform()) + slope * x;
+      for (int i = 0; i < 400; ++i) {
+        const double logOdds = -1.8 + 0.5 * x + Hovar::NormalQuantile(uniform());
+        hospital.risks.push_back(1 / (1 + std::exp(-logOdds)));
+        hospital.events += uniform() < 1 / (1 + std::exp(-logOdds - effect)) ? 1 : 0;
+      }
+    }
+    return hospitals;
+  };
+  const Hovar::EffectSummary effects = MakeProfile({study(-0.3)}, Settings()).summary.effects;
+  EXPECT_NEAR(effects.riskCorrelation, -0.71, 0.25);
+  EXPECT_LT(effects.riskCorrelationLimits95.upper, -0.3);
+  EXPECT_GT(effects.riskCorrelationLimits95.lower, -1);
+  const Hovar::EffectSummary none = MakeProfile({study(0)}, Settings()).summary.effects;
+  EXPECT_NEAR(none.riskCorrelation, 0, 0.4);
 }
 
 }  // namespace
