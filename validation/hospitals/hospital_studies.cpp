@@ -3,6 +3,8 @@
 //
 //     hovar_hospital_studies SCENARIO STUDIES COMPLETED FIRST [SEED]
 //
+//     hovar_hospital_studies sweeps COMPLETED
+//
 // SCENARIO is none, normal, outliers, missing or size; COMPLETED the completed studies of each, FIRST the
 // number of the first study, so that runs can be shared out. Each study is analysed as the program does: [P|X] and
 // the [X|Z] tables from complete records, [Y|X,P=0] by the hierarchical model's chain of 200 iterations after 30,
@@ -232,6 +234,40 @@ void Run(const Scenario& scenario, int studies, std::int32_t completed, int firs
   figures.Print(scenario.name);
 }
 
+/// How many sweeps a completed study needs: what it has after B of them from cleared bits, as means over
+/// completed studies of one study of the scenario "missing", in its hospitals that often lack P.
+void RunSweeps(std::int32_t completed, std::uint64_t seed) {
+  std::mt19937_64 random(seed);
+  SimulatedStudy study = Simulate(kScenarios[3], random);
+  const Analysis analysis = Analyse(study.data, 1);
+  for (const std::int32_t sweeps : {0, 1, 2, 3, 5, 10, 20, 50}) {
+    Hovar::CompletedStudies source(study.data, analysis.results, {{12345, 6789}, sweeps, 0});
+    Figures figures;
+    const std::string after = " after " + std::to_string(sweeps) + " sweeps";
+    for (std::int32_t m = 1; m <= completed; ++m) {
+      const auto draws = static_cast<std::int64_t>(analysis.draws.size());
+      Hovar::CompletedStudy drawn;
+      source.Draw(
+          drawn, m,
+          analysis.draws[static_cast<std::size_t>(Hovar::EvenlySpacedDraw(m, completed, draws))]);
+      double observed = 0;
+      double expected = 0;
+      for (std::int32_t h = 9; h < drawn.HospitalCount(); h += 10) {
+        for (const std::uint8_t y : drawn.Outcomes(h)) {
+          observed += y;
+        }
+        for (const double p : drawn.Probabilities(h)) {
+          expected += p;
+        }
+      }
+      figures.Add("observed" + after, observed);
+      figures.Add("expected" + after, expected);
+      figures.EndStudy();
+    }
+    figures.Print("sweeps");
+  }
+}
+
 }  // namespace
 }  // namespace HospitalStudies
 
@@ -239,6 +275,10 @@ int main(int argumentCount, char** arguments) {
   const auto number = [&](int k) {
     return static_cast<int>(std::strtol(arguments[k], nullptr, 10));
   };
+  if (argumentCount == 3 && std::string(arguments[1]) == "sweeps") {
+    HospitalStudies::RunSweeps(number(2), 20191118);
+    return 0;
+  }
   for (const HospitalStudies::Scenario& scenario : HospitalStudies::kScenarios) {
     if (argumentCount >= 5 && scenario.name == arguments[1]) {
       const std::uint64_t seed =
