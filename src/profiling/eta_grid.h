@@ -89,15 +89,8 @@ struct Derivatives {
 class Quintic {
  public:
   Quintic() = default;
-  Quintic(const Derivatives& left, const Derivatives& right, double width) noexcept {
-    const double slope = width * left.slope;
-    const double curvature = width * width * left.curvature;
-    const double a = right.value - (left.value + slope + curvature / 2);
-    const double b = width * right.slope - (slope + curvature);
-    const double c = width * width * right.curvature - curvature;
-    c_ = {left.value,           slope, curvature / 2, 10 * a - 4 * b + c / 2, 7 * b - 15 * a - c,
-          6 * a - 3 * b + c / 2};
-  }
+  Quintic(const Derivatives& left, const Derivatives& right, double width) noexcept
+      : c_(Coefficients(left, right, width)) {}
 
   double Slope(double x, double perWidth) const noexcept {
     return ((((5 * c_[5] * x + 4 * c_[4]) * x + 3 * c_[3]) * x + 2 * c_[2]) * x + c_[1]) * perWidth;
@@ -113,6 +106,17 @@ class Quintic {
   }
 
  private:
+  static std::array<double, 6> Coefficients(const Derivatives& left, const Derivatives& right,
+                                            double width) noexcept {
+    const double slope = width * left.slope;
+    const double curvature = width * width * left.curvature;
+    const double a = right.value - (left.value + slope + curvature / 2);
+    const double b = width * right.slope - (slope + curvature);
+    const double c = width * width * right.curvature - curvature;
+    return {left.value,           slope, curvature / 2, 10 * a - 4 * b + c / 2, 7 * b - 15 * a - c,
+            6 * a - 3 * b + c / 2};
+  }
+
   std::array<double, 6> c_{};
 };
 

@@ -171,7 +171,8 @@ double TauQuantile(const TauGrid& grid, const std::array<double, kTauNodes>& mas
                    double p) noexcept {
   // The distribution function at the ends of the intervals: sums of the masses at midpoints, with
   // the first correction of Euler and Maclaurin. At 0 the density is flat.
-  std::array<double, kTauNodes + 1> ends{};
+  constexpr std::size_t kEnds = kTauNodes + 1;
+  std::array<double, kEnds> ends{};
   double sum = 0;
   for (std::size_t j = 0; j < kTauNodes; ++j) {
     sum += masses[j];
