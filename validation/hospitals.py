@@ -76,6 +76,8 @@ def read_figures(paths):
                 if name == "#studies":
                     studies, completed = studies + int(figure), int(value)
                     continue
+                if float(count) == 0:
+                    continue  # no true log ratios where there are no differences
                 total = sums.setdefault(figure, [0, 0, 0])
                 total[0] += float(value) * float(count)
                 total[1] += (float(error) * float(count)) ** 2
