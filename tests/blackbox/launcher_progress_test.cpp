@@ -48,7 +48,8 @@ TEST(ProgressTest, WithoutAFileForTheLinesNothingIsRun) {
   study.Write("out/analysis.log.output.txt/inside", "");
   const ProcessResult result = RunLauncher(study, {"--progress", "analysis.xml"});
   EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_EQ(result.error, "hovar: cannot write " + Shown("out\\analysis.log.output.txt") + ": it is a folder\n");
+  EXPECT_EQ(result.error,
+            "hovar: cannot write " + Shown("out\\analysis.log.output.txt") + ": it is a folder\n");
   EXPECT_FALSE(study.Has("out/fitted.csv"));
 }
 
