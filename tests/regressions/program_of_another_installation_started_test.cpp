@@ -56,11 +56,13 @@ TEST(InstallationTest, WithoutProcNoForeignProgramIsStarted) {
     command.folder = root.Path();
     command.arguments = {"chroot", root.Path(), "/opt/hovar/bin/hovar"};
     command.arguments.insert(command.arguments.end(), arguments.begin(), arguments.end());
+    // The leak check needs /proc too; what the sanitizers say without it comes first.
+    command.environment = {{"ASAN_OPTIONS", "detect_leaks=0"}};
     const ProcessResult result = RunProcess(command);
     ExpectLacks(result.output, "prediction.xml\n");
     if (result.exitStatus != 0) {
       EXPECT_EQ(result.exitStatus, 1) << result.error;
-      EXPECT_TRUE(result.error.starts_with("hovar: ")) << result.error;
+      ExpectHolds('\n' + result.error, "\nhovar: ");
       ExpectLacks(result.error, " /libexec");
     }
   }

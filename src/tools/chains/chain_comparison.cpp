@@ -17,6 +17,7 @@
 #include "tools/support/message.h"
 #include "tools/support/messages.h"
 #include "tools/support/shown_path.h"
+#include "tools/support/text.h"
 
 namespace Hovar {
 namespace {
@@ -25,13 +26,9 @@ namespace Platform = Vell::IO::Platform;
 
 /// What an element holds, without the blanks that the reader of numbers passes over.
 std::string_view ValueOf(const DefinedValue& value) {
-  std::string_view text = value.text;
-  if (ValueKindOf(EntryOf(value.element).type) != ValueKind::kText) {
-    constexpr std::string_view kBlanks = " \t\r\n\v\f";
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    text = text.substr(0, text.find_last_not_of(kBlanks) + 1);
-  }
-  return text;
+  return ValueKindOf(EntryOf(value.element).type) == ValueKind::kText
+             ? std::string_view(value.text)
+             : Trimmed(value.text, kBlanksBeforeNumbers);
 }
 
 /// True when a chain's definition file has the values that it would be written with now.

@@ -11,9 +11,9 @@ namespace Hovar {
 namespace {
 
 /// What reading a number passes over: more than the white space round a text of a definition.
-constexpr std::string_view kBlanks = " \t\r\n\v\f";
-
-std::string_view WithoutBlanks(std::string_view cell) noexcept { return Trimmed(cell, kBlanks); }
+std::string_view WithoutBlanks(std::string_view cell) noexcept {
+  return Trimmed(cell, kBlanksBeforeNumbers);
+}
 
 /// "1 more cell of this column is", "2 more cells of this column are".
 std::string OthersAre(std::int64_t count, std::string_view where) {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "foundation/io/number_text.h"
+#include "tools/support/text.h"
 
 namespace Hovar {
 
@@ -21,7 +22,7 @@ std::optional<std::array<const DefinedValue*, 2>> SeedValuesOf(const DefinitionF
 }
 
 std::uint32_t SeedWordOf(const DefinedValue& value) {
-  const std::size_t start = value.text.find_first_not_of(" \t\r\n\v\f");
+  const std::size_t start = value.text.find_first_not_of(kBlanksBeforeNumbers);
   const std::size_t end = value.text.find_first_not_of("0123456789", start + 1);
   return Vell::IO::ParseUnsigned(std::string_view(value.text).substr(start, end - start));
 }

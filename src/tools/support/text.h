@@ -17,6 +17,9 @@ inline std::string LowerCase(std::string_view text) {
   return lower;
 }
 
+/// What the reader of numbers passes over before one.
+inline constexpr std::string_view kBlanksBeforeNumbers = " \t\r\n\v\f";
+
 /// The text without the blanks at both of its ends.
 constexpr std::string_view Trimmed(std::string_view text,
                                    std::string_view blanks = Vell::kWhitespace) noexcept {
