@@ -16,17 +16,6 @@ std::string ReportOf(const ChainSet& set) { return set.folder + "/report.html"; 
 bool MayWriteChainFiles(const std::string& path, const ChainSet& set) {
   ProtectedFiles files = FilesOf(MakeRunPlan(path));
   std::vector<std::string> own{ReportOf(set), set.folder + '/' + std::string(kChainListName)};
-  std::vector<std::string> results;
-  for (const ChainDefinition& chain : set.chains) {
-    own.push_back(chain.file);
-    own.push_back(chain.captureFile);
-    const DefinitionReading reading = ReadDefinition({chain.file, chain.text});
-    if (reading.definition) {
-      for (const PlannedFile& output : reading.definition->outputs) {
-        results.push_back(output.path);
-      }
-    }
-  }
   const auto isTaken = [&files](const std::string& file) {
     if (files.Find(file) == nullptr) {
       return false;
@@ -34,11 +23,23 @@ bool MayWriteChainFiles(const std::string& path, const ChainSet& set) {
     Say(kChainMessages.fileOfRun, PastablePath(file));
     return true;
   };
-  if (std::any_of(results.begin(), results.end(), isTaken)) {
-    return false;
-  }
-  for (const std::string& result : results) {
-    files.Add(result);
+  for (const ChainDefinition& chain : set.chains) {
+    own.push_back(chain.file);
+    own.push_back(chain.captureFile);
+    const DefinitionReading reading = ReadDefinition({chain.file, chain.text});
+    std::vector<std::string> results;
+    if (reading.definition) {
+      for (const PlannedFile& output : reading.definition->outputs) {
+        results.push_back(output.path);
+      }
+    }
+    // Inputs, and what a chain before this one writes, where a folder is a link to another one's.
+    if (std::any_of(results.begin(), results.end(), isTaken)) {
+      return false;
+    }
+    for (const std::string& result : results) {
+      files.Add(result);
+    }
   }
   return std::none_of(own.begin(), own.end(), isTaken);
 }

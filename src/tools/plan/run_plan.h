@@ -55,6 +55,7 @@ RunPlan MakeRunPlan(const std::string& definition);
 
 /// The same for a definition with these bytes, whatever its file holds.
 RunPlan MakeRunPlan(const std::string& definition, std::string bytes);
+
 /// All files and folders that the runs read or write.
 ProtectedFiles FilesOf(const RunPlan& plan);
 

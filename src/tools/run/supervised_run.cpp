@@ -16,6 +16,7 @@
 #include "tools/run/progress.h"
 #include "tools/run/progress_display.h"
 #include "tools/run/run_record.h"
+#include "tools/support/files.h"
 #include "tools/support/message.h"
 #include "tools/support/messages.h"
 #include "tools/support/output_file.h"
@@ -45,13 +46,14 @@ class LineEcho {
   void TakeError(std::string_view line) {
     if (line.ends_with('\n') && Platform::StandardErrorIsTerminal()) {
       line.remove_suffix(1);
-      Write(Platform::kStandardError, Printable(line) + '\n');
+      const std::string shown = Printable(line) + '\n';
+      Write(Platform::kStandardError, shown);
     } else {
       Write(Platform::kStandardError, line);
     }
   }
   void Write(Platform::FileHandle stream, std::string_view text) {
-    isGood_ = isGood_ && Platform::WriteFile(stream, text.data(), text.size());
+    isGood_ = isGood_ && WriteUntilRequest(stream, text);
   }
 
   bool isGood_ = true;
@@ -146,20 +148,9 @@ int WriteRecord(OutputFile& file, const std::string& name, const std::string& te
   return status == kSuccess ? kFailure : status;
 }
 
-/// Runs and, if a record is wanted, writes it.
+/// Runs and, if there is a record, writes it.
 int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
-                const LineEcho& echo, OutputFile& recordFile) {
-  std::optional<RunRecord> record;
-  if (!settings.recordFile.empty()) {
-    record.emplace(plan);
-    if (!record->UnreadableData().empty()) {
-      Say(kToolMessages.cannotRead, PastablePath(record->UnreadableData()));
-      return kFailure;
-    }
-  }
-  if (Platform::StopRequest() != 0) {
-    return Platform::kSignalStatus + Platform::StopRequest();
-  }
+                const LineEcho& echo, OutputFile& recordFile, std::optional<RunRecord>& record) {
   if (!run.Start(settings.definition)) {
     return kFailure;
   }
@@ -186,24 +177,37 @@ int RunWatched(const RunSettings& settings, const RunPlan& plan) {
   if (!settings.recordFile.empty() && !OpenRecord(record, settings.recordFile, plan)) {
     return kFailure;
   }
+  Platform::DetachStandardInput();
+  Platform::RememberStopRequests();
+  std::optional<RunRecord> facts;
+  if (!settings.recordFile.empty()) {
+    facts.emplace(plan);
+  }
+  if (Platform::StopRequest() != 0) {
+    return Platform::kSignalStatus + Platform::StopRequest();
+  }
+  if (facts && !facts->UnreadableData().empty()) {
+    Say(kToolMessages.cannotRead, PastablePath(facts->UnreadableData()));
+    return kFailure;
+  }
   std::optional<Capture> capture;
   std::vector<std::string> further;
+  ProtectedFiles taken = own->protectedFiles;  // names that nothing is moved to
   if (settings.showProgress) {
     further.push_back(capture.emplace(CaptureFor(plan), &own->protectedFiles).Path());
   }
   if (!settings.recordFile.empty()) {
     further.push_back(settings.recordFile);
+    taken.Add(settings.recordFile);
   }
-  if (settings.keepOutputs && !KeepOutputs(plan, FilesOf(plan), further)) {
+  if (settings.keepOutputs && !KeepOutputs(plan, taken, further)) {
     return kFailure;
   }
-  Platform::DetachStandardInput();
-  Platform::RememberStopRequests();
   LineEcho echo;
   ChildRun run(
       std::move(capture),
       settings.showProgress ? ChildRun::LineHandler() : [&echo](auto line) { echo.Take(line); });
-  const int status = RunRecorded(settings, plan, run, echo, record);
+  const int status = RunRecorded(settings, plan, run, echo, record, facts);
   if (settings.showProgress && run.HasEnded()) {
     const std::string warnings = Counted(run.Lines().WarningCount(), "warning");
     const std::string file = PastablePath(run.CaptureFile());

@@ -1,6 +1,8 @@
 #include "tools/support/files.h"
 
+#include "foundation/io/platform/device_files.h"
 #include "foundation/io/platform/folders.h"
+#include "foundation/io/platform/processes.h"
 #include "foundation/string.h"
 
 namespace Hovar {
@@ -30,6 +32,24 @@ std::int64_t InputFile::Read(std::span<char> buffer) const noexcept {
     size += static_cast<std::size_t>(count);
   }
   return static_cast<std::int64_t>(size);
+}
+
+bool WriteUntilRequest(Platform::FileHandle file, std::string_view bytes) noexcept {
+  constexpr int kWait = 100;  // milliseconds
+  constexpr int kMostWaitsAfterRequest = 10;
+  int waits = 0;
+  while (!bytes.empty()) {
+    const std::int64_t count = Platform::WriteSome(file, bytes.data(), bytes.size(), kWait);
+    if (count < 0) {
+      return false;
+    }
+    waits = count == 0 && Platform::StopRequest() != 0 ? waits + 1 : 0;
+    if (waits > kMostWaitsAfterRequest) {
+      return false;
+    }
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return true;
 }
 
 std::optional<std::int64_t> FileSize(const std::string& path) {

@@ -37,6 +37,10 @@ class InputFile {
   Vell::IO::Platform::FileHandle file_;
 };
 
+/// Writes all bytes to a stream or a device. Whoever reads may stop reading, which is waited for, but
+/// after a request to end for a second only. False when it fails or was not waited for.
+bool WriteUntilRequest(Vell::IO::Platform::FileHandle file, std::string_view bytes) noexcept;
+
 /// The length of a regular file in bytes; nothing when it cannot be opened.
 std::optional<std::int64_t> FileSize(const std::string& path);
 

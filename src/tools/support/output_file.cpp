@@ -4,6 +4,7 @@
 
 #include "foundation/io/platform/device_files.h"
 #include "foundation/io/platform/processes.h"
+#include "tools/support/files.h"
 #include "tools/support/messages.h"
 #include "tools/support/write_failure.h"
 
@@ -27,25 +28,6 @@ OutputFile::Direct::~Direct() {
   if (isOwned_) {
     Platform::CloseFile(file_);
   }
-}
-
-bool OutputFile::Direct::Write(std::string_view bytes) const noexcept {
-  // Whoever reads may stop reading. Without a request to end that is waited for.
-  constexpr int kWait = 100;  // milliseconds
-  constexpr int kMostWaitsAfterRequest = 10;
-  int waits = 0;
-  while (!bytes.empty()) {
-    const std::int64_t count = Platform::WriteSome(file_, bytes.data(), bytes.size(), kWait);
-    if (count < 0) {
-      return false;
-    }
-    waits = count == 0 && Platform::StopRequest() != 0 ? waits + 1 : 0;
-    if (waits > kMostWaitsAfterRequest) {
-      return false;
-    }
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return true;
 }
 
 bool OutputFile::Fail(std::string_view reason) noexcept {
@@ -87,7 +69,7 @@ void OutputFile::Write(std::string_view text) {
 
 void OutputFile::WriteBlock() {
   if (isGood_ &&
-      !(direct_ != nullptr ? direct_->Write(block_)
+      !(direct_ != nullptr ? WriteUntilRequest(direct_->Handle(), block_)
                            : Platform::WriteFile(file_->Handle(), block_.data(), block_.size()))) {
     Fail(LastWriteReason());
   }

@@ -53,7 +53,7 @@ class OutputFile {
     Direct(const Direct&) = delete;
     Direct& operator=(const Direct&) = delete;
     bool IsOpen() const noexcept { return file_ != Vell::IO::Platform::kNoFile; }
-    bool Write(std::string_view bytes) const noexcept;
+    FileHandle Handle() const noexcept { return file_; }
 
    private:
     FileHandle file_;

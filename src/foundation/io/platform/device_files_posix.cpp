@@ -61,7 +61,8 @@ std::int64_t WriteSome(FileHandle file, const void* buffer, std::size_t size,
   // A pipe that poll calls ready takes this many bytes at once, whether it waits or not.
   constexpr std::size_t kMostAtOnce = PIPE_BUF;
   pollfd ready{static_cast<int>(file), POLLOUT, 0};
-  if (WithoutInterruption([&] { return poll(&ready, 1, milliseconds); }) == 0) {
+  const int found = WithoutInterruption([&] { return poll(&ready, 1, milliseconds); });
+  if (found == 0 || (found < 0 && errno == EINTR)) {  // a request to end: whoever calls looks at it
     return 0;
   }
   const ssize_t written = WithoutInterruption(
