@@ -217,5 +217,31 @@ TEST_F(OwnReportTest, HoldsNoEarlierReport) {
   ExpectHolds(work_.Read("out/page.txt"), "data-path=\"coefficients.csv\"");
 }
 
+TEST(OwnFilesTest, NothingIsKeptUnderTheNameOfTheRecord) {
+  const TinyStudy study;
+  ASSERT_EQ(RunLauncher(study, {"analysis.xml"}).exitStatus, 0);
+  const std::string log = study.Read("out/analysis.log");
+  const ProcessResult result =
+      RunLauncher(study, {"--keep", "--json", "out/analysis.log.1", "analysis.xml"});
+  EXPECT_EQ(result.exitStatus, 0) << result.error;
+  EXPECT_EQ(study.Read("out/analysis.log.2"), log);
+  ExpectHolds(study.Read("out/analysis.log.1"), "hovar run record");
+}
+
+TEST(OwnFilesTest, ChainsThatWriteIntoOneFolderAreRefused) {
+  const TinyStudy study;
+  study.Write("analysis.xml", ChainedAnalysisText(5, 60));
+  const ScratchFolder place;
+  const std::string launcher = CopyTreeWithPageTo(place.Path());
+  ASSERT_EQ(RunLauncher(study, {"--chains", "2", "analysis.xml"}, launcher).exitStatus, 0);
+  const std::string second = study.Read("out/chain-2/mcmc/Chain.csv");
+  fs::create_directory_symlink("chain-2", study.Path() / "out/chain-3");
+  const ProcessResult result =
+      RunLauncher(study, {"--chains", "3", "analysis.xml", "--only", "3"}, launcher);
+  EXPECT_EQ(result.exitStatus, 1);
+  ExpectHolds(result.error, "hovar: --chains would write over ");
+  EXPECT_EQ(study.Read("out/chain-2/mcmc/Chain.csv"), second);
+}
+
 }  // namespace
 }  // namespace Testing
