@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
+#include <string>
 
 #include "faults/command_answers.h"
 #include "faults/sample.h"
@@ -56,6 +57,12 @@ class CommandFaultTest : public testing::TestWithParam<CommandTool> {
   CommandAnswers answers_;
 };
 
+/// True where the sanitizers have ended the process because a call of their own has failed.
+bool IsEndOfSanitizers(const CommandResult& result) {
+  return HOVAR_IS_SANITIZED != 0 &&
+         result.run.error.find("Sanitizer: CHECK failed") != std::string::npos;
+}
+
 TEST_P(CommandFaultTest, EachFailingCallIsAnswered) {
   std::vector<PlacedFault> faults;
   for (const FaultPlace place : Places()) {
@@ -64,8 +71,8 @@ TEST_P(CommandFaultTest, EachFailingCallIsAnswered) {
       if (call.name == "access" && GetParam().startsProgram) {
         continue;  // where a folder seems not to be writable, the printed lines go to another one
       }
-      if (call.name == "rt_sigaction" && HOVAR_IS_SANITIZED != 0) {
-        continue;  // the sanitizers' own function for it ends the process then
+      if (call.name == "pipe2" && HOVAR_IS_SANITIZED != 0) {
+        continue;  // without a pipe the sanitizers take memory for unreadable
       }
       for (const std::string& error : ErrorsOf(call.name)) {
         faults.push_back({place, {call, "error=" + error, false}});
@@ -76,7 +83,11 @@ TEST_P(CommandFaultTest, EachFailingCallIsAnswered) {
       }
     }
   }
-  RunFaults(faults, [this](const CommandResult& result) { answers_.ExpectAnswer(result); });
+  RunFaults(faults, [this](const CommandResult& result) {
+    if (!IsEndOfSanitizers(result)) {
+      answers_.ExpectAnswer(result);
+    }
+  });
 }
 
 TEST_P(CommandFaultTest, EachInterruptedCallIsRepeated) {

@@ -12,8 +12,8 @@ namespace Platform = Vell::IO::Platform;
 
 std::string CaptureOf(const std::string& file) { return file + ".output.txt"; }
 
-Capture::Capture(std::string path, const ProtectedFiles* protectedFiles)
-    : path_(std::move(path)), protectedFiles_(protectedFiles) {}
+Capture::Capture(std::string path, CaptureName name, const ProtectedFiles* protectedFiles)
+    : path_(std::move(path)), name_(name), protectedFiles_(protectedFiles) {}
 
 bool Capture::Fail(std::string_view reason) noexcept {
   reason_ = reason;
@@ -35,6 +35,9 @@ bool Capture::Create() {
     return true;
   }
   const std::string_view reason = LastWriteReason();
+  if (name_ == CaptureName::kAsGiven) {
+    return Fail(reason);
+  }
   const ProtectedFiles none;
   const std::string beside =
       TakeNumberedName(path_, protectedFiles_ != nullptr ? *protectedFiles_ : none,

@@ -14,16 +14,20 @@ namespace Hovar {
 /// The name of a capture beside a log, or another file.
 std::string CaptureOf(const std::string& file);
 
+/// Whether a file whose place cannot be taken may have another name.
+enum class CaptureName { kAsGiven, kOrNumbered };
+
 /// It is always a file of its own: what has its name before is replaced at once, not emptied, so that
 /// two runs that name one file keep their lines apart, and nothing else is written through a link.
 class Capture {
  public:
   /// A name of a protected file is no name of its own; they must outlive the object.
-  explicit Capture(std::string path, const ProtectedFiles* protectedFiles = nullptr);
+  explicit Capture(std::string path, CaptureName name = CaptureName::kAsGiven,
+                   const ProtectedFiles* protectedFiles = nullptr);
 
   /// Creates the file in the place of an earlier one; where that cannot be replaced, as while another
-  /// program has it open on Windows, under a name of its own (Path). False when that fails, for which
-  /// Reason is a text of kWriteReasons.
+  /// program has it open on Windows, under a name of its own (Path), if it may have one. False when that
+  /// fails, for which Reason is a text of kWriteReasons.
   bool Create();
 
   /// The name of the file.
@@ -37,6 +41,7 @@ class Capture {
   bool Fail(std::string_view reason) noexcept;
 
   std::string path_;
+  CaptureName name_;
   const ProtectedFiles* protectedFiles_;
   std::unique_ptr<TemporaryFile> file_;
   std::string_view reason_;

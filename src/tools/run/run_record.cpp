@@ -117,6 +117,13 @@ std::string RunRecord::UnreadableData() const {
   return found != data_.end() ? found->path : std::string();
 }
 
+std::string RunRecord::UnreadCoefficients() const {
+  const auto found = std::find_if(plan_.runs.begin(), plan_.runs.end(), [](const PlannedRun& run) {
+    return !run.coefficients.empty() && !HasClusteredDraws(run.coefficients).has_value();
+  });
+  return found != plan_.runs.end() ? found->coefficients : std::string();
+}
+
 void RunRecord::AddChanged(const std::string& path) {
   if (std::find(changed_.begin(), changed_.end(), path) == changed_.end()) {
     changed_.push_back(path);

@@ -20,6 +20,8 @@ class RunRecord {
 
   /// The first data file that is there but could not be read, or the empty text.
   std::string UnreadableData() const;
+  /// The first coefficient file of a run that cannot be read now; empty when all can.
+  std::string UnreadCoefficients() const;
 
   /// Notes the end of the program, and which files no longer have the bytes that were noted before:
   /// changed, removed or no longer readable. Of a file that could not be read before nothing is

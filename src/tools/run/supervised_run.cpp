@@ -164,7 +164,14 @@ int RunRecorded(const RunSettings& settings, const RunPlan& plan, ChildRun& run,
   for (const std::string& file : record->ChangedFiles()) {
     Say(kRunMessages.inputChanged, PastablePath(file));
   }
-  return WriteRecord(recordFile, settings.recordFile, record->Text(run.Lines(), status), status);
+  const std::string unread = status == kSuccess ? record->UnreadCoefficients() : std::string();
+  const int written =
+      WriteRecord(recordFile, settings.recordFile, record->Text(run.Lines(), status), status);
+  if (!unread.empty()) {  // the program has read it, and the record does not say what it is
+    Say(kToolMessages.cannotRead, PastablePath(unread));
+    return kFailure;
+  }
+  return written;
 }
 
 int RunWatched(const RunSettings& settings, const RunPlan& plan) {
@@ -194,7 +201,8 @@ int RunWatched(const RunSettings& settings, const RunPlan& plan) {
   std::vector<std::string> further;
   ProtectedFiles taken = own->protectedFiles;  // names that nothing is moved to
   if (settings.showProgress) {
-    further.push_back(capture.emplace(CaptureFor(plan), &own->protectedFiles).Path());
+    further.push_back(
+        capture.emplace(CaptureFor(plan), CaptureName::kOrNumbered, &own->protectedFiles).Path());
   }
   if (!settings.recordFile.empty()) {
     further.push_back(settings.recordFile);
